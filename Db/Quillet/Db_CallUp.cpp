@@ -1,0 +1,54 @@
+#include "Quillet/Db_CallUp.h"
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/Db_LazyReader.h"
+#include "Quillet/Db_Log.h"
+#include "Quillet/Db_Registry.h"
+
+namespace quillet {
+
+void DbCallUp::Log(DbItem* item, const CString& line) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        database->m_log->Add(line);
+    }
+}
+
+void DbCallUp::LogUnknownFieldType(const DbFieldDescr& field, DbItem* descriptor, std::string_view type) {
+    if (auto* const descr = dynamic_cast<DbTableDescr*>(descriptor)) {
+        CString line;
+        line.Format("Field '%s' has the unknown type '%s', its values are kept as text",
+                    field.GetName().ToUtf8().c_str(), std::string(type).c_str());
+        Log(descr->LiveParent(), line);
+    }
+}
+
+void DbCallUp::FieldsWillChange(DbItem* item, const DbTableDescr& descr) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        for (DbTableData* const data : database->m_registry->DataOf(descr)) {
+            database->m_reader->ReadUntil(data);
+            data->ParseXmlData();
+        }
+    }
+}
+
+void DbCallUp::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 index, bool added) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        for (DbTableData* const data : database->m_registry->DataOf(descr)) {
+            data->Update(index, added);
+        }
+    }
+}
+
+void DbCallUp::ParseRows(DbItem* item, const CString& xml) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        database->ParseXmlTableData(xml);
+    }
+}
+
+CString DbCallUp::TableName(DbItem* item, const DbTableData& data) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    const DbTableInfo* const info = database == nullptr ? nullptr : database->m_registry->Find(&data);
+    return info == nullptr ? CString() : info->GetName();
+}
+
+}  // namespace quillet

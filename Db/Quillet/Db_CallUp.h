@@ -1,0 +1,38 @@
+// What the lower classes of the model tell the database that they belong to. An item that belongs to none tells
+// nobody.
+#pragma once
+
+#include <string_view>
+
+#include "base/CString.h"
+
+class DbDatabase;
+class DbFieldDescr;
+class DbItem;
+class DbTableData;
+class DbTableDescr;
+
+namespace quillet {
+
+class DbCallUp {
+public:
+    // Appends a line to the log of the database that item is; nothing for any other item.
+    static void Log(DbItem* item, const CString& line);
+
+    // A field of the descriptor has a type that no field can have.
+    static void LogUnknownFieldType(const DbFieldDescr& field, DbItem* descriptor, std::string_view type);
+
+    // The fields of the descriptor are about to change: rows that wait to be read are read now.
+    static void FieldsWillChange(DbItem* database, const DbTableDescr& descr);
+
+    // A field was added at the index, or removed from there: the rows follow.
+    static void FieldsChanged(DbItem* database, const DbTableDescr& descr, uint64 index, bool added);
+
+    // Reads the rows in an XML text into the table that it names; throws as DbDatabase::ParseXmlTableData.
+    static void ParseRows(DbItem* database, const CString& xml);
+
+    // The name under which the data is registered; empty for none.
+    static CString TableName(DbItem* database, const DbTableData& data);
+};
+
+}  // namespace quillet

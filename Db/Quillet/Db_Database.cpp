@@ -1,0 +1,284 @@
+#include "Quillet/Db_Database.h"
+
+#include <exception>
+
+#include "Quillet/Db_DocumentReader.h"
+#include "Quillet/Db_DocumentWriter.h"
+#include "Quillet/Db_Exception.h"
+#include "Quillet/Db_LazyReader.h"
+#include "Quillet/Db_Log.h"
+#include "Quillet/Db_Registry.h"
+#include "Quillet/Db_SqlText.h"
+#include "platform/MessageBox.h"
+#include "xml/Document.h"
+#include "xml/Face.h"
+
+using quillet::CString;
+
+std::int32_t DbDatabase::m_openDbCount = 0;
+std::int32_t DbDatabase::m_queriesCount = 0;
+
+DbDatabase::DbDatabase() : DbDatabase("") {}
+
+DbDatabase::DbDatabase(const CString& path)
+    : DbItem(nullptr),
+      m_life(std::make_shared<DbDatabase*>(this)),
+      m_log(std::make_unique<quillet::DbLog>()),
+      m_registry(std::make_unique<quillet::DbRegistry>(*this, *m_log)),
+      m_source(std::make_unique<DbSource>(this)),
+      m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_log)) {
+    m_source->SetFile(path, false);
+    ++m_openDbCount;
+}
+
+DbDatabase::~DbDatabase() {
+    try {
+        if (IsChanged() && (m_source->IsXmlBased() || m_source->IsMdbBased())) {
+            Save(m_source->GetFile());
+        }
+    } catch (...) {
+        // A destructor has nobody to tell; the file is what it was.
+    }
+    Clear();
+    --m_openDbCount;
+}
+
+uint64 DbDatabase::GetSize() const {
+    constexpr uint64 OwnEstimate = 8;
+    return DbItem::GetSize() + OwnEstimate;
+}
+
+bool DbDatabase::SaveMdb(const CString&) {
+    return false;
+}
+
+bool DbDatabase::Save(const CString& path) {
+    try {
+        for (const auto& [key, info] : m_registry->All()) {
+            if (!info.IsQuerySync()) {
+                CString name = info.GetName();
+                Query(info.GetSql(), name);
+            }
+        }
+        LoadTables();
+        const CString ending = path.Right(3);
+        if (ending.CompareNoCase("mdb") == 0) {
+            if (!SaveMdb(path)) {
+                return false;
+            }
+        } else if (ending.CompareNoCase("xml") != 0 || !SaveXml(path)) {
+            return false;
+        }
+        Sync();
+        return !IsChanged();
+    } catch (quillet::CException* exception) {
+        exception->Delete();
+        return false;
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+bool DbDatabase::SaveXml(const CString& path) {
+    quillet::xml::Document document;
+    const quillet::xml::Node root = document.Root();
+    root.AppendChild(root.CreateProcessingInstruction("xml", "version='1.0' encoding='UTF-8'"));
+    quillet::xml::Face face(root);
+    if (!Save(face.Get(), nullptr)) {
+        return false;
+    }
+    std::string why;
+    if (!document.SaveFile(path.ToUtf8(), &why)) {
+        m_log->Print("File '%s' could not be written: %s", path.ToUtf8().c_str(), why.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
+    m_reader->CreateHeader();
+    m_reader->CreateProperties();
+    try {
+        return quillet::DbDocumentWriter(*m_registry, *m_log)
+            .Write(quillet::xml::Node(document), quillet::xml::Node(parent));
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+bool DbDatabase::Create(CString path) {
+    m_source->Create(path);
+    m_reader->CreateHeader();
+    m_reader->CreateProperties();
+    m_reader->MarkRead();
+    return true;
+}
+
+void DbDatabase::Clear() {
+    m_registry->Clear();
+    m_reader->Reset();
+}
+
+DbTableInfo* DbDatabase::CreateTable(CString name, DbTableInfo::eType type, const CString& sql, DbTableInfo* related) {
+    m_reader->ReadStructure();
+    return m_registry->Create(name, type, sql, related);
+}
+
+DbTableInfo* DbDatabase::CreateTable(DbTableInfo* info) {
+    m_reader->ReadStructure();
+    return info == nullptr ? nullptr
+                           : m_registry->Create(info->GetName(), info->GetType(), info->GetDescr(), info->GetData(),
+                                                info->GetSql(), info->GetRelated());
+}
+
+void DbDatabase::DeleteTable(const CString& name) {
+    m_reader->ReadStructure();
+    if (const DbTableInfo* const info = m_registry->Find(name)) {
+        m_reader->Forget(info->GetData());
+        m_registry->DeleteWithRelated(name);
+        SetChanged();
+    }
+}
+
+void DbDatabase::ClearTable(const CString& name) {
+    m_reader->ReadStructure();
+    if (DbTableInfo* const info = m_registry->Find(name)) {
+        info->Clear();
+    }
+}
+
+bool DbDatabase::RenameTable(CString oldName, CString newName) {
+    if (!IsTable(oldName)) {
+        return false;
+    }
+    // Rows that still wait to be read name their table.
+    DbTableData* const data = GetTableData(oldName);
+    data->ParseXmlData();
+    DbTableInfo* const info = m_registry->Find(oldName);
+    DbTableDescr* const descr = info->GetDescr();
+    m_registry->Rename(info, newName);
+    descr->SetChanged();
+    data->SetChanged();
+    return true;
+}
+
+bool DbDatabase::IsTable(CString name) {
+    return GetTableInfo(std::move(name)) != nullptr;
+}
+
+int DbDatabase::GetTablesCount() {
+    m_reader->ReadStructure();
+    return static_cast<int>(m_registry->Count());
+}
+
+const CString& DbDatabase::GetTableName(std::size_t index) {
+    static const CString NoName;
+    m_reader->ReadStructure();
+    return index < m_registry->Count() ? m_registry->NameAt(index) : NoName;
+}
+
+DbTableDescr* DbDatabase::GetTableDescr(std::size_t index) {
+    m_reader->ReadStructure();
+    return index < m_registry->Count() ? m_registry->DescrAt(index) : nullptr;
+}
+
+DbTableDescr* DbDatabase::GetTableDescr(const CString& name) {
+    const DbTableInfo* const info = GetTableInfo(name);
+    return info == nullptr ? nullptr : info->GetDescr();
+}
+
+DbTableData* DbDatabase::GetTableData(std::size_t index) {
+    m_reader->ReadStructure();
+    if (index >= m_registry->Count()) {
+        return nullptr;
+    }
+    m_reader->ReadUntil(m_registry->DataAt(index));
+    const DbTableInfo* const info = m_registry->Find(m_registry->NameAt(index));
+    if (info != nullptr && info->GetType() == DbTableInfo::Query && !info->IsQuerySync()) {
+        CString name = info->GetName();
+        Query(info->GetSql(), name);
+    }
+    return index < m_registry->Count() ? m_registry->DataAt(index) : nullptr;
+}
+
+DbTableData* DbDatabase::GetTableData(const CString& name) {
+    const DbTableInfo* const info = GetTableInfo(name);
+    return info == nullptr ? nullptr : GetTableData(info->GetIndex());
+}
+
+bool DbDatabase::GetTableInfo(CString name, DbTableInfo& out) {
+    const DbTableInfo* const info = GetTableInfo(std::move(name));
+    if (info != nullptr) {
+        out = *info;
+    }
+    return info != nullptr;
+}
+
+DbTableInfo* DbDatabase::GetTableInfo(CString name) {
+    m_reader->ReadStructure();
+    return m_registry->Find(name);
+}
+
+DbTableDescr* DbDatabase::GetHeaderDescr() {
+    return m_registry->Count() > 0 ? m_registry->DescrAt(0) : nullptr;
+}
+
+DbTableData* DbDatabase::GetHeaderData() {
+    return m_registry->Count() > 0 ? m_registry->DataAt(0) : nullptr;
+}
+
+void DbDatabase::LoadTables() {
+    m_reader->ReadStructure();
+    m_reader->ReadAll();
+}
+
+bool DbDatabase::Query(CString sql, CString& name) {
+    name.Format("Query_%d", static_cast<int>(m_queriesCount));
+    // Past the largest number the names start anew from the smallest, without undefined behaviour.
+    m_queriesCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_queriesCount) + 1U);
+    sql.Replace("\r", " ");
+    sql.Replace("\n", " ");
+    quillet::LowerOutsideQuotes(sql);
+    if (sql.Find("select") >= 0) {
+        m_log->Print("SQL Analyze - select statements are not answered yet: '%s'", sql.ToUtf8().c_str());
+        return false;
+    }
+    const CString table = quillet::WithoutBrackets(sql);
+    const DbTableInfo* const info = GetTableInfo(table);
+    if (info == nullptr) {
+        m_log->Print("SQL Analyze - table '%s' not found", table.ToUtf8().c_str());
+        return false;
+    }
+    name = info->GetName();
+    return true;
+}
+
+bool DbDatabase::CanUpdate() const {
+    return !m_source->IsReadOnly();
+}
+
+bool DbDatabase::IsOpen() const {
+    return m_source->IsValid();
+}
+
+const CString& DbDatabase::GetName() const {
+    return m_source->GetFile();
+}
+
+void DbDatabase::ParseXmlTableData(const CString& xml) {
+    quillet::DbDocumentReader(*m_registry, *m_log).ReadTableText(xml);
+}
+
+void DbDatabase::GetError(std::vector<CString>& out) {
+    m_log->MoveTo(out);
+}
+
+CString DbDatabase::GetErrorLog() {
+    return m_log->Joined();
+}
+
+void DbDatabase::ShowErrorLog() {
+    quillet::platform::ShowMessage(m_log->Joined().View(), OLESTR("Quillet"));
+}

@@ -1,0 +1,135 @@
+// A catalog database in memory.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Quillet/Db_Source.h"
+#include "Quillet/Db_TableData.h"
+#include "Quillet/Db_TableInfo.h"
+
+namespace quillet {
+class DbCallUp;
+class DbLazyReader;
+class DbLog;
+class DbRegistry;
+}  // namespace quillet
+
+// Owns the source behind it, and every table's structure and contents. Tables are found by name, without regard to
+// case, and by index, their position in the order of creation; the header table is table 0 and the properties table
+// 1. The file is read lazily: whatever takes a name or an index first reads the header and the structure of all
+// tables, a table's rows are read when they are asked for. A database that was changed saves itself to its own file
+// when it is destroyed. It is used from one thread at a time and can't be copied.
+class QUILLET_API DbDatabase : public DbItem {
+public:
+    // How many databases are open in the process.
+    static std::int32_t m_openDbCount;
+    // How many queries were asked in the process; names the next query table.
+    static std::int32_t m_queriesCount;
+
+    // A database without a file.
+    DbDatabase();
+    // Opens the file, UTF-8 in narrow text, and reads nothing yet. Throws DbException, by pointer, where it can't be
+    // read.
+    explicit DbDatabase(const quillet::CString& path);
+    DbDatabase(const DbDatabase&) = delete;
+    DbDatabase& operator=(const DbDatabase&) = delete;
+    // Saves a changed database to its own file, as far as that is possible.
+    ~DbDatabase() override;
+
+    uint64 GetSize() const override;
+
+protected:
+    // Writes an Access file; false, for no such file is written by this class.
+    virtual bool SaveMdb(const quillet::CString& path);
+
+public:
+    // Reads what was not read yet, refreshes the queries and writes everything but the queries to an XML file, in one
+    // step: until then, and on failure, the file is what it was. True when it was written and the database counts as
+    // unchanged. False for a name that ends otherwise than in "xml", when a table fails (the log says which) and
+    // when the file can't be written.
+    virtual bool Save(const quillet::CString& path);
+    // Appends the <database> element to parent, or to the document itself when parent is null. False when a table
+    // failed, which leaves its incomplete element, or the document refused.
+    virtual bool Save(IDispatch* document, IDispatch* parent);
+
+    // Makes this a new database for a file that need not exist yet, with an empty header and properties table.
+    // Always true; Save, or the destructor, writes it.
+    bool Create(quillet::CString path);
+
+    // Adds an empty table or query. Null, with a line in the log, where the name is taken. The entry lives until a
+    // table is deleted or renamed or the source is pointed at another file.
+    DbTableInfo* CreateTable(quillet::CString name, DbTableInfo::eType type, const quillet::CString& sql = "",
+                             DbTableInfo* related = nullptr);
+    // Adds the table that info describes and takes over its structure and contents, which may be null. Null where the
+    // name is taken: nothing is taken over then.
+    DbTableInfo* CreateTable(DbTableInfo* info);
+    // Deletes a table and every query that stands on it; later tables move up. Nothing for an unknown name.
+    void DeleteTable(const quillet::CString& name);
+    // Empties a table: fields, indexes, rows. Nothing for an unknown name.
+    void ClearTable(const quillet::CString& name);
+    // Renames a table, reading its rows first. False for an unknown name. Where the new name is taken, the entry that
+    // has it stays and this table is found no more by name: ask IsTable before.
+    bool RenameTable(quillet::CString oldName, quillet::CString newName);
+
+    bool IsTable(quillet::CString name);
+    // Tables and queries together.
+    int GetTablesCount();
+    // The name as given; empty where there is no such table.
+    const quillet::CString& GetTableName(std::size_t index);
+    // Null where there is no such table; valid until it is deleted.
+    DbTableDescr* GetTableDescr(std::size_t index);
+    DbTableDescr* GetTableDescr(const quillet::CString& name);
+    // The contents; rows that still stand in the file are read, and a query that is out of step is refreshed.
+    DbTableData* GetTableData(std::size_t index);
+    DbTableData* GetTableData(const quillet::CString& name);
+    // Copies the entry; false for an unknown name.
+    bool GetTableInfo(quillet::CString name, DbTableInfo& out);
+    // Null for an unknown name; valid as CreateTable says.
+    DbTableInfo* GetTableInfo(quillet::CString name);
+    // Structure and contents at position 0, without reading anything; null while there is none.
+    DbTableDescr* GetHeaderDescr();
+    DbTableData* GetHeaderData();
+
+    // Reads the rows of every table that still stand in the file.
+    void LoadTables();
+
+    // Answers a query: name receives the name of the table that holds the answer. A text without "select" is the
+    // name of a table and answered by it. False, with a line in the log, for an unknown table; and for select
+    // statements, which are not answered yet.
+    bool Query(quillet::CString sql, quillet::CString& name);
+
+    bool CanUpdate() const;
+    bool IsOpen() const;
+    // The path of the source.
+    const quillet::CString& GetName() const;
+    DbSource* GetSource() { return m_source.get(); }
+
+    // Reads the rows in the text of a <table> element into the table of that name. Throws DbException "Invalid
+    // pointer", by pointer, where the text is no such element or the table is unknown.
+    void ParseXmlTableData(const quillet::CString& xml);
+
+    // Appends the lines of the log to out and empties the log.
+    void GetError(std::vector<quillet::CString>& out);
+    // All lines of the log with "\r\n" between them.
+    quillet::CString GetErrorLog();
+    // Shows them in a message box.
+    void ShowErrorLog();
+
+private:
+    friend class DbSource;
+    friend class quillet::DbCallUp;
+
+    std::weak_ptr<DbDatabase*> LifeToken() const { return m_life; }
+    // Back to a database that has read nothing; the log is kept.
+    void Clear();
+    bool SaveXml(const quillet::CString& path);
+
+    // Names this object as long as it lives.
+    std::shared_ptr<DbDatabase*> m_life;
+    std::unique_ptr<quillet::DbLog> m_log;
+    std::unique_ptr<quillet::DbRegistry> m_registry;
+    std::unique_ptr<DbSource> m_source;
+    std::unique_ptr<quillet::DbLazyReader> m_reader;
+};

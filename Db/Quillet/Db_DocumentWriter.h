@@ -1,0 +1,29 @@
+// Writes the catalog document.
+#pragma once
+
+#include "base/CString.h"
+#include "xml/Node.h"
+
+namespace quillet {
+
+class DbLog;
+class DbRegistry;
+
+class DbDocumentWriter {
+public:
+    DbDocumentWriter(DbRegistry& registry, DbLog& log) : m_registry(registry), m_log(log) {}
+
+    // Appends the <database> element to parent, or to the document when parent is null. False when a table failed,
+    // with a line in the log for each. Throws xml::DomError when the document refuses.
+    bool Write(const xml::Node& document, const xml::Node& parent);
+
+private:
+    struct Section;
+
+    bool WriteSection(const xml::Node& document, const xml::Node& parent, const Section& section);
+
+    DbRegistry& m_registry;
+    DbLog& m_log;
+};
+
+}  // namespace quillet

@@ -1,0 +1,271 @@
+#include "Quillet/Db_FieldDescr.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+
+#include "Quillet/Db_Base64.h"
+#include "Quillet/Db_CallUp.h"
+#include "platform/NumberText.h"
+#include "xml/Face.h"
+
+using quillet::CComVariant;
+using quillet::CString;
+using quillet::WideString;
+using quillet::WideView;
+
+namespace {
+
+constexpr VARTYPE VT_BYTES = VT_ARRAY | VT_UI1;
+
+struct TypeRow {
+    DbFieldDescr::eFieldType m_field;
+    VARTYPE m_variant;
+    const char* m_word;
+};
+
+constexpr std::array<TypeRow, 8> Types = {{
+    {DbFieldDescr::Empty, VT_EMPTY, "empty"},
+    {DbFieldDescr::Boolean, VT_BOOL, "boolean"},
+    {DbFieldDescr::Integer, VT_I2, "integer"},
+    {DbFieldDescr::Long, VT_I4, "long"},
+    {DbFieldDescr::Float, VT_R4, "float"},
+    {DbFieldDescr::Double, VT_R8, "double"},
+    {DbFieldDescr::Text, VT_BSTR, "text"},
+    {DbFieldDescr::Binary, VT_BYTES, "binary"},
+}};
+
+const TypeRow* FindType(VARTYPE type) {
+    const auto* found =
+        std::find_if(Types.begin(), Types.end(), [&](const TypeRow& row) { return row.m_variant == type; });
+    return found == Types.end() ? nullptr : found;
+}
+
+struct SafeReplacement {
+    const char* m_what;
+    const char* m_with;
+};
+
+constexpr SafeReplacement SafeReplacements[] = {
+    {" ", "_"},   {"/", "_S_"},  {"\\", "_BS_"}, {"<", "_L_"},
+    {">", "_G_"}, {"(", "_LP_"}, {")", "_RP_"},  {"*", "_STAR_"},
+};
+
+// A text that is no number stays a string.
+void ConvertNumber(CComVariant& value, WideView text, VARTYPE type) {
+    VARIANT number;
+    VariantInit(&number);
+    if (SUCCEEDED(quillet::platform::TextToNumber(text, type, &number))) {
+        value.Clear();
+        static_cast<VARIANT&>(value) = number;
+    } else {
+        value.SetText(text);
+    }
+}
+
+void ToLong(CComVariant& value, const WCHAR* text) {
+    ConvertNumber(value, text, VT_I4);
+}
+
+void ToBoolean(CComVariant& value, const WCHAR* text) {
+    ConvertNumber(value, text, VT_BOOL);
+}
+
+// Files written with either decimal separator read alike in every locale.
+void ToReal(CComVariant& value, WideView text, VARTYPE type) {
+    const WCHAR separator = quillet::platform::DecimalSeparator();
+    const WCHAR foreign = separator == '.' ? ',' : '.';
+    if (text.empty()) {
+        text = OLESTR("0");
+    }
+    if (text.find(foreign) == WideView::npos) {
+        ConvertNumber(value, text, type);
+        return;
+    }
+    WideString normalised(text);
+    std::replace(normalised.begin(), normalised.end(), foreign, separator);
+    ConvertNumber(value, normalised, type);
+}
+
+void ToFloat(CComVariant& value, const WCHAR* text) {
+    ToReal(value, text, VT_R4);
+}
+
+void ToDouble(CComVariant& value, const WCHAR* text) {
+    ToReal(value, text, VT_R8);
+}
+
+void ToText(CComVariant& value, const WCHAR* text) {
+    value.SetText(text);
+}
+
+void ToBytes(CComVariant& value, const WCHAR* text) {
+    quillet::DecodeBase64(text, value);
+}
+
+// The number at the beginning of a text: 0 where there is none or it is no variant type.
+unsigned short LeadingVariantType(std::string_view text) {
+    const std::size_t start = text.find_first_not_of(" \t\r\n");
+    unsigned short number = 0;
+    if (start != std::string_view::npos) {
+        std::from_chars(text.data() + start, text.data() + text.size(), number);
+    }
+    return number;
+}
+
+}  // namespace
+
+DbFieldDescr::DbFieldDescr() = default;
+
+DbFieldDescr::DbFieldDescr(DbItem* parent, int index) : DbFieldValue(parent, index) {}
+
+DbFieldDescr::DbFieldDescr(const DbFieldDescr& other) = default;
+
+DbFieldDescr& DbFieldDescr::operator=(const DbFieldDescr& other) = default;
+
+DbFieldDescr::~DbFieldDescr() = default;
+
+uint64 DbFieldDescr::GetSize() const {
+    constexpr uint64 FlagsEstimate = 2;
+    constexpr uint64 UnitEstimate = 2;
+    constexpr uint64 StringEstimate = 8;
+    return DbFieldValue::GetSize() + FlagsEstimate + UnitEstimate * m_name.View().size() + StringEstimate +
+           UnitEstimate * m_safeName.View().size() + StringEstimate;
+}
+
+bool DbFieldDescr::Save(IDispatch* document, IDispatch* parent) {
+    try {
+        quillet::xml::LeafElement field(quillet::xml::Node(document), quillet::xml::Node(parent), "field");
+        field.Attribute("name", m_name.View());
+        field.Attribute("key", std::string_view(m_key ? "true" : "false"));
+        field.Attribute("type", std::string_view(std::to_string(GetType())));
+        field.Attribute("required", std::string_view(m_required ? "-1" : "0"));
+        field.Append();
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+bool DbFieldDescr::Load(IDispatch* element) {
+    try {
+        const quillet::xml::Node node(element);
+        if (node.IsNull() || !node.IsElement()) {
+            return false;
+        }
+        quillet::xml::AttributeReader attributes(node);
+        while (attributes.Next()) {
+            if (attributes.Name() == "name") {
+                SetName(CString(std::string(attributes.Value())));
+            } else if (attributes.Name() == "type") {
+                const std::string_view type = attributes.Value();
+                SetType(LeadingVariantType(type));
+                if (GetType() == VT_EMPTY && type != "0") {
+                    quillet::DbCallUp::LogUnknownFieldType(*this, LiveParent(), type);
+                }
+            } else if (attributes.Name() == "key") {
+                m_key = attributes.Value() == "true";
+            }
+        }
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+CString DbFieldDescr::GetTypeString() const {
+    const TypeRow* const type = FindType(GetType());
+    return type == nullptr ? "unknown" : type->m_word;
+}
+
+void DbFieldDescr::SetName(const CString& name) {
+    m_name = name;
+    m_safeName = name;
+    for (const SafeReplacement& replacement : SafeReplacements) {
+        m_safeName.Replace(replacement.m_what, replacement.m_with);
+    }
+    m_safeNameUtf8 = m_safeName.ToUtf8();
+}
+
+void DbFieldDescr::SetType(unsigned short variantType) {
+    SetDefaultValue(variantType, GetVariant());
+}
+
+void DbFieldDescr::SetDbType(eFieldType type) {
+    SetType(FieldTypeToVariantType(type));
+}
+
+DbFieldDescr::eFieldType DbFieldDescr::GetDbType() const {
+    return VariantTypeToFieldType(GetType());
+}
+
+void DbFieldDescr::SetDefaultValue(unsigned short variantType, CComVariant& value) {
+    value.Clear();
+    switch (variantType) {
+        case VT_I2:
+        case VT_I4:
+            value.SetNumber(0);
+            m_converter = ToLong;
+            break;
+        case VT_R4:
+            value.SetNumber(0.0F);
+            m_converter = ToFloat;
+            break;
+        case VT_R8:
+            value.SetNumber(0.0);
+            m_converter = ToDouble;
+            break;
+        case VT_DATE:
+        case VT_BSTR:
+            value.SetText({});
+            m_converter = ToText;
+            break;
+        case VT_BOOL:
+            value.SetNumber(false);
+            m_converter = ToBoolean;
+            break;
+        case VT_BYTES: {
+            constexpr BYTE Zero = 0;
+            value.SetBytes(&Zero, 1, 1);
+            m_converter = ToBytes;
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void DbFieldDescr::Convert(CComVariant& value, const WCHAR* text) const {
+    (m_converter == nullptr ? ToText : m_converter)(value, text);
+}
+
+unsigned short DbFieldDescr::FieldTypeToVariantType(eFieldType type) {
+    const auto* found =
+        std::find_if(Types.begin(), Types.end(), [&](const TypeRow& row) { return row.m_field == type; });
+    return found == Types.end() ? static_cast<unsigned short>(VT_EMPTY) : found->m_variant;
+}
+
+DbFieldDescr::eFieldType DbFieldDescr::VariantTypeToFieldType(unsigned short type) {
+    const TypeRow* const found = FindType(type);
+    return found == nullptr ? Empty : found->m_field;
+}
+
+DbFieldDescr::eFieldType DbFieldDescr::DbTypeToFieldType(short dbType) {
+    constexpr short DaoInteger = 3;
+    constexpr short DaoLong = 4;
+    constexpr short DaoDouble = 7;
+    constexpr short DaoText = 10;
+    switch (dbType) {
+        case DaoInteger:
+            return Integer;
+        case DaoLong:
+            return Long;
+        case DaoDouble:
+            return Double;
+        case DaoText:
+            return Text;
+        default:
+            return Empty;
+    }
+}

@@ -1,0 +1,73 @@
+// One column of a table.
+#pragma once
+
+#include <string>
+
+#include "Quillet/Db_FieldValue.h"
+
+// A field value whose variant is the column's default and whose variant type is the column's type; its index is
+// the field's position in the table.
+class QUILLET_API DbFieldDescr : public DbFieldValue {
+public:
+    enum eFieldType { Empty = 0, Boolean = 1, Integer = 2, Long = 3, Float = 4, Double = 5, Text = 6, Binary = 7 };
+
+    // Fills a variant from text.
+    using Converter = void (*)(quillet::CComVariant& value, const WCHAR* text);
+
+    // A field without type and name; the parent, where there is one, lists it as its child.
+    DbFieldDescr();
+    DbFieldDescr(DbItem* parent, int index);
+    // Copies the item part as DbItem's copy does, and what assignment copies.
+    DbFieldDescr(const DbFieldDescr& other);
+    // Copies default value, null flag, both flags, names and converter.
+    DbFieldDescr& operator=(const DbFieldDescr& other);
+    ~DbFieldDescr() override;
+
+    uint64 GetSize() const override;
+
+    // Appends <field name key type required> to parent. False when the document refuses.
+    virtual bool Save(IDispatch* document, IDispatch* parent);
+    // Reads "name", "type" (a variant type in decimal) and "key" ("true"); other attributes are passed over, so a
+    // field that was read is never required. False when the document refuses.
+    virtual bool Load(IDispatch* element);
+    // "empty", "boolean", "integer", "long", "float", "double", "text", "binary"; "unknown" for other types.
+    virtual quillet::CString GetTypeString() const;
+
+    const quillet::CString& GetName() const { return m_name; }
+    // The name with everything replaced that may not stand in an element name; it can't be turned back.
+    const quillet::CString& GetSafeName() const { return m_safeName; }
+    void SetName(const quillet::CString& name);
+
+    // Sets the default value and the converter of a variant type. VT_I2 gives a 32-bit integer and VT_DATE a text;
+    // an unknown type leaves an empty default and the converter as it was.
+    void SetType(unsigned short variantType);
+    void SetDbType(eFieldType type);
+    eFieldType GetDbType() const;
+
+    bool IsKey() const { return m_key; }
+    void SetKey(bool key) { m_key = key; }
+    bool IsRequired() const { return m_required; }
+
+    // As SetType, with the default value stored in value.
+    void SetDefaultValue(unsigned short variantType, quillet::CComVariant& value);
+
+    // Fills value from text by the field's converter; a field without one keeps the text as it is.
+    void Convert(quillet::CComVariant& value, const WCHAR* text) const;
+
+    // The three vocabularies of types; what has no counterpart gives 0 and Empty.
+    static unsigned short FieldTypeToVariantType(eFieldType type);
+    static eFieldType VariantTypeToFieldType(unsigned short type);
+    // From the data type numbers of an Access database.
+    static eFieldType DbTypeToFieldType(short dbType);
+
+    // The safe name in UTF-8, for writers that need it row after row.
+    const std::string& SafeNameUtf8() const { return m_safeNameUtf8; }
+
+private:
+    bool m_required = false;
+    bool m_key = false;
+    quillet::CString m_name;
+    quillet::CString m_safeName;
+    std::string m_safeNameUtf8;
+    Converter m_converter = nullptr;
+};

@@ -1,0 +1,97 @@
+#include "Quillet/Db_FieldValue.h"
+
+#include "Quillet/Db_Base64.h"
+#include "Quillet/Db_FieldDescr.h"
+#include "platform/NumberText.h"
+
+DbFieldValue::DbFieldValue(DbItem* parent, int index) : DbItem(parent), m_index(index) {}
+
+DbFieldValue::DbFieldValue(const DbFieldValue& other)
+    : DbItem(other), m_index(other.m_index), m_null(other.m_null), m_value(other.m_value) {}
+
+DbFieldValue& DbFieldValue::operator=(const DbFieldValue& other) {
+    m_null = other.m_null;
+    m_value = other.m_value;
+    return *this;
+}
+
+DbFieldValue::~DbFieldValue() = default;
+
+void DbFieldValue::operator delete(DbFieldValue* value, std::destroying_delete_t) {
+    if (value->m_inBlock) {
+        // The place belongs to the row, which will destroy what stands there: an empty value from now on.
+        value->~DbFieldValue();
+        (new (value) DbFieldValue)->m_inBlock = true;
+        return;
+    }
+    void* const memory = dynamic_cast<void*>(value);
+    value->~DbFieldValue();
+    ::operator delete(memory);
+}
+
+uint64 DbFieldValue::GetSize() const {
+    constexpr uint64 IndexAndFlagEstimate = 5;
+    constexpr uint64 UnitEstimate = 2;
+    constexpr uint64 VariantEstimate = 24;
+    return DbItem::GetSize() + IndexAndFlagEstimate +
+           (m_value.vt == VT_BSTR ? UnitEstimate * m_value.Text().size() : VariantEstimate);
+}
+
+void DbFieldValue::SetValue(const quillet::CComVariant& v) {
+    const VARTYPE type = m_value.vt;
+    m_value = v;
+    m_value.ChangeType(type);
+    SetChanged();
+}
+
+void DbFieldValue::ValueToString(quillet::CString& out) const {
+    if (m_value.vt == VT_BSTR) {
+        out = quillet::CString(m_value.Text());
+        return;
+    }
+    std::string text;
+    quillet::AppendValueText(m_value, text);
+    out = quillet::CString(text);
+}
+
+void DbFieldValue::ValueFromString(const DbFieldDescr& field, const WCHAR* const& text) {
+    field.Convert(m_value, text == nullptr ? OLESTR("") : text);
+}
+
+void DbFieldValue::ValueFromString(const DbFieldDescr& field, const quillet::CString& text) {
+    const VARTYPE type = field.GetType();
+    if (type == (VT_ARRAY | VT_UI1)) {
+        quillet::DecodeBase64(text.View(), m_value);
+    } else {
+        m_value.SetText(text.View());
+    }
+    m_value.ChangeType(type);
+}
+
+namespace quillet {
+
+void AppendValueText(const CComVariant& value, std::string& out) {
+    switch (value.vt) {
+        case VT_I2:
+        case VT_I4:
+        case VT_R4:
+        case VT_R8: {
+            char digits[platform::MaxNumberText];
+            out.append(digits, platform::NumberToText(value, digits));
+            break;
+        }
+        case VT_BSTR:
+            AppendUtf8(value.Text(), out);
+            break;
+        case VT_BOOL:
+            out += value.boolVal == VARIANT_TRUE ? "true" : "false";
+            break;
+        case VT_ARRAY | VT_UI1:
+            AppendBase64(value, out);
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace quillet

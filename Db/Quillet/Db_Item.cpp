@@ -1,0 +1,177 @@
+#include "Quillet/Db_Item.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace quillet {
+
+void ChildList::Grow(std::size_t capacity) {
+    auto* grown = static_cast<Head*>(std::realloc(m_head, sizeof(Head) + capacity * sizeof(DbItem*)));
+    if (grown == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (m_head == nullptr) {
+        *grown = Head{};
+    }
+    m_head = grown;
+    m_head->m_capacity = static_cast<std::uint32_t>(capacity);
+}
+
+void ChildList::Reserve(std::size_t capacity) {
+    if (capacity > 0 && (m_head == nullptr || capacity > m_head->m_capacity)) {
+        Grow(capacity);
+    }
+}
+
+void ChildList::Append(DbItem* item) {
+    if (m_head == nullptr || m_head->m_size == m_head->m_capacity) {
+        constexpr std::size_t FewChildren = 4;
+        Grow(m_head == nullptr ? FewChildren : std::size_t(m_head->m_capacity) * 2);
+    }
+    Items()[m_head->m_size++] = item;
+}
+
+void ChildList::Remove(const DbItem* item) {
+    DbItem** const found = std::find(begin(), end(), item);
+    if (found == end()) {
+        return;
+    }
+    if (found < OwnBegin()) {
+        --m_head->m_borrowed;
+    }
+    std::copy(found + 1, end(), found);
+    --m_head->m_size;
+}
+
+void ChildList::Borrow(const ChildList& other) {
+    if (other.Size() == 0) {
+        return;
+    }
+    Reserve(other.Size());
+    std::copy(other.begin(), other.end(), Items());
+    m_head->m_size = other.m_head->m_size;
+    m_head->m_borrowed = m_head->m_size;
+}
+
+template <typename Predicate>
+void ChildList::KeepIf(Predicate predicate) {
+    if (m_head != nullptr) {
+        DbItem** const newEnd = std::stable_partition(OwnBegin(), end(), predicate);
+        m_head->m_size = static_cast<std::uint32_t>(newEnd - begin());
+    }
+}
+
+void ChildList::Clear() {
+    std::free(m_head);
+    m_head = nullptr;
+}
+
+}  // namespace quillet
+
+std::int32_t DbItem::m_changeCounter = 0;
+
+DbItem::DbItem(DbItem* parent) : m_parent(reinterpret_cast<std::uintptr_t>(parent)) {
+    if (parent != nullptr) {
+        parent->AddChild(this);
+        m_parent |= ListedBit;
+    }
+}
+
+DbItem::DbItem(const DbItem& other)
+    : m_parent(other.m_parent & ~ListedBit), m_changeId(other.m_changeId), m_syncId(other.m_syncId) {
+    m_children.Borrow(other.m_children);
+}
+
+DbItem& DbItem::operator=(const DbItem& other) {
+    if (this == &other) {
+        return *this;
+    }
+    m_changeId = other.m_changeId;
+    m_syncId = other.m_syncId;
+    if (ParentPointer() != other.ParentPointer()) {
+        if (DbItem* const parent = LiveParent()) {
+            parent->RemoveChild(this);
+        }
+        m_parent = other.m_parent & ~ListedBit;
+    }
+    ReleaseChildren();
+    m_children.Borrow(other.m_children);
+    return *this;
+}
+
+DbItem::~DbItem() {
+    if (DbItem* const parent = LiveParent()) {
+        parent->RemoveChild(this);
+    }
+    ReleaseChildren();
+}
+
+DbItem* DbItem::GetParent() {
+    return ParentPointer();
+}
+
+bool DbItem::IsChanged() {
+    bool changed = m_changeId > m_syncId;
+    for (DbItem* const child : m_children) {
+        changed |= child->IsChanged();
+    }
+    return changed;
+}
+
+void DbItem::SetChanged() {
+    // Past the largest count the stamps start anew from the smallest, without undefined behaviour.
+    m_changeCounter = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_changeCounter) + 1U);
+    m_changeId = m_changeCounter;
+}
+
+void DbItem::Sync() {
+    m_syncId = m_changeId;
+    for (DbItem* const child : m_children) {
+        child->Sync();
+    }
+}
+
+long DbItem::GetChangeId() {
+    long latest = m_changeId;
+    for (DbItem* const child : m_children) {
+        latest = std::max(latest, child->GetChangeId());
+    }
+    return latest;
+}
+
+uint64 DbItem::GetSize() const {
+    constexpr uint64 ChildEstimate = 22;
+    constexpr uint64 OwnEstimate = 8;
+    return m_children.Size() * ChildEstimate + OwnEstimate;
+}
+
+uint64 DbItem::CalcSize() {
+    uint64 size = GetSize();
+    for (DbItem* const child : m_children) {
+        size += child->CalcSize();
+    }
+    return size;
+}
+
+void DbItem::AddChild(DbItem* child) {
+    m_children.Append(child);
+}
+
+void DbItem::RemoveChild(DbItem* child) {
+    m_children.Remove(child);
+}
+
+void DbItem::ReleaseChildren() {
+    for (DbItem** child = m_children.OwnBegin(); child != m_children.end(); ++child) {
+        if ((*child)->LiveParent() == this) {
+            (*child)->Unlist();
+        }
+    }
+    m_children.Clear();
+}
+
+void DbItem::DropUnlisted() {
+    m_children.KeepIf([this](const DbItem* child) { return child->LiveParent() == this; });
+}

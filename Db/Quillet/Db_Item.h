@@ -1,0 +1,124 @@
+// The item tree: every object of the model knows its parent and its children and carries a change stamp.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/Automation.h"
+
+class DbItem;
+
+namespace quillet {
+
+// The children of an item, in order: pointers behind one pointer, for most items have none.
+class ChildList {
+public:
+    ChildList() = default;
+    ChildList(const ChildList&) = delete;
+    ChildList& operator=(const ChildList&) = delete;
+    ~ChildList() { Clear(); }
+
+    std::size_t Size() const { return m_head == nullptr ? 0 : m_head->m_size; }
+    DbItem** begin() const { return m_head == nullptr ? nullptr : Items(); }
+    DbItem** end() const { return m_head == nullptr ? nullptr : Items() + m_head->m_size; }
+
+    void Reserve(std::size_t capacity);
+    void Append(DbItem* item);
+    // Removes the first occurrence; nothing where there is none.
+    void Remove(const DbItem* item);
+    // Takes over the pointers of another item's list. They stay that item's children.
+    void Borrow(const ChildList& other);
+    // Keeps only the items for which the predicate holds, in order.
+    template <typename Predicate>
+    void KeepIf(Predicate predicate);
+    void Clear();
+
+    // The items that are children of this list's owner, without the borrowed ones at the beginning.
+    DbItem** OwnBegin() const { return m_head == nullptr ? nullptr : Items() + m_head->m_borrowed; }
+
+private:
+    struct Head {
+        std::uint32_t m_size;
+        std::uint32_t m_capacity;
+        std::uint32_t m_borrowed;
+        std::uint32_t m_unused;
+    };
+
+    DbItem** Items() const { return reinterpret_cast<DbItem**>(m_head + 1); }
+    void Grow(std::size_t capacity);
+
+    Head* m_head = nullptr;
+};
+
+}  // namespace quillet
+
+// A node of the model. Parent and child links never own: whoever made a child deletes it. An item's destructor
+// takes it off its parent's list; an item whose parent died keeps the pointer for GetParent and never follows it.
+// Items are used from one thread at a time.
+class QUILLET_API DbItem {
+public:
+    // The counter behind all change stamps of the process; it only grows.
+    static std::int32_t m_changeCounter;
+
+    // Appends itself to the parent's children; a null parent makes a root.
+    explicit DbItem(DbItem* parent = nullptr);
+    // Copies the parent pointer without becoming a child of it, the stamps, and the pointers to the children,
+    // which stay the other's children: using the copy after one of them died is the caller's fault.
+    DbItem(const DbItem& other);
+    // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that was
+    // the child of another parent than the other's is no longer listed there.
+    DbItem& operator=(const DbItem& other);
+    virtual ~DbItem();
+
+    // The parent, dead or alive; null for a root.
+    virtual DbItem* GetParent();
+    // Whether this item or one below it was changed after its last Sync.
+    virtual bool IsChanged();
+    // Stamps this item, and no other, with a new count.
+    virtual void SetChanged();
+    // Marks this item and all below it as unchanged.
+    virtual void Sync();
+    // The latest stamp of this item and all below it; 0 where nothing was ever changed.
+    virtual long GetChangeId();
+    // An estimate of the item's own size in bytes.
+    virtual uint64 GetSize() const;
+    // The estimates of this item and all below it, added up.
+    virtual uint64 CalcSize();
+
+    // The parent while it lives and lists this item; null otherwise.
+    DbItem* LiveParent() const { return IsListed() ? ParentPointer() : nullptr; }
+
+protected:
+    void AddChild(DbItem* child);
+    // Removes the first occurrence; nothing where there is none.
+    void RemoveChild(DbItem* child);
+
+    // For owners of many children: makes room for them, and lets go of all of them before they are deleted, so
+    // that none is searched for.
+    void ReserveChildren(std::size_t count) { m_children.Reserve(count); }
+    void ReleaseChildren();
+    // Lets go of the children among the items of a range, in one pass over the list.
+    template <typename Iterator>
+    void ReleaseChildren(Iterator first, Iterator last) {
+        for (; first != last; ++first) {
+            if (*first != nullptr && static_cast<DbItem*>(*first)->LiveParent() == this) {
+                static_cast<DbItem*>(*first)->Unlist();
+            }
+        }
+        DropUnlisted();
+    }
+
+private:
+    static constexpr std::uintptr_t ListedBit = 1;
+
+    bool IsListed() const { return (m_parent & ListedBit) != 0; }
+    DbItem* ParentPointer() const { return reinterpret_cast<DbItem*>(m_parent & ~ListedBit); }
+    void Unlist() { m_parent &= ~ListedBit; }
+    void DropUnlisted();
+
+    // The parent, and in the lowest bit whether it lives and lists this item as its child.
+    std::uintptr_t m_parent;
+    quillet::ChildList m_children;
+    std::int32_t m_changeId = 0;
+    std::int32_t m_syncId = 0;
+};

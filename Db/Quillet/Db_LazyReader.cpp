@@ -1,0 +1,193 @@
+#include "Quillet/Db_LazyReader.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/Db_DocumentReader.h"
+#include "Quillet/Db_Exception.h"
+#include "Quillet/Db_Log.h"
+#include "Quillet/Db_Registry.h"
+#include "platform/Clock.h"
+#include "xml/Document.h"
+
+namespace quillet {
+
+namespace {
+
+constexpr const char* HeaderStructurePath = "\\database\\header\\structure";
+constexpr const char* HeaderTablePath = "\\database\\header\\data\\table";
+constexpr const char* BodyStructurePath = "\\database\\body\\structure";
+constexpr const char* BodyTablePath = "\\database\\body\\data\\table";
+
+constexpr const char* HeaderName = "Header";
+constexpr const char* PropertiesName = "Properties";
+constexpr std::size_t HeaderTables = 2;
+
+constexpr const char* HeaderFields[] = {"category", "symbol", "title", "catalog_type", "units_type", "version"};
+constexpr const char* PropertiesFields[] = {"units", "unit_long", "unit_sect", "unit_weight", "material"};
+
+}  // namespace
+
+void DbLazyReader::Reset() {
+    m_headerPending = true;
+    m_structurePending = true;
+    m_unread.clear();
+}
+
+void DbLazyReader::MarkRead() {
+    m_headerPending = false;
+    m_structurePending = false;
+}
+
+void DbLazyReader::ReadHeader() {
+    if (!m_headerPending || (!m_source.IsXmlBased() && !m_source.IsMdbBased())) {
+        return;
+    }
+    m_headerPending = false;
+    if (m_source.IsMdbBased()) {
+        m_structurePending = false;
+        m_log.Print("File '%s' is an Access file, which is not read yet", m_source.GetFile().ToUtf8().c_str());
+    } else {
+        if (m_source.IsSequentialAccess()) {
+            ReadSequentialHeader();
+        } else {
+            m_structurePending = false;
+            DbDocumentReader(m_registry, m_log).ReadDatabase(m_source.GetFile());
+        }
+        CreateHeader();
+        CreateProperties();
+    }
+    m_owner.Sync();
+}
+
+void DbLazyReader::ReadSequentialHeader() {
+    DbDocumentReader reader(m_registry, m_log);
+    CString xml;
+    if (!m_source.ExtractXmlNode(HeaderStructurePath, xml)) {
+        reader.LogInvalidFormat();
+        return;
+    }
+    // A search for rows that are not there would run to the end of the file, past the body.
+    const std::size_t tables = std::min(reader.ReadStructureText(xml), HeaderTables);
+    for (std::size_t i = 0; i < tables && m_source.ExtractXmlNode(HeaderTablePath, xml); ++i) {
+        try {
+            m_owner.ParseXmlTableData(xml);
+        } catch (DbException* exception) {
+            exception->Delete();
+            reader.LogInvalidFormat();
+        }
+    }
+}
+
+void DbLazyReader::ReadStructure() {
+    ReadHeader();
+    if (!m_structurePending || !m_source.IsXmlBased()) {
+        return;
+    }
+    m_structurePending = false;
+    if (m_source.IsEof()) {
+        return;
+    }
+    DbDocumentReader reader(m_registry, m_log);
+    CString xml;
+    if (!m_source.ExtractXmlNode(BodyStructurePath, xml)) {
+        reader.LogInvalidFormat();
+        return;
+    }
+    const std::size_t first = m_registry.Count();
+    reader.ReadStructureText(xml);
+    for (std::size_t i = first; i < m_registry.Count(); ++i) {
+        m_unread.push_back(m_registry.DataAt(i));
+    }
+}
+
+DbTableData* DbLazyReader::ReadNextTable() {
+    if (m_source.IsEof() || (m_unread.empty() && !m_source.IsSequentialAccess())) {
+        return nullptr;
+    }
+    while (!m_unread.empty()) {
+        const double start = platform::CounterSeconds();
+        CString xml;
+        if (!m_source.ExtractXmlNode(BodyTablePath, xml)) {
+            m_log.Print("Table '%s' has no rows in the file",
+                        m_registry.Find(m_unread.front())->GetName().ToUtf8().c_str());
+            break;
+        }
+        if (DbTableData* const data = TakeUnread(xml)) {
+            data->SetXmlSource(xml);
+            m_log.Print("Table '%s' xml source extracted in %.4f [s]",
+                        m_registry.Find(data)->GetName().ToUtf8().c_str(), platform::CounterSeconds() - start);
+            return data;
+        }
+    }
+    m_source.Release();
+    return nullptr;
+}
+
+// Which table the rows belong to. The format puts them in the order of the structure; where a file does not, the
+// name decides. Null for rows of a table that was read already.
+DbTableData* DbLazyReader::TakeUnread(const CString& xml) {
+    std::string storage;
+    std::string name;
+    const DbTableInfo* const named = xml::FirstAttributeOfText(xml.ViewUtf8(storage), name)
+                                         ? m_registry.Find(CString(name))
+                                         : static_cast<DbTableInfo*>(nullptr);
+    auto place = m_unread.begin();
+    if (named != nullptr) {
+        place = std::find(m_unread.begin(), m_unread.end(), named->GetData());
+        if (place == m_unread.end()) {
+            m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out", name.c_str());
+            return nullptr;
+        }
+    }
+    DbTableData* const data = *place;
+    m_unread.erase(place);
+    return data;
+}
+
+void DbLazyReader::ReadUntil(const DbTableData* data) {
+    while (IsUnread(data) && ReadNextTable() != nullptr) {
+    }
+}
+
+void DbLazyReader::ReadAll() {
+    while (ReadNextTable() != nullptr) {
+    }
+}
+
+void DbLazyReader::Forget(const DbTableData* data) {
+    ReadUntil(data);
+    m_unread.erase(std::remove(m_unread.begin(), m_unread.end(), data), m_unread.end());
+}
+
+bool DbLazyReader::IsUnread(const DbTableData* data) const {
+    return std::find(m_unread.begin(), m_unread.end(), data) != m_unread.end();
+}
+
+namespace {
+
+template <std::size_t Count>
+void CreateOneRowTable(DbRegistry& registry, const char* name, const char* const (&fields)[Count]) {
+    if (registry.Find(name) != nullptr) {
+        return;
+    }
+    const DbTableInfo* const info = registry.Create(name, DbTableInfo::Table, "", nullptr);
+    for (const char* field : fields) {
+        info->GetDescr()->CreateField(field, false, DbFieldDescr::Text);
+    }
+    info->GetData()->AddRow();
+}
+
+}  // namespace
+
+void DbLazyReader::CreateHeader() {
+    CreateOneRowTable(m_registry, HeaderName, HeaderFields);
+}
+
+void DbLazyReader::CreateProperties() {
+    CreateOneRowTable(m_registry, PropertiesName, PropertiesFields);
+}
+
+}  // namespace quillet

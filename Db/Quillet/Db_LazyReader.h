@@ -1,0 +1,60 @@
+// Reads a database from its source when it is needed: the header first, then the structure of all tables, then one
+// table's rows after the other.
+#pragma once
+
+#include <deque>
+
+#include "base/CString.h"
+
+class DbDatabase;
+class DbSource;
+class DbTableData;
+class DbTableDescr;
+
+namespace quillet {
+
+class DbLog;
+class DbRegistry;
+
+class DbLazyReader {
+public:
+    DbLazyReader(DbDatabase& owner, DbSource& source, DbRegistry& registry, DbLog& log)
+        : m_owner(owner), m_source(source), m_registry(registry), m_log(log) {}
+
+    // Everything is still to be read, or nothing is.
+    void Reset();
+    void MarkRead();
+
+    // Reads the header of a sequential source, or the whole of another one; adds the header and properties tables
+    // where the file has none. Once only.
+    void ReadHeader();
+    // As ReadHeader; then reads the structure of a sequential source's body.
+    void ReadStructure();
+    // Cuts the next table's rows out of a sequential source and hands them to that table: the one that they name, or
+    // the first unread one. Null, with the source released, when no table is unread or the file has no more.
+    DbTableData* ReadNextTable();
+    // Reads tables in the order of the file until the given one has its rows.
+    void ReadUntil(const DbTableData* data);
+    void ReadAll();
+    // The table is about to be deleted: its rows are no more waited for.
+    void Forget(const DbTableData* data);
+
+    void CreateHeader();
+    void CreateProperties();
+
+private:
+    void ReadSequentialHeader();
+    bool IsUnread(const DbTableData* data) const;
+    DbTableData* TakeUnread(const CString& xml);
+
+    DbDatabase& m_owner;
+    DbSource& m_source;
+    DbRegistry& m_registry;
+    DbLog& m_log;
+    bool m_headerPending = true;
+    bool m_structurePending = true;
+    // The tables of a sequential source whose rows still stand in the file, in the order of the structure.
+    std::deque<DbTableData*> m_unread;
+};
+
+}  // namespace quillet

@@ -1,0 +1,61 @@
+// The rows of a table, or a selection and ordering of another table's rows.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Quillet/Db_TableRow.h"
+
+// Rows are seen through an order of storage positions: the visible row i is storage[order[i]]. Bound rows share the
+// storage of the rows that they are bound to; the storage, and the rows in it, live as long as somebody shares it.
+class QUILLET_API DbRows : public DbItem {
+public:
+    DbRows(DbItem* parent, DbTableDescr* descr);
+    DbRows(const DbRows&) = delete;
+    DbRows& operator=(const DbRows&) = delete;
+    ~DbRows() override;
+
+    // Appends a row with one cell for each field, empty or with the field's default value, and returns its visible
+    // position. A row added to bound rows belongs to the rows bound to and is seen in both.
+    uint64 AddRow(bool initValues);
+    // Appends n rows and returns the position of the first.
+    uint64 AddRows(uint64 n, bool initValues);
+    // Deletes the row at a visible position; ignored where there is none. In the order, and in that of the rows
+    // bound to, the entry equal to the position disappears and those above it are lowered by one.
+    void DeleteRow(uint64 pos);
+    // A field was added to the descriptor or removed from it: its cells are inserted with the field's default
+    // value, or deleted, in every row that follows the descriptor.
+    void Update(uint64 fieldIndex, bool added);
+
+    // From now on shows other's rows in the given order of storage positions. Rows of its own are dropped. No
+    // effect for null or itself.
+    void Bind(DbRows* other, std::vector<uint64>& order);
+    bool IsBinded() const { return m_isBound; }
+
+    // The visible row at a position; null where there is none, or where its order entry points at nothing.
+    DbTableRow* GetRow(int pos);
+    // The last visible row; null where there is none.
+    DbTableRow* GetLastRow();
+    uint64 GetRowsCount() const { return m_order.size(); }
+
+    // Makes room for so many rows more.
+    void Reserve(uint64 more);
+
+private:
+    friend class DbTableRow;
+
+    struct Storage;
+
+    DbRows* BoundTo() const;
+    void RemoveFromOrder(uint64 pos);
+    void LogToDatabase(const quillet::CString& line);
+    void NoteMisfit();
+
+    DbTableDescr* m_descr;
+    std::vector<uint64> m_order;
+    std::shared_ptr<Storage> m_storage;
+    // Names this object as long as it lives.
+    std::shared_ptr<DbRows*> m_self;
+    std::weak_ptr<DbRows*> m_boundTo;
+    bool m_isBound = false;
+};

@@ -1,0 +1,222 @@
+#include "Quillet/Db_TableData.h"
+
+#include <algorithm>
+
+#include "Quillet/Db_CallUp.h"
+#include "Quillet/Db_Database.h"
+#include "Quillet/Db_Nowhere.h"
+#include "base/CException.h"
+#include "platform/Clock.h"
+#include "xml/Face.h"
+
+using quillet::CComVariant;
+using quillet::CString;
+
+namespace {
+
+// The search that all forms share: compare(i) says how the key stands to the row at place i.
+template <typename Compare>
+DbTableRow::eCmpResult Search(uint64 count, Compare compare, uint64& place) {
+    DbTableRow::eCmpResult result = DbTableRow::CmpEqual;
+    auto low = std::int32_t(0);
+    auto high = static_cast<std::int32_t>(count) - 1;
+    while (high - low >= 0) {
+        const std::int32_t middle = low + (high - low) / 2;
+        result = compare(static_cast<uint64>(middle));
+        if (result == DbTableRow::CmpEqual) {
+            low = middle;
+            break;
+        }
+        if (result == DbTableRow::CmpLess) {
+            high = middle - 1;
+        } else {
+            low = middle + 1;
+        }
+    }
+    place = static_cast<uint64>(low);
+    return result;
+}
+
+}  // namespace
+
+DbTableData::DbTableData(DbDatabase* db, DbTableDescr* descr)
+    : DbItem(db), m_rows(std::make_unique<DbRows>(this, descr)), m_descr(descr) {}
+
+DbTableData::~DbTableData() = default;
+
+bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
+    if (!ParseXmlData()) {
+        return false;
+    }
+    for (uint64 i = 0; i < m_rows->GetRowsCount(); ++i) {
+        DbTableRow* const row = m_rows->GetRow(static_cast<int>(i));
+        if (row != nullptr && !row->Save(document, parentElement)) {
+            LogToDatabase("Error on DbTableData::Save(IDispatch* doc, IDispatch* element)");
+            return false;
+        }
+    }
+    return true;
+}
+
+bool DbTableData::Load(IDispatch* element) {
+    const double start = quillet::platform::CounterSeconds();
+    try {
+        const quillet::xml::Node node(element);
+        if (node.IsNull()) {
+            return false;
+        }
+        const std::size_t count = node.CountChildren();
+        const uint64 first = m_rows->AddRows(count, false);
+        m_initialized = true;
+        m_loadingRow = 0;
+        m_misfits = 0;
+        quillet::xml::Face face;
+        for (quillet::xml::Node child = node.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
+            DbTableRow* const row = m_rows->GetRow(static_cast<int>(first + m_loadingRow++));
+            if (row == nullptr || !row->Load(face.Show(child))) {
+                return false;
+            }
+        }
+        LogMisfits();
+        CString line;
+        line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]",
+                    quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(), static_cast<int>(count),
+                    count == 1 ? "row" : "rows", quillet::platform::CounterSeconds() - start);
+        LogToDatabase(line);
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+void DbTableData::Clear() {
+    m_xmlSource.Empty();
+    m_pending = false;
+    m_rows.reset();
+    m_rows = std::make_unique<DbRows>(this, m_descr);
+    SetChanged();
+}
+
+void DbTableData::SetXmlSource(const CString& xml) {
+    m_xmlSource = xml;
+    m_pending = true;
+    m_initialized = true;
+}
+
+uint64 DbTableData::GetSize() const {
+    constexpr uint64 OwnEstimate = 26;
+    return DbItem::GetSize() + OwnEstimate;
+}
+
+bool DbTableData::ParseXmlData() {
+    if (!m_pending) {
+        return true;
+    }
+    try {
+        quillet::DbCallUp::ParseRows(LiveParent(), m_xmlSource);
+    } catch (quillet::CException* exception) {
+        exception->Delete();
+        return false;
+    } catch (...) {
+        return false;
+    }
+    m_pending = false;
+    m_xmlSource.Empty();
+    Sync();
+    return true;
+}
+
+uint64 DbTableData::size() {
+    return ParseXmlData() ? m_rows->GetRowsCount() : 0;
+}
+
+DbRows* DbTableData::GetRows() {
+    ParseXmlData();
+    return m_rows.get();
+}
+
+DbTableRow& DbTableData::operator[](uint64 pos) {
+    DbTableRow* const row = GetRow(static_cast<int>(pos));
+    return row == nullptr ? quillet::Nowhere<DbTableRow>(nullptr) : *row;
+}
+
+DbTableRow* DbTableData::GetRow(int pos) {
+    return GetRows()->GetRow(pos);
+}
+
+void DbTableData::DeleteRow(uint64 pos) {
+    if (pos < size()) {
+        m_rows->DeleteRow(pos);
+    }
+}
+
+void DbTableData::Bind(DbRows* other, std::vector<uint64>& order) {
+    GetRows()->Bind(other, order);
+}
+
+uint64 DbTableData::AddRow() {
+    return m_rows->AddRow(true);
+}
+
+uint64 DbTableData::AddRows(uint64 n) {
+    return m_rows->AddRows(n, true);
+}
+
+void DbTableData::Update(uint64 fieldIndex, bool added) {
+    m_rows->Update(fieldIndex, added);
+}
+
+uint64 DbTableData::SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order, DbTableRow& key) {
+    uint64 place = 0;
+    Search(
+        order.size(),
+        [&](uint64 i) { return key.CompareEx(fields, (*this)[order[i]]); }, place);
+    return place;
+}
+
+uint64 DbTableData::SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order,
+                                 std::vector<CComVariant>& key) {
+    uint64 place = 0;
+    Search(
+        order.empty() ? size() : order.size(),
+        [&](uint64 i) { return DbTableRow::CompareEx(fields, key, (*this)[order.empty() ? i : order[i]]); }, place);
+    return place;
+}
+
+DbTableRow::eCmpResult DbTableData::SpatialIndex(DbTableDescr::DbIndex* index, const CComVariant* key, int count,
+                                                 uint64& pos) {
+    pos = 0;
+    if (index == nullptr) {
+        return DbTableRow::CmpEqual;
+    }
+    const std::vector<uint64>& order = index->GetRowOrder();
+    return Search(
+        order.empty() ? size() : order.size(),
+        [&](uint64 i) {
+            return DbTableRow::CompareEx(index->GetFieldIndexes(), key, count,
+                                         (*this)[order.empty() ? i : order[i]]);
+        },
+        pos);
+}
+
+void DbTableData::LogToDatabase(const CString& line) {
+    quillet::DbCallUp::Log(LiveParent(), line);
+}
+
+void DbTableData::NoteMisfit() {
+    if (m_misfits++ == 0) {
+        m_firstMisfit = m_loadingRow;
+    }
+}
+
+void DbTableData::LogMisfits() {
+    if (m_misfits == 0) {
+        return;
+    }
+    CString line;
+    line.Format("Table '%s' has rows whose values do not match its %d fields: %d, the first is row %d",
+                quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(),
+                m_descr == nullptr ? 0 : static_cast<int>(m_descr->size()), static_cast<int>(m_misfits),
+                static_cast<int>(m_firstMisfit));
+    LogToDatabase(line);
+}

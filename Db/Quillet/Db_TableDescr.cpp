@@ -1,0 +1,243 @@
+#include "Quillet/Db_TableDescr.h"
+
+#include <algorithm>
+
+#include "Quillet/Db_CallUp.h"
+#include "Quillet/Db_Database.h"
+#include "Quillet/Db_Nowhere.h"
+#include "Quillet/Db_SqlText.h"
+#include "xml/Face.h"
+
+using quillet::CString;
+using quillet::Lowered;
+using quillet::WithoutBrackets;
+
+namespace {
+
+std::vector<CString> ParseFieldList(const CString& list) {
+    std::vector<CString> names;
+    CString name;
+    bool inBrackets = list[0] == '[';
+    for (const WCHAR unit : list.View()) {
+        if (unit == ',') {
+            names.push_back(WithoutBrackets(name));
+            name.Empty();
+            continue;
+        }
+        if (unit == '[' || unit == ']') {
+            inBrackets = unit == '[';
+        }
+        if (unit != ' ' || inBrackets) {
+            name += unit;
+        }
+    }
+    if (!name.IsEmpty()) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+}  // namespace
+
+DbTableDescr::DbIndex::DbIndex(const CString& name) : m_name(Lowered(name)) {}
+
+DbTableDescr::DbIndex::DbIndex(const CString& name, const std::vector<CString>& fields)
+    : m_name(Lowered(name)), m_fieldNames(fields) {}
+
+DbTableDescr::DbIndex::DbIndex(const CString& name, const CString& fieldList)
+    : m_name(Lowered(name)), m_fieldNames(ParseFieldList(fieldList)) {}
+
+void DbTableDescr::DbIndex::AddField(CString name) {
+    m_fieldNames.push_back(std::move(name));
+}
+
+DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(db) {}
+
+DbTableDescr::~DbTableDescr() {
+    ClearAll();
+}
+
+bool DbTableDescr::Save(IDispatch* document, IDispatch* parentElement) {
+    return std::all_of(begin(), end(), [&](DbFieldDescr* field) { return field->Save(document, parentElement); });
+}
+
+bool DbTableDescr::Load(IDispatch* element) {
+    try {
+        quillet::xml::Face face;
+        int index = 0;
+        for (quillet::xml::Node child = quillet::xml::Node(element).FirstChild(); !child.IsNull();
+             child = child.NextSibling()) {
+            push_back(new DbFieldDescr(this, index++));
+            if (!back()->Load(face.Show(child))) {
+                return false;
+            }
+        }
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+DbTableDescr::DbIndex* DbTableDescr::CreateIndex(CString name) {
+    auto index = std::make_unique<DbIndex>(name);
+    if (!CreateIndex(name, index.get())) {
+        return nullptr;
+    }
+    // Registered, or already deleted in favour of the one that exists.
+    static_cast<void>(index.release());
+    return FindIndex(name);
+}
+
+bool DbTableDescr::CreateIndex(CString name, const std::vector<CString>& fields) {
+    if (FindIndex(name) != nullptr) {
+        return true;
+    }
+    auto index = std::make_unique<DbIndex>(name, fields);
+    const bool taken = CreateIndex(name, index.get());
+    if (taken) {
+        static_cast<void>(index.release());
+    }
+    return taken;
+}
+
+bool DbTableDescr::CreateIndex(CString name, const CString& fieldList) {
+    return CreateIndex(std::move(name), ParseFieldList(fieldList));
+}
+
+bool DbTableDescr::CreateIndex(CString name, DbIndex* index) {
+    if (name.IsEmpty() || !CheckIndexFields(index)) {
+        return false;
+    }
+    name.MakeLower();
+    DbIndex* const existing = FindIndex(name);
+    if (existing != nullptr) {
+        if (existing != index) {
+            delete index;
+        }
+        return true;
+    }
+    for (const CString& field : index->GetFieldNames()) {
+        index->GetFieldIndexes().push_back(static_cast<uint64>(GetFieldIndex(field)));
+    }
+    m_indexes.emplace(name, index);
+    return true;
+}
+
+void DbTableDescr::Evaluate(const DbTableRow& row) {
+    for (const std::unique_ptr<DbFilter>& filter : m_filters) {
+        filter->Evaluate(row);
+    }
+}
+
+void DbTableDescr::ClearFilters() {
+    m_filters.clear();
+}
+
+bool DbTableDescr::DeleteIndex(CString name) {
+    return m_indexes.erase(Lowered(std::move(name))) > 0;
+}
+
+void DbTableDescr::Clear() {
+    quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    ClearAll();
+}
+
+void DbTableDescr::ClearAll() {
+    m_indexes.clear();
+    m_names.clear();
+    m_filters.clear();
+    ReleaseChildren(begin(), end());
+    for (const DbFieldDescr* field : *this) {
+        delete field;
+    }
+    clear();
+}
+
+uint64 DbTableDescr::GetSize() const {
+    constexpr uint64 OwnEstimate = 9;
+    return DbItem::GetSize() + OwnEstimate;
+}
+
+int DbTableDescr::GetFieldIndex(const CString& name) {
+    if (m_namesStale) {
+        m_names.clear();
+        for (std::size_t i = 0; i < size(); ++i) {
+            m_names.emplace(Lowered(at(i)->GetName()), static_cast<int>(i));
+        }
+        m_namesStale = false;
+    }
+    const auto found = m_names.find(Lowered(WithoutBrackets(name)));
+    return found == m_names.end() ? -1 : found->second;
+}
+
+bool DbTableDescr::IsField(CString name) {
+    return GetFieldIndex(name) != -1;
+}
+
+const DbFieldDescr& DbTableDescr::GetField(int i) const {
+    return i >= 0 && static_cast<uint64>(i) < size() ? *at(static_cast<uint64>(i))
+                                                  : quillet::Nowhere<DbFieldDescr>();
+}
+
+const DbFieldDescr& DbTableDescr::GetField(const CString& name) {
+    return GetField(GetFieldIndex(name));
+}
+
+DbFieldDescr& DbTableDescr::operator[](uint64 i) {
+    return i < size() ? *at(i) : quillet::Nowhere<DbFieldDescr>();
+}
+
+DbFieldDescr& DbTableDescr::operator[](const CString& name) {
+    return (*this)[static_cast<uint64>(GetFieldIndex(name))];
+}
+
+bool DbTableDescr::CreateField(const CString& name, bool key, DbFieldDescr::eFieldType type) {
+    if (GetFieldIndex(name) != -1) {
+        return false;
+    }
+    quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    m_namesStale = true;
+    auto* const field = new DbFieldDescr(this, static_cast<int>(size()));
+    push_back(field);
+    field->SetName(name);
+    field->SetKey(key);
+    field->SetType(DbFieldDescr::FieldTypeToVariantType(type));
+    SetChanged();
+    quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(field->GetIndex()), true);
+    return true;
+}
+
+bool DbTableDescr::CreateField(const DbFieldDescr& field) {
+    return CreateField(field.GetName(), field.IsKey(), field.GetDbType());
+}
+
+bool DbTableDescr::DeleteField(int i) {
+    if (i < 0 || static_cast<uint64>(i) >= size()) {
+        return false;
+    }
+    quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    delete at(static_cast<uint64>(i));
+    erase(begin() + i);
+    quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(i), false);
+    m_namesStale = true;
+    SetChanged();
+    return true;
+}
+
+bool DbTableDescr::DeleteField(const CString& name) {
+    return DeleteField(GetFieldIndex(name));
+}
+
+bool DbTableDescr::CheckIndexFields(const DbIndex* index) {
+    return index != nullptr && std::all_of(index->GetFieldNames().begin(), index->GetFieldNames().end(),
+                                           [&](const CString& name) { return IsField(name); });
+}
+
+DbTableDescr::DbIndex* DbTableDescr::FindIndex(const CString& name) {
+    const auto found = m_indexes.find(Lowered(name));
+    return found == m_indexes.end() ? nullptr : found->second.get();
+}
+
+void DbTableDescr::AppendFilter(std::unique_ptr<DbFilter> filter) {
+    m_filters.push_back(std::move(filter));
+}

@@ -1,0 +1,56 @@
+// The registry's entry for one table or query.
+#pragma once
+
+#include "base/CString.h"
+#include "platform/Automation.h"
+
+class DbTableData;
+class DbTableDescr;
+
+// Owns nothing: structure and contents belong to the database. A copy shares the pointers, which live as long as
+// the table stands in the database.
+class QUILLET_API DbTableInfo {
+public:
+    enum eType { None = 0, Table = 1, Query = 2 };
+
+    DbTableInfo() = default;
+    DbTableInfo(const quillet::CString& name, eType type, uint64 index, const quillet::CString& sql,
+                DbTableDescr* descr, DbTableData* data, DbTableInfo* related);
+
+    eType GetType() const { return m_type; }
+    // The position in the database's list of tables, from 0.
+    uint64 GetIndex() const { return m_index; }
+    // The text of a query; empty for a table.
+    const quillet::CString& GetSql() const { return m_sql; }
+    // As given, not lowered.
+    const quillet::CString& GetName() const { return m_name; }
+    DbTableDescr* GetDescr() const { return m_descr; }
+    DbTableData* GetData() const { return m_data; }
+    // The entry that a query was computed from; null for a table.
+    DbTableInfo* GetRelated() const { return m_related; }
+    // The change stamp of the base table's data at the moment the query's rows were computed.
+    long GetSyncStamp() const { return m_syncStamp; }
+
+    void SetIndex(uint64 index) { m_index = index; }
+    void SetName(const quillet::CString& name) { m_name = name; }
+    void SetRelated(DbTableInfo* related) { m_related = related; }
+    void SetSyncStamp(long stamp) { m_syncStamp = static_cast<std::int32_t>(stamp); }
+
+    // Whether this is a query that stands on the other entry, directly or through other queries.
+    bool IsRelatedWith(DbTableInfo* other) const;
+    // Whether a query's rows are those that its base table would give now; true for whatever is no query over
+    // another entry.
+    bool IsQuerySync() const;
+    // Empties structure and contents; both objects stay.
+    void Clear();
+
+private:
+    eType m_type = None;
+    uint64 m_index = 0;
+    quillet::CString m_sql;
+    quillet::CString m_name;
+    DbTableDescr* m_descr = nullptr;
+    DbTableData* m_data = nullptr;
+    DbTableInfo* m_related = nullptr;
+    std::int32_t m_syncStamp = 0;
+};

@@ -1,0 +1,239 @@
+#include "Quillet/Db_TableRow.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "Quillet/Db_CallUp.h"
+#include "Quillet/Db_Nowhere.h"
+#include "Quillet/Db_TableData.h"
+#include "Quillet/Db_TableDescr.h"
+#include "xml/Face.h"
+
+using quillet::CComVariant;
+using quillet::CString;
+using quillet::WideString;
+
+namespace {
+
+DbTableRow::eCmpResult CompareCells(const CComVariant& left, const CComVariant& right) {
+    if (quillet::EqualIgnoringCase(left, right)) {
+        return DbTableRow::CmpEqual;
+    }
+    return left > right ? DbTableRow::CmpGreater : DbTableRow::CmpLess;
+}
+
+// Attribute text as wide characters, without an allocation for each.
+class WideText {
+public:
+    const WCHAR* Set(std::string_view utf8) {
+        m_text.clear();
+        quillet::AppendWide(utf8, m_text);
+        return m_text.c_str();
+    }
+
+private:
+    WideString m_text;
+};
+
+}  // namespace
+
+DbTableRow::DbTableRow(DbItem* parent) : DbItem(parent) {}
+
+DbTableRow::~DbTableRow() {
+    ReleaseChildren();
+    DestroyCells();
+}
+
+void DbTableRow::DestroyCells() {
+    // A cell that stands at two positions is deleted once.
+    erase(std::remove_if(begin(), end(), [&](const DbFieldValue* cell) { return IsInBlock(cell); }), end());
+    std::sort(begin(), end());
+    erase(std::unique(begin(), end()), end());
+    for (const DbFieldValue* cell : *this) {
+        delete cell;
+    }
+    std::destroy_n(m_block, m_blockCells);
+    ::operator delete(static_cast<void*>(m_block));
+}
+
+void DbTableRow::MakeCells(bool initValues) {
+    const std::size_t count = m_descr == nullptr ? 0 : m_descr->size();
+    reserve(count);
+    ReserveChildren(count);
+    m_block = static_cast<DbFieldValue*>(::operator new(count * sizeof(DbFieldValue)));
+    for (; m_blockCells < count; ++m_blockCells) {
+        auto* const cell = new (m_block + m_blockCells) DbFieldValue(this, static_cast<int>(m_blockCells));
+        cell->m_inBlock = true;
+        if (initValues) {
+            cell->m_value = m_descr->GetField(static_cast<int>(m_blockCells)).GetVariant();
+        }
+        push_back(cell);
+    }
+}
+
+void DbTableRow::InsertCell(uint64 index, const DbFieldValue& value) {
+    auto cell = std::make_unique<DbFieldValue>(this, static_cast<int>(index));
+    cell->m_value = value.GetVariant();
+    insert(begin() + static_cast<std::ptrdiff_t>(std::min<uint64>(index, size())), cell.get());
+    static_cast<void>(cell.release());
+}
+
+void DbTableRow::EraseCell(uint64 index) {
+    if (index < size()) {
+        delete at(index);
+        erase(begin() + static_cast<std::ptrdiff_t>(index));
+    }
+}
+
+bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
+    std::size_t position = 0;
+    try {
+        quillet::xml::LeafElement row(quillet::xml::Node(document), quillet::xml::Node(parentElement), "row");
+        std::string text;
+        for (; position < size(); ++position) {
+            const std::string& name = m_descr->GetField(static_cast<int>(position)).SafeNameUtf8();
+            const CComVariant& value = GetField(position).GetVariant();
+            if (value.vt == VT_BSTR) {
+                row.Attribute(name, value.Text());
+            } else {
+                text.clear();
+                quillet::AppendValueText(value, text);
+                row.Attribute(name, std::string_view(text));
+            }
+        }
+        row.Append();
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        CString line;
+        line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
+                    m_descr == nullptr ? "" : m_descr->GetField(static_cast<int>(position)).SafeNameUtf8().c_str(),
+                    static_cast<int>(position));
+        if (auto* const rows = dynamic_cast<DbRows*>(LiveParent())) {
+            rows->LogToDatabase(line);
+        }
+        return false;
+    }
+}
+
+bool DbTableRow::Load(IDispatch* element) {
+    try {
+        const quillet::xml::Node node(element);
+        if (node.IsNull() || !node.IsElement() || m_descr == nullptr) {
+            return false;
+        }
+        WideText wide;
+        std::size_t values = 0;
+        quillet::xml::AttributeReader attributes(node);
+        for (; attributes.Next(); ++values) {
+            if (values < size() && values < m_descr->size()) {
+                const WCHAR* const text = wide.Set(attributes.Value());
+                GetField(values).ValueFromString(*m_descr->at(values), text);
+            }
+        }
+        if (values != size()) {
+            if (auto* const rows = dynamic_cast<DbRows*>(LiveParent())) {
+                rows->NoteMisfit();
+            }
+        }
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+uint64 DbTableRow::GetSize() const {
+    constexpr uint64 OwnEstimate = 8;
+    return DbItem::GetSize() + OwnEstimate;
+}
+
+void DbTableRow::SetFieldValuePtr(uint64 i, DbFieldValue* v) {
+    if (i < size()) {
+        at(i) = v;
+    }
+}
+
+DbFieldValue& DbTableRow::operator[](uint64 i) {
+    DbFieldValue* const cell = i < size() ? at(i) : nullptr;
+    return cell == nullptr ? quillet::Nowhere<DbFieldValue>() : *cell;
+}
+
+const DbFieldValue& DbTableRow::GetField(uint64 i) const {
+    const DbFieldValue* const cell = i < size() ? at(i) : nullptr;
+    return cell == nullptr ? quillet::Nowhere<DbFieldValue>() : *cell;
+}
+
+DbFieldValue& DbTableRow::operator[](const CString& name) {
+    const int index = m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name);
+    return (*this)[static_cast<uint64>(index)];
+}
+
+void DbTableRow::SetValue(const CString& name, const CString& text) {
+    const int index = m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name);
+    if (index >= 0) {
+        SetChanged();
+        GetField(static_cast<uint64>(index)).ValueFromString(m_descr->GetField(index), text);
+    }
+}
+
+void DbTableRow::SetValue(const CString& name, const CComVariant& v) {
+    (*this)[name].SetValue(v);
+}
+
+void DbTableRow::Evaluate() {
+    if (m_descr != nullptr) {
+        m_descr->Evaluate(*this);
+    }
+}
+
+bool DbTableRow::Compare(std::vector<uint64>& fields, const DbTableRow& other) {
+    return CompareEx(fields, other) != CmpLess;
+}
+
+bool DbTableRow::Compare(std::vector<CString>& names, bool (*function)(const CComVariant&, const CComVariant&),
+                         const DbTableRow& other) {
+    std::vector<uint64> fields;
+    for (const CString& name : names) {
+        fields.push_back(static_cast<uint64>(m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name)));
+    }
+    return Compare(fields, function, other);
+}
+
+bool DbTableRow::Compare(std::vector<uint64>& fields, bool (*function)(const CComVariant&, const CComVariant&),
+                         const DbTableRow& other) {
+    return std::all_of(fields.begin(), fields.end(), [&](uint64 field) {
+        return function(GetField(field).GetVariant(), other.GetField(field).GetVariant());
+    });
+}
+
+DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, const DbTableRow& other) {
+    for (const uint64 field : fields) {
+        const eCmpResult result = CompareCells(GetField(field).GetVariant(), other.GetField(field).GetVariant());
+        if (result != CmpEqual) {
+            return result;
+        }
+    }
+    return CmpEqual;
+}
+
+DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, const std::vector<CComVariant>& key,
+                                             const DbTableRow& row) {
+    for (std::size_t i = 0; i < std::min(fields.size(), key.size()); ++i) {
+        const eCmpResult result = CompareCells(key[i], row.GetField(fields[i]).GetVariant());
+        if (result != CmpEqual) {
+            return result;
+        }
+    }
+    return CmpEqual;
+}
+
+DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, const CComVariant* key, int,
+                                             const DbTableRow& row) {
+    for (std::size_t i = 0; key != nullptr && i < fields.size(); ++i) {
+        const eCmpResult result = CompareCells(key[i], row.GetField(fields[i]).GetVariant());
+        if (result != CmpEqual) {
+            return result;
+        }
+    }
+    return CmpEqual;
+}

@@ -1,0 +1,88 @@
+// One row of a table.
+#pragma once
+
+#include <vector>
+
+#include "Quillet/Db_FieldValue.h"
+#include "Quillet/Db_XmlSerializable.h"
+
+class DbTableDescr;
+
+// The cells of a row, in field order (the vector that it is: element i is the cell of field i). The row owns them;
+// those that it was made with stand in one block.
+class QUILLET_API DbTableRow : public std::vector<DbFieldValue*>, public DbXmlSerializable, public DbItem {
+public:
+    enum eCmpResult { CmpEqual = 0, CmpLess = 1, CmpGreater = 2 };
+
+    // A row without cells; the parent lists it as its child.
+    explicit DbTableRow(DbItem* parent);
+    DbTableRow(const DbTableRow&) = delete;
+    DbTableRow& operator=(const DbTableRow&) = delete;
+    ~DbTableRow() override;
+
+    // Appends <row> with one attribute for each cell, named by the field's safe name. When the document refuses,
+    // the row is not appended, the database's log says at which field, and the result is false.
+    bool Save(IDispatch* document, IDispatch* parentElement) override;
+    // Reads the cells from the element's attributes by position, whatever their names. Attributes beyond the cells
+    // are left out, and cells beyond the attributes keep what they hold; the table's data counts such rows. False
+    // when the element is none.
+    bool Load(IDispatch* element) override;
+
+    uint64 GetSize() const override;
+
+    // The structure that the cells follow; not owned.
+    void SetDescr(DbTableDescr* descr) { m_descr = descr; }
+    DbTableDescr* GetDescr() const { return m_descr; }
+
+    // Puts a cell at a position and takes it over; no effect where there is no such position. The cell that stood
+    // there is not deleted: it is the caller's from then on.
+    void SetFieldValuePtr(uint64 i, DbFieldValue* v);
+
+    // The cell at a position or of a field's name. Where there is none, an empty value that belongs to nobody;
+    // what is written to it is lost.
+    DbFieldValue& operator[](uint64 i);
+    const DbFieldValue& operator[](uint64 i) const { return GetField(i); }
+    DbFieldValue& operator[](const quillet::CString& name);
+    DbFieldValue& GetField(uint64 i) { return (*this)[i]; }
+    const DbFieldValue& GetField(uint64 i) const;
+
+    // Sets a cell from text, as DbFieldValue::ValueFromString of a string does, and marks the row changed.
+    void SetValue(const quillet::CString& name, const quillet::CString& text);
+    // Sets a cell, keeping its type, and marks the cell changed.
+    void SetValue(const quillet::CString& name, const quillet::CComVariant& v);
+
+    // Has the descriptor's filters evaluate this row.
+    void Evaluate();
+
+    // Whether this row's cell is greater than the other's at the first of the fields (positions) where they
+    // differ; true where none differs.
+    bool Compare(std::vector<uint64>& fields, const DbTableRow& other);
+    // Whether the function holds for this row's cell and the other's at each of the fields.
+    bool Compare(std::vector<quillet::CString>& names,
+                 bool (*function)(const quillet::CComVariant&, const quillet::CComVariant&), const DbTableRow& other);
+    bool Compare(std::vector<uint64>& fields,
+                 bool (*function)(const quillet::CComVariant&, const quillet::CComVariant&), const DbTableRow& other);
+
+    // Orders by the fields in turn: texts are equal without regard to case but ordered with it.
+    eCmpResult CompareEx(const std::vector<uint64>& fields, const DbTableRow& other);
+    // The same with key values on the left, one for each field; a key that holds fewer equals anything in the rest.
+    static eCmpResult CompareEx(const std::vector<uint64>& fields, const std::vector<quillet::CComVariant>& key,
+                                const DbTableRow& row);
+    // The same; the key must hold one value for each field, whatever count says.
+    static eCmpResult CompareEx(const std::vector<uint64>& fields, const quillet::CComVariant* key, int count,
+                                const DbTableRow& row);
+
+private:
+    friend class DbRows;
+
+    // Makes one empty cell for each field of the descriptor; with the fields' default values where asked for.
+    void MakeCells(bool initValues);
+    void InsertCell(uint64 index, const DbFieldValue& value);
+    void EraseCell(uint64 index);
+    bool IsInBlock(const DbFieldValue* cell) const { return cell >= m_block && cell < m_block + m_blockCells; }
+    void DestroyCells();
+
+    DbTableDescr* m_descr = nullptr;
+    DbFieldValue* m_block = nullptr;
+    std::size_t m_blockCells = 0;
+};

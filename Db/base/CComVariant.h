@@ -1,0 +1,156 @@
+// Smart wrappers of automation types: a variant, a system string and an interface pointer that clean up after
+// themselves.
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+#include "base/CString.h"
+#include "platform/Automation.h"
+
+namespace quillet {
+
+// A VARIANT that owns what it holds. Conversions use the user's default locale.
+class QUILLET_API CComVariant : public VARIANT {
+public:
+    CComVariant() { Reset(); }
+    // A deep copy.
+    CComVariant(const VARIANT& other) { CopyFrom(other); }
+    CComVariant(const CComVariant& other) : VARIANT() { CopyFrom(other); }
+    CComVariant(CComVariant&& other) noexcept : VARIANT(other) { other.Reset(); }
+    // A boolean, an integer or a float of the C++ type's own size and sign.
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    CComVariant(Number number) {
+        Reset();
+        SetNumber(number);
+    }
+    CComVariant(const CString& text);
+    CComVariant(const WCHAR* text) : CComVariant(CString(text)) {}
+    // UTF-8.
+    CComVariant(const char* text) : CComVariant(CString(text)) {}
+    // Counts the interface.
+    CComVariant(IDispatch* dispatch);
+    ~CComVariant() { Clear(); }
+
+    CComVariant& operator=(const CComVariant& other);
+    CComVariant& operator=(CComVariant&& other) noexcept;
+
+    // Back to empty.
+    HRESULT Clear() {
+        if (HoldsPlainNumber()) {
+            Reset();
+            return S_OK;
+        }
+        return VariantClear(this);
+    }
+
+    // Converts in place; on failure the value stays as it was.
+    HRESULT ChangeType(VARTYPE type) { return vt == type ? S_OK : VariantChangeType(this, this, 0, type); }
+
+    // The text of a string; empty for every other type.
+    WideView Text() const {
+        return vt == VT_BSTR && bstrVal != nullptr ? WideView(bstrVal, SysStringLen(bstrVal)) : WideView();
+    }
+
+    // Replaces the value by a string.
+    void SetText(WideView text);
+
+    // Replaces the value by a byte array with the given lower bound.
+    void SetBytes(const BYTE* bytes, ULONG count, LONG lowerBound);
+
+    template <typename Number>
+    void SetNumber(Number number) {
+        Clear();
+        if constexpr (std::is_same_v<Number, bool>) {
+            vt = VT_BOOL;
+            boolVal = number ? VARIANT_TRUE : VARIANT_FALSE;
+        } else if constexpr (std::is_same_v<Number, float>) {
+            vt = VT_R4;
+            fltVal = number;
+        } else if constexpr (std::is_floating_point_v<Number>) {
+            vt = VT_R8;
+            dblVal = static_cast<double>(number);
+        } else if constexpr (sizeof(Number) == 1) {
+            vt = std::is_signed_v<Number> ? VT_I1 : VT_UI1;
+            bVal = static_cast<BYTE>(number);
+        } else if constexpr (sizeof(Number) == 2) {
+            vt = std::is_signed_v<Number> ? VT_I2 : VT_UI2;
+            iVal = static_cast<SHORT>(number);
+        } else if constexpr (sizeof(Number) == 4) {
+            vt = std::is_signed_v<Number> ? VT_I4 : VT_UI4;
+            lVal = static_cast<LONG>(number);
+        } else {
+            vt = std::is_signed_v<Number> ? VT_I8 : VT_UI8;
+            llVal = static_cast<LONGLONG>(number);
+        }
+    }
+
+    // Equal: both null, or of one type and equal to the platform's comparison.
+    friend QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
+    friend bool operator!=(const CComVariant& left, const CComVariant& right) { return !(left == right); }
+    // Order by the platform's comparison; false where either side is null or the types have no order. Unsigned
+    // and one-byte integers of one type, which that comparison does not take, are ordered as numbers.
+    friend QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
+    friend bool operator>(const CComVariant& left, const CComVariant& right) { return right < left; }
+
+private:
+    void Reset() {
+        vt = VT_EMPTY;
+        llVal = 0;
+    }
+    bool HoldsPlainNumber() const { return vt <= VT_DATE || vt == VT_BOOL; }
+    void CopyFrom(const VARIANT& other) {
+        Reset();
+        if (other.vt <= VT_R8 || other.vt == VT_BOOL) {
+            static_cast<VARIANT&>(*this) = other;
+        } else {
+            VariantCopy(this, &other);
+        }
+    }
+};
+
+// Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found equal.
+QUILLET_API bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right);
+
+// An interface pointer that counts its references.
+template <typename Interface>
+class CComPtr {
+public:
+    CComPtr() = default;
+    CComPtr(Interface* pointer) : m_pointer(pointer) {
+        if (m_pointer != nullptr) {
+            m_pointer->AddRef();
+        }
+    }
+    CComPtr(const CComPtr& other) : CComPtr(other.m_pointer) {}
+    CComPtr(CComPtr&& other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
+    ~CComPtr() {
+        if (m_pointer != nullptr) {
+            m_pointer->Release();
+        }
+    }
+    CComPtr& operator=(CComPtr other) noexcept {
+        std::swap(m_pointer, other.m_pointer);
+        return *this;
+    }
+
+    // Takes over a reference that the caller holds.
+    void Attach(Interface* pointer) {
+        CComPtr old;
+        old.m_pointer = std::exchange(m_pointer, pointer);
+    }
+
+    Interface* Get() const { return m_pointer; }
+    Interface* operator->() const { return m_pointer; }
+    explicit operator bool() const { return m_pointer != nullptr; }
+
+private:
+    Interface* m_pointer = nullptr;
+};
+
+}  // namespace quillet
+
+#if !defined(QUILLET_NO_GLOBAL_NAMES)
+using quillet::CComPtr;
+using quillet::CComVariant;
+#endif

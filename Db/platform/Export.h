@@ -1,0 +1,22 @@
+// The one macro through which the library exports its classes, statics and functions.
+#pragma once
+
+#if defined(QUILLET_STATIC)
+#define QUILLET_API
+#elif defined(_WIN32)
+#if defined(QUILLET_BUILDING)
+#define QUILLET_API __declspec(dllexport)
+#else
+#define QUILLET_API __declspec(dllimport)
+#endif
+#else
+#define QUILLET_API __attribute__((visibility("default")))
+#endif
+
+// Marks a member function as printf-like where the compiler can check it. The indexes count from 1 and
+// include the implicit object parameter.
+#if defined(__GNUC__)
+#define QUILLET_PRINTF_LIKE(text, first) __attribute__((__format__(__printf__, text, first)))
+#else
+#define QUILLET_PRINTF_LIKE(text, first)
+#endif

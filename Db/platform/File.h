@@ -1,0 +1,60 @@
+// Files: reading in blocks, and replacing a file whole. Paths are UTF-8.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/Export.h"
+
+namespace quillet::platform {
+
+// A file open for reading, without sharing restrictions: others may read, write or replace it meanwhile.
+class QUILLET_API ReadableFile {
+public:
+    // Null where the path is no file that can be read (a directory is none); why, if asked, says the reason.
+    static std::unique_ptr<ReadableFile> Open(const std::string& path, std::string* why = nullptr);
+
+    ReadableFile(const ReadableFile&) = delete;
+    ReadableFile& operator=(const ReadableFile&) = delete;
+    virtual ~ReadableFile();
+
+    // Reads up to capacity bytes; 0 at the end of the file and on an error.
+    virtual std::size_t Read(char* buffer, std::size_t capacity) = 0;
+
+protected:
+    ReadableFile();
+};
+
+// Whether the path names an existing file that can be opened for writing. Nothing is created or changed.
+QUILLET_API bool CanWriteFile(const std::string& path);
+
+// The whole file as bytes; nothing where it can't be read, and why says the reason.
+QUILLET_API std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why = nullptr);
+
+// Writes a file beside its target and puts it in the target's place in one step, flushed to the disk. Until
+// Commit succeeds, and for ever if it does not, the target is what it was. Links are followed and the mode of
+// an existing target is kept; a target that may not be written fails as an open would.
+class QUILLET_API AtomicFile {
+public:
+    // Null, with the reason in why, where the target may not be written or the folder takes no new file.
+    static std::unique_ptr<AtomicFile> Create(const std::string& target, std::string* why = nullptr);
+
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+    // Removes what was written beside the target, unless it was committed.
+    virtual ~AtomicFile();
+
+    // Appends bytes; false, with the reason in why, when the disk does not take them.
+    virtual bool Write(std::string_view bytes, std::string* why = nullptr) = 0;
+
+    // Flushes and replaces the target. No further call is allowed but destruction.
+    virtual bool Commit(std::string* why = nullptr) = 0;
+
+protected:
+    AtomicFile();
+};
+
+}  // namespace quillet::platform

@@ -1,0 +1,24 @@
+// Numbers to text and back under the user's default locale, without allocation: what VariantChangeType gives for
+// the same value.
+#pragma once
+
+#include <cstddef>
+
+#include "platform/Text.h"
+
+namespace quillet::platform {
+
+// No number's text is longer.
+constexpr std::size_t MaxNumberText = 64;
+
+// Writes the text of an integer (VT_I2, VT_I4) or a float (VT_R4, VT_R8) as UTF-8 and returns its length; 0 for
+// other types.
+QUILLET_API std::size_t NumberToText(const VARIANT& number, char (&text)[MaxNumberText]);
+
+// Reads a value of the type (VT_I4, VT_R4, VT_R8 or VT_BOOL). On failure number stays as it was.
+QUILLET_API HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number);
+
+// The character between the whole and the fraction of a number, as it was when the library was loaded.
+QUILLET_API WCHAR DecimalSeparator();
+
+}  // namespace quillet::platform

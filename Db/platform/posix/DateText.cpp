@@ -1,0 +1,316 @@
+// The calendar is the Gregorian one throughout; field order, separators and day halves are the locale's.
+#include "platform/posix/DateText.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace quillet::platform {
+namespace {
+
+using std::chrono::days;
+using std::chrono::sys_days;
+using std::chrono::year_month_day;
+
+constexpr sys_days kDayZero{std::chrono::year{1899} / 12 / 30};
+constexpr sys_days kFirstDay{std::chrono::year{100} / 1 / 1};
+constexpr sys_days kLastDay{std::chrono::year{9999} / 12 / 31};
+constexpr int kSecondsPerDay = 24 * 60 * 60;
+
+// Years of two digits lie within the hundred years that end here.
+constexpr int kLastTwoDigitYear = 2029;
+
+struct Moment {
+    int day = 0;
+    int secondOfDay = 0;
+
+    int Hour() const { return secondOfDay / 3600; }
+};
+
+Moment Split(double serial) {
+    const double whole = std::trunc(serial);
+    Moment moment{static_cast<int>(whole),
+                  static_cast<int>(std::lround(std::abs(serial - whole) * kSecondsPerDay))};
+    if (moment.secondOfDay == kSecondsPerDay) {
+        moment.secondOfDay = 0;
+        ++moment.day;
+    }
+    return moment;
+}
+
+double Join(const Moment& moment) {
+    const double time = static_cast<double>(moment.secondOfDay) / kSecondsPerDay;
+    return moment.day < 0 ? moment.day - time : moment.day + time;
+}
+
+class DateWriter {
+public:
+    DateWriter(const Moment& moment, const DateStyle& style, WideString& text)
+        : m_moment(moment), m_style(style), m_date(kDayZero + days(moment.day)), m_text(text) {}
+
+    void Write(const std::vector<DatePatternItem>& items) {
+        for (const DatePatternItem& item : items) {
+            if (item.field == 0) {
+                m_text += item.literal;
+            } else if (item.field == 'a') {
+                m_text += m_moment.Hour() < 12 ? m_style.am : m_style.pm;
+            } else {
+                PutNumber(ValueOf(item.field), item.width);
+            }
+        }
+    }
+
+private:
+    unsigned ValueOf(char field) const {
+        const auto second = static_cast<unsigned>(m_moment.secondOfDay);
+        switch (field) {
+            case 'd':
+                return static_cast<unsigned>(m_date.day());
+            case 'M':
+                return static_cast<unsigned>(m_date.month());
+            case 'y':
+                return static_cast<unsigned>(static_cast<int>(m_date.year()));
+            case 'H':
+                return second / 3600;
+            case 'h':
+                return (second / 3600 + 11) % 12 + 1;
+            case 'm':
+                return second / 60 % 60;
+            default:
+                return second % 60;
+        }
+    }
+
+    void PutNumber(unsigned value, int width) {
+        const std::string digits = std::to_string(value);
+        for (auto length = static_cast<int>(digits.size()); length < width; ++length) {
+            m_text += u'0';
+        }
+        m_text.append(digits.begin(), digits.end());
+    }
+
+    const Moment& m_moment;
+    const DateStyle& m_style;
+    const year_month_day m_date;
+    WideString& m_text;
+};
+
+class DateReader {
+public:
+    DateReader(WideView text, const DateStyle& style) : m_text(text), m_style(style) {}
+
+    // [date] [time], at least one of them, with blanks or the letter T between.
+    bool Read(Moment& moment) {
+        SkipBlanks();
+        const bool hasDate = !StartsTime() && ReadDay(moment.day);
+        SkipBlanks();
+        if (AtEnd()) {
+            return hasDate;
+        }
+        return ReadTime(moment.secondOfDay) && AtEnd();
+    }
+
+private:
+    bool AtEnd() const { return m_at == m_text.size(); }
+    bool At(WCHAR unit) const { return !AtEnd() && m_text[m_at] == unit; }
+    bool AtDigit() const { return !AtEnd() && m_text[m_at] >= u'0' && m_text[m_at] <= u'9'; }
+    bool AtBlank() const { return At(u' ') || At(u'\t') || At(0x00A0) || At(0x202F); }
+
+    void SkipBlanks() {
+        while (AtBlank()) {
+            ++m_at;
+        }
+    }
+
+    bool Skip(WCHAR unit) {
+        if (!At(unit)) {
+            return false;
+        }
+        ++m_at;
+        return true;
+    }
+
+    bool SkipWord(const WideString& word) {
+        if (word.empty() || CompareNoCase(m_text.substr(m_at, word.size()), word) != 0) {
+            return false;
+        }
+        m_at += word.size();
+        return true;
+    }
+
+    // A number is followed by a colon or a day half, or a day half stands before it.
+    bool StartsTime() {
+        const std::size_t start = m_at;
+        int hour = 0;
+        bool pm = false;
+        const bool time = ReadHalf(pm) || (ReadNumber(hour, 2) && (At(u':') || (SkipBlanks(), ReadHalf(pm))));
+        m_at = start;
+        return time;
+    }
+
+    bool ReadNumber(int& value, int mostDigits) {
+        value = 0;
+        int count = 0;
+        for (; AtDigit() && count < mostDigits; ++count) {
+            value = value * 10 + (m_text[m_at++] - u'0');
+        }
+        return count > 0 && !AtDigit();
+    }
+
+    bool IsLocaleSeparator(WCHAR unit) const {
+        return std::any_of(m_style.date.begin(), m_style.date.end(), [unit](const DatePatternItem& item) {
+            return item.field == 0 && item.literal == unit;
+        });
+    }
+
+    bool SkipSeparator() {
+        if (AtEnd()) {
+            return false;
+        }
+        const WCHAR unit = m_text[m_at];
+        if (unit != u'/' && unit != u'-' && unit != u'.' && (AtBlank() || !IsLocaleSeparator(unit))) {
+            return false;
+        }
+        ++m_at;
+        SkipBlanks();
+        return true;
+    }
+
+    // What a locale writes after the last field, which may stand apart.
+    void SkipDateEnd() {
+        for (;;) {
+            const std::size_t start = m_at;
+            SkipBlanks();
+            if (AtEnd() || AtDigit() || !IsLocaleSeparator(m_text[m_at])) {
+                m_at = start;
+                return;
+            }
+            ++m_at;
+        }
+    }
+
+    bool ReadDay(int& day) {
+        constexpr int kYearDigits = 4;
+        constexpr std::array<char, 3> kYearFirst = {'y', 'M', 'd'};
+        std::array<int, 3> numbers{};
+        std::array<std::size_t, 3> lengths{};
+        for (std::size_t index = 0; index < numbers.size(); ++index) {
+            const std::size_t start = m_at;
+            if ((index > 0 && !SkipSeparator()) || !ReadNumber(numbers[index], kYearDigits)) {
+                return false;
+            }
+            lengths[index] = m_at - start;
+        }
+        SkipDateEnd();
+        const auto& order = lengths[0] == kYearDigits ? kYearFirst : m_style.order;
+        const auto valueOf = [&](char field) {
+            return numbers[static_cast<std::size_t>(std::find(order.begin(), order.end(), field) -
+                                                    order.begin())];
+        };
+        const year_month_day date{std::chrono::year{FullYear(valueOf('y'))},
+                                  std::chrono::month{static_cast<unsigned>(valueOf('M'))},
+                                  std::chrono::day{static_cast<unsigned>(valueOf('d'))}};
+        if (!date.ok() || sys_days{date} < kFirstDay) {
+            return false;
+        }
+        day = static_cast<int>((sys_days{date} - kDayZero).count());
+        return true;
+    }
+
+    static int FullYear(int year) {
+        if (year >= 100) {
+            return year;
+        }
+        const int century = kLastTwoDigitYear / 100 * 100;
+        return century + year <= kLastTwoDigitYear ? century + year : century - 100 + year;
+    }
+
+    bool ReadHalf(bool& pm) {
+        static const WideString kAm = u"AM";
+        static const WideString kPm = u"PM";
+        if (SkipWord(m_style.pm) || SkipWord(kPm)) {
+            pm = true;
+            return true;
+        }
+        pm = false;
+        return SkipWord(m_style.am) || SkipWord(kAm);
+    }
+
+    bool ReadTime(int& secondOfDay) {
+        bool pm = false;
+        bool half = ReadHalf(pm);
+        if (!half) {
+            Skip(u'T');
+        }
+        SkipBlanks();
+        int hour = 0;
+        int minute = 0;
+        int second = 0;
+        if (!ReadNumber(hour, 2)) {
+            return false;
+        }
+        const bool hasMinutes = Skip(u':');
+        if (hasMinutes && (!ReadNumber(minute, 2) || (Skip(u':') && !ReadNumber(second, 2)))) {
+            return false;
+        }
+        SkipBlanks();
+        if (!half && !AtEnd()) {
+            half = ReadHalf(pm);
+            SkipBlanks();
+        }
+        if ((!hasMinutes && !half) || minute > 59 || second > 59 || hour > (half ? 12 : 23)) {
+            return false;
+        }
+        if (half) {
+            hour = hour % 12 + (pm ? 12 : 0);
+        }
+        secondOfDay = (hour * 60 + minute) * 60 + second;
+        return true;
+    }
+
+    const WideView m_text;
+    const DateStyle& m_style;
+    std::size_t m_at = 0;
+};
+
+}  // namespace
+
+bool IsDateInRange(double serial) {
+    constexpr auto kFirst = static_cast<double>((kFirstDay - kDayZero).count());
+    constexpr auto kLast = static_cast<double>((kLastDay - kDayZero).count());
+    return serial > kFirst - 1 && serial < kLast + 1;
+}
+
+HRESULT WriteDate(DATE date, const Locale& locale, WideString& text) {
+    if (!IsDateInRange(date)) {
+        return E_INVALIDARG;
+    }
+    Moment moment = Split(date);
+    if (kDayZero + days(moment.day) > kLastDay) {
+        // The last half second of the last year has no day to be rounded to.
+        moment = {moment.day - 1, kSecondsPerDay - 1};
+    }
+    const DateStyle& style = locale.Dates();
+    DateWriter writer(moment, style, text);
+    if (moment.day != 0) {
+        writer.Write(style.date);
+    }
+    if (moment.secondOfDay != 0 || moment.day == 0) {
+        if (!text.empty()) {
+            text += u' ';
+        }
+        writer.Write(style.time);
+    }
+    return S_OK;
+}
+
+HRESULT ReadDate(WideView text, const Locale& locale, DATE& date) {
+    Moment moment;
+    if (!DateReader(text, locale.Dates()).Read(moment)) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    date = Join(moment);
+    return S_OK;
+}
+
+}  // namespace quillet::platform

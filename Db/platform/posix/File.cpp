@@ -1,0 +1,357 @@
+// Files by descriptors. A file is replaced through a new one in the same folder, flushed and then renamed;
+// all names are resolved relative to the open folder, so a long path costs nothing and a moved folder does no
+// harm.
+#include "platform/File.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+namespace quillet::platform {
+namespace {
+
+std::string Reason(int error) {
+    return std::generic_category().message(error);
+}
+
+// Reports the error, if asked; always false.
+bool Fail(int error, std::string* why) {
+    if (why != nullptr) {
+        *why = Reason(error);
+    }
+    return false;
+}
+
+template <typename Call>
+auto Retried(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int value) : m_value(value) {}
+    Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_value, other.m_value);
+        return *this;
+    }
+    ~Descriptor() { Close(); }
+
+    bool IsOpen() const { return m_value != -1; }
+    int Get() const { return m_value; }
+
+    // The error that closing reported, or 0. It is closed in every case.
+    int Close() {
+        const int value = std::exchange(m_value, -1);
+        return value != -1 && ::close(value) == -1 && errno != EINTR ? errno : 0;
+    }
+
+private:
+    int m_value = -1;
+};
+
+// Refuses names that the system would cut at a zero byte.
+Descriptor OpenAt(int folder, const std::string& path, int flags, mode_t mode = 0) {
+    if (path.find('\0') != std::string::npos) {
+        errno = EINVAL;
+        return Descriptor();
+    }
+    return Descriptor(Retried([&] { return ::openat(folder, path.c_str(), flags | O_CLOEXEC, mode); }));
+}
+
+Descriptor OpenForReading(const std::string& path, struct stat& status, std::string* why) {
+    Descriptor file = OpenAt(AT_FDCWD, path, O_RDONLY | O_NOCTTY);
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) == -1) {
+        Fail(errno, why);
+        return Descriptor();
+    }
+    if (S_ISDIR(status.st_mode)) {
+        Fail(EISDIR, why);
+        return Descriptor();
+    }
+    return file;
+}
+
+ssize_t ReadSome(const Descriptor& file, char* buffer, std::size_t capacity) {
+    return Retried([&] { return ::read(file.Get(), buffer, capacity); });
+}
+
+class PosixReadableFile final : public ReadableFile {
+public:
+    explicit PosixReadableFile(Descriptor file) : m_file(std::move(file)) {}
+
+    std::size_t Read(char* buffer, std::size_t capacity) override {
+        const ssize_t count = ReadSome(m_file, buffer, capacity);
+        return count < 0 ? 0 : static_cast<std::size_t>(count);
+    }
+
+private:
+    Descriptor m_file;
+};
+
+// Where a path leads once every link is followed: a name in an open folder. The name need not exist.
+struct Location {
+    Descriptor folder;
+    std::string name;
+};
+
+Descriptor OpenFolder(int base, const std::string& path) {
+    Descriptor folder = OpenAt(base, path, O_RDONLY | O_DIRECTORY);
+#if defined(O_PATH)
+    if (!folder.IsOpen() && errno == EACCES) {
+        // A folder that may be entered but not listed still takes files.
+        folder = OpenAt(base, path, O_PATH | O_DIRECTORY);
+    }
+#endif
+    return folder;
+}
+
+// The target of a link; empty, with errno EINVAL, where the name is none.
+std::string ReadLink(int folder, const std::string& name) {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = ::readlinkat(folder, name.c_str(), target.data(), target.size());
+    target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+    return target;
+}
+
+// The error, or 0.
+int Locate(std::string path, Location& location) {
+    constexpr int kMostLinks = 40;
+    location.folder = Descriptor();
+    for (int links = 0; links <= kMostLinks; ++links) {
+        if (path.empty()) {
+            return ENOENT;
+        }
+        const std::size_t slash = path.rfind('/');
+        const std::size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+        std::string name = path.substr(nameStart);
+        if (name.empty() || name == "." || name == "..") {
+            return EISDIR;
+        }
+        if (name.find('\0') != std::string::npos) {
+            return EINVAL;
+        }
+        const int base = location.folder.IsOpen() ? location.folder.Get() : AT_FDCWD;
+        Descriptor folder = OpenFolder(base, nameStart == 0 ? std::string(".") : path.substr(0, nameStart));
+        if (!folder.IsOpen()) {
+            return errno;
+        }
+        path = ReadLink(folder.Get(), name);
+        const int error = errno;
+        location = {std::move(folder), std::move(name)};
+        if (path.empty()) {
+            return error == EINVAL || error == ENOENT ? 0 : error;
+        }
+    }
+    return ELOOP;
+}
+
+// Whether the name stands for a regular file that may be written; the error, or 0.
+int CheckWritable(const Location& location, struct stat& status) {
+    if (::fstatat(location.folder.Get(), location.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == -1) {
+        return errno;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return EISDIR;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return ENOTSUP;
+    }
+    const Descriptor file = OpenAt(location.folder.Get(), location.name, O_WRONLY | O_NOCTTY);
+    return file.IsOpen() ? 0 : errno;
+}
+
+// Does not depend on the target's name, which may be as long as a name can be.
+std::string TemporaryName() {
+    static std::atomic<unsigned> s_counter{0};
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+    std::array<char, 64> name;
+    std::snprintf(name.data(), name.size(), ".quillet-%lx-%x-%llx.tmp",
+                  static_cast<unsigned long>(::getpid()), s_counter++, static_cast<unsigned long long>(now));
+    return name.data();
+}
+
+class PosixAtomicFile final : public AtomicFile {
+public:
+    explicit PosixAtomicFile(Location target) : m_target(std::move(target)) {}
+    ~PosixAtomicFile() override { Remove(); }
+
+    bool Open(std::string* why) {
+        struct stat status {};
+        const int error = CheckWritable(m_target, status);
+        if (error != 0 && error != ENOENT) {
+            return Fail(error, why);
+        }
+        const bool replaces = error == 0;
+        if (!MakeTemporary(replaces, why)) {
+            return false;
+        }
+        return !replaces || TakeOver(status, why);
+    }
+
+    bool Write(std::string_view bytes, std::string* why) override {
+        if (m_error != 0) {
+            return Fail(m_error, why);
+        }
+        while (!bytes.empty()) {
+            const ssize_t count = Retried([&] { return ::write(m_file.Get(), bytes.data(), bytes.size()); });
+            if (count < 0) {
+                m_error = errno;
+                return Fail(m_error, why);
+            }
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        }
+        return true;
+    }
+
+    bool Commit(std::string* why) override {
+        if (m_error == 0) {
+            m_error = Publish();
+        }
+        Remove();
+        return m_error == 0 || Fail(m_error, why);
+    }
+
+private:
+    bool MakeTemporary(bool replaces, std::string* why) {
+        // Nobody may look into the new file before it has the mode of the old one.
+        constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+        constexpr mode_t kAsTheMaskAllows = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+        constexpr int kMostAttempts = 100;
+        for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+            std::string name = TemporaryName();
+            m_file = OpenAt(m_target.folder.Get(), name, O_WRONLY | O_CREAT | O_EXCL,
+                            replaces ? kPrivate : kAsTheMaskAllows);
+            if (m_file.IsOpen()) {
+                m_temporary = std::move(name);
+                return true;
+            }
+            if (errno != EEXIST) {
+                break;
+            }
+        }
+        return Fail(errno, why);
+    }
+
+    // Owner and group are kept where the system lets us; the mode always. The bits that lend an identity are
+    // dropped, as a write into the file itself would drop them.
+    bool TakeOver(const struct stat& old, std::string* why) {
+        constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+        constexpr auto kAnyOwner = static_cast<uid_t>(-1);
+        const int file = m_file.Get();
+        [[maybe_unused]] const bool kept =
+            ::fchown(file, old.st_uid, old.st_gid) == 0 || ::fchown(file, kAnyOwner, old.st_gid) == 0;
+        return ::fchmod(file, old.st_mode & kPermissions) != -1 || Fail(errno, why);
+    }
+
+    // The error, or 0.
+    int Publish() {
+        if (Retried([&] { return ::fsync(m_file.Get()); }) == -1) {
+            return errno;
+        }
+        const int closed = m_file.Close();
+        if (closed != 0) {
+            return closed;
+        }
+        const int folder = m_target.folder.Get();
+        if (::renameat(folder, m_temporary.c_str(), folder, m_target.name.c_str()) == -1) {
+            return errno;
+        }
+        m_temporary.clear();
+        // The target is replaced now, so a failure to flush its folder is none of the commit.
+        static_cast<void>(Retried([&] { return ::fsync(folder); }));
+        return 0;
+    }
+
+    void Remove() noexcept {
+        if (!m_temporary.empty()) {
+            ::unlinkat(m_target.folder.Get(), m_temporary.c_str(), 0);
+            m_temporary.clear();
+        }
+    }
+
+    Location m_target;
+    Descriptor m_file;
+    std::string m_temporary;
+    int m_error = 0;
+};
+
+}  // namespace
+
+ReadableFile::ReadableFile() = default;
+ReadableFile::~ReadableFile() = default;
+
+std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::string* why) {
+    struct stat status {};
+    Descriptor file = OpenForReading(path, status, why);
+    if (!file.IsOpen()) {
+        return nullptr;
+    }
+    return std::make_unique<PosixReadableFile>(std::move(file));
+}
+
+bool CanWriteFile(const std::string& path) {
+    Location location;
+    struct stat status {};
+    return Locate(path, location) == 0 && CheckWritable(location, status) == 0;
+}
+
+std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why) {
+    struct stat status {};
+    const Descriptor file = OpenForReading(path, status, why);
+    if (!file.IsOpen()) {
+        return std::nullopt;
+    }
+    constexpr std::size_t kBlock = 64 * 1024;
+    // One byte more than the size, so that a file which does not grow ends in the first block.
+    std::string bytes(status.st_size > 0 ? static_cast<std::size_t>(status.st_size) + 1 : kBlock, '\0');
+    std::size_t length = 0;
+    for (;;) {
+        if (length == bytes.size()) {
+            bytes.resize(bytes.size() * 2);
+        }
+        const ssize_t count = ReadSome(file, bytes.data() + length, bytes.size() - length);
+        if (count < 0) {
+            Fail(errno, why);
+            return std::nullopt;
+        }
+        if (count == 0) {
+            bytes.resize(length);
+            return bytes;
+        }
+        length += static_cast<std::size_t>(count);
+    }
+}
+
+AtomicFile::AtomicFile() = default;
+AtomicFile::~AtomicFile() = default;
+
+std::unique_ptr<AtomicFile> AtomicFile::Create(const std::string& target, std::string* why) {
+    Location location;
+    const int error = Locate(target, location);
+    if (error != 0) {
+        Fail(error, why);
+        return nullptr;
+    }
+    auto file = std::make_unique<PosixAtomicFile>(std::move(location));
+    if (!file->Open(why)) {
+        return nullptr;
+    }
+    return file;
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,82 @@
+// What conversion and comparison need to know of a locale. Private to this port.
+#pragma once
+
+#include <unicode/ucol.h>
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/Text.h"
+
+namespace quillet::platform {
+
+struct NumberSymbols {
+    WCHAR decimal = u'.';
+    WCHAR group = u',';
+    WideString currency = u"$";
+};
+
+// One piece of a date or time pattern: a field by its letter (d, M, y, H, h, m, s, a), or a literal unit
+// where the letter is 0.
+struct DatePatternItem {
+    char field = 0;
+    int width = 1;
+    WCHAR literal = 0;
+};
+
+struct DateStyle {
+    std::vector<DatePatternItem> date;
+    std::vector<DatePatternItem> time;
+    WideString am = u"AM";
+    WideString pm = u"PM";
+    // The letters d, M and y in the order in which the locale writes them.
+    std::array<char, 3> order = {'M', 'd', 'y'};
+};
+
+// A locale of the cache, which lives as long as the process. Safe to use from several threads.
+class Locale {
+public:
+    // LOCALE_USER_DEFAULT, the system's default and the neutral locale are that of the environment, as it is
+    // when the locale is first asked for.
+    static const Locale& For(LCID id);
+
+    Locale(const Locale&) = delete;
+    Locale& operator=(const Locale&) = delete;
+
+    const NumberSymbols& Numbers() const { return m_numbers; }
+    const DateStyle& Dates() const;
+    // Null where ICU has no collation data at all.
+    const UCollator* Collator(bool ignoreCase) const;
+
+private:
+    struct CloseCollator {
+        void operator()(UCollator* collator) const { ucol_close(collator); }
+    };
+    using CollatorPtr = std::unique_ptr<UCollator, CloseCollator>;
+
+    // ICU names for numbers, collation and dates; an empty name stands for the "C" locale.
+    struct Names {
+        std::string numbers;
+        std::string collation;
+        std::string dates;
+    };
+
+    Locale(LCID id, Names names);
+    static Names NamesFor(LCID id);
+
+    const LCID m_id;
+    const Names m_names;
+    NumberSymbols m_numbers;
+    const Locale* m_next = nullptr;
+
+    mutable std::once_flag m_datesOnce;
+    mutable DateStyle m_dates;
+    mutable std::once_flag m_collatorsOnce;
+    mutable CollatorPtr m_collator;
+    mutable CollatorPtr m_caselessCollator;
+};
+
+}  // namespace quillet::platform

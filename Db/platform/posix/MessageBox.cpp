@@ -1,0 +1,60 @@
+// Messages without a desktop: one line on standard error, unless a handler takes them.
+#include "platform/MessageBox.h"
+
+#include <unicode/ustring.h>
+
+#include <cstdio>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace quillet::platform {
+namespace {
+
+constexpr UChar32 kReplacementCharacter = 0xFFFD;
+
+std::string ToUtf8(WideView text) {
+    constexpr std::size_t kMostBytesPerUnit = 3;
+    constexpr std::size_t kMostUnits = std::numeric_limits<std::int32_t>::max() / kMostBytesPerUnit;
+    text = text.substr(0, kMostUnits);
+    std::string bytes(text.size() * kMostBytesPerUnit, '\0');
+    std::int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strToUTF8WithSub(bytes.data(), static_cast<std::int32_t>(bytes.size()), &length, text.data(),
+                       static_cast<std::int32_t>(text.size()), kReplacementCharacter, nullptr, &status);
+    bytes.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
+    return bytes;
+}
+
+void WriteToStandardError(WideView text, WideView caption) {
+    std::string line = ToUtf8(caption);
+    if (!line.empty()) {
+        line += ": ";
+    }
+    line += ToUtf8(text);
+    line += '\n';
+    // One write, so that lines of several threads do not mix.
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+MessageHandler& CurrentHandler() {
+    static MessageHandler handler = WriteToStandardError;
+    return handler;
+}
+
+}  // namespace
+
+MessageHandler SetMessageHandler(MessageHandler handler) {
+    if (!handler) {
+        handler = WriteToStandardError;
+    }
+    return std::exchange(CurrentHandler(), std::move(handler));
+}
+
+void ShowMessage(WideView text, WideView caption) {
+    // A handler may replace itself while it runs.
+    const MessageHandler handler = CurrentHandler();
+    handler(text, caption);
+}
+
+}  // namespace quillet::platform

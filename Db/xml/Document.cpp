@@ -1,0 +1,141 @@
+#include "xml/Document.h"
+
+#include <algorithm>
+
+#include "platform/File.h"
+#include "xml/Face.h"
+#include "xml/Tree.h"
+
+namespace quillet::xml {
+
+namespace {
+
+// Places of a fault that are no offsets.
+constexpr std::ptrdiff_t NoPlace = -1;
+constexpr std::ptrdiff_t FindMalformed = -2;
+
+bool IsTooDeep(pugi::xml_node root) {
+    int depth = 0;
+    pugi::xml_node node = root;
+    for (;;) {
+        if (const pugi::xml_node child = node.first_child()) {
+            node = child;
+            if (++depth > MaxDepth) {
+                return true;
+            }
+            continue;
+        }
+        while (node != root && !node.next_sibling()) {
+            node = node.parent();
+            --depth;
+        }
+        if (node == root) {
+            return false;
+        }
+        node = node.next_sibling();
+    }
+}
+
+}  // namespace
+
+Document::Document() : m_tree(std::make_shared<Tree>()) {}
+
+Document::~Document() = default;
+
+bool Document::LoadFile(const std::string& path) {
+    std::optional<std::string> text = platform::ReadWholeFile(path, &m_error.m_message);
+    if (!text) {
+        m_error.m_line = 0;
+        m_tree = std::make_shared<Tree>();
+        return false;
+    }
+    const bool loaded = Load(std::move(*text));
+    if (!loaded) {
+        // The parser works in place, so the place of a fault is looked up in the file as it was.
+        LocateError(platform::ReadWholeFile(path).value_or(std::string()));
+    }
+    return loaded;
+}
+
+bool Document::LoadText(std::string_view text) {
+    const bool loaded = Load(std::string(text));
+    if (!loaded) {
+        LocateError(text);
+    }
+    return loaded;
+}
+
+bool Document::Load(std::string text) {
+    m_error = {};
+    m_tree = std::make_shared<Tree>();
+    const bool isUtf8 = IsValidUtf8(text);
+    const pugi::xml_parse_result result = m_tree->Load(std::move(text));
+    if (result.status != pugi::status_ok) {
+        m_error.m_message = result.description();
+        m_errorOffset = result.offset;
+    } else if (!isUtf8 && result.encoding == pugi::encoding_utf8) {
+        m_error.m_message = "Invalid UTF-8";
+        m_errorOffset = FindMalformed;
+    } else if (IsTooDeep(m_tree->Root())) {
+        m_error.m_message = "Elements are nested deeper than " + std::to_string(MaxDepth);
+        m_errorOffset = NoPlace;
+    } else {
+        return true;
+    }
+    m_tree = std::make_shared<Tree>();
+    return false;
+}
+
+void Document::LocateError(std::string_view text) {
+    if (m_errorOffset == NoPlace) {
+        return;
+    }
+    const std::size_t offset =
+        m_errorOffset == FindMalformed ? ValidUtf8Length(text) : static_cast<std::size_t>(m_errorOffset);
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));
+    m_error.m_line = static_cast<std::size_t>(std::count(text.begin(), end, '\n')) + 1;
+}
+
+Node Document::Root() const {
+    return Node(NativeNode{m_tree.get(), m_tree->Root().internal_object()});
+}
+
+CComPtr<IDispatch> Document::Automation() const {
+    return MakeNodeObject(Root().Native());
+}
+
+bool Document::SaveFile(const std::string& path, std::string* why) const {
+    const std::unique_ptr<platform::AtomicFile> file = platform::AtomicFile::Create(path, why);
+    return file && m_tree->Write(m_tree->Root(), [&](std::string_view piece) { return file->Write(piece, why); }) &&
+           file->Commit(why);
+}
+
+std::string Document::SaveText() const {
+    std::string text;
+    m_tree->Write(m_tree->Root(), [&](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return text;
+}
+
+bool FirstAttributeOfText(std::string_view text, std::string& value) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string_view::npos || text.substr(0, equals).find('>') != std::string_view::npos) {
+        return false;
+    }
+    const std::size_t open = text.find_first_of("\"'", equals);
+    const std::size_t close = open == std::string_view::npos ? open : text.find(text[open], open + 1);
+    if (close == std::string_view::npos) {
+        return false;
+    }
+    pugi::xml_document fragment;
+    const std::string element = "<x v=" + std::string(text.substr(open, close - open + 1)) + " />";
+    if (!fragment.load_buffer(element.data(), element.size(), pugi::parse_default, pugi::encoding_utf8)) {
+        return false;
+    }
+    value = fragment.first_child().first_attribute().value();
+    return true;
+}
+
+}  // namespace quillet::xml

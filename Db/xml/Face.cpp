@@ -1,0 +1,475 @@
+#include "xml/Face.h"
+
+#include <algorithm>
+#include <atomic>
+#include <iterator>
+#include <new>
+#include <type_traits>
+
+#include "xml/Tree.h"
+
+namespace quillet::xml {
+
+namespace {
+
+enum Member : DISPID {
+    MemberItem = DISPID_VALUE,
+    MemberLength = 1,
+    MemberNodeName,
+    MemberNodeValue,
+    MemberNodeType,
+    MemberParentNode,
+    MemberChildNodes,
+    MemberFirstChild,
+    MemberLastChild,
+    MemberNextSibling,
+    MemberHasChildNodes,
+    MemberAttributes,
+    MemberOwnerDocument,
+    MemberAppendChild,
+    MemberGetAttribute,
+    MemberSetAttribute,
+    MemberXml,
+    MemberDocumentElement,
+    MemberCreateElement,
+    MemberCreateProcessingInstruction
+};
+
+struct MemberName {
+    const char* m_name;
+    Member m_member;
+};
+
+constexpr MemberName MemberNames[] = {
+    {"item", MemberItem},
+    {"length", MemberLength},
+    {"nodeName", MemberNodeName},
+    {"tagName", MemberNodeName},
+    {"name", MemberNodeName},
+    {"nodeValue", MemberNodeValue},
+    {"value", MemberNodeValue},
+    {"nodeType", MemberNodeType},
+    {"parentNode", MemberParentNode},
+    {"childNodes", MemberChildNodes},
+    {"firstChild", MemberFirstChild},
+    {"lastChild", MemberLastChild},
+    {"nextSibling", MemberNextSibling},
+    {"hasChildNodes", MemberHasChildNodes},
+    {"attributes", MemberAttributes},
+    {"ownerDocument", MemberOwnerDocument},
+    {"appendChild", MemberAppendChild},
+    {"getAttribute", MemberGetAttribute},
+    {"setAttribute", MemberSetAttribute},
+    {"xml", MemberXml},
+    {"documentElement", MemberDocumentElement},
+    {"createElement", MemberCreateElement},
+    {"createProcessingInstruction", MemberCreateProcessingInstruction},
+};
+
+// The arguments of a call in the order in which they were written.
+class Arguments {
+public:
+    explicit Arguments(const DISPPARAMS* parameters) : m_parameters(parameters) {}
+
+    UINT Count() const { return m_parameters == nullptr ? 0 : m_parameters->cArgs; }
+
+    CComVariant At(UINT index) const {
+        if (index >= Count()) {
+            throw DomError{"An argument is missing"};
+        }
+        const VARIANT* argument = &m_parameters->rgvarg[Count() - 1 - index];
+        if (argument->vt == (VT_BYREF | VT_VARIANT) && argument->pvarVal != nullptr) {
+            argument = argument->pvarVal;
+        }
+        return CComVariant(*argument);
+    }
+
+    std::string Text(UINT index) const {
+        CComVariant value = At(index);
+        if (FAILED(value.ChangeType(VT_BSTR))) {
+            throw DomError{"An argument is no text"};
+        }
+        return CString(value.Text()).ToUtf8();
+    }
+
+    LONG Number(UINT index) const {
+        CComVariant value = At(index);
+        if (FAILED(value.ChangeType(VT_I4))) {
+            throw DomError{"An argument is no number"};
+        }
+        return value.lVal;
+    }
+
+private:
+    const DISPPARAMS* m_parameters;
+};
+
+CComVariant TextValue(const char* utf8) {
+    return CComVariant(CString(utf8));
+}
+
+CComVariant Nothing() {
+    CComVariant nothing;
+    nothing.vt = VT_DISPATCH;
+    nothing.pdispVal = nullptr;
+    return nothing;
+}
+
+// What the objects of a document have in common: counting, and members by name.
+class ObjectBase : public INativeNode, public IDispatch {
+public:
+    ObjectBase(const ObjectBase&) = delete;
+    ObjectBase& operator=(const ObjectBase&) = delete;
+    virtual ~ObjectBase() = default;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (object == nullptr) {
+            return E_POINTER;
+        }
+        if (iid == IID_INativeNode && HasNode()) {
+            *object = static_cast<INativeNode*>(this);
+        } else if (iid == IID_IUnknown || iid == IID_IDispatch) {
+            *object = static_cast<IDispatch*>(this);
+        } else {
+            *object = nullptr;
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --m_references;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+        if (count == nullptr) {
+            return E_POINTER;
+        }
+        *count = 0;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                                     VARIANT* result, EXCEPINFO*, UINT*) override;
+
+    NativeNode STDMETHODCALLTYPE GetNative() override { return {}; }
+
+protected:
+    ObjectBase() = default;
+
+    virtual bool HasNode() const { return false; }
+    // Throws DomError for a member that the object has not, or that fails.
+    virtual CComVariant Call(Member member, const Arguments& arguments, bool put) = 0;
+
+private:
+    ULONG m_references = 1;
+};
+
+HRESULT ObjectBase::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
+    if (names == nullptr || ids == nullptr) {
+        return E_POINTER;
+    }
+    HRESULT result = S_OK;
+    for (UINT i = 0; i < count; ++i) {
+        const CString asked(static_cast<const WCHAR*>(names[i]));
+        const auto* known = std::find_if(std::begin(MemberNames), std::end(MemberNames),
+                                         [&](const MemberName& entry) {
+                                             return asked.CompareNoCase(entry.m_name) == 0;
+                                         });
+        // Only the first name is a member; the others would name parameters, and there are none.
+        if (i > 0 || known == std::end(MemberNames)) {
+            ids[i] = DISPID_UNKNOWN;
+            result = DISP_E_UNKNOWNNAME;
+        } else {
+            ids[i] = known->m_member;
+        }
+    }
+    return result;
+}
+
+HRESULT ObjectBase::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                           EXCEPINFO*, UINT*) {
+    if (id < MemberItem || id > MemberCreateProcessingInstruction) {
+        return DISP_E_MEMBERNOTFOUND;
+    }
+    try {
+        const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+        CComVariant answer = Call(static_cast<Member>(id), Arguments(parameters), put);
+        if (result != nullptr) {
+            VariantInit(result);
+            return VariantCopy(result, &answer);
+        }
+        return S_OK;
+    } catch (const DomError&) {
+        return E_FAIL;
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+CComVariant Object(ObjectBase* made) {
+    CComPtr<IDispatch> held;
+    held.Attach(made);
+    return CComVariant(held.Get());
+}
+
+// One attribute of an element.
+class AttributeObject final : public ObjectBase {
+public:
+    AttributeObject(std::shared_ptr<Tree> tree, pugi::xml_attribute attribute)
+        : m_tree(std::move(tree)), m_attribute(attribute) {}
+
+protected:
+    CComVariant Call(Member member, const Arguments&, bool) override {
+        switch (member) {
+            case MemberNodeName:
+                return TextValue(m_attribute.name());
+            case MemberNodeValue:
+                return TextValue(m_attribute.value());
+            case MemberNodeType:
+                return CComVariant(2);
+            default:
+                throw DomError{"An attribute has no such member"};
+        }
+    }
+
+private:
+    std::shared_ptr<Tree> m_tree;
+    pugi::xml_attribute m_attribute;
+};
+
+// The children of a node, or the attributes of an element.
+class ListObject final : public ObjectBase {
+public:
+    enum class Kind { Children, Attributes };
+
+    ListObject(std::shared_ptr<Tree> tree, pugi::xml_node node, Kind kind)
+        : m_tree(std::move(tree)), m_node(node), m_kind(kind) {}
+
+protected:
+    CComVariant Call(Member member, const Arguments& arguments, bool) override {
+        if (member == MemberLength) {
+            return CComVariant(m_kind == Kind::Children ? CountChildren() : CountAttributes());
+        }
+        if (member == MemberItem) {
+            const LONG index = arguments.Number(0);
+            return m_kind == Kind::Children ? Child(index) : Attribute(index);
+        }
+        throw DomError{"A list has no such member"};
+    }
+
+private:
+    LONG CountChildren() const {
+        LONG count = 0;
+        for (pugi::xml_node child = m_tree->FirstChild(m_node); child; child = m_tree->NextSibling(child)) {
+            ++count;
+        }
+        return count;
+    }
+    LONG CountAttributes() const {
+        return static_cast<LONG>(std::distance(m_node.attributes_begin(), m_node.attributes_end()));
+    }
+    CComVariant Child(LONG index) const {
+        pugi::xml_node child = m_tree->FirstChild(m_node);
+        while (child && index-- > 0) {
+            child = m_tree->NextSibling(child);
+        }
+        return child && index <= 0
+                   ? CComVariant(MakeNodeObject({m_tree.get(), child.internal_object()}).Get())
+                   : Nothing();
+    }
+    CComVariant Attribute(LONG index) const {
+        pugi::xml_attribute attribute = m_node.first_attribute();
+        while (attribute && index-- > 0) {
+            attribute = attribute.next_attribute();
+        }
+        return attribute ? Object(new AttributeObject(m_tree, attribute)) : Nothing();
+    }
+
+    std::shared_ptr<Tree> m_tree;
+    pugi::xml_node m_node;
+    Kind m_kind;
+};
+
+}  // namespace
+
+// A node of any kind, the document included.
+class NodeObject final : public ObjectBase {
+public:
+    void Target(const NativeNode& node, std::shared_ptr<Tree> owner) {
+        m_native = node;
+        m_owner = std::move(owner);
+    }
+
+    NativeNode STDMETHODCALLTYPE GetNative() override { return m_native; }
+
+protected:
+    bool HasNode() const override { return true; }
+    CComVariant Call(Member member, const Arguments& arguments, bool put) override;
+
+private:
+    Tree& InTree() const { return *m_native.m_tree; }
+    pugi::xml_node Here() const { return pugi::xml_node(m_native.m_node); }
+    CComVariant Wrap(pugi::xml_node node) const {
+        return node ? CComVariant(MakeNodeObject({m_native.m_tree, node.internal_object()}).Get()) : Nothing();
+    }
+    CComVariant List(ListObject::Kind kind) const {
+        return Object(new ListObject(InTree().shared_from_this(), Here(), kind));
+    }
+    CComVariant DomName() const;
+    CComVariant DomType() const;
+    CComVariant DocumentElement() const;
+    CComVariant Markup() const;
+    CComVariant AppendChild(const CComVariant& child) const;
+
+    NativeNode m_native;
+    // Set while the object is counted by others; the stack's own façade leaves the tree to its document.
+    std::shared_ptr<Tree> m_owner;
+};
+
+CComVariant NodeObject::Call(Member member, const Arguments& arguments, bool put) {
+    if (put) {
+        throw DomError{"The property can't be set"};
+    }
+    switch (member) {
+        case MemberNodeName:
+            return DomName();
+        case MemberNodeValue:
+            return Here().type() == pugi::node_element || Here().type() == pugi::node_document
+                       ? CComVariant()
+                       : TextValue(Here().value());
+        case MemberNodeType:
+            return DomType();
+        case MemberParentNode:
+            return Wrap(InTree().Parent(Here()));
+        case MemberChildNodes:
+            return List(ListObject::Kind::Children);
+        case MemberFirstChild:
+            return Wrap(InTree().FirstChild(Here()));
+        case MemberLastChild:
+            return Wrap(InTree().LastChild(Here()));
+        case MemberNextSibling:
+            return Wrap(InTree().NextSibling(Here()));
+        case MemberHasChildNodes:
+            return CComVariant(!InTree().FirstChild(Here()).empty());
+        case MemberAttributes:
+            return Here().type() == pugi::node_element ? List(ListObject::Kind::Attributes) : Nothing();
+        case MemberOwnerDocument:
+            return Wrap(InTree().Root());
+        case MemberAppendChild:
+            return AppendChild(arguments.At(0));
+        case MemberGetAttribute: {
+            const pugi::xml_attribute found = Here().attribute(arguments.Text(0).c_str());
+            CComVariant missing;
+            missing.vt = VT_NULL;
+            return found ? TextValue(found.value()) : missing;
+        }
+        case MemberSetAttribute:
+            Node(m_native).SetAttribute(arguments.Text(0), arguments.Text(1));
+            return {};
+        case MemberXml:
+            return Markup();
+        case MemberDocumentElement:
+            return DocumentElement();
+        case MemberCreateElement:
+            return Wrap(pugi::xml_node(Node(m_native).CreateElement(arguments.Text(0)).Native().m_node));
+        case MemberCreateProcessingInstruction:
+            return Wrap(pugi::xml_node(Node(m_native)
+                                           .CreateProcessingInstruction(arguments.Text(0), arguments.Text(1))
+                                           .Native()
+                                           .m_node));
+        default:
+            throw DomError{"A node has no such member"};
+    }
+}
+
+CComVariant NodeObject::DomName() const {
+    switch (Here().type()) {
+        case pugi::node_document:
+            return TextValue("#document");
+        case pugi::node_pcdata:
+            return TextValue("#text");
+        case pugi::node_cdata:
+            return TextValue("#cdata-section");
+        default:
+            return TextValue(Here().name());
+    }
+}
+
+CComVariant NodeObject::DomType() const {
+    switch (Here().type()) {
+        case pugi::node_element:
+            return CComVariant(1);
+        case pugi::node_pcdata:
+            return CComVariant(3);
+        case pugi::node_cdata:
+            return CComVariant(4);
+        case pugi::node_document:
+            return CComVariant(9);
+        default:
+            return CComVariant(7);
+    }
+}
+
+CComVariant NodeObject::DocumentElement() const {
+    pugi::xml_node child = InTree().FirstChild(InTree().Root());
+    while (child && child.type() != pugi::node_element) {
+        child = InTree().NextSibling(child);
+    }
+    return Wrap(child);
+}
+
+CComVariant NodeObject::Markup() const {
+    std::string text;
+    InTree().Write(Here(), [&](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return CComVariant(CString(text));
+}
+
+CComVariant NodeObject::AppendChild(const CComVariant& child) const {
+    if (child.vt != VT_DISPATCH || child.pdispVal == nullptr) {
+        throw DomError{"Only a node can be appended"};
+    }
+    Node(m_native).AppendChild(Node(child.pdispVal));
+    return child;
+}
+
+const IID IID_INativeNode = {
+    0x8b0f6c52, 0x3f0e, 0x4d0b, {0x9a, 0x47, 0x61, 0x2e, 0xd1, 0x7c, 0x05, 0xb8}};
+
+Face::Face() : m_object(new NodeObject) {}
+
+Face::~Face() {
+    m_object->Release();
+}
+
+IDispatch* Face::Show(const Node& node) {
+    if (node.IsNull()) {
+        m_shown = nullptr;
+    } else if (node.Foreign() != nullptr) {
+        m_foreign = node;
+        m_shown = node.Foreign();
+    } else {
+        m_object->Target(node.Native(), nullptr);
+        m_shown = m_object;
+    }
+    return m_shown;
+}
+
+CComPtr<IDispatch> MakeNodeObject(const NativeNode& node) {
+    auto* object = new NodeObject;
+    object->Target(node, node.m_tree->shared_from_this());
+    CComPtr<IDispatch> held;
+    held.Attach(object);
+    return held;
+}
+
+}  // namespace quillet::xml

@@ -1,0 +1,16 @@
+# What every target of the project is compiled with.
+add_library(quillet_options INTERFACE)
+target_compile_features(quillet_options INTERFACE cxx_std_20)
+target_compile_options(quillet_options INTERFACE
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wsign-conversion;-Wshadow>
+  $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive->)
+if(QUILLET_WARNINGS_AS_ERRORS)
+  target_compile_options(quillet_options INTERFACE
+    $<$<CXX_COMPILER_ID:GNU,Clang>:-Werror>
+    $<$<CXX_COMPILER_ID:MSVC>:/WX>)
+endif()
+if(QUILLET_SANITIZE)
+  target_compile_options(quillet_options INTERFACE
+    -fsanitize=${QUILLET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(quillet_options INTERFACE -fsanitize=${QUILLET_SANITIZE})
+endif()

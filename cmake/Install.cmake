@@ -1,0 +1,28 @@
+# What hosts get: the library, its headers, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS IQuillet EXPORT IQuilletTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(QUILLET_BUILD_TOOLS AND TARGET quillet)
+  install(TARGETS quillet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+# The headers that IQuillet.h leads to; what only the library's own sources include stays here.
+file(STRINGS cmake/public-headers.txt QUILLET_PUBLIC_HEADERS)
+foreach(header IN LISTS QUILLET_PUBLIC_HEADERS)
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES Db/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/IQuillet/${folder})
+endforeach()
+
+set(QUILLET_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/IQuillet)
+install(EXPORT IQuilletTargets NAMESPACE IQuillet:: DESTINATION ${QUILLET_PACKAGE_DIR})
+configure_package_config_file(cmake/IQuilletConfig.cmake.in ${PROJECT_BINARY_DIR}/IQuilletConfig.cmake
+  INSTALL_DESTINATION ${QUILLET_PACKAGE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/IQuilletConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+configure_file(cmake/iquillet.pc.in ${PROJECT_BINARY_DIR}/iquillet.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/IQuilletConfig.cmake ${PROJECT_BINARY_DIR}/IQuilletConfigVersion.cmake
+  DESTINATION ${QUILLET_PACKAGE_DIR})
+install(FILES ${PROJECT_BINARY_DIR}/iquillet.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,332 @@
+// What a POSIX file system adds: modes, owners, links, limits.
+#include <gtest/gtest.h>
+#include <limits.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "TemporaryFolder.h"
+#include "platform/File.h"
+
+namespace quillet::test {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::AtomicFile;
+using platform::CanWriteFile;
+using platform::ReadableFile;
+using platform::ReadWholeFile;
+
+constexpr uid_t kNobody = 65534;
+
+// Permissions do not bind the superuser, so the tests of permissions act as somebody else for a while.
+class AsOrdinaryUser {
+public:
+    AsOrdinaryUser() : m_switched(geteuid() == 0 && seteuid(kNobody) == 0) {}
+    AsOrdinaryUser(const AsOrdinaryUser&) = delete;
+    AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
+    ~AsOrdinaryUser() {
+        if (m_switched && seteuid(0) != 0) {
+            std::abort();
+        }
+    }
+
+private:
+    const bool m_switched;
+};
+
+// The largest file that may be written, as a full disk has it.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
+
+class FileModeMask {
+public:
+    explicit FileModeMask(mode_t mask) : m_before(umask(mask)) {}
+    FileModeMask(const FileModeMask&) = delete;
+    FileModeMask& operator=(const FileModeMask&) = delete;
+    ~FileModeMask() { umask(m_before); }
+
+private:
+    const mode_t m_before;
+};
+
+class PosixFile : public testing::Test {
+protected:
+    std::string At(const fs::path& name) const { return Utf8(m_folder / name); }
+
+    struct stat Status(const fs::path& name) const {
+        struct stat status {};
+        EXPECT_EQ(lstat((m_folder / name).c_str(), &status), 0);
+        return status;
+    }
+
+    mode_t Mode(const fs::path& name) const { return Status(name).st_mode & 07777; }
+
+    // Replaces the file and says why that failed; empty where it did not.
+    static std::string Replace(const std::string& path, const std::string& text) {
+        std::string why;
+        const auto file = AtomicFile::Create(path, &why);
+        if (file == nullptr || !file->Write(text, &why) || !file->Commit(&why)) {
+            return why.empty() ? "no reason" : why;
+        }
+        return {};
+    }
+
+    TemporaryFolder m_folder;
+};
+
+TEST_F(PosixFile, Atomic_ExistingFile_KeepsItsMode) {
+    const FileModeMask mask(022);
+    WriteBytes(m_folder / "text", "old");
+    for (const mode_t mode : {0600U, 0640U, 0666U, 0755U}) {
+        ASSERT_EQ(chmod(At("text").c_str(), mode), 0);
+        EXPECT_EQ(Replace(At("text"), "new"), "");
+        EXPECT_EQ(Mode("text"), mode);
+    }
+}
+
+TEST_F(PosixFile, Atomic_NewFile_HasTheModeOfTheMask) {
+    {
+        const FileModeMask mask(027);
+        EXPECT_EQ(Replace(At("strict"), "new"), "");
+    }
+    const FileModeMask mask(0);
+    EXPECT_EQ(Replace(At("open"), "new"), "");
+    EXPECT_EQ(Mode("strict"), mode_t{0640});
+    EXPECT_EQ(Mode("open"), mode_t{0666});
+}
+
+TEST_F(PosixFile, Atomic_FileOfSomebodyElse_KeepsItsOwner) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only the superuser can give a file away";
+    }
+    WriteBytes(m_folder / "text", "old");
+    ASSERT_EQ(chown(At("text").c_str(), kNobody, kNobody), 0);
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(Status("text").st_uid, kNobody);
+    EXPECT_EQ(Status("text").st_gid, kNobody);
+}
+
+TEST_F(PosixFile, Atomic_Link_StaysAndItsTargetIsReplaced) {
+    fs::create_directory(m_folder / "data");
+    WriteBytes(m_folder / "data/text", "old");
+    fs::create_symlink("data/text", m_folder / "relative");
+    fs::create_symlink(m_folder / "data/text", m_folder / "absolute");
+    fs::create_symlink("relative", m_folder / "chain");
+    fs::create_symlink("data", m_folder / "folder");
+    for (const char* name : {"relative", "absolute", "chain", "folder/text"}) {
+        EXPECT_TRUE(CanWriteFile(At(name))) << name;
+        EXPECT_EQ(Replace(At(name), name), "") << name;
+        EXPECT_EQ(ReadBytes(m_folder / "data/text"), name);
+    }
+    EXPECT_TRUE(fs::is_symlink(m_folder / "relative"));
+    EXPECT_TRUE(fs::is_symlink(m_folder / "absolute"));
+    EXPECT_TRUE(fs::is_symlink(m_folder / "chain"));
+    EXPECT_FALSE(fs::is_symlink(m_folder / "data/text"));
+    EXPECT_EQ(m_folder.Names().size(), 5U);
+}
+
+TEST_F(PosixFile, Atomic_LinkToNothing_CreatesWhatItPointsTo) {
+    fs::create_directory(m_folder / "data");
+    fs::create_symlink("data/new", m_folder / "link");
+    EXPECT_FALSE(CanWriteFile(At("link")));
+    EXPECT_EQ(Replace(At("link"), "text"), "");
+    EXPECT_TRUE(fs::is_symlink(m_folder / "link"));
+    EXPECT_EQ(ReadBytes(m_folder / "data/new"), "text");
+}
+
+TEST_F(PosixFile, Atomic_LinksInACircle_AreRefused) {
+    fs::create_symlink("b", m_folder / "a");
+    fs::create_symlink("a", m_folder / "b");
+    EXPECT_EQ(Replace(At("a"), "text"), "Too many levels of symbolic links");
+    EXPECT_FALSE(CanWriteFile(At("a")));
+}
+
+TEST_F(PosixFile, Atomic_NameWithoutAFolder_IsInTheCurrentOne) {
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder.Path());
+    EXPECT_EQ(Replace("text", "new"), "");
+    fs::current_path(before);
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "new");
+}
+
+TEST_F(PosixFile, Atomic_CurrentFolderChangesMeanwhile_CommitsWhereItBegan) {
+    fs::create_directory(m_folder / "one");
+    fs::create_directory(m_folder / "other");
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder / "one");
+    const auto file = AtomicFile::Create("text");
+    fs::current_path(m_folder / "other");
+    ASSERT_NE(file, nullptr);
+    ASSERT_TRUE(file->Write("new"));
+    EXPECT_TRUE(file->Commit());
+    fs::current_path(before);
+    EXPECT_EQ(ReadBytes(m_folder / "one/text"), "new");
+    EXPECT_TRUE(fs::is_empty(m_folder / "other"));
+}
+
+TEST_F(PosixFile, Atomic_FullDisk_LeavesTheOldFileWhole) {
+    const std::string old(5000, 'o');
+    WriteBytes(m_folder / "text", old);
+    {
+        const FileSizeLimit limit(8192);
+        std::string why;
+        const auto file = AtomicFile::Create(At("text"), &why);
+        ASSERT_NE(file, nullptr) << why;
+        EXPECT_TRUE(file->Write(std::string(4096, 'n'), &why));
+        EXPECT_FALSE(file->Write(std::string(8192, 'n'), &why));
+        EXPECT_EQ(why, "File too large");
+        why.clear();
+        EXPECT_FALSE(file->Write("more", &why));
+        EXPECT_FALSE(why.empty());
+        why.clear();
+        EXPECT_FALSE(file->Commit(&why));
+        EXPECT_EQ(why, "File too large");
+    }
+    EXPECT_EQ(ReadBytes(m_folder / "text"), old);
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(PosixFile, Atomic_TargetBecomesAFolder_FailsTheCommitAndLeavesNoTrace) {
+    std::string why;
+    const auto file = AtomicFile::Create(At("text"), &why);
+    ASSERT_NE(file, nullptr) << why;
+    fs::create_directory(m_folder / "text");
+    ASSERT_TRUE(file->Write("new"));
+    EXPECT_FALSE(file->Commit(&why));
+    EXPECT_EQ(why, "Is a directory");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(PosixFile, Permissions_TargetThatMayNotBeWritten_IsRefused) {
+    WriteBytes(m_folder / "text", "old");
+    chmod(At("text").c_str(), 0444);
+    chmod(m_folder.Path().c_str(), 0777);
+    {
+        const AsOrdinaryUser user;
+        EXPECT_FALSE(CanWriteFile(At("text")));
+        EXPECT_EQ(Replace(At("text"), "new"), "Permission denied");
+    }
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(PosixFile, Permissions_FolderThatTakesNoNewFile_IsRefused) {
+    WriteBytes(m_folder / "text", "old");
+    chmod(At("text").c_str(), 0666);
+    chmod(m_folder.Path().c_str(), 0555);
+    {
+        const AsOrdinaryUser user;
+        EXPECT_TRUE(CanWriteFile(At("text")));
+        EXPECT_EQ(Replace(At("text"), "new"), "Permission denied");
+        EXPECT_EQ(Replace(At("other"), "new"), "Permission denied");
+    }
+    chmod(m_folder.Path().c_str(), 0755);
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
+}
+
+TEST_F(PosixFile, Permissions_FolderThatCannotBeListed_StillTakesFiles) {
+    chmod(m_folder.Path().c_str(), 0733);
+    {
+        const AsOrdinaryUser user;
+        EXPECT_EQ(Replace(At("text"), "new"), "");
+        EXPECT_EQ(ReadWholeFile(At("text")), "new");
+    }
+    chmod(m_folder.Path().c_str(), 0755);
+}
+
+TEST_F(PosixFile, Permissions_FileThatMayNotBeRead_SaysWhy) {
+    WriteBytes(m_folder / "text", "secret");
+    chmod(At("text").c_str(), 0);
+    const AsOrdinaryUser user;
+    std::string why;
+    EXPECT_EQ(ReadableFile::Open(At("text"), &why), nullptr);
+    EXPECT_EQ(why, "Permission denied");
+    why.clear();
+    EXPECT_EQ(ReadWholeFile(At("text"), &why), std::nullopt);
+    EXPECT_EQ(why, "Permission denied");
+}
+
+TEST_F(PosixFile, Reasons_OrdinaryFailures_AreTheSystemsWords) {
+    std::string why;
+    EXPECT_EQ(ReadWholeFile(At("none"), &why), std::nullopt);
+    EXPECT_EQ(why, "No such file or directory");
+    EXPECT_EQ(ReadableFile::Open(Utf8(m_folder.Path()), &why), nullptr);
+    EXPECT_EQ(why, "Is a directory");
+    EXPECT_EQ(Replace(Utf8(m_folder.Path()), "text"), "Is a directory");
+    EXPECT_EQ(Replace(At("none/text"), "text"), "No such file or directory");
+    WriteBytes(m_folder / "text", "old");
+    EXPECT_EQ(Replace(At("text/below"), "text"), "Not a directory");
+}
+
+TEST_F(PosixFile, Atomic_PipeAsTarget_IsRefusedWithoutWaiting) {
+    ASSERT_EQ(mkfifo(At("pipe").c_str(), 0666), 0);
+    EXPECT_FALSE(CanWriteFile(At("pipe")));
+    EXPECT_NE(Replace(At("pipe"), "text"), "");
+    EXPECT_TRUE(fs::is_fifo(m_folder / "pipe"));
+}
+
+TEST_F(PosixFile, Names_WithAZeroByte_AreNotCut) {
+    WriteBytes(m_folder / "text", "old");
+    const std::string cut = At("text") + std::string("\0more", 5);
+    EXPECT_EQ(ReadWholeFile(cut), std::nullopt);
+    EXPECT_EQ(ReadableFile::Open(cut), nullptr);
+    EXPECT_FALSE(CanWriteFile(cut));
+    EXPECT_EQ(Replace(cut, "new"), "Invalid argument");
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
+}
+
+TEST_F(PosixFile, Names_AsLongAsTheyMayBe_Work) {
+    const std::string longest(NAME_MAX, 'n');
+    EXPECT_EQ(Replace(At(longest), "text"), "");
+    EXPECT_EQ(ReadBytes(m_folder / longest), "text");
+    EXPECT_EQ(Replace(At(longest), "again"), "");
+    EXPECT_EQ(ReadWholeFile(At(longest)), "again");
+    EXPECT_EQ(Replace(At(longest + "n"), "text"), "File name too long");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(PosixFile, Paths_AsLongAsTheyMayBe_Work) {
+    constexpr std::size_t kLongestPath = PATH_MAX - 1;
+    std::string folder = Utf8(m_folder.Path());
+    while (folder.size() + 202 < kLongestPath) {
+        folder += "/" + std::string(200, 'f');
+        ASSERT_EQ(mkdir(folder.c_str(), 0755), 0);
+    }
+    const std::string path = folder + "/" + std::string(kLongestPath - folder.size() - 1, 'n');
+    ASSERT_EQ(path.size(), kLongestPath);
+    EXPECT_EQ(Replace(path, "text"), "");
+    EXPECT_EQ(Replace(path, "again"), "");
+    EXPECT_EQ(ReadWholeFile(path), "again");
+    EXPECT_TRUE(CanWriteFile(path));
+}
+
+TEST_F(PosixFile, ReadWhole_FileWithoutASize_IsReadToItsEnd) {
+    const auto text = ReadWholeFile("/proc/self/limits");
+    ASSERT_TRUE(text.has_value());
+    EXPECT_NE(text->find("Max file size"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quillet::test
