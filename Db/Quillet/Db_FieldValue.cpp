@@ -15,8 +15,6 @@ DbFieldValue& DbFieldValue::operator=(const DbFieldValue& other) {
     return *this;
 }
 
-DbFieldValue::~DbFieldValue() = default;
-
 void DbFieldValue::operator delete(DbFieldValue* value, std::destroying_delete_t) {
     if (value->m_inBlock) {
         // The place belongs to the row, which will destroy what stands there: an empty value from now on.

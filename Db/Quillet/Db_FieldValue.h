@@ -20,7 +20,7 @@ public:
     DbFieldValue(const DbFieldValue& other);
     // Copies the null flag and the value; index, parent and change stamps stay.
     DbFieldValue& operator=(const DbFieldValue& other);
-    ~DbFieldValue() override;
+    ~DbFieldValue() override = default;
 
     // Cells that stand in their row's block and cells of their own are deleted alike.
     static void operator delete(DbFieldValue* value, std::destroying_delete_t);

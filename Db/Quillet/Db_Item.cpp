@@ -2,21 +2,33 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 namespace quillet {
 
 void ChildList::Grow(std::size_t capacity) {
-    auto* grown = static_cast<Head*>(std::realloc(m_head, sizeof(Head) + capacity * sizeof(DbItem*)));
+    auto* grown = static_cast<Head*>(std::malloc(BytesFor(capacity)));
     if (grown == nullptr) {
         throw std::bad_alloc();
     }
-    if (m_head == nullptr) {
-        *grown = Head{};
-    }
+    *grown = m_head == nullptr ? Head{} : *m_head;
+    grown->m_capacity = static_cast<std::uint32_t>(capacity);
+    grown->m_owned = 1;
+    std::copy(begin(), end(), reinterpret_cast<DbItem**>(grown + 1));
+    Clear();
     m_head = grown;
-    m_head->m_capacity = static_cast<std::uint32_t>(capacity);
+}
+
+void ChildList::Free() {
+    if (m_head->m_owned != 0) {
+        std::free(m_head);
+    }
+    m_head = nullptr;
+}
+
+void ChildList::UseMemory(void* memory, std::size_t capacity) {
+    Clear();
+    m_head = new (memory) Head{0, static_cast<std::uint32_t>(capacity), 0, 0};
 }
 
 void ChildList::Reserve(std::size_t capacity) {
@@ -63,11 +75,6 @@ void ChildList::KeepIf(Predicate predicate) {
     }
 }
 
-void ChildList::Clear() {
-    std::free(m_head);
-    m_head = nullptr;
-}
-
 }  // namespace quillet
 
 std::int32_t DbItem::m_changeCounter = 0;
@@ -101,13 +108,6 @@ DbItem& DbItem::operator=(const DbItem& other) {
     return *this;
 }
 
-DbItem::~DbItem() {
-    if (DbItem* const parent = LiveParent()) {
-        parent->RemoveChild(this);
-    }
-    ReleaseChildren();
-}
-
 DbItem* DbItem::GetParent() {
     return ParentPointer();
 }
@@ -127,7 +127,10 @@ void DbItem::SetChanged() {
 }
 
 void DbItem::Sync() {
-    m_syncId = m_changeId;
+    // Most items are never changed: they are looked at, not written.
+    if (m_syncId != m_changeId) {
+        m_syncId = m_changeId;
+    }
     for (DbItem* const child : m_children) {
         child->Sync();
     }
@@ -164,8 +167,13 @@ void DbItem::RemoveChild(DbItem* child) {
 }
 
 void DbItem::ReleaseChildren() {
+    ReleaseChildrenOutside(nullptr, nullptr);
+}
+
+void DbItem::ReleaseChildrenOutside(const void* begin, const void* end) {
     for (DbItem** child = m_children.OwnBegin(); child != m_children.end(); ++child) {
-        if ((*child)->LiveParent() == this) {
+        const void* const place = *child;
+        if ((place < begin || place >= end) && (*child)->LiveParent() == this) {
             (*child)->Unlist();
         }
     }

@@ -18,6 +18,7 @@ public:
     ChildList& operator=(const ChildList&) = delete;
     ~ChildList() { Clear(); }
 
+    bool IsEmpty() const { return Size() == 0; }
     std::size_t Size() const { return m_head == nullptr ? 0 : m_head->m_size; }
     DbItem** begin() const { return m_head == nullptr ? nullptr : Items(); }
     DbItem** end() const { return m_head == nullptr ? nullptr : Items() + m_head->m_size; }
@@ -26,12 +27,19 @@ public:
     void Append(DbItem* item);
     // Removes the first occurrence; nothing where there is none.
     void Remove(const DbItem* item);
+    // Memory that holds so many children, and where the list lives as long as it holds no more; it stays the caller's.
+    static constexpr std::size_t BytesFor(std::size_t capacity) { return sizeof(Head) + capacity * sizeof(DbItem*); }
+    void UseMemory(void* memory, std::size_t capacity);
     // Takes over the pointers of another item's list. They stay that item's children.
     void Borrow(const ChildList& other);
     // Keeps only the items for which the predicate holds, in order.
     template <typename Predicate>
     void KeepIf(Predicate predicate);
-    void Clear();
+    void Clear() {
+        if (m_head != nullptr) {
+            Free();
+        }
+    }
 
     // The items that are children of this list's owner, without the borrowed ones at the beginning.
     DbItem** OwnBegin() const { return m_head == nullptr ? nullptr : Items() + m_head->m_borrowed; }
@@ -41,11 +49,13 @@ private:
         std::uint32_t m_size;
         std::uint32_t m_capacity;
         std::uint32_t m_borrowed;
-        std::uint32_t m_unused;
+        // Whether the memory is the list's own.
+        std::uint32_t m_owned;
     };
 
     DbItem** Items() const { return reinterpret_cast<DbItem**>(m_head + 1); }
     void Grow(std::size_t capacity);
+    void Free();
 
     Head* m_head = nullptr;
 };
@@ -68,7 +78,14 @@ public:
     // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that was
     // the child of another parent than the other's is no longer listed there.
     DbItem& operator=(const DbItem& other);
-    virtual ~DbItem();
+    virtual ~DbItem() {
+        if (DbItem* const parent = LiveParent()) {
+            parent->RemoveChild(this);
+        }
+        if (!m_children.IsEmpty()) {
+            ReleaseChildren();
+        }
+    }
 
     // The parent, dead or alive; null for a root.
     virtual DbItem* GetParent();
@@ -96,7 +113,11 @@ protected:
     // For owners of many children: makes room for them, and lets go of all of them before they are deleted, so
     // that none is searched for.
     void ReserveChildren(std::size_t count) { m_children.Reserve(count); }
+    void PlaceChildren(void* memory, std::size_t capacity) { m_children.UseMemory(memory, capacity); }
     void ReleaseChildren();
+    // The same for an owner that destroys those of its children that stand in its own memory, [begin, end), next.
+    void ReleaseChildrenOutside(const void* begin, const void* end);
+    bool HasChildren() const { return !m_children.IsEmpty(); }
     // Lets go of the children among the items of a range, in one pass over the list.
     template <typename Iterator>
     void ReleaseChildren(Iterator first, Iterator last) {

@@ -1,20 +1,44 @@
 #include "Quillet/Db_Rows.h"
 
 #include <algorithm>
+#include <new>
 
+#include "Quillet/Db_RowArena.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
 
+// Rows and the memory in which they stand.
 struct DbRows::Storage {
     Storage() = default;
     Storage(const Storage&) = delete;
     Storage& operator=(const Storage&) = delete;
     ~Storage() {
-        for (const DbTableRow* row : m_rows) {
-            delete row;
+        for (DbTableRow* const row : m_rows) {
+            if (row != nullptr) {
+                row->~DbTableRow();
+            }
         }
     }
 
+    void Append(DbItem* parent, DbTableDescr* descr, bool initValues) {
+        const std::size_t bytes = DbTableRow::PieceBytes(descr == nullptr ? 0 : descr->size());
+        // The place comes first: once the row stands, nothing more can fail.
+        m_rows.push_back(nullptr);
+        auto* const row = new (m_arena.Allocate(bytes)) DbTableRow(parent);
+        row->SetDescr(descr);
+        m_rows.back() = row;
+        row->MakeCells(initValues);
+    }
+
+    void Delete(std::size_t position) {
+        DbTableRow* const row = m_rows[position];
+        m_rows.erase(m_rows.begin() + static_cast<std::ptrdiff_t>(position));
+        const std::size_t bytes = DbTableRow::PieceBytes(row->CellsInPiece());
+        row->~DbTableRow();
+        m_arena.Release(row, bytes);
+    }
+
+    quillet::RowArena m_arena;
     std::vector<DbTableRow*> m_rows;
 };
 
@@ -36,17 +60,13 @@ DbRows* DbRows::BoundTo() const {
 uint64 DbRows::AddRow(bool initValues) {
     DbRows* const boundTo = BoundTo();
     DbRows* const owner = boundTo == nullptr ? this : boundTo;
-    auto row = std::make_unique<DbTableRow>(owner);
-    row->SetDescr(owner->m_descr);
-    row->MakeCells(initValues);
     const uint64 visible = m_order.size();
     const uint64 stored = m_storage->m_rows.size();
+    m_storage->Append(owner, owner->m_descr, initValues);
     m_order.push_back(stored);
     if (boundTo != nullptr) {
         boundTo->m_order.push_back(stored);
     }
-    m_storage->m_rows.push_back(row.get());
-    static_cast<void>(row.release());
     owner->SetChanged();
     return visible;
 }
@@ -64,17 +84,16 @@ void DbRows::Reserve(uint64 more) {
     const std::size_t total = m_storage->m_rows.size() + more;
     m_order.reserve(m_order.size() + more);
     m_storage->m_rows.reserve(total);
+    m_storage->m_arena.Reserve(more * DbTableRow::PieceBytes(m_descr == nullptr ? 0 : m_descr->size()));
     ReserveChildren(total);
 }
 
 void DbRows::DeleteRow(uint64 pos) {
-    std::vector<DbTableRow*>& rows = m_storage->m_rows;
-    if (pos >= m_order.size() || m_order[pos] >= rows.size()) {
+    if (GetRow(static_cast<int>(pos)) == nullptr) {
         return;
     }
     const uint64 stored = m_order[pos];
-    delete rows[stored];
-    rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(stored));
+    m_storage->Delete(stored);
     RemoveFromOrder(pos);
     SetChanged();
     if (DbRows* const boundTo = BoundTo()) {
@@ -94,7 +113,7 @@ void DbRows::RemoveFromOrder(uint64 pos) {
 
 void DbRows::Update(uint64 fieldIndex, bool added) {
     for (DbTableRow* const row : m_storage->m_rows) {
-        if (row->GetDescr() != m_descr) {
+        if (row == nullptr || row->GetDescr() != m_descr) {
             continue;
         }
         if (added) {

@@ -38,15 +38,13 @@ public:
     DbTableRow* GetLastRow();
     uint64 GetRowsCount() const { return m_order.size(); }
 
-    // Makes room for so many rows more.
-    void Reserve(uint64 more);
-
 private:
     friend class DbTableRow;
 
     struct Storage;
 
     DbRows* BoundTo() const;
+    void Reserve(uint64 more);
     void RemoveFromOrder(uint64 pos);
     void LogToDatabase(const quillet::CString& line);
     void NoteMisfit();

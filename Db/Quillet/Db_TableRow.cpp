@@ -41,32 +41,38 @@ private:
 DbTableRow::DbTableRow(DbItem* parent) : DbItem(parent) {}
 
 DbTableRow::~DbTableRow() {
-    ReleaseChildren();
-    DestroyCells();
+    ReleaseChildrenOutside(m_block, m_block + m_blockCells);
+    erase(std::remove_if(begin(), end(), [&](const DbFieldValue* cell) { return IsInBlock(cell); }), end());
+    if (!empty()) {
+        // A cell that stands at two positions is deleted once.
+        std::sort(begin(), end());
+        erase(std::unique(begin(), end()), end());
+        for (const DbFieldValue* cell : *this) {
+            delete cell;
+        }
+    }
+    // A number has nothing to give back; leaving it alone spares writing to all of the table's memory.
+    for (DbFieldValue* cell = m_block; cell != m_block + m_blockCells; ++cell) {
+        if (cell->m_value.OwnsMemory() || cell->HasChildren()) {
+            cell->DbFieldValue::~DbFieldValue();
+        }
+    }
 }
 
-void DbTableRow::DestroyCells() {
-    // A cell that stands at two positions is deleted once.
-    erase(std::remove_if(begin(), end(), [&](const DbFieldValue* cell) { return IsInBlock(cell); }), end());
-    std::sort(begin(), end());
-    erase(std::unique(begin(), end()), end());
-    for (const DbFieldValue* cell : *this) {
-        delete cell;
-    }
-    std::destroy_n(m_block, m_blockCells);
-    ::operator delete(static_cast<void*>(m_block));
+std::size_t DbTableRow::PieceBytes(std::size_t cells) {
+    return sizeof(DbTableRow) + cells * sizeof(DbFieldValue) + quillet::ChildList::BytesFor(cells);
 }
 
 void DbTableRow::MakeCells(bool initValues) {
     const std::size_t count = m_descr == nullptr ? 0 : m_descr->size();
     reserve(count);
-    ReserveChildren(count);
-    m_block = static_cast<DbFieldValue*>(::operator new(count * sizeof(DbFieldValue)));
+    m_block = reinterpret_cast<DbFieldValue*>(this + 1);
+    PlaceChildren(m_block + count, count);
     for (; m_blockCells < count; ++m_blockCells) {
         auto* const cell = new (m_block + m_blockCells) DbFieldValue(this, static_cast<int>(m_blockCells));
         cell->m_inBlock = true;
         if (initValues) {
-            cell->m_value = m_descr->GetField(static_cast<int>(m_blockCells)).GetVariant();
+            cell->m_value = (*m_descr)[m_blockCells].GetVariant();
         }
         push_back(cell);
     }

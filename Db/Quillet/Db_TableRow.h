@@ -75,14 +75,19 @@ public:
 private:
     friend class DbRows;
 
-    // Makes one empty cell for each field of the descriptor; with the fields' default values where asked for.
+    // A row and its cells stand in one piece of memory of so many bytes, with the row at its beginning.
+    static std::size_t PieceBytes(std::size_t cells);
+    // Makes one empty cell for each field of the descriptor, behind the row in its piece; with the fields' default
+    // values where asked for.
     void MakeCells(bool initValues);
+    std::size_t CellsInPiece() const { return m_blockCells; }
     void InsertCell(uint64 index, const DbFieldValue& value);
     void EraseCell(uint64 index);
     bool IsInBlock(const DbFieldValue* cell) const { return cell >= m_block && cell < m_block + m_blockCells; }
     void DestroyCells();
 
     DbTableDescr* m_descr = nullptr;
+    // The cells in the row's own piece.
     DbFieldValue* m_block = nullptr;
     std::size_t m_blockCells = 0;
 };

@@ -37,12 +37,15 @@ public:
 
     // Back to empty.
     HRESULT Clear() {
-        if (HoldsPlainNumber()) {
+        if (!OwnsMemory()) {
             Reset();
             return S_OK;
         }
         return VariantClear(this);
     }
+
+    // Whether the value holds a string, an array or an interface, and not just bits.
+    bool OwnsMemory() const { return vt > VT_DATE && vt != VT_BOOL; }
 
     // Converts in place; on failure the value stays as it was.
     HRESULT ChangeType(VARTYPE type) { return vt == type ? S_OK : VariantChangeType(this, this, 0, type); }
@@ -98,7 +101,6 @@ private:
         vt = VT_EMPTY;
         llVal = 0;
     }
-    bool HoldsPlainNumber() const { return vt <= VT_DATE || vt == VT_BOOL; }
     void CopyFrom(const VARIANT& other) {
         Reset();
         if (other.vt <= VT_R8 || other.vt == VT_BOOL) {

@@ -262,16 +262,24 @@ LeafElement::LeafElement(const Node& document, const Node& parent, std::string_v
     if (document.Native().m_tree != parent.Native().m_tree) {
         throw DomError{"The document and the element do not belong together"};
     }
-    m_tree = parent.Native().m_tree;
-    m_packed = &m_tree->Packed(Pugi(parent.Native()));
-    m_start = m_packed->m_text.size();
-    m_packed->m_text += '<';
-    m_packed->m_text += name;
+    m_packed = &parent.Native().m_tree->Packed(Pugi(parent.Native()));
+    constexpr std::size_t PieceSize = std::size_t(1) << 20;
+    constexpr std::size_t Slack = PieceSize / 16;
+    std::vector<std::string>& pieces = m_packed->m_pieces;
+    if (pieces.empty()) {
+        pieces.emplace_back();
+    } else if (pieces.back().size() >= PieceSize) {
+        pieces.emplace_back().reserve(PieceSize + Slack);
+    }
+    m_text = &pieces.back();
+    m_start = m_text->size();
+    *m_text += '<';
+    *m_text += name;
 }
 
 LeafElement::~LeafElement() {
-    if (m_packed != nullptr) {
-        m_packed->m_text.resize(m_start);
+    if (m_text != nullptr) {
+        m_text->resize(m_start);
     }
 }
 
@@ -279,34 +287,31 @@ void LeafElement::Attribute(std::string_view name, std::string_view value) {
     CheckName(name);
     if (m_packed == nullptr) {
         m_foreignElement.SetAttribute(name, value);
-        return;
+    } else {
+        Write(name, value);
     }
-    std::string& text = m_packed->m_text;
-    text += ' ';
-    text += name;
-    text += "=\"";
-    if (!AppendEscaped(value, text)) {
-        RefuseText();
-    }
-    text += '"';
 }
 
 void LeafElement::Attribute(std::string_view name, WideView value) {
+    CheckName(name);
     if (m_packed == nullptr) {
         std::string utf8;
         AppendUtf8(value, utf8);
-        Attribute(name, utf8);
-        return;
+        m_foreignElement.SetAttribute(name, utf8);
+    } else {
+        Write(name, value);
     }
-    CheckName(name);
-    std::string& text = m_packed->m_text;
-    text += ' ';
-    text += name;
-    text += "=\"";
-    if (!AppendEscaped(value, text)) {
+}
+
+template <typename Text>
+void LeafElement::Write(std::string_view name, Text value) {
+    *m_text += ' ';
+    *m_text += name;
+    *m_text += "=\"";
+    if (!AppendEscaped(value, *m_text)) {
         RefuseText();
     }
-    text += '"';
+    *m_text += '"';
 }
 
 void LeafElement::CheckName(std::string_view name) {
@@ -328,8 +333,8 @@ void LeafElement::Append() {
         m_parent.AppendChild(m_foreignElement);
         return;
     }
-    m_packed->m_text += " />\n";
-    m_packed = nullptr;
+    *m_text += " />\n";
+    m_text = nullptr;
 }
 
 }  // namespace quillet::xml

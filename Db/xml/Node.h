@@ -112,9 +112,12 @@ public:
 
 private:
     void CheckName(std::string_view name);
+    template <typename Text>
+    void Write(std::string_view name, Text value);
 
-    Tree* m_tree = nullptr;
+    // In our own documents: where leaves are written, the piece of text that takes this one, and where it begins.
     PackedLeaves* m_packed = nullptr;
+    std::string* m_text = nullptr;
     std::size_t m_start = 0;
     std::size_t m_attributes = 0;
     Node m_parent;

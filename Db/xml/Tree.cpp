@@ -96,19 +96,27 @@ public:
         return taken;
     }
 
-    // Text that stands ready; large ones skip the piece.
-    bool Pass(std::string_view text) {
-        if (text.size() < PieceSize) {
-            m_piece += text;
-            return true;
+    // Text that stands ready; large pieces are handed on as they are.
+    bool Pass(const PackedLeaves& leaves) {
+        for (const std::string& text : leaves.m_pieces) {
+            if (text.size() < PieceSize) {
+                m_piece += text;
+            } else if (!Flush(1) || !m_sink(text)) {
+                return false;
+            }
         }
-        return Flush(1) && m_sink(text);
+        return true;
     }
 
 private:
     const Tree::Sink& m_sink;
     std::string m_piece;
 };
+
+bool HasText(const PackedLeaves& leaves) {
+    return std::any_of(leaves.m_pieces.begin(), leaves.m_pieces.end(),
+                       [](const std::string& piece) { return !piece.empty(); });
+}
 
 void WriteAttributes(pugi::xml_node node, std::string& target) {
     for (const pugi::xml_attribute attribute : node.attributes()) {
@@ -202,9 +210,11 @@ void Tree::Unpack(pugi::xml_node parent) {
     if (packed == m_packed.end()) {
         return;
     }
-    const std::string text = std::move(packed->second.m_text);
+    const std::vector<std::string> pieces = std::move(packed->second.m_pieces);
     m_packed.erase(packed);
-    parent.append_buffer(text.data(), text.size());
+    for (const std::string& piece : pieces) {
+        parent.append_buffer(piece.data(), piece.size());
+    }
 }
 
 pugi::xml_node Tree::FirstChild(pugi::xml_node parent) {
@@ -240,7 +250,7 @@ bool Tree::Write(pugi::xml_node top, const Sink& sink) const {
     pugi::xml_node node = top;
     for (;;) {
         const auto packed = m_packed.find(node.internal_object());
-        const bool hasPacked = packed != m_packed.end() && !packed->second.m_text.empty();
+        const bool hasPacked = packed != m_packed.end() && HasText(packed->second);
         pugi::xml_node child = node.first_child();
         if (child && child == m_workshop) {
             child = child.next_sibling();
@@ -251,7 +261,7 @@ bool Tree::Write(pugi::xml_node top, const Sink& sink) const {
             continue;
         }
         if (hasPacked) {
-            if (!writer.Pass(packed->second.m_text)) {
+            if (!writer.Pass(packed->second)) {
                 return false;
             }
             WriteEnd(node, writer.Piece());
@@ -273,7 +283,7 @@ bool Tree::Write(pugi::xml_node top, const Sink& sink) const {
             }
             node = node.parent();
             const auto rest = m_packed.find(node.internal_object());
-            if (rest != m_packed.end() && !writer.Pass(rest->second.m_text)) {
+            if (rest != m_packed.end() && !writer.Pass(rest->second)) {
                 return false;
             }
             WriteEnd(node, writer.Piece());

@@ -17,7 +17,8 @@ namespace quillet::xml {
 // Leaf elements at the end of an element's children, kept as the text that will be saved. Whoever walks the
 // children gets them as nodes first.
 struct PackedLeaves {
-    std::string m_text;
+    // The leaves, in pieces of bounded size that end between two of them.
+    std::vector<std::string> m_pieces;
     // Attribute names of the leaf written last, known to be well-formed and different: the rows of a table
     // repeat them.
     std::vector<std::string> m_names;

@@ -17,7 +17,7 @@
 namespace quillet::test {
 namespace {
 
-constexpr int kRounds = 200000;
+constexpr int Rounds = 200000;
 
 std::string Narrow(BSTR text) {
     return std::string(text, text + SysStringLen(text));
@@ -89,7 +89,7 @@ protected:
 };
 
 TEST_F(PosixConversionProperty, DoubleToText_AnyBits_MatchesPrintf) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const auto value = std::bit_cast<double>(m_random());
         if (std::isfinite(value)) {
             ASSERT_EQ(TextOf(value), Printed("%.15G", value));
@@ -98,7 +98,7 @@ TEST_F(PosixConversionProperty, DoubleToText_AnyBits_MatchesPrintf) {
 }
 
 TEST_F(PosixConversionProperty, DoubleToText_OrdinaryNumbers_MatchPrintf) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const auto whole = static_cast<std::int64_t>(m_random()) >> (m_random() % 60);
         const double value =
             static_cast<double>(whole) / std::pow(10.0, static_cast<double>(m_random() % 20));
@@ -107,14 +107,14 @@ TEST_F(PosixConversionProperty, DoubleToText_OrdinaryNumbers_MatchPrintf) {
 }
 
 TEST_F(PosixConversionProperty, DoubleToText_Subnormals_MatchPrintf) {
-    for (int round = 0; round < kRounds / 10; ++round) {
+    for (int round = 0; round < Rounds / 10; ++round) {
         const auto value = std::bit_cast<double>(m_random() >> (12 + m_random() % 52));
         ASSERT_EQ(TextOf(value), Printed("%.15G", value));
     }
 }
 
 TEST_F(PosixConversionProperty, FloatToText_AnyBits_MatchesPrintf) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const auto value = std::bit_cast<float>(static_cast<std::uint32_t>(m_random()));
         if (std::isfinite(value)) {
             ASSERT_EQ(TextOf(value), Printed("%.7G", value));
@@ -123,7 +123,7 @@ TEST_F(PosixConversionProperty, FloatToText_AnyBits_MatchesPrintf) {
 }
 
 TEST_F(PosixConversionProperty, TextToDouble_RandomDecimals_MatchStrtod) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const std::string text = RandomDecimal(m_random);
         VARIANT plain;
         VARIANT padded;
@@ -135,7 +135,7 @@ TEST_F(PosixConversionProperty, TextToDouble_RandomDecimals_MatchStrtod) {
 }
 
 TEST_F(PosixConversionProperty, TextToDouble_RandomExponents_MatchStrtod) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const int exponent = static_cast<int>(m_random() % 700) - 350;
         const std::string text = RandomDecimal(m_random) + "E" + std::to_string(exponent);
         const double expected = std::strtod(text.c_str(), nullptr);
@@ -150,7 +150,7 @@ TEST_F(PosixConversionProperty, TextToDouble_RandomExponents_MatchStrtod) {
 }
 
 TEST_F(PosixConversionProperty, TextToFloat_RandomDecimals_MatchStrtof) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const std::string text = RandomDecimal(m_random);
         VARIANT plain;
         VARIANT padded;
@@ -162,7 +162,7 @@ TEST_F(PosixConversionProperty, TextToFloat_RandomDecimals_MatchStrtof) {
 }
 
 TEST_F(PosixConversionProperty, TextToInteger_RandomIntegers_ComeBack) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         const auto expected = static_cast<std::int64_t>(m_random()) >> (m_random() % 64);
         const std::string text = std::to_string(expected);
         for (const std::string& form : {text, " " + text, text + ".0", text + "0E-1"}) {
@@ -175,7 +175,7 @@ TEST_F(PosixConversionProperty, TextToInteger_RandomIntegers_ComeBack) {
 }
 
 TEST_F(PosixConversionProperty, TextToInteger_RandomDecimals_RoundAsTheirDoublesDo) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         // Quarters are exact in binary, so both ways meet the same half.
         const auto quarters = static_cast<std::int64_t>(m_random()) >> (20 + m_random() % 40);
         const double exact = static_cast<double>(quarters) / 4;
@@ -190,11 +190,11 @@ TEST_F(PosixConversionProperty, TextToInteger_RandomDecimals_RoundAsTheirDoubles
 }
 
 TEST_F(PosixConversionProperty, TextToNumber_RandomCharacters_NeverMisbehave) {
-    constexpr char kAlphabet[] = "0123456789+-().,$&HOEe /:TAPMapm#";
-    for (int round = 0; round < kRounds; ++round) {
+    constexpr char Alphabet[] = "0123456789+-().,$&HOEe /:TAPMapm#";
+    for (int round = 0; round < Rounds; ++round) {
         std::string text;
         for (std::uint64_t left = m_random() % 12; left > 0; --left) {
-            text += kAlphabet[m_random() % (sizeof kAlphabet - 1)];
+            text += Alphabet[m_random() % (sizeof Alphabet - 1)];
         }
         for (const VARTYPE type : {VT_I4, VT_UI1, VT_R8, VT_R4, VT_BOOL, VT_DATE}) {
             VARIANT value;

@@ -22,12 +22,12 @@ using platform::CanWriteFile;
 using platform::ReadableFile;
 using platform::ReadWholeFile;
 
-constexpr uid_t kNobody = 65534;
+constexpr uid_t Nobody = 65534;
 
 // Permissions do not bind the superuser, so the tests of permissions act as somebody else for a while.
 class AsOrdinaryUser {
 public:
-    AsOrdinaryUser() : m_switched(geteuid() == 0 && seteuid(kNobody) == 0) {}
+    AsOrdinaryUser() : m_switched(geteuid() == 0 && seteuid(Nobody) == 0) {}
     AsOrdinaryUser(const AsOrdinaryUser&) = delete;
     AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
     ~AsOrdinaryUser() {
@@ -122,10 +122,10 @@ TEST_F(PosixFile, Atomic_FileOfSomebodyElse_KeepsItsOwner) {
         GTEST_SKIP() << "only the superuser can give a file away";
     }
     WriteBytes(m_folder / "text", "old");
-    ASSERT_EQ(chown(At("text").c_str(), kNobody, kNobody), 0);
+    ASSERT_EQ(chown(At("text").c_str(), Nobody, Nobody), 0);
     EXPECT_EQ(Replace(At("text"), "new"), "");
-    EXPECT_EQ(Status("text").st_uid, kNobody);
-    EXPECT_EQ(Status("text").st_gid, kNobody);
+    EXPECT_EQ(Status("text").st_uid, Nobody);
+    EXPECT_EQ(Status("text").st_gid, Nobody);
 }
 
 TEST_F(PosixFile, Atomic_Link_StaysAndItsTargetIsReplaced) {
@@ -308,14 +308,14 @@ TEST_F(PosixFile, Names_AsLongAsTheyMayBe_Work) {
 }
 
 TEST_F(PosixFile, Paths_AsLongAsTheyMayBe_Work) {
-    constexpr std::size_t kLongestPath = PATH_MAX - 1;
+    constexpr std::size_t LongestPath = PATH_MAX - 1;
     std::string folder = Utf8(m_folder.Path());
-    while (folder.size() + 202 < kLongestPath) {
+    while (folder.size() + 202 < LongestPath) {
         folder += "/" + std::string(200, 'f');
         ASSERT_EQ(mkdir(folder.c_str(), 0755), 0);
     }
-    const std::string path = folder + "/" + std::string(kLongestPath - folder.size() - 1, 'n');
-    ASSERT_EQ(path.size(), kLongestPath);
+    const std::string path = folder + "/" + std::string(LongestPath - folder.size() - 1, 'n');
+    ASSERT_EQ(path.size(), LongestPath);
     EXPECT_EQ(Replace(path, "text"), "");
     EXPECT_EQ(Replace(path, "again"), "");
     EXPECT_EQ(ReadWholeFile(path), "again");

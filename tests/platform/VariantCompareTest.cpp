@@ -17,10 +17,10 @@ struct Case {
     Value right;
     HRESULT expected;
     ULONG flags = 0;
-    LCID locale = kEnglish;
+    LCID locale = English;
 };
 
-const Case kCases[] = {
+const Case Cases[] = {
     {"VarCmp_NullOnEitherSide_HasNoOrder", Null(), I4(1), HRESULT{VARCMP_NULL}},
     {"VarCmp_NullOnEitherSide_HasNoOrder", Text(OLESTR("")), Null(), HRESULT{VARCMP_NULL}},
     {"VarCmp_NullOnEitherSide_HasNoOrder", Null(), Null(), HRESULT{VARCMP_NULL}},
@@ -103,13 +103,13 @@ const Case kCases[] = {
      NORM_IGNORECASE},
 
     {"VarCmp_Locale_DecidesTheAlphabet", Text(OLESTR("\u00E5")), Text(OLESTR("z")), HRESULT{VARCMP_LT}, 0,
-     kEnglish},
+     English},
     {"VarCmp_Locale_DecidesTheAlphabet", Text(OLESTR("\u00E4")), Text(OLESTR("b")), HRESULT{VARCMP_LT}, 0,
-     kGerman},
+     German},
     {"VarCmp_Locale_DecidesTheAlphabet", Text(OLESTR("\u00E5")), Text(OLESTR("z")), HRESULT{VARCMP_GT}, 0,
-     kSwedish},
+     Swedish},
     {"VarCmp_Locale_DecidesTheAlphabet", Text(OLESTR("\u00E5")), Text(OLESTR("\u00E4")), HRESULT{VARCMP_LT},
-     0, kSwedish},
+     0, Swedish},
 };
 
 HRESULT TurnedAround(HRESULT order) {
@@ -121,7 +121,7 @@ HRESULT TurnedAround(HRESULT order) {
 
 std::vector<std::string> NamesOfCases() {
     std::vector<std::string> names;
-    for (const Case& row : kCases) {
+    for (const Case& row : Cases) {
         if (names.empty() || names.back() != row.name) {
             names.emplace_back(row.name);
         }
@@ -132,7 +132,7 @@ std::vector<std::string> NamesOfCases() {
 class VariantComparison : public testing::TestWithParam<std::string> {};
 
 TEST_P(VariantComparison, Case) {
-    for (const Case& row : kCases) {
+    for (const Case& row : Cases) {
         if (row.name == GetParam()) {
             SCOPED_TRACE(Describe(row.left) + " against " + Describe(row.right));
             ScopedVariant left(row.left);
@@ -151,8 +151,8 @@ TEST(VariantComparisonOfOtherTypes, VarCmp_ByteArray_HasNoOrder) {
     array->vt = VT_ARRAY | VT_UI1;
     array->parray = SafeArrayCreateVector(VT_UI1, 0, 1);
     ScopedVariant number(I4(1));
-    EXPECT_EQ(VarCmp(&array, &number, kEnglish, 0), DISP_E_BADVARTYPE);
-    EXPECT_EQ(VarCmp(&number, &array, kEnglish, 0), DISP_E_BADVARTYPE);
+    EXPECT_EQ(VarCmp(&array, &number, English, 0), DISP_E_BADVARTYPE);
+    EXPECT_EQ(VarCmp(&number, &array, English, 0), DISP_E_BADVARTYPE);
 }
 
 }  // namespace

@@ -8,10 +8,10 @@
 
 namespace quillet::test {
 
-constexpr LCID kEnglish = 0x0409;
-constexpr LCID kGerman = 0x0407;
-constexpr LCID kFrench = 0x040C;
-constexpr LCID kSwedish = 0x041D;
+constexpr LCID English = 0x0409;
+constexpr LCID German = 0x0407;
+constexpr LCID French = 0x040C;
+constexpr LCID Swedish = 0x041D;
 
 // A variant as a table can hold it.
 struct Value {

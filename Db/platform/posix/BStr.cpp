@@ -10,8 +10,7 @@ namespace {
 
 using ByteLength = std::uint32_t;
 
-constexpr UINT kMaxUnits =
-    (std::numeric_limits<ByteLength>::max() - sizeof(ByteLength)) / sizeof(OLECHAR) - 1;
+constexpr UINT MaxUnits = (std::numeric_limits<ByteLength>::max() - sizeof(ByteLength)) / sizeof(OLECHAR) - 1;
 
 }  // namespace
 
@@ -20,11 +19,11 @@ BSTR SysAllocString(const OLECHAR* text) {
         return nullptr;
     }
     const std::size_t length = std::char_traits<OLECHAR>::length(text);
-    return length > kMaxUnits ? nullptr : SysAllocStringLen(text, static_cast<UINT>(length));
+    return length > MaxUnits ? nullptr : SysAllocStringLen(text, static_cast<UINT>(length));
 }
 
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
-    if (length > kMaxUnits) {
+    if (length > MaxUnits) {
         return nullptr;
     }
     const ByteLength bytes = length * static_cast<ByteLength>(sizeof(OLECHAR));

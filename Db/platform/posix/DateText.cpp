@@ -12,13 +12,13 @@ using std::chrono::days;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
-constexpr sys_days kDayZero{std::chrono::year{1899} / 12 / 30};
-constexpr sys_days kFirstDay{std::chrono::year{100} / 1 / 1};
-constexpr sys_days kLastDay{std::chrono::year{9999} / 12 / 31};
-constexpr int kSecondsPerDay = 24 * 60 * 60;
+constexpr sys_days DayZero{std::chrono::year{1899} / 12 / 30};
+constexpr sys_days FirstDay{std::chrono::year{100} / 1 / 1};
+constexpr sys_days LastDay{std::chrono::year{9999} / 12 / 31};
+constexpr int SecondsPerDay = 24 * 60 * 60;
 
 // Years of two digits lie within the hundred years that end here.
-constexpr int kLastTwoDigitYear = 2029;
+constexpr int LastTwoDigitYear = 2029;
 
 struct Moment {
     int day = 0;
@@ -30,8 +30,8 @@ struct Moment {
 Moment Split(double serial) {
     const double whole = std::trunc(serial);
     Moment moment{static_cast<int>(whole),
-                  static_cast<int>(std::lround(std::abs(serial - whole) * kSecondsPerDay))};
-    if (moment.secondOfDay == kSecondsPerDay) {
+                  static_cast<int>(std::lround(std::abs(serial - whole) * SecondsPerDay))};
+    if (moment.secondOfDay == SecondsPerDay) {
         moment.secondOfDay = 0;
         ++moment.day;
     }
@@ -39,14 +39,14 @@ Moment Split(double serial) {
 }
 
 double Join(const Moment& moment) {
-    const double time = static_cast<double>(moment.secondOfDay) / kSecondsPerDay;
+    const double time = static_cast<double>(moment.secondOfDay) / SecondsPerDay;
     return moment.day < 0 ? moment.day - time : moment.day + time;
 }
 
 class DateWriter {
 public:
     DateWriter(const Moment& moment, const DateStyle& style, WideString& text)
-        : m_moment(moment), m_style(style), m_date(kDayZero + days(moment.day)), m_text(text) {}
+        : m_moment(moment), m_style(style), m_date(DayZero + days(moment.day)), m_text(text) {}
 
     void Write(const std::vector<DatePatternItem>& items) {
         for (const DatePatternItem& item : items) {
@@ -190,19 +190,19 @@ private:
     }
 
     bool ReadDay(int& day) {
-        constexpr int kYearDigits = 4;
-        constexpr std::array<char, 3> kYearFirst = {'y', 'M', 'd'};
+        constexpr int YearDigits = 4;
+        constexpr std::array<char, 3> YearFirst = {'y', 'M', 'd'};
         std::array<int, 3> numbers{};
         std::array<std::size_t, 3> lengths{};
         for (std::size_t index = 0; index < numbers.size(); ++index) {
             const std::size_t start = m_at;
-            if ((index > 0 && !SkipSeparator()) || !ReadNumber(numbers[index], kYearDigits)) {
+            if ((index > 0 && !SkipSeparator()) || !ReadNumber(numbers[index], YearDigits)) {
                 return false;
             }
             lengths[index] = m_at - start;
         }
         SkipDateEnd();
-        const auto& order = lengths[0] == kYearDigits ? kYearFirst : m_style.order;
+        const auto& order = lengths[0] == YearDigits ? YearFirst : m_style.order;
         const auto valueOf = [&](char field) {
             return numbers[static_cast<std::size_t>(std::find(order.begin(), order.end(), field) -
                                                     order.begin())];
@@ -210,10 +210,10 @@ private:
         const year_month_day date{std::chrono::year{FullYear(valueOf('y'))},
                                   std::chrono::month{static_cast<unsigned>(valueOf('M'))},
                                   std::chrono::day{static_cast<unsigned>(valueOf('d'))}};
-        if (!date.ok() || sys_days{date} < kFirstDay) {
+        if (!date.ok() || sys_days{date} < FirstDay) {
             return false;
         }
-        day = static_cast<int>((sys_days{date} - kDayZero).count());
+        day = static_cast<int>((sys_days{date} - DayZero).count());
         return true;
     }
 
@@ -221,19 +221,19 @@ private:
         if (year >= 100) {
             return year;
         }
-        const int century = kLastTwoDigitYear / 100 * 100;
-        return century + year <= kLastTwoDigitYear ? century + year : century - 100 + year;
+        const int century = LastTwoDigitYear / 100 * 100;
+        return century + year <= LastTwoDigitYear ? century + year : century - 100 + year;
     }
 
     bool ReadHalf(bool& pm) {
-        static const WideString kAm = u"AM";
-        static const WideString kPm = u"PM";
-        if (SkipWord(m_style.pm) || SkipWord(kPm)) {
+        static const WideString DefaultAm = u"AM";
+        static const WideString DefaultPm = u"PM";
+        if (SkipWord(m_style.pm) || SkipWord(DefaultPm)) {
             pm = true;
             return true;
         }
         pm = false;
-        return SkipWord(m_style.am) || SkipWord(kAm);
+        return SkipWord(m_style.am) || SkipWord(DefaultAm);
     }
 
     bool ReadTime(int& secondOfDay) {
@@ -276,9 +276,9 @@ private:
 }  // namespace
 
 bool IsDateInRange(double serial) {
-    constexpr auto kFirst = static_cast<double>((kFirstDay - kDayZero).count());
-    constexpr auto kLast = static_cast<double>((kLastDay - kDayZero).count());
-    return serial > kFirst - 1 && serial < kLast + 1;
+    constexpr auto First = static_cast<double>((FirstDay - DayZero).count());
+    constexpr auto Last = static_cast<double>((LastDay - DayZero).count());
+    return serial > First - 1 && serial < Last + 1;
 }
 
 HRESULT WriteDate(DATE date, const Locale& locale, WideString& text) {
@@ -286,9 +286,9 @@ HRESULT WriteDate(DATE date, const Locale& locale, WideString& text) {
         return E_INVALIDARG;
     }
     Moment moment = Split(date);
-    if (kDayZero + days(moment.day) > kLastDay) {
+    if (DayZero + days(moment.day) > LastDay) {
         // The last half second of the last year has no day to be rounded to.
-        moment = {moment.day - 1, kSecondsPerDay - 1};
+        moment = {moment.day - 1, SecondsPerDay - 1};
     }
     const DateStyle& style = locale.Dates();
     DateWriter writer(moment, style, text);

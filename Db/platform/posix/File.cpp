@@ -130,9 +130,9 @@ std::string ReadLink(int folder, const std::string& name) {
 
 // The error, or 0.
 int Locate(std::string path, Location& location) {
-    constexpr int kMostLinks = 40;
+    constexpr int MostLinks = 40;
     location.folder = Descriptor();
-    for (int links = 0; links <= kMostLinks; ++links) {
+    for (int links = 0; links <= MostLinks; ++links) {
         if (path.empty()) {
             return ENOENT;
         }
@@ -229,13 +229,13 @@ public:
 private:
     bool MakeTemporary(bool replaces, std::string* why) {
         // Nobody may look into the new file before it has the mode of the old one.
-        constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
-        constexpr mode_t kAsTheMaskAllows = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-        constexpr int kMostAttempts = 100;
-        for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+        constexpr mode_t Private = S_IRUSR | S_IWUSR;
+        constexpr mode_t AsTheMaskAllows = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+        constexpr int MostAttempts = 100;
+        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
             std::string name = TemporaryName();
             m_file = OpenAt(m_target.folder.Get(), name, O_WRONLY | O_CREAT | O_EXCL,
-                            replaces ? kPrivate : kAsTheMaskAllows);
+                            replaces ? Private : AsTheMaskAllows);
             if (m_file.IsOpen()) {
                 m_temporary = std::move(name);
                 return true;
@@ -250,12 +250,12 @@ private:
     // Owner and group are kept where the system lets us; the mode always. The bits that lend an identity are
     // dropped, as a write into the file itself would drop them.
     bool TakeOver(const struct stat& old, std::string* why) {
-        constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
-        constexpr auto kAnyOwner = static_cast<uid_t>(-1);
+        constexpr mode_t Permissions = S_IRWXU | S_IRWXG | S_IRWXO;
+        constexpr auto AnyOwner = static_cast<uid_t>(-1);
         const int file = m_file.Get();
         [[maybe_unused]] const bool kept =
-            ::fchown(file, old.st_uid, old.st_gid) == 0 || ::fchown(file, kAnyOwner, old.st_gid) == 0;
-        return ::fchmod(file, old.st_mode & kPermissions) != -1 || Fail(errno, why);
+            ::fchown(file, old.st_uid, old.st_gid) == 0 || ::fchown(file, AnyOwner, old.st_gid) == 0;
+        return ::fchmod(file, old.st_mode & Permissions) != -1 || Fail(errno, why);
     }
 
     // The error, or 0.
@@ -316,9 +316,9 @@ std::optional<std::string> ReadWholeFile(const std::string& path, std::string* w
     if (!file.IsOpen()) {
         return std::nullopt;
     }
-    constexpr std::size_t kBlock = 64 * 1024;
+    constexpr std::size_t Block = std::size_t{64} * 1024;
     // One byte more than the size, so that a file which does not grow ends in the first block.
-    std::string bytes(status.st_size > 0 ? static_cast<std::size_t>(status.st_size) + 1 : kBlock, '\0');
+    std::string bytes(status.st_size > 0 ? static_cast<std::size_t>(status.st_size) + 1 : Block, '\0');
     std::size_t length = 0;
     for (;;) {
         if (length == bytes.size()) {

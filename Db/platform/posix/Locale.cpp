@@ -14,12 +14,12 @@
 namespace quillet::platform {
 namespace {
 
-constexpr LCID kNeutral = 0;
-constexpr LCID kSystemDefault = 0x0800;
-constexpr std::int32_t kPatternCapacity = 128;
+constexpr LCID Neutral = 0;
+constexpr LCID SystemDefault = 0x0800;
+constexpr std::int32_t PatternCapacity = 128;
 
-constexpr WideView kDefaultDatePattern = u"M/d/yyyy";
-constexpr WideView kDefaultTimePattern = u"h:mm:ss a";
+constexpr WideView DefaultDatePattern = u"M/d/yyyy";
+constexpr WideView DefaultTimePattern = u"h:mm:ss a";
 
 struct CloseNumberFormat {
     void operator()(UNumberFormat* format) const { unum_close(format); }
@@ -45,7 +45,7 @@ std::string EnvironmentLocale(const char* category) {
 }
 
 bool IsUserDefault(LCID id) {
-    return id == LOCALE_USER_DEFAULT || id == kSystemDefault || id == kNeutral;
+    return id == LOCALE_USER_DEFAULT || id == SystemDefault || id == Neutral;
 }
 
 // Symbols are short everywhere; what does not fit keeps the symbol of the "C" locale.
@@ -108,16 +108,16 @@ bool IsPatternLetter(WCHAR unit) {
 }
 
 DatePatternItem Literal(WCHAR unit) {
-    constexpr WCHAR kNoBreakSpace = 0x00A0;
-    constexpr WCHAR kNarrowNoBreakSpace = 0x202F;
-    return {0, 1, unit == kNoBreakSpace || unit == kNarrowNoBreakSpace ? u' ' : unit};
+    constexpr WCHAR NoBreakSpace = 0x00A0;
+    constexpr WCHAR NarrowNoBreakSpace = 0x202F;
+    return {0, 1, unit == NoBreakSpace || unit == NarrowNoBreakSpace ? u' ' : unit};
 }
 
 DatePatternItem Field(char field, std::size_t run) {
-    constexpr int kYearWidth = 4;
+    constexpr int YearWidth = 4;
     if (field == 'y') {
         // A year of two digits would not read back as the same date.
-        return {field, kYearWidth, 0};
+        return {field, YearWidth, 0};
     }
     return {field, run == 1 ? 1 : 2, 0};
 }
@@ -151,10 +151,9 @@ WideString ReadPattern(const std::string& name, UDateFormatStyle time, UDateForm
     if (U_FAILURE(status)) {
         return {};
     }
-    WideString pattern(kPatternCapacity, u'\0');
-    const std::int32_t length =
-        udat_toPattern(format.get(), false, pattern.data(), kPatternCapacity, &status);
-    pattern.resize(U_SUCCESS(status) && length <= kPatternCapacity ? static_cast<std::size_t>(length) : 0);
+    WideString pattern(PatternCapacity, u'\0');
+    const std::int32_t length = udat_toPattern(format.get(), false, pattern.data(), PatternCapacity, &status);
+    pattern.resize(U_SUCCESS(status) && length <= PatternCapacity ? static_cast<std::size_t>(length) : 0);
     return pattern;
 }
 
@@ -199,8 +198,8 @@ bool HasFields(const std::vector<DatePatternItem>& items, std::string_view field
 
 DateStyle ReadDateStyle(const std::string& name) {
     DateStyle style;
-    style.date = CompilePattern(kDefaultDatePattern);
-    style.time = CompilePattern(kDefaultTimePattern);
+    style.date = CompilePattern(DefaultDatePattern);
+    style.time = CompilePattern(DefaultTimePattern);
     if (name.empty()) {
         return style;
     }

@@ -11,17 +11,17 @@
 namespace quillet::platform {
 namespace {
 
-constexpr UChar32 kReplacementCharacter = 0xFFFD;
+constexpr UChar32 ReplacementCharacter = 0xFFFD;
 
 std::string ToUtf8(WideView text) {
-    constexpr std::size_t kMostBytesPerUnit = 3;
-    constexpr std::size_t kMostUnits = std::numeric_limits<std::int32_t>::max() / kMostBytesPerUnit;
-    text = text.substr(0, kMostUnits);
-    std::string bytes(text.size() * kMostBytesPerUnit, '\0');
+    constexpr std::size_t MostBytesPerUnit = 3;
+    constexpr std::size_t MostUnits = std::numeric_limits<std::int32_t>::max() / MostBytesPerUnit;
+    text = text.substr(0, MostUnits);
+    std::string bytes(text.size() * MostBytesPerUnit, '\0');
     std::int32_t length = 0;
     UErrorCode status = U_ZERO_ERROR;
     u_strToUTF8WithSub(bytes.data(), static_cast<std::int32_t>(bytes.size()), &length, text.data(),
-                       static_cast<std::int32_t>(text.size()), kReplacementCharacter, nullptr, &status);
+                       static_cast<std::int32_t>(text.size()), ReplacementCharacter, nullptr, &status);
     bytes.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
     return bytes;
 }

@@ -33,9 +33,9 @@ constexpr bool IsSign(WCHAR unit) {
 struct Decimal {
     // No double needs more than 767 digits to be told from its neighbours' midpoints; one more digit stands
     // for all that follow.
-    static constexpr int kMostDigits = 768;
+    static constexpr int MostDigits = 768;
 
-    std::array<char, kMostDigits + 1> digits;
+    std::array<char, MostDigits + 1> digits;
     int count = 0;
     long long exponent = 0;
     bool negative = false;
@@ -159,7 +159,7 @@ private:
     void Keep(WCHAR digit, bool fraction) {
         if (m_result.count == 0 && digit == u'0') {
             m_result.exponent -= fraction ? 1 : 0;
-        } else if (m_result.count < Decimal::kMostDigits) {
+        } else if (m_result.count < Decimal::MostDigits) {
             m_result.digits[static_cast<std::size_t>(m_result.count++)] = static_cast<char>(digit);
             m_result.exponent -= fraction ? 1 : 0;
         } else {
@@ -189,10 +189,10 @@ private:
             return false;
         }
         // Far beyond the range of every type, and far from the limits of the arithmetic.
-        constexpr long long kLargest = 1'000'000'000'000;
+        constexpr long long Largest = 1'000'000'000'000;
         long long value = 0;
         while (AtDigit()) {
-            value = std::min(value * 10 + (m_text[m_at++] - u'0'), kLargest);
+            value = std::min(value * 10 + (m_text[m_at++] - u'0'), Largest);
         }
         m_result.exponent += negative ? -value : value;
         return true;
@@ -246,7 +246,7 @@ private:
 // Sign, whole digits and, where point is not 0, a fraction, with nothing else around and so few digits that
 // their number fits; false where the reader has to look.
 struct PlainDecimal {
-    static constexpr int kMostDigits = 18;
+    static constexpr int MostDigits = 18;
 
     std::uint64_t digits = 0;
     int fractionDigits = 0;
@@ -258,7 +258,7 @@ struct PlainDecimal {
             negative = text[0] == u'-';
             at = 1;
         }
-        if (text.size() - at > kMostDigits + 1) {
+        if (text.size() - at > MostDigits + 1) {
             return false;
         }
         int count = 0;
@@ -270,11 +270,11 @@ struct PlainDecimal {
                 digits = digits * 10 + static_cast<std::uint64_t>(text[at] - u'0');
             }
         }
-        return at == text.size() && count > 0 && count <= kMostDigits;
+        return at == text.size() && count > 0 && count <= MostDigits;
     }
 };
 
-constexpr std::array<double, PlainDecimal::kMostDigits + 1> kPowersOfTen = {
+constexpr std::array<double, PlainDecimal::MostDigits + 1> PowersOfTen = {
     1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
 
 template <typename Real>
@@ -284,15 +284,15 @@ HRESULT NearestReal(const Decimal& decimal, Real& result) {
         result = static_cast<Real>(decimal.bits);
         return S_OK;
     }
-    constexpr long long kBeyondEveryReal = 400;
-    if (decimal.count == 0 || decimal.Magnitude() < -kBeyondEveryReal) {
+    constexpr long long BeyondEveryReal = 400;
+    if (decimal.count == 0 || decimal.Magnitude() < -BeyondEveryReal) {
         return S_OK;
     }
-    if (decimal.Magnitude() > kBeyondEveryReal) {
+    if (decimal.Magnitude() > BeyondEveryReal) {
         return DISP_E_OVERFLOW;
     }
-    constexpr std::size_t kExponentRoom = 8;
-    std::array<char, Decimal::kMostDigits + 1 + kExponentRoom> text;
+    constexpr std::size_t ExponentRoom = 8;
+    std::array<char, Decimal::MostDigits + 1 + ExponentRoom> text;
     std::memcpy(text.data(), decimal.digits.data(), static_cast<std::size_t>(decimal.count));
     char* end = text.data() + decimal.count;
     *end++ = 'e';
@@ -321,19 +321,19 @@ HRESULT ReadReal(WideView text, const Locale& locale, Real& result) {
 // Half to even on the decimal digits themselves.
 HRESULT RoundToInteger(const Decimal& decimal, std::uint64_t& result) {
     result = 0;
-    constexpr long long kMostWholeDigits = 20;
+    constexpr long long MostWholeDigits = 20;
     const long long whole = decimal.Magnitude();
     if (decimal.count == 0 || whole < 0) {
         return S_OK;
     }
-    if (whole > kMostWholeDigits) {
+    if (whole > MostWholeDigits) {
         return DISP_E_OVERFLOW;
     }
-    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
+    constexpr std::uint64_t Largest = std::numeric_limits<std::uint64_t>::max();
     for (long long at = 0; at < whole; ++at) {
         const auto digit = static_cast<std::uint64_t>(
             at < decimal.count ? decimal.digits[static_cast<std::size_t>(at)] - '0' : 0);
-        if (result > (kLargest - digit) / 10) {
+        if (result > (Largest - digit) / 10) {
             return DISP_E_OVERFLOW;
         }
         result = result * 10 + digit;
@@ -347,7 +347,7 @@ HRESULT RoundToInteger(const Decimal& decimal, std::uint64_t& result) {
         *fraction > '5' ||
         (*fraction == '5' && std::any_of(fraction + 1, end, [](char digit) { return digit != '0'; }));
     if (aboveHalf || (*fraction == '5' && result % 2 != 0)) {
-        if (result == kLargest) {
+        if (result == Largest) {
             return DISP_E_OVERFLOW;
         }
         ++result;
@@ -409,11 +409,11 @@ public:
         : m_value(value), m_point(point), m_buffer(buffer) {}
 
     WideView Write(int precision) {
-        constexpr int kLeastFixedExponent = -4;
+        constexpr int LeastFixedExponent = -4;
         if (m_value.negative) {
             Put(u'-');
         }
-        if (m_value.exponent < kLeastFixedExponent || m_value.exponent >= precision) {
+        if (m_value.exponent < LeastFixedExponent || m_value.exponent >= precision) {
             WriteExponential();
         } else if (m_value.exponent < 0) {
             Put(u'0');
@@ -474,8 +474,8 @@ WideView WriteReal(Real value, int precision, WCHAR point, NumberBuffer& buffer)
         const WideView text = std::isnan(value) ? u"-1.#IND" : (value < 0 ? u"-1.#INF" : u"1.#INF");
         return text;
     }
-    constexpr Real kSmallWhole = 1'000'000;
-    if (value > -kSmallWhole && value < kSmallWhole) {
+    constexpr Real SmallWhole = 1'000'000;
+    if (value > -SmallWhole && value < SmallWhole) {
         const auto whole = static_cast<std::int32_t>(value);
         if (static_cast<Real>(whole) == value) {
             return WriteDigits(whole, buffer);
@@ -510,11 +510,11 @@ HRESULT ReadInteger(WideView text, const Locale& locale, TextInteger& result) {
 
 HRESULT ReadDouble(WideView text, const Locale& locale, double& result) {
     // Both operands of the division are exact, so the quotient is the nearest double.
-    constexpr std::uint64_t kLargestExact = std::uint64_t{1} << std::numeric_limits<double>::digits;
+    constexpr std::uint64_t LargestExact = std::uint64_t{1} << std::numeric_limits<double>::digits;
     PlainDecimal plain;
-    if (plain.Read(text, locale.Numbers().decimal) && plain.digits <= kLargestExact) {
+    if (plain.Read(text, locale.Numbers().decimal) && plain.digits <= LargestExact) {
         const double value =
-            static_cast<double>(plain.digits) / kPowersOfTen[static_cast<std::size_t>(plain.fractionDigits)];
+            static_cast<double>(plain.digits) / PowersOfTen[static_cast<std::size_t>(plain.fractionDigits)];
         result = plain.negative && value != 0 ? -value : value;
         return S_OK;
     }
@@ -523,13 +523,13 @@ HRESULT ReadDouble(WideView text, const Locale& locale, double& result) {
 
 HRESULT ReadFloat(WideView text, const Locale& locale, float& result) {
     // As for doubles, with what a float holds exactly.
-    constexpr std::uint64_t kLargestExact = std::uint64_t{1} << std::numeric_limits<float>::digits;
-    constexpr int kMostExactPower = 10;
+    constexpr std::uint64_t LargestExact = std::uint64_t{1} << std::numeric_limits<float>::digits;
+    constexpr int MostExactPower = 10;
     PlainDecimal plain;
-    if (plain.Read(text, locale.Numbers().decimal) && plain.digits <= kLargestExact &&
-        plain.fractionDigits <= kMostExactPower) {
+    if (plain.Read(text, locale.Numbers().decimal) && plain.digits <= LargestExact &&
+        plain.fractionDigits <= MostExactPower) {
         const float value = static_cast<float>(plain.digits) /
-                            static_cast<float>(kPowersOfTen[static_cast<std::size_t>(plain.fractionDigits)]);
+                            static_cast<float>(PowersOfTen[static_cast<std::size_t>(plain.fractionDigits)]);
         result = plain.negative && plain.digits != 0 ? -value : value;
         return S_OK;
     }
@@ -545,13 +545,13 @@ WideView WriteInteger(std::uint64_t value, NumberBuffer& buffer) {
 }
 
 WideView WriteDouble(double value, WCHAR decimalSeparator, NumberBuffer& buffer) {
-    constexpr int kPrecision = 15;
-    return WriteReal(value, kPrecision, decimalSeparator, buffer);
+    constexpr int Precision = 15;
+    return WriteReal(value, Precision, decimalSeparator, buffer);
 }
 
 WideView WriteFloat(float value, WCHAR decimalSeparator, NumberBuffer& buffer) {
-    constexpr int kPrecision = 7;
-    return WriteReal(value, kPrecision, decimalSeparator, buffer);
+    constexpr int Precision = 7;
+    return WriteReal(value, Precision, decimalSeparator, buffer);
 }
 
 }  // namespace quillet::platform

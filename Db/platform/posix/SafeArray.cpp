@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr USHORT kFeatureHasType = 0x0080;
+constexpr USHORT FeatureHasType = 0x0080;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lowerBound, ULONG elements) 
     }
     auto* array = static_cast<SAFEARRAY*>(block);
     array->cDims = 1;
-    array->fFeatures = kFeatureHasType;
+    array->fFeatures = FeatureHasType;
     array->cbElements = 1;
     array->pvData = array + 1;
     array->rgsabound[0] = {elements, lowerBound};

@@ -7,40 +7,40 @@
 namespace quillet::platform {
 namespace {
 
-constexpr UChar32 kLatin1End = 0x100;
-constexpr UChar32 kCaseDistance = 0x20;
-constexpr UChar32 kMultiplicationSign = 0xD7;
-constexpr UChar32 kDivisionSign = 0xF7;
-constexpr UChar32 kMicroSign = 0xB5;
-constexpr UChar32 kSharpS = 0xDF;
-constexpr UChar32 kSmallYWithDiaeresis = 0xFF;
+constexpr UChar32 Latin1End = 0x100;
+constexpr UChar32 CaseDistance = 0x20;
+constexpr UChar32 MultiplicationSign = 0xD7;
+constexpr UChar32 DivisionSign = 0xF7;
+constexpr UChar32 MicroSign = 0xB5;
+constexpr UChar32 SharpS = 0xDF;
+constexpr UChar32 SmallYWithDiaeresis = 0xFF;
 
 constexpr bool IsLatin1Capital(UChar32 c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != kMultiplicationSign);
+    return (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != MultiplicationSign);
 }
 
 // The small letters whose capital is in Latin-1 too.
 constexpr bool IsLatin1Small(UChar32 c) {
-    return (c >= 'a' && c <= 'z') || (c > kSharpS && c < kSmallYWithDiaeresis && c != kDivisionSign);
+    return (c >= 'a' && c <= 'z') || (c > SharpS && c < SmallYWithDiaeresis && c != DivisionSign);
 }
 
 UChar32 Lower(UChar32 c) {
-    if (c < kLatin1End) {
-        return IsLatin1Capital(c) ? c + kCaseDistance : c;
+    if (c < Latin1End) {
+        return IsLatin1Capital(c) ? c + CaseDistance : c;
     }
     return u_tolower(c);
 }
 
 UChar32 Upper(UChar32 c) {
-    if (c < kLatin1End && c != kMicroSign && c != kSmallYWithDiaeresis) {
-        return IsLatin1Small(c) ? c - kCaseDistance : c;
+    if (c < Latin1End && c != MicroSign && c != SmallYWithDiaeresis) {
+        return IsLatin1Small(c) ? c - CaseDistance : c;
     }
     return u_toupper(c);
 }
 
 UChar32 Fold(UChar32 c) {
-    if (c < kLatin1End && c != kMicroSign) {
-        return IsLatin1Capital(c) ? c + kCaseDistance : c;
+    if (c < Latin1End && c != MicroSign) {
+        return IsLatin1Capital(c) ? c + CaseDistance : c;
     }
     return u_foldCase(c, U_FOLD_CASE_DEFAULT);
 }

@@ -96,7 +96,7 @@ HRESULT Dereference(const VARIANT& source, VARIANT& view) {
         case VT_UNKNOWN:
             view.punkVal = Target<IUnknown*>(source);
             return S_OK;
-        case kByteArray:
+        case ByteArrayType:
             view.parray = Target<SAFEARRAY*>(source);
             return S_OK;
         default:

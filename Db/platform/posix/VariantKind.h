@@ -5,7 +5,7 @@
 
 namespace quillet::platform {
 
-constexpr VARTYPE kByteArray = VT_ARRAY | VT_UI1;
+constexpr VARTYPE ByteArrayType = VT_ARRAY | VT_UI1;
 
 enum class VariantKind { Plain, String, Interface, ByteArray, Reference, Unknown };
 
@@ -37,7 +37,7 @@ constexpr VariantKind KindOf(VARTYPE type) {
         case VT_DISPATCH:
         case VT_UNKNOWN:
             return VariantKind::Interface;
-        case kByteArray:
+        case ByteArrayType:
             return VariantKind::ByteArray;
         default:
             return VariantKind::Unknown;
