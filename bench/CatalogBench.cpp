@@ -1,7 +1,7 @@
 // Catalog files: opening, reading, saving and destroying, beside pugixml on the same file.
 //
-// Each benchmark makes one run that is not counted, then counts single runs; run.sh takes the best. The catalogs are
-// made once in the folder that QUILLET_BENCH_DIR names, or in the current one.
+// Each benchmark makes one run that is not counted, then counts single runs; run.sh takes the best. The
+// catalogs are made once in the folder that QUILLET_BENCH_DIR names, or in the current one.
 #include <benchmark/benchmark.h>
 
 #include <Quillet/IQuillet.h>
@@ -45,23 +45,27 @@ std::string Catalog(const std::string& name, Make make) {
 
 // 1,000,000 rows by 12 fields in four tables.
 std::string LargeCatalog() {
-    return Catalog("large.xml",
-                   [](const std::string& path) { bench::MakeMixedCatalog(path, RowsPerTable, RowsPerTable); });
+    return Catalog("large.xml", [](const std::string& path) {
+        bench::MakeMixedCatalog(path, RowsPerTable, RowsPerTable);
+    });
 }
 
 // Two catalogs with the same first table: what follows it is long or short.
 std::string LongTailCatalog() {
-    return Catalog("long-tail.xml",
-                   [](const std::string& path) { bench::MakeMixedCatalog(path, FirstTableRows, RowsPerTable); });
+    return Catalog("long-tail.xml", [](const std::string& path) {
+        bench::MakeMixedCatalog(path, FirstTableRows, RowsPerTable);
+    });
 }
 
 std::string ShortTailCatalog() {
-    return Catalog("short-tail.xml",
-                   [](const std::string& path) { bench::MakeMixedCatalog(path, FirstTableRows, RowsPerSmallTable); });
+    return Catalog("short-tail.xml", [](const std::string& path) {
+        bench::MakeMixedCatalog(path, FirstTableRows, RowsPerSmallTable);
+    });
 }
 
 std::string NumericCatalog() {
-    return Catalog("numeric.xml", [](const std::string& path) { bench::MakeNumericCatalog(path, NumericRows); });
+    return Catalog("numeric.xml",
+                   [](const std::string& path) { bench::MakeNumericCatalog(path, NumericRows); });
 }
 
 void Require(bool held, const char* what) {
@@ -84,8 +88,8 @@ std::unique_ptr<DbDatabase> OpenWhole(const std::string& path) {
     return database;
 }
 
-// Runs once without counting, then counts one run for each repetition. Prepare gives what a run works on, Run is
-// what is counted, and what it returns is let go uncounted.
+// Runs once without counting, then counts one run for each repetition. Prepare gives what a run works on, Run
+// is what is counted, and what it returns is let go uncounted.
 template <typename Prepare, typename Run>
 void Measure(benchmark::State& state, Prepare prepare, Run run) {
     static bool warm = false;
@@ -125,7 +129,8 @@ void SearchMissingPath(benchmark::State& state) {
         state, [] { return std::make_unique<DbSource>(nullptr, LargeCatalog()); },
         [](std::unique_ptr<DbSource>& source) {
             CString text;
-            Require(!source->ExtractXmlNode("\\database\\body\\nowhere", text), "a path that is not there was found");
+            Require(!source->ExtractXmlNode("\\database\\body\\nowhere", text),
+                    "a path that is not there was found");
             return Nothing{};
         });
 }
@@ -135,7 +140,8 @@ void ReachLastTable(benchmark::State& state) {
         state, [] { return LargeCatalog(); },
         [](const std::string& path) {
             auto database = Open(path, true);
-            Require(database->GetTableData(LastTable)->size() == RowsPerTable, "the last table is not complete");
+            Require(database->GetTableData(LastTable)->size() == RowsPerTable,
+                    "the last table is not complete");
             return database;
         });
 }
@@ -145,7 +151,8 @@ void FirstTable(benchmark::State& state, const std::string& path) {
         state, [&] { return path; },
         [](const std::string& file) {
             auto database = Open(file, true);
-            Require(database->GetTableData(FirstBodyTable)->size() == FirstTableRows, "the first table is not complete");
+            Require(database->GetTableData(FirstBodyTable)->size() == FirstTableRows,
+                    "the first table is not complete");
             return database;
         });
     const std::size_t before = bench::HeapInUse();

@@ -34,12 +34,32 @@ constexpr int Double = 5;
 constexpr int Text = 8;
 
 constexpr std::array<Field, 12> MixedFields = {{
-    {"name", Text}, {"id", Long}, {"h", Double}, {"b", Double}, {"tw", Double}, {"tf", Double}, {"r", Double},
-    {"A", Double}, {"G", Double}, {"Iy", Double}, {"class", Long}, {"norm", Text},
+    {"name", Text},
+    {"id", Long},
+    {"h", Double},
+    {"b", Double},
+    {"tw", Double},
+    {"tf", Double},
+    {"r", Double},
+    {"A", Double},
+    {"G", Double},
+    {"Iy", Double},
+    {"class", Long},
+    {"norm", Text},
 }};
 constexpr std::array<Field, 12> NumericFields = {{
-    {"a", Double}, {"b", Double}, {"c", Double}, {"d", Double}, {"e", Double}, {"f", Double}, {"g", Double},
-    {"h", Double}, {"i", Double}, {"j", Double}, {"k", Double}, {"l", Double},
+    {"a", Double},
+    {"b", Double},
+    {"c", Double},
+    {"d", Double},
+    {"e", Double},
+    {"f", Double},
+    {"g", Double},
+    {"h", Double},
+    {"i", Double},
+    {"j", Double},
+    {"k", Double},
+    {"l", Double},
 }};
 
 using Fields = std::array<Field, 12>;
@@ -47,12 +67,13 @@ using Fields = std::array<Field, 12>;
 class Writer {
 public:
     explicit Writer(const std::string& path) : m_file(path, std::ios::binary | std::ios::trunc) {
-        m_file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<database>\n<header>\n<structure>\n"
-                  "<table name=\"Header\">\n<field name=\"title\" key=\"false\" type=\"8\" required=\"0\" />\n"
-                  "</table>\n<table name=\"Properties\">\n"
-                  "<field name=\"units\" key=\"false\" type=\"8\" required=\"0\" />\n</table>\n</structure>\n"
-                  "<data>\n<table name=\"Header\">\n<row title=\"Benchmark\" />\n</table>\n"
-                  "<table name=\"Properties\">\n<row units=\"mm\" />\n</table>\n</data>\n</header>\n<body>\n";
+        m_file
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<database>\n<header>\n<structure>\n"
+               "<table name=\"Header\">\n<field name=\"title\" key=\"false\" type=\"8\" required=\"0\" />\n"
+               "</table>\n<table name=\"Properties\">\n"
+               "<field name=\"units\" key=\"false\" type=\"8\" required=\"0\" />\n</table>\n</structure>\n"
+               "<data>\n<table name=\"Header\">\n<row title=\"Benchmark\" />\n</table>\n"
+               "<table name=\"Properties\">\n<row units=\"mm\" />\n</table>\n</data>\n</header>\n<body>\n";
     }
 
     void Structure(const std::array<int, 4>& rows, const Fields& fields) {
@@ -102,8 +123,8 @@ private:
         } else if (field.m_type == Long) {
             std::snprintf(text, sizeof text, "%u", numbers.Next() % 1000000U);
         } else {
-            std::snprintf(text, sizeof text, "%s %d", numbers.Next() % 2U == 0 ? "HEB section" : "EN 10365 sheet",
-                          row);
+            std::snprintf(text, sizeof text, "%s %d",
+                          numbers.Next() % 2U == 0 ? "HEB section" : "EN 10365 sheet", row);
         }
         return text;
     }

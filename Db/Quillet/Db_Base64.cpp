@@ -33,8 +33,8 @@ std::vector<BYTE> BytesOf(const CComVariant& value) {
     std::vector<BYTE> bytes;
     LONG lower = 0;
     LONG upper = -1;
-    if (FAILED(SafeArrayGetLBound(value.parray, 1, &lower)) || FAILED(SafeArrayGetUBound(value.parray, 1, &upper)) ||
-        upper < 0) {
+    if (FAILED(SafeArrayGetLBound(value.parray, 1, &lower)) ||
+        FAILED(SafeArrayGetUBound(value.parray, 1, &upper)) || upper < 0) {
         return bytes;
     }
     bytes.resize(static_cast<std::size_t>(upper) + 1);
@@ -103,7 +103,8 @@ void AppendBase64(const CComVariant& value, std::string& out) {
     int groupsOnLine = 0;
     std::size_t i = 0;
     for (; i + 3 <= bytes.size(); i += 3) {
-        const unsigned int group = static_cast<unsigned int>(bytes[i] << 16 | bytes[i + 1] << 8 | bytes[i + 2]);
+        const unsigned int group =
+            static_cast<unsigned int>(bytes[i] << 16 | bytes[i + 1] << 8 | bytes[i + 2]);
         digit(group >> 18);
         digit(group >> 12);
         digit(group >> 6);

@@ -1,5 +1,5 @@
-// What the lower classes of the model tell the database that they belong to. An item that belongs to none tells
-// nobody.
+// What the lower classes of the model tell the database that they belong to. An item that belongs to none
+// tells nobody.
 #pragma once
 
 #include <string_view>

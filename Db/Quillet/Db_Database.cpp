@@ -18,7 +18,8 @@ using quillet::CString;
 std::int32_t DbDatabase::m_openDbCount = 0;
 std::int32_t DbDatabase::m_queriesCount = 0;
 
-DbDatabase::DbDatabase() : DbDatabase("") {}
+DbDatabase::DbDatabase() : DbDatabase("") {
+}
 
 DbDatabase::DbDatabase(const CString& path)
     : DbItem(nullptr),
@@ -121,7 +122,8 @@ void DbDatabase::Clear() {
     m_reader->Reset();
 }
 
-DbTableInfo* DbDatabase::CreateTable(CString name, DbTableInfo::eType type, const CString& sql, DbTableInfo* related) {
+DbTableInfo* DbDatabase::CreateTable(CString name, DbTableInfo::eType type, const CString& sql,
+                                     DbTableInfo* related) {
     m_reader->ReadStructure();
     return m_registry->Create(name, type, sql, related);
 }
@@ -129,8 +131,8 @@ DbTableInfo* DbDatabase::CreateTable(CString name, DbTableInfo::eType type, cons
 DbTableInfo* DbDatabase::CreateTable(DbTableInfo* info) {
     m_reader->ReadStructure();
     return info == nullptr ? nullptr
-                           : m_registry->Create(info->GetName(), info->GetType(), info->GetDescr(), info->GetData(),
-                                                info->GetSql(), info->GetRelated());
+                           : m_registry->Create(info->GetName(), info->GetType(), info->GetDescr(),
+                                                info->GetData(), info->GetSql(), info->GetRelated());
 }
 
 void DbDatabase::DeleteTable(const CString& name) {

@@ -16,11 +16,12 @@ class DbLog;
 class DbRegistry;
 }  // namespace quillet
 
-// Owns the source behind it, and every table's structure and contents. Tables are found by name, without regard to
-// case, and by index, their position in the order of creation; the header table is table 0 and the properties table
-// 1. The file is read lazily: whatever takes a name or an index first reads the header and the structure of all
-// tables, a table's rows are read when they are asked for. A database that was changed saves itself to its own file
-// when it is destroyed. It is used from one thread at a time and can't be copied.
+// Owns the source behind it, and every table's structure and contents. Tables are found by name, without
+// regard to case, and by index, their position in the order of creation; the header table is table 0 and the
+// properties table
+// 1. The file is read lazily: whatever takes a name or an index first reads the header and the structure of
+// all tables, a table's rows are read when they are asked for. A database that was changed saves itself to
+// its own file when it is destroyed. It is used from one thread at a time and can't be copied.
 class QUILLET_API DbDatabase : public DbItem {
 public:
     // How many databases are open in the process.
@@ -30,8 +31,8 @@ public:
 
     // A database without a file.
     DbDatabase();
-    // Opens the file, UTF-8 in narrow text, and reads nothing yet. Throws DbException, by pointer, where it can't be
-    // read.
+    // Opens the file, UTF-8 in narrow text, and reads nothing yet. Throws DbException, by pointer, where it
+    // can't be read.
     explicit DbDatabase(const quillet::CString& path);
     DbDatabase(const DbDatabase&) = delete;
     DbDatabase& operator=(const DbDatabase&) = delete;
@@ -45,32 +46,32 @@ protected:
     virtual bool SaveMdb(const quillet::CString& path);
 
 public:
-    // Reads what was not read yet, refreshes the queries and writes everything but the queries to an XML file, in one
-    // step: until then, and on failure, the file is what it was. True when it was written and the database counts as
-    // unchanged. False for a name that ends otherwise than in "xml", when a table fails (the log says which) and
-    // when the file can't be written.
+    // Reads what was not read yet, refreshes the queries and writes everything but the queries to an XML
+    // file, in one step: until then, and on failure, the file is what it was. True when it was written and
+    // the database counts as unchanged. False for a name that ends otherwise than in "xml", when a table
+    // fails (the log says which) and when the file can't be written.
     virtual bool Save(const quillet::CString& path);
-    // Appends the <database> element to parent, or to the document itself when parent is null. False when a table
-    // failed, which leaves its incomplete element, or the document refused.
+    // Appends the <database> element to parent, or to the document itself when parent is null. False when a
+    // table failed, which leaves its incomplete element, or the document refused.
     virtual bool Save(IDispatch* document, IDispatch* parent);
 
-    // Makes this a new database for a file that need not exist yet, with an empty header and properties table.
-    // Always true; Save, or the destructor, writes it.
+    // Makes this a new database for a file that need not exist yet, with an empty header and properties
+    // table. Always true; Save, or the destructor, writes it.
     bool Create(quillet::CString path);
 
-    // Adds an empty table or query. Null, with a line in the log, where the name is taken. The entry lives until a
-    // table is deleted or renamed or the source is pointed at another file.
+    // Adds an empty table or query. Null, with a line in the log, where the name is taken. The entry lives
+    // until a table is deleted or renamed or the source is pointed at another file.
     DbTableInfo* CreateTable(quillet::CString name, DbTableInfo::eType type, const quillet::CString& sql = "",
                              DbTableInfo* related = nullptr);
-    // Adds the table that info describes and takes over its structure and contents, which may be null. Null where the
-    // name is taken: nothing is taken over then.
+    // Adds the table that info describes and takes over its structure and contents, which may be null. Null
+    // where the name is taken: nothing is taken over then.
     DbTableInfo* CreateTable(DbTableInfo* info);
     // Deletes a table and every query that stands on it; later tables move up. Nothing for an unknown name.
     void DeleteTable(const quillet::CString& name);
     // Empties a table: fields, indexes, rows. Nothing for an unknown name.
     void ClearTable(const quillet::CString& name);
-    // Renames a table, reading its rows first. False for an unknown name. Where the new name is taken, the entry that
-    // has it stays and this table is found no more by name: ask IsTable before.
+    // Renames a table, reading its rows first. False for an unknown name. Where the new name is taken, the
+    // entry that has it stays and this table is found no more by name: ask IsTable before.
     bool RenameTable(quillet::CString oldName, quillet::CString newName);
 
     bool IsTable(quillet::CString name);
@@ -95,9 +96,9 @@ public:
     // Reads the rows of every table that still stand in the file.
     void LoadTables();
 
-    // Answers a query: name receives the name of the table that holds the answer. A text without "select" is the
-    // name of a table and answered by it. False, with a line in the log, for an unknown table; and for select
-    // statements, which are not answered yet.
+    // Answers a query: name receives the name of the table that holds the answer. A text without "select" is
+    // the name of a table and answered by it. False, with a line in the log, for an unknown table; and for
+    // select statements, which are not answered yet.
     bool Query(quillet::CString sql, quillet::CString& name);
 
     bool CanUpdate() const;
@@ -106,8 +107,8 @@ public:
     const quillet::CString& GetName() const;
     DbSource* GetSource() { return m_source.get(); }
 
-    // Reads the rows in the text of a <table> element into the table of that name. Throws DbException "Invalid
-    // pointer", by pointer, where the text is no such element or the table is unknown.
+    // Reads the rows in the text of a <table> element into the table of that name. Throws DbException
+    // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
     void ParseXmlTableData(const quillet::CString& xml);
 
     // Appends the lines of the log to out and empties the log.

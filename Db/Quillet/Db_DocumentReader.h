@@ -15,16 +15,16 @@ class DbDocumentReader {
 public:
     DbDocumentReader(DbRegistry& registry, DbLog& log) : m_registry(registry), m_log(log) {}
 
-    // Registers the tables of a file and reads their rows. A file that is no catalog leaves a line in the log and
-    // the tables that were read until the fault.
+    // Registers the tables of a file and reads their rows. A file that is no catalog leaves a line in the log
+    // and the tables that were read until the fault.
     void ReadDatabase(const CString& path);
 
-    // Registers the tables of a <structure> element's text; returns how many it describes. Text that is none leaves
-    // a line in the log.
+    // Registers the tables of a <structure> element's text; returns how many it describes. Text that is none
+    // leaves a line in the log.
     std::size_t ReadStructureText(const CString& xml);
 
-    // Reads the rows of a <table> element's text into the table that it names. Throws DbException "Invalid pointer",
-    // by pointer.
+    // Reads the rows of a <table> element's text into the table that it names. Throws DbException "Invalid
+    // pointer", by pointer.
     void ReadTableText(const CString& xml);
 
     void LogInvalidFormat();

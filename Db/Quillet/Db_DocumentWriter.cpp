@@ -42,7 +42,8 @@ bool DbDocumentWriter::Write(const xml::Node& document, const xml::Node& parent)
     return good;
 }
 
-bool DbDocumentWriter::WriteSection(const xml::Node& document, const xml::Node& parent, const Section& section) {
+bool DbDocumentWriter::WriteSection(const xml::Node& document, const xml::Node& parent,
+                                    const Section& section) {
     bool good = true;
     const xml::Node list = document.CreateElement(section.m_element);
     xml::Face documentFace(document);

@@ -13,8 +13,8 @@ class DbDocumentWriter {
 public:
     DbDocumentWriter(DbRegistry& registry, DbLog& log) : m_registry(registry), m_log(log) {}
 
-    // Appends the <database> element to parent, or to the document when parent is null. False when a table failed,
-    // with a line in the log for each. Throws xml::DomError when the document refuses.
+    // Appends the <database> element to parent, or to the document when parent is null. False when a table
+    // failed, with a line in the log for each. Throws xml::DomError when the document refuses.
     bool Write(const xml::Node& document, const xml::Node& parent);
 
 private:

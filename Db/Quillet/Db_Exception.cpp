@@ -4,14 +4,16 @@
 
 DbException::DbException() = default;
 
-DbException::DbException(quillet::CString message) : m_message(std::move(message)) {}
-
-DbException::DbException(const char* file, int line, quillet::CString message) {
-    m_message.Format("Quillet exception thrown\r\nFile: %s @ %d\r\nMessage: %s", file == nullptr ? "" : file, line,
-                     message.ToUtf8().c_str());
+DbException::DbException(quillet::CString message) : m_message(std::move(message)) {
 }
 
-DbException::DbException(const DbException& other) : quillet::CException(), m_message(other.m_message) {}
+DbException::DbException(const char* file, int line, quillet::CString message) {
+    m_message.Format("Quillet exception thrown\r\nFile: %s @ %d\r\nMessage: %s", file == nullptr ? "" : file,
+                     line, message.ToUtf8().c_str());
+}
+
+DbException::DbException(const DbException& other) : quillet::CException(), m_message(other.m_message) {
+}
 
 DbException::~DbException() = default;
 

@@ -21,9 +21,9 @@ public:
     const quillet::CString& Message() const { return m_message; }
 
     using quillet::CException::GetErrorMessage;
-    // Copies the stored text, cut to capacity - 1 characters, and terminates it; buffer[capacity - 1] is a zero in
-    // any case. Always returns 1. Throws quillet::CInvalidArgException, by pointer, for a null buffer or a
-    // capacity of 0.
+    // Copies the stored text, cut to capacity - 1 characters, and terminates it; buffer[capacity - 1] is a
+    // zero in any case. Always returns 1. Throws quillet::CInvalidArgException, by pointer, for a null buffer
+    // or a capacity of 0.
     int GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext) const override;
 
 private:

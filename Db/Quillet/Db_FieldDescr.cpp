@@ -118,7 +118,8 @@ unsigned short LeadingVariantType(std::string_view text) {
 
 DbFieldDescr::DbFieldDescr() = default;
 
-DbFieldDescr::DbFieldDescr(DbItem* parent, int index) : DbFieldValue(parent, index) {}
+DbFieldDescr::DbFieldDescr(DbItem* parent, int index) : DbFieldValue(parent, index) {
+}
 
 DbFieldDescr::DbFieldDescr(const DbFieldDescr& other) = default;
 

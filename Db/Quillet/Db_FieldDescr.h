@@ -5,11 +5,20 @@
 
 #include "Quillet/Db_FieldValue.h"
 
-// A field value whose variant is the column's default and whose variant type is the column's type; its index is
-// the field's position in the table.
+// A field value whose variant is the column's default and whose variant type is the column's type; its index
+// is the field's position in the table.
 class QUILLET_API DbFieldDescr : public DbFieldValue {
 public:
-    enum eFieldType { Empty = 0, Boolean = 1, Integer = 2, Long = 3, Float = 4, Double = 5, Text = 6, Binary = 7 };
+    enum eFieldType {
+        Empty = 0,
+        Boolean = 1,
+        Integer = 2,
+        Long = 3,
+        Float = 4,
+        Double = 5,
+        Text = 6,
+        Binary = 7
+    };
 
     // Fills a variant from text.
     using Converter = void (*)(quillet::CComVariant& value, const WCHAR* text);
@@ -27,8 +36,8 @@ public:
 
     // Appends <field name key type required> to parent. False when the document refuses.
     virtual bool Save(IDispatch* document, IDispatch* parent);
-    // Reads "name", "type" (a variant type in decimal) and "key" ("true"); other attributes are passed over, so a
-    // field that was read is never required. False when the document refuses.
+    // Reads "name", "type" (a variant type in decimal) and "key" ("true"); other attributes are passed over,
+    // so a field that was read is never required. False when the document refuses.
     virtual bool Load(IDispatch* element);
     // "empty", "boolean", "integer", "long", "float", "double", "text", "binary"; "unknown" for other types.
     virtual quillet::CString GetTypeString() const;
@@ -38,8 +47,8 @@ public:
     const quillet::CString& GetSafeName() const { return m_safeName; }
     void SetName(const quillet::CString& name);
 
-    // Sets the default value and the converter of a variant type. VT_I2 gives a 32-bit integer and VT_DATE a text;
-    // an unknown type leaves an empty default and the converter as it was.
+    // Sets the default value and the converter of a variant type. VT_I2 gives a 32-bit integer and VT_DATE a
+    // text; an unknown type leaves an empty default and the converter as it was.
     void SetType(unsigned short variantType);
     void SetDbType(eFieldType type);
     eFieldType GetDbType() const;

@@ -4,10 +4,12 @@
 #include "Quillet/Db_FieldDescr.h"
 #include "platform/NumberText.h"
 
-DbFieldValue::DbFieldValue(DbItem* parent, int index) : DbItem(parent), m_index(index) {}
+DbFieldValue::DbFieldValue(DbItem* parent, int index) : DbItem(parent), m_index(index) {
+}
 
 DbFieldValue::DbFieldValue(const DbFieldValue& other)
-    : DbItem(other), m_index(other.m_index), m_null(other.m_null), m_value(other.m_value) {}
+    : DbItem(other), m_index(other.m_index), m_null(other.m_null), m_value(other.m_value) {
+}
 
 DbFieldValue& DbFieldValue::operator=(const DbFieldValue& other) {
     m_null = other.m_null;

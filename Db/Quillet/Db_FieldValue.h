@@ -27,8 +27,8 @@ public:
 
     uint64 GetSize() const override;
 
-    // Stores v converted back to the type that the value had; where the conversion fails, v as it came. Marks the
-    // value changed; the null flag stays.
+    // Stores v converted back to the type that the value had; where the conversion fails, v as it came. Marks
+    // the value changed; the null flag stays.
     virtual void SetValue(const quillet::CComVariant& v);
     virtual quillet::CComVariant& GetVariant() { return m_value; }
     virtual const quillet::CComVariant& GetVariant() const { return m_value; }
@@ -46,11 +46,11 @@ public:
     // string for every other type.
     void ValueToString(quillet::CString& out) const;
 
-    // Reads the value from text with the field's converter, as rows of a file are read: an empty text is 0 for a
-    // float, either decimal separator is understood, text that is no number stays a string.
+    // Reads the value from text with the field's converter, as rows of a file are read: an empty text is 0
+    // for a float, either decimal separator is understood, text that is no number stays a string.
     void ValueFromString(const DbFieldDescr& field, const WCHAR* const& text);
-    // Reads the value from text with the platform's conversion to the field's type: an empty text or one with a
-    // foreign decimal separator is no number, and text that is none stays a string.
+    // Reads the value from text with the platform's conversion to the field's type: an empty text or one with
+    // a foreign decimal separator is no number, and text that is none stays a string.
     void ValueFromString(const DbFieldDescr& field, const quillet::CString& text);
 
 protected:

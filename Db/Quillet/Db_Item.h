@@ -27,8 +27,11 @@ public:
     void Append(DbItem* item);
     // Removes the first occurrence; nothing where there is none.
     void Remove(const DbItem* item);
-    // Memory that holds so many children, and where the list lives as long as it holds no more; it stays the caller's.
-    static constexpr std::size_t BytesFor(std::size_t capacity) { return sizeof(Head) + capacity * sizeof(DbItem*); }
+    // Memory that holds so many children, and where the list lives as long as it holds no more; it stays the
+    // caller's.
+    static constexpr std::size_t BytesFor(std::size_t capacity) {
+        return sizeof(Head) + capacity * sizeof(DbItem*);
+    }
     void UseMemory(void* memory, std::size_t capacity);
     // Takes over the pointers of another item's list. They stay that item's children.
     void Borrow(const ChildList& other);
@@ -62,9 +65,9 @@ private:
 
 }  // namespace quillet
 
-// A node of the model. Parent and child links never own: whoever made a child deletes it. An item's destructor
-// takes it off its parent's list; an item whose parent died keeps the pointer for GetParent and never follows it.
-// Items are used from one thread at a time.
+// A node of the model. Parent and child links never own: whoever made a child deletes it. An item's
+// destructor takes it off its parent's list; an item whose parent died keeps the pointer for GetParent and
+// never follows it. Items are used from one thread at a time.
 class QUILLET_API DbItem {
 public:
     // The counter behind all change stamps of the process; it only grows.
@@ -75,8 +78,8 @@ public:
     // Copies the parent pointer without becoming a child of it, the stamps, and the pointers to the children,
     // which stay the other's children: using the copy after one of them died is the caller's fault.
     DbItem(const DbItem& other);
-    // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that was
-    // the child of another parent than the other's is no longer listed there.
+    // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that
+    // was the child of another parent than the other's is no longer listed there.
     DbItem& operator=(const DbItem& other);
     virtual ~DbItem() {
         if (DbItem* const parent = LiveParent()) {
@@ -110,12 +113,13 @@ protected:
     // Removes the first occurrence; nothing where there is none.
     void RemoveChild(DbItem* child);
 
-    // For owners of many children: makes room for them, and lets go of all of them before they are deleted, so
-    // that none is searched for.
+    // For owners of many children: makes room for them, and lets go of all of them before they are deleted,
+    // so that none is searched for.
     void ReserveChildren(std::size_t count) { m_children.Reserve(count); }
     void PlaceChildren(void* memory, std::size_t capacity) { m_children.UseMemory(memory, capacity); }
     void ReleaseChildren();
-    // The same for an owner that destroys those of its children that stand in its own memory, [begin, end), next.
+    // The same for an owner that destroys those of its children that stand in its own memory, [begin, end),
+    // next.
     void ReleaseChildrenOutside(const void* begin, const void* end);
     bool HasChildren() const { return !m_children.IsEmpty(); }
     // Lets go of the children among the items of a range, in one pass over the list.

@@ -25,7 +25,8 @@ constexpr const char* HeaderName = "Header";
 constexpr const char* PropertiesName = "Properties";
 constexpr std::size_t HeaderTables = 2;
 
-constexpr const char* HeaderFields[] = {"category", "symbol", "title", "catalog_type", "units_type", "version"};
+constexpr const char* HeaderFields[] = {"category",     "symbol",     "title",
+                                        "catalog_type", "units_type", "version"};
 constexpr const char* PropertiesFields[] = {"units", "unit_long", "unit_sect", "unit_weight", "material"};
 
 }  // namespace
@@ -48,7 +49,8 @@ void DbLazyReader::ReadHeader() {
     m_headerPending = false;
     if (m_source.IsMdbBased()) {
         m_structurePending = false;
-        m_log.Print("File '%s' is an Access file, which is not read yet", m_source.GetFile().ToUtf8().c_str());
+        m_log.Print("File '%s' is an Access file, which is not read yet",
+                    m_source.GetFile().ToUtf8().c_str());
     } else {
         if (m_source.IsSequentialAccess()) {
             ReadSequentialHeader();
@@ -118,7 +120,8 @@ DbTableData* DbLazyReader::ReadNextTable() {
         if (DbTableData* const data = TakeUnread(xml)) {
             data->SetXmlSource(xml);
             m_log.Print("Table '%s' xml source extracted in %.4f [s]",
-                        m_registry.Find(data)->GetName().ToUtf8().c_str(), platform::CounterSeconds() - start);
+                        m_registry.Find(data)->GetName().ToUtf8().c_str(),
+                        platform::CounterSeconds() - start);
             return data;
         }
     }
@@ -126,8 +129,8 @@ DbTableData* DbLazyReader::ReadNextTable() {
     return nullptr;
 }
 
-// Which table the rows belong to. The format puts them in the order of the structure; where a file does not, the
-// name decides. Null for rows of a table that was read already.
+// Which table the rows belong to. The format puts them in the order of the structure; where a file does not,
+// the name decides. Null for rows of a table that was read already.
 DbTableData* DbLazyReader::TakeUnread(const CString& xml) {
     std::string storage;
     std::string name;
@@ -138,7 +141,8 @@ DbTableData* DbLazyReader::TakeUnread(const CString& xml) {
     if (named != nullptr) {
         place = std::find(m_unread.begin(), m_unread.end(), named->GetData());
         if (place == m_unread.end()) {
-            m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out", name.c_str());
+            m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out",
+                        name.c_str());
             return nullptr;
         }
     }

@@ -1,5 +1,5 @@
-// Reads a database from its source when it is needed: the header first, then the structure of all tables, then one
-// table's rows after the other.
+// Reads a database from its source when it is needed: the header first, then the structure of all tables,
+// then one table's rows after the other.
 #pragma once
 
 #include <deque>
@@ -25,13 +25,14 @@ public:
     void Reset();
     void MarkRead();
 
-    // Reads the header of a sequential source, or the whole of another one; adds the header and properties tables
-    // where the file has none. Once only.
+    // Reads the header of a sequential source, or the whole of another one; adds the header and properties
+    // tables where the file has none. Once only.
     void ReadHeader();
     // As ReadHeader; then reads the structure of a sequential source's body.
     void ReadStructure();
-    // Cuts the next table's rows out of a sequential source and hands them to that table: the one that they name, or
-    // the first unread one. Null, with the source released, when no table is unread or the file has no more.
+    // Cuts the next table's rows out of a sequential source and hands them to that table: the one that they
+    // name, or the first unread one. Null, with the source released, when no table is unread or the file has
+    // no more.
     DbTableData* ReadNextTable();
     // Reads tables in the order of the file until the given one has its rows.
     void ReadUntil(const DbTableData* data);

@@ -39,8 +39,8 @@ DbTableInfo* DbRegistry::Create(const CString& name, DbTableInfo::eType type, co
     return Create(name, type, nullptr, nullptr, sql, related);
 }
 
-DbTableInfo* DbRegistry::Create(const CString& name, DbTableInfo::eType type, DbTableDescr* descr, DbTableData* data,
-                                const CString& sql, DbTableInfo* related) {
+DbTableInfo* DbRegistry::Create(const CString& name, DbTableInfo::eType type, DbTableDescr* descr,
+                                DbTableData* data, const CString& sql, DbTableInfo* related) {
     const std::string nameUtf8 = name.ToUtf8();
     if (Find(name) != nullptr) {
         m_log.Print("Table '%s' already in database, cannot add another '%s' table", nameUtf8.c_str(),
@@ -59,8 +59,9 @@ DbTableInfo* DbRegistry::Create(const CString& name, DbTableInfo::eType type, Db
     const auto [entry, inserted] =
         m_entries.emplace(Lowered(name), DbTableInfo(name, type, index, sql, descr, data, related));
     static_cast<void>(inserted);
-    m_log.Print("Table '%s' created, index = %d, type = %s, sql = '%s'", nameUtf8.c_str(), static_cast<int>(index),
-                type == DbTableInfo::Table ? "TABLE" : "QUERY", sql.ToUtf8().c_str());
+    m_log.Print("Table '%s' created, index = %d, type = %s, sql = '%s'", nameUtf8.c_str(),
+                static_cast<int>(index), type == DbTableInfo::Table ? "TABLE" : "QUERY",
+                sql.ToUtf8().c_str());
     return &entry->second;
 }
 

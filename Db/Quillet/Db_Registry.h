@@ -24,11 +24,12 @@ public:
     DbRegistry& operator=(const DbRegistry&) = delete;
     ~DbRegistry() { Clear(); }
 
-    // The one place where tables and queries come into being. Null, with a line in the log, where the name is taken;
-    // nothing is taken over then. A null structure or null contents are made.
+    // The one place where tables and queries come into being. Null, with a line in the log, where the name is
+    // taken; nothing is taken over then. A null structure or null contents are made.
     DbTableInfo* Create(const CString& name, DbTableInfo::eType type, DbTableDescr* descr, DbTableData* data,
                         const CString& sql, DbTableInfo* related);
-    DbTableInfo* Create(const CString& name, DbTableInfo::eType type, const CString& sql, DbTableInfo* related);
+    DbTableInfo* Create(const CString& name, DbTableInfo::eType type, const CString& sql,
+                        DbTableInfo* related);
 
     // Deletes the entry's structure and contents and the entry; later tables move up.
     void Delete(DbTableInfo* info);

@@ -8,8 +8,9 @@
 
 namespace quillet {
 
-// Hands out pieces of large blocks, so that a table is built and destroyed without asking the heap for every row.
-// Released pieces are handed out again; the blocks go when the arena goes. Pieces are aligned for any object.
+// Hands out pieces of large blocks, so that a table is built and destroyed without asking the heap for every
+// row. Released pieces are handed out again; the blocks go when the arena goes. Pieces are aligned for any
+// object.
 class RowArena {
 public:
     RowArena() = default;

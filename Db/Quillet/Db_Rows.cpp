@@ -46,7 +46,8 @@ DbRows::DbRows(DbItem* parent, DbTableDescr* descr)
     : DbItem(parent),
       m_descr(descr),
       m_storage(std::make_shared<Storage>()),
-      m_self(std::make_shared<DbRows*>(this)) {}
+      m_self(std::make_shared<DbRows*>(this)) {
+}
 
 DbRows::~DbRows() {
     ReleaseChildren();

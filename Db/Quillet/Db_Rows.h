@@ -6,8 +6,9 @@
 
 #include "Quillet/Db_TableRow.h"
 
-// Rows are seen through an order of storage positions: the visible row i is storage[order[i]]. Bound rows share the
-// storage of the rows that they are bound to; the storage, and the rows in it, live as long as somebody shares it.
+// Rows are seen through an order of storage positions: the visible row i is storage[order[i]]. Bound rows
+// share the storage of the rows that they are bound to; the storage, and the rows in it, live as long as
+// somebody shares it.
 class QUILLET_API DbRows : public DbItem {
 public:
     DbRows(DbItem* parent, DbTableDescr* descr);
@@ -15,13 +16,13 @@ public:
     DbRows& operator=(const DbRows&) = delete;
     ~DbRows() override;
 
-    // Appends a row with one cell for each field, empty or with the field's default value, and returns its visible
-    // position. A row added to bound rows belongs to the rows bound to and is seen in both.
+    // Appends a row with one cell for each field, empty or with the field's default value, and returns its
+    // visible position. A row added to bound rows belongs to the rows bound to and is seen in both.
     uint64 AddRow(bool initValues);
     // Appends n rows and returns the position of the first.
     uint64 AddRows(uint64 n, bool initValues);
-    // Deletes the row at a visible position; ignored where there is none. In the order, and in that of the rows
-    // bound to, the entry equal to the position disappears and those above it are lowered by one.
+    // Deletes the row at a visible position; ignored where there is none. In the order, and in that of the
+    // rows bound to, the entry equal to the position disappears and those above it are lowered by one.
     void DeleteRow(uint64 pos);
     // A field was added to the descriptor or removed from it: its cells are inserted with the field's default
     // value, or deleted, in every row that follows the descriptor.

@@ -131,7 +131,9 @@ void DbSource::OpenForScanning() {
     m_file = quillet::platform::ReadableFile::Open(m_path.ToUtf8());
     if (m_file) {
         m_scanner = std::make_unique<quillet::XmlScanner>(
-            [file = m_file.get()](char* buffer, std::size_t capacity) { return file->Read(buffer, capacity); },
+            [file = m_file.get()](char* buffer, std::size_t capacity) {
+                return file->Read(buffer, capacity);
+            },
             m_blockSize);
     }
 }

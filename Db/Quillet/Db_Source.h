@@ -17,8 +17,9 @@ class ReadableFile;
 }
 }  // namespace quillet
 
-// Decides from the last three characters of the file's name what the file is, checks that it can be read, and in
-// sequential access cuts the text of one element after another out of an XML file, reading strictly forward.
+// Decides from the last three characters of the file's name what the file is, checks that it can be read, and
+// in sequential access cuts the text of one element after another out of an XML file, reading strictly
+// forward.
 class QUILLET_API DbSource {
 public:
     // While set, a name that ends in "mdb" is turned into the same name ending in "xml".
@@ -35,12 +36,12 @@ public:
     virtual ~DbSource();
 
     // Points at another file and clears the owner. A name that ends otherwise than in "xml" or "mdb" makes no
-    // valid source, without an error. Throws DbException "Invalid source file '%s'", by pointer, for a path that
-    // can't be read; a file that can't be written is read-only. A source that was read to its end reads no other
-    // file sequentially.
+    // valid source, without an error. Throws DbException "Invalid source file '%s'", by pointer, for a path
+    // that can't be read; a file that can't be written is read-only. A source that was read to its end reads
+    // no other file sequentially.
     void SetFile(const quillet::CString& path, bool readOnly);
-    // Points at a file that need not exist yet and clears the owner. With ForceXML the last three characters of
-    // the path become "xml".
+    // Points at a file that need not exist yet and clears the owner. With ForceXML the last three characters
+    // of the path become "xml".
     void Create(const quillet::CString& path);
 
     bool IsValid() const { return m_valid; }
@@ -61,9 +62,10 @@ public:
     // Ends sequential reading: closes the file and frees the buffer.
     void Release();
 
-    // Gives in text the next element, at or after the current position, whose path ("\database\body\structure")
-    // equals path: from its '<' to its last '>'. Text that is no UTF-8 comes back empty. False when there is none,
-    // which also ends sequential reading, and when the source is no XML.
+    // Gives in text the next element, at or after the current position, whose path
+    // ("\database\body\structure") equals path: from its '<' to its last '>'. Text that is no UTF-8 comes
+    // back empty. False when there is none, which also ends sequential reading, and when the source is no
+    // XML.
     bool ExtractXmlNode(const quillet::CString& path, quillet::CString& text);
 
 private:

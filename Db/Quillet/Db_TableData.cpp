@@ -40,7 +40,8 @@ DbTableRow::eCmpResult Search(uint64 count, Compare compare, uint64& place) {
 }  // namespace
 
 DbTableData::DbTableData(DbDatabase* db, DbTableDescr* descr)
-    : DbItem(db), m_rows(std::make_unique<DbRows>(this, descr)), m_descr(descr) {}
+    : DbItem(db), m_rows(std::make_unique<DbRows>(this, descr)), m_descr(descr) {
+}
 
 DbTableData::~DbTableData() = default;
 
@@ -80,8 +81,9 @@ bool DbTableData::Load(IDispatch* element) {
         LogMisfits();
         CString line;
         line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]",
-                    quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(), static_cast<int>(count),
-                    count == 1 ? "row" : "rows", quillet::platform::CounterSeconds() - start);
+                    quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(),
+                    static_cast<int>(count), count == 1 ? "row" : "rows",
+                    quillet::platform::CounterSeconds() - start);
         LogToDatabase(line);
         return true;
     } catch (const quillet::xml::DomError&) {
@@ -169,8 +171,7 @@ void DbTableData::Update(uint64 fieldIndex, bool added) {
 uint64 DbTableData::SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order, DbTableRow& key) {
     uint64 place = 0;
     Search(
-        order.size(),
-        [&](uint64 i) { return key.CompareEx(fields, (*this)[order[i]]); }, place);
+        order.size(), [&](uint64 i) { return key.CompareEx(fields, (*this)[order[i]]); }, place);
     return place;
 }
 
@@ -179,12 +180,13 @@ uint64 DbTableData::SpatialIndex(std::vector<uint64>& fields, std::vector<uint64
     uint64 place = 0;
     Search(
         order.empty() ? size() : order.size(),
-        [&](uint64 i) { return DbTableRow::CompareEx(fields, key, (*this)[order.empty() ? i : order[i]]); }, place);
+        [&](uint64 i) { return DbTableRow::CompareEx(fields, key, (*this)[order.empty() ? i : order[i]]); },
+        place);
     return place;
 }
 
-DbTableRow::eCmpResult DbTableData::SpatialIndex(DbTableDescr::DbIndex* index, const CComVariant* key, int count,
-                                                 uint64& pos) {
+DbTableRow::eCmpResult DbTableData::SpatialIndex(DbTableDescr::DbIndex* index, const CComVariant* key,
+                                                 int count, uint64& pos) {
     pos = 0;
     if (index == nullptr) {
         return DbTableRow::CmpEqual;

@@ -9,8 +9,8 @@
 
 class DbDatabase;
 
-// The rows of a table, and until their first use the XML text that they will be read from. The members that say so
-// read that text; the others see only the rows that are there.
+// The rows of a table, and until their first use the XML text that they will be read from. The members that
+// say so read that text; the others see only the rows that are there.
 class QUILLET_API DbTableData : public DbXmlSerializable, public DbItem {
 public:
     // An empty table with the given structure, which is not owned; the database becomes the parent.
@@ -22,8 +22,8 @@ public:
     // Reads the pending text; then appends one <row> for each row in visible order. False, with a line in the
     // database's log, when a row fails; false when the text can't be read.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
-    // Appends one row for each child of the element and logs the time that it took. A row that fails ends the load
-    // with false.
+    // Appends one row for each child of the element and logs the time that it took. A row that fails ends the
+    // load with false.
     bool Load(IDispatch* element) override;
     // Deletes all rows and the pending text.
     virtual void Clear();
@@ -32,8 +32,8 @@ public:
 
     uint64 GetSize() const override;
 
-    // Reads the pending text. True where nothing is pending or the text was read: the rows then count as unchanged.
-    // False where it can't be read; it stays pending.
+    // Reads the pending text. True where nothing is pending or the text was read: the rows then count as
+    // unchanged. False where it can't be read; it stays pending.
     bool ParseXmlData();
     // Whether data was ever given, by SetXmlSource or Load.
     bool IsInitialized() const { return m_initialized; }
@@ -59,19 +59,18 @@ public:
 
     DbTableDescr* GetTableDescr() const { return m_descr; }
 
-    // Binary search. fields are positions of fields; order lists visible positions in ascending order of those
-    // fields. The result is the place in the order of an equal row, not necessarily the first one, or the place
-    // where such a row would be inserted.
-    // An empty order gives 0.
+    // Binary search. fields are positions of fields; order lists visible positions in ascending order of
+    // those fields. The result is the place in the order of an equal row, not necessarily the first one, or
+    // the place where such a row would be inserted. An empty order gives 0.
     uint64 SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order, DbTableRow& key);
     // An empty order stands for all rows in their visible order.
     uint64 SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order,
                         std::vector<quillet::CComVariant>& key);
-    // Searches in the row order that the index keeps, or in all rows in their visible order. The key holds one
-    // value for each field of the index; pos receives the place. The result is that of the last comparison, and
-    // CmpEqual where nothing was compared.
-    DbTableRow::eCmpResult SpatialIndex(DbTableDescr::DbIndex* index, const quillet::CComVariant* key, int count,
-                                        uint64& pos);
+    // Searches in the row order that the index keeps, or in all rows in their visible order. The key holds
+    // one value for each field of the index; pos receives the place. The result is that of the last
+    // comparison, and CmpEqual where nothing was compared.
+    DbTableRow::eCmpResult SpatialIndex(DbTableDescr::DbIndex* index, const quillet::CComVariant* key,
+                                        int count, uint64& pos);
 
 private:
     friend class DbRows;
@@ -85,8 +84,8 @@ private:
     bool m_pending = false;
     bool m_initialized = false;
     DbTableDescr* m_descr;
-    // While rows are read: the row at hand, from 1, the first that had another number of values than the table has
-    // fields, and how many had.
+    // While rows are read: the row at hand, from 1, the first that had another number of values than the
+    // table has fields, and how many had.
     uint64 m_loadingRow = 0;
     uint64 m_firstMisfit = 0;
     uint64 m_misfits = 0;

@@ -39,26 +39,31 @@ std::vector<CString> ParseFieldList(const CString& list) {
 
 }  // namespace
 
-DbTableDescr::DbIndex::DbIndex(const CString& name) : m_name(Lowered(name)) {}
+DbTableDescr::DbIndex::DbIndex(const CString& name) : m_name(Lowered(name)) {
+}
 
 DbTableDescr::DbIndex::DbIndex(const CString& name, const std::vector<CString>& fields)
-    : m_name(Lowered(name)), m_fieldNames(fields) {}
+    : m_name(Lowered(name)), m_fieldNames(fields) {
+}
 
 DbTableDescr::DbIndex::DbIndex(const CString& name, const CString& fieldList)
-    : m_name(Lowered(name)), m_fieldNames(ParseFieldList(fieldList)) {}
+    : m_name(Lowered(name)), m_fieldNames(ParseFieldList(fieldList)) {
+}
 
 void DbTableDescr::DbIndex::AddField(CString name) {
     m_fieldNames.push_back(std::move(name));
 }
 
-DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(db) {}
+DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(db) {
+}
 
 DbTableDescr::~DbTableDescr() {
     ClearAll();
 }
 
 bool DbTableDescr::Save(IDispatch* document, IDispatch* parentElement) {
-    return std::all_of(begin(), end(), [&](DbFieldDescr* field) { return field->Save(document, parentElement); });
+    return std::all_of(begin(), end(),
+                       [&](DbFieldDescr* field) { return field->Save(document, parentElement); });
 }
 
 bool DbTableDescr::Load(IDispatch* element) {
@@ -176,7 +181,7 @@ bool DbTableDescr::IsField(CString name) {
 
 const DbFieldDescr& DbTableDescr::GetField(int i) const {
     return i >= 0 && static_cast<uint64>(i) < size() ? *at(static_cast<uint64>(i))
-                                                  : quillet::Nowhere<DbFieldDescr>();
+                                                     : quillet::Nowhere<DbFieldDescr>();
 }
 
 const DbFieldDescr& DbTableDescr::GetField(const CString& name) {

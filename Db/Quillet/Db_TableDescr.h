@@ -12,9 +12,10 @@
 class DbDatabase;
 class DbTableRow;
 
-// The ordered fields of a table (the vector that it is: element i is the field at position i), a lookup of their
-// names without regard to case and with one pair of enclosing square brackets passed over, named indexes, and row
-// filters. It owns all of them; take fields out with DeleteField or Clear, not through the vector.
+// The ordered fields of a table (the vector that it is: element i is the field at position i), a lookup of
+// their names without regard to case and with one pair of enclosing square brackets passed over, named
+// indexes, and row filters. It owns all of them; take fields out with DeleteField or Clear, not through the
+// vector.
 class QUILLET_API DbTableDescr : public std::vector<DbFieldDescr*>, public DbXmlSerializable, public DbItem {
 public:
     // A named list of fields by which rows can be ordered and searched.
@@ -22,8 +23,8 @@ public:
     public:
         explicit DbIndex(const quillet::CString& name);
         DbIndex(const quillet::CString& name, const std::vector<quillet::CString>& fields);
-        // Field names separated by commas; blanks outside square brackets are passed over. The brackets around a
-        // name are removed, except around the last one.
+        // Field names separated by commas; blanks outside square brackets are passed over. The brackets
+        // around a name are removed, except around the last one.
         DbIndex(const quillet::CString& name, const quillet::CString& fieldList);
 
         void AddField(quillet::CString name);
@@ -34,7 +35,8 @@ public:
         // Positions of the fields, known once the index is registered with a descriptor.
         const std::vector<uint64>& GetFieldIndexes() const { return m_fieldIndexes; }
         std::vector<uint64>& GetFieldIndexes() { return m_fieldIndexes; }
-        // The visible positions of the rows in the order of the index, for whoever keeps one; empty otherwise.
+        // The visible positions of the rows in the order of the index, for whoever keeps one; empty
+        // otherwise.
         const std::vector<uint64>& GetRowOrder() const { return m_rowOrder; }
         std::vector<uint64>& GetRowOrder() { return m_rowOrder; }
 
@@ -52,20 +54,22 @@ public:
     DbTableDescr& operator=(const DbTableDescr&) = delete;
     ~DbTableDescr() override;
 
-    // Appends one <field> element for each field. False as soon as one fails; indexes and filters are not written.
+    // Appends one <field> element for each field. False as soon as one fails; indexes and filters are not
+    // written.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
-    // Appends a field for each child of the element, whatever its name; a field that fails ends the load with false
-    // and stays. Fields that stand are kept. A name lookup before Load hides the new fields from later lookups.
+    // Appends a field for each child of the element, whatever its name; a field that fails ends the load with
+    // false and stays. Fields that stand are kept. A name lookup before Load hides the new fields from later
+    // lookups.
     bool Load(IDispatch* element) override;
 
     // An index without fields; null where the name is empty. The existing one where the name is taken.
     virtual DbIndex* CreateIndex(quillet::CString name);
-    // True where an index of the name exists, which then stays as it is, or was made; false for an empty name or
-    // an unknown field.
+    // True where an index of the name exists, which then stays as it is, or was made; false for an empty name
+    // or an unknown field.
     virtual bool CreateIndex(quillet::CString name, const std::vector<quillet::CString>& fields);
     virtual bool CreateIndex(quillet::CString name, const quillet::CString& fieldList);
-    // Takes over the index, unless it returns false: then it stays the caller's. Where the name is taken the given
-    // index is deleted, the existing one stays, and the result is true.
+    // Takes over the index, unless it returns false: then it stays the caller's. Where the name is taken the
+    // given index is deleted, the existing one stays, and the result is true.
     virtual bool CreateIndex(quillet::CString name, DbIndex* index);
     // Has every filter evaluate the row; they keep their results.
     virtual void Evaluate(const DbTableRow& row);
@@ -82,8 +86,8 @@ public:
     bool IsField(quillet::CString name);
     bool IsField(uint64 i) const { return i < size(); }
 
-    // The field at a position or of a name. Where there is none, a field without name and type that belongs to
-    // nobody; what is written to it is lost.
+    // The field at a position or of a name. Where there is none, a field without name and type that belongs
+    // to nobody; what is written to it is lost.
     const DbFieldDescr& GetField(int i) const;
     const DbFieldDescr& GetField(const quillet::CString& name);
     DbFieldDescr& operator[](uint64 i);
@@ -93,8 +97,8 @@ public:
     bool CreateField(const quillet::CString& name, bool key, DbFieldDescr::eFieldType type);
     // The same with name, key flag and type of another field.
     bool CreateField(const DbFieldDescr& field);
-    // Removes a field; the rows lose its cells. False where there is none. The fields behind it move up, but keep
-    // the index that they had.
+    // Removes a field; the rows lose its cells. False where there is none. The fields behind it move up, but
+    // keep the index that they had.
     bool DeleteField(int i);
     bool DeleteField(const quillet::CString& name);
 

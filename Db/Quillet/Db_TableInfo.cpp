@@ -5,10 +5,18 @@
 
 DbTableInfo::DbTableInfo(const quillet::CString& name, eType type, uint64 index, const quillet::CString& sql,
                          DbTableDescr* descr, DbTableData* data, DbTableInfo* related)
-    : m_type(type), m_index(index), m_sql(sql), m_name(name), m_descr(descr), m_data(data), m_related(related) {}
+    : m_type(type),
+      m_index(index),
+      m_sql(sql),
+      m_name(name),
+      m_descr(descr),
+      m_data(data),
+      m_related(related) {
+}
 
 bool DbTableInfo::IsRelatedWith(DbTableInfo* other) const {
-    for (const DbTableInfo* entry = this; entry != nullptr && entry->m_type == Query; entry = entry->m_related) {
+    for (const DbTableInfo* entry = this; entry != nullptr && entry->m_type == Query;
+         entry = entry->m_related) {
         if (entry->m_related == other && other != nullptr) {
             return true;
         }

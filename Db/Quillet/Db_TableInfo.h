@@ -7,8 +7,8 @@
 class DbTableData;
 class DbTableDescr;
 
-// Owns nothing: structure and contents belong to the database. A copy shares the pointers, which live as long as
-// the table stands in the database.
+// Owns nothing: structure and contents belong to the database. A copy shares the pointers, which live as long
+// as the table stands in the database.
 class QUILLET_API DbTableInfo {
 public:
     enum eType { None = 0, Table = 1, Query = 2 };

@@ -38,7 +38,8 @@ private:
 
 }  // namespace
 
-DbTableRow::DbTableRow(DbItem* parent) : DbItem(parent) {}
+DbTableRow::DbTableRow(DbItem* parent) : DbItem(parent) {
+}
 
 DbTableRow::~DbTableRow() {
     ReleaseChildrenOutside(m_block, m_block + m_blockCells);
@@ -112,9 +113,10 @@ bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
         return true;
     } catch (const quillet::xml::DomError&) {
         CString line;
-        line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
-                    m_descr == nullptr ? "" : m_descr->GetField(static_cast<int>(position)).SafeNameUtf8().c_str(),
-                    static_cast<int>(position));
+        line.Format(
+            "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
+            m_descr == nullptr ? "" : m_descr->GetField(static_cast<int>(position)).SafeNameUtf8().c_str(),
+            static_cast<int>(position));
         if (auto* const rows = dynamic_cast<DbRows*>(LiveParent())) {
             rows->LogToDatabase(line);
         }
@@ -196,17 +198,18 @@ bool DbTableRow::Compare(std::vector<uint64>& fields, const DbTableRow& other) {
     return CompareEx(fields, other) != CmpLess;
 }
 
-bool DbTableRow::Compare(std::vector<CString>& names, bool (*function)(const CComVariant&, const CComVariant&),
-                         const DbTableRow& other) {
+bool DbTableRow::Compare(std::vector<CString>& names,
+                         bool (*function)(const CComVariant&, const CComVariant&), const DbTableRow& other) {
     std::vector<uint64> fields;
+    fields.reserve(names.size());
     for (const CString& name : names) {
         fields.push_back(static_cast<uint64>(m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name)));
     }
     return Compare(fields, function, other);
 }
 
-bool DbTableRow::Compare(std::vector<uint64>& fields, bool (*function)(const CComVariant&, const CComVariant&),
-                         const DbTableRow& other) {
+bool DbTableRow::Compare(std::vector<uint64>& fields,
+                         bool (*function)(const CComVariant&, const CComVariant&), const DbTableRow& other) {
     return std::all_of(fields.begin(), fields.end(), [&](uint64 field) {
         return function(GetField(field).GetVariant(), other.GetField(field).GetVariant());
     });
@@ -214,7 +217,8 @@ bool DbTableRow::Compare(std::vector<uint64>& fields, bool (*function)(const CCo
 
 DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, const DbTableRow& other) {
     for (const uint64 field : fields) {
-        const eCmpResult result = CompareCells(GetField(field).GetVariant(), other.GetField(field).GetVariant());
+        const eCmpResult result =
+            CompareCells(GetField(field).GetVariant(), other.GetField(field).GetVariant());
         if (result != CmpEqual) {
             return result;
         }
@@ -222,8 +226,8 @@ DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, 
     return CmpEqual;
 }
 
-DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, const std::vector<CComVariant>& key,
-                                             const DbTableRow& row) {
+DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields,
+                                             const std::vector<CComVariant>& key, const DbTableRow& row) {
     for (std::size_t i = 0; i < std::min(fields.size(), key.size()); ++i) {
         const eCmpResult result = CompareCells(key[i], row.GetField(fields[i]).GetVariant());
         if (result != CmpEqual) {

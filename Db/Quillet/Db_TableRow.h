@@ -8,8 +8,8 @@
 
 class DbTableDescr;
 
-// The cells of a row, in field order (the vector that it is: element i is the cell of field i). The row owns them;
-// those that it was made with stand in one block.
+// The cells of a row, in field order (the vector that it is: element i is the cell of field i). The row owns
+// them; those that it was made with stand in one block.
 class QUILLET_API DbTableRow : public std::vector<DbFieldValue*>, public DbXmlSerializable, public DbItem {
 public:
     enum eCmpResult { CmpEqual = 0, CmpLess = 1, CmpGreater = 2 };
@@ -20,12 +20,12 @@ public:
     DbTableRow& operator=(const DbTableRow&) = delete;
     ~DbTableRow() override;
 
-    // Appends <row> with one attribute for each cell, named by the field's safe name. When the document refuses,
-    // the row is not appended, the database's log says at which field, and the result is false.
+    // Appends <row> with one attribute for each cell, named by the field's safe name. When the document
+    // refuses, the row is not appended, the database's log says at which field, and the result is false.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
-    // Reads the cells from the element's attributes by position, whatever their names. Attributes beyond the cells
-    // are left out, and cells beyond the attributes keep what they hold; the table's data counts such rows. False
-    // when the element is none.
+    // Reads the cells from the element's attributes by position, whatever their names. Attributes beyond the
+    // cells are left out, and cells beyond the attributes keep what they hold; the table's data counts such
+    // rows. False when the element is none.
     bool Load(IDispatch* element) override;
 
     uint64 GetSize() const override;
@@ -34,12 +34,12 @@ public:
     void SetDescr(DbTableDescr* descr) { m_descr = descr; }
     DbTableDescr* GetDescr() const { return m_descr; }
 
-    // Puts a cell at a position and takes it over; no effect where there is no such position. The cell that stood
-    // there is not deleted: it is the caller's from then on.
+    // Puts a cell at a position and takes it over; no effect where there is no such position. The cell that
+    // stood there is not deleted: it is the caller's from then on.
     void SetFieldValuePtr(uint64 i, DbFieldValue* v);
 
-    // The cell at a position or of a field's name. Where there is none, an empty value that belongs to nobody;
-    // what is written to it is lost.
+    // The cell at a position or of a field's name. Where there is none, an empty value that belongs to
+    // nobody; what is written to it is lost.
     DbFieldValue& operator[](uint64 i);
     const DbFieldValue& operator[](uint64 i) const { return GetField(i); }
     DbFieldValue& operator[](const quillet::CString& name);
@@ -59,15 +59,18 @@ public:
     bool Compare(std::vector<uint64>& fields, const DbTableRow& other);
     // Whether the function holds for this row's cell and the other's at each of the fields.
     bool Compare(std::vector<quillet::CString>& names,
-                 bool (*function)(const quillet::CComVariant&, const quillet::CComVariant&), const DbTableRow& other);
+                 bool (*function)(const quillet::CComVariant&, const quillet::CComVariant&),
+                 const DbTableRow& other);
     bool Compare(std::vector<uint64>& fields,
-                 bool (*function)(const quillet::CComVariant&, const quillet::CComVariant&), const DbTableRow& other);
+                 bool (*function)(const quillet::CComVariant&, const quillet::CComVariant&),
+                 const DbTableRow& other);
 
     // Orders by the fields in turn: texts are equal without regard to case but ordered with it.
     eCmpResult CompareEx(const std::vector<uint64>& fields, const DbTableRow& other);
-    // The same with key values on the left, one for each field; a key that holds fewer equals anything in the rest.
-    static eCmpResult CompareEx(const std::vector<uint64>& fields, const std::vector<quillet::CComVariant>& key,
-                                const DbTableRow& row);
+    // The same with key values on the left, one for each field; a key that holds fewer equals anything in the
+    // rest.
+    static eCmpResult CompareEx(const std::vector<uint64>& fields,
+                                const std::vector<quillet::CComVariant>& key, const DbTableRow& row);
     // The same; the key must hold one value for each field, whatever count says.
     static eCmpResult CompareEx(const std::vector<uint64>& fields, const quillet::CComVariant* key, int count,
                                 const DbTableRow& row);
@@ -77,13 +80,15 @@ private:
 
     // A row and its cells stand in one piece of memory of so many bytes, with the row at its beginning.
     static std::size_t PieceBytes(std::size_t cells);
-    // Makes one empty cell for each field of the descriptor, behind the row in its piece; with the fields' default
-    // values where asked for.
+    // Makes one empty cell for each field of the descriptor, behind the row in its piece; with the fields'
+    // default values where asked for.
     void MakeCells(bool initValues);
     std::size_t CellsInPiece() const { return m_blockCells; }
     void InsertCell(uint64 index, const DbFieldValue& value);
     void EraseCell(uint64 index);
-    bool IsInBlock(const DbFieldValue* cell) const { return cell >= m_block && cell < m_block + m_blockCells; }
+    bool IsInBlock(const DbFieldValue* cell) const {
+        return cell >= m_block && cell < m_block + m_blockCells;
+    }
     void DestroyCells();
 
     DbTableDescr* m_descr = nullptr;

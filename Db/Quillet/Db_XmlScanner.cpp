@@ -9,8 +9,8 @@ namespace {
 
 constexpr char PathSeparator = '\\';
 
-// The bytes of a path as names are compared: each byte of the stream stands for the character of its signed value.
-// False where the path holds a character that no byte stands for.
+// The bytes of a path as names are compared: each byte of the stream stands for the character of its signed
+// value. False where the path holds a character that no byte stands for.
 bool NarrowPath(const CString& path, std::string& narrow) {
     for (const WCHAR unit : path.View()) {
         const auto value = static_cast<char16_t>(unit);
@@ -38,7 +38,8 @@ struct XmlScanner::Cut {
 };
 
 XmlScanner::XmlScanner(ReadBytes read, int blockSize)
-    : m_read(std::move(read)), m_block(static_cast<std::size_t>(std::max(blockSize, 2))) {}
+    : m_read(std::move(read)), m_block(static_cast<std::size_t>(std::max(blockSize, 2))) {
+}
 
 bool XmlScanner::Refill() {
     m_size = m_read(m_block.data(), m_block.size());

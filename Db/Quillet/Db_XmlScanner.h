@@ -10,10 +10,10 @@
 
 namespace quillet {
 
-// Reads strictly forward through one buffer and builds no document. It follows the element path ("\database\body")
-// by the names alone: a name ends at the first blank or '>', attributes are not looked at, and markup inside an
-// attribute value counts as markup. An empty element without attributes and blank ("<x/>") takes the slash into its
-// name. A byte-order mark before the first element is text like any other.
+// Reads strictly forward through one buffer and builds no document. It follows the element path
+// ("\database\body") by the names alone: a name ends at the first blank or '>', attributes are not looked at,
+// and markup inside an attribute value counts as markup. An empty element without attributes and blank
+// ("<x/>") takes the slash into its name. A byte-order mark before the first element is text like any other.
 class QUILLET_API XmlScanner {
 public:
     // Gives up to capacity bytes of the stream; 0 at its end.
@@ -22,9 +22,9 @@ public:
     // A block size below 2 counts as 2.
     XmlScanner(ReadBytes read, int blockSize);
 
-    // Gives in bytes the next element, at or after the current position, whose path equals path (case counts), from
-    // its '<' to its last '>'. False, and the end reached, when there is none; true with what there was when the
-    // stream ends inside the element. The next call continues behind the element.
+    // Gives in bytes the next element, at or after the current position, whose path equals path (case
+    // counts), from its '<' to its last '>'. False, and the end reached, when there is none; true with what
+    // there was when the stream ends inside the element. The next call continues behind the element.
     bool Extract(const CString& path, std::string& bytes);
 
     // Whether the stream has ended; nothing more will be found.

@@ -3,7 +3,8 @@
 
 #include "platform/Automation.h"
 
-// Both operations take automation interfaces of an XML document object model: our own documents' or any other's.
+// Both operations take automation interfaces of an XML document object model: our own documents' or any
+// other's.
 class QUILLET_API DbXmlSerializable {
 public:
     // Appends this object's element or elements under parentElement, made through document. False when the

@@ -91,8 +91,9 @@ public:
     // Equal: both null, or of one type and equal to the platform's comparison.
     friend QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
     friend bool operator!=(const CComVariant& left, const CComVariant& right) { return !(left == right); }
-    // Order by the platform's comparison; false where either side is null or the types have no order. Unsigned
-    // and one-byte integers of one type, which that comparison does not take, are ordered as numbers.
+    // Order by the platform's comparison; false where either side is null or the types have no order.
+    // Unsigned and one-byte integers of one type, which that comparison does not take, are ordered as
+    // numbers.
     friend QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
     friend bool operator>(const CComVariant& left, const CComVariant& right) { return right < left; }
 
@@ -111,7 +112,8 @@ private:
     }
 };
 
-// Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found equal.
+// Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found
+// equal.
 QUILLET_API bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right);
 
 // An interface pointer that counts its references.

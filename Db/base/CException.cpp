@@ -39,11 +39,14 @@ const CRuntimeClass* CObject::GetRuntimeClass() const {
     return &classCObject;
 }
 
-void CObject::Serialize(CArchive&) {}
+void CObject::Serialize(CArchive&) {
+}
 
-void CObject::AssertValid() const {}
+void CObject::AssertValid() const {
+}
 
-void CObject::Dump(CDumpContext&) const {}
+void CObject::Dump(CDumpContext&) const {
+}
 
 bool CObject::IsKindOf(const CRuntimeClass* classOf) const {
     const CRuntimeClass* candidate = GetRuntimeClass();
@@ -94,7 +97,8 @@ const CRuntimeClass* CInvalidArgException::GetRuntimeClass() const {
     return &classCInvalidArgException;
 }
 
-int CInvalidArgException::GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext) const {
+int CInvalidArgException::GetErrorMessage(WCHAR* buffer, unsigned int capacity,
+                                          unsigned int* helpContext) const {
     return CopyFixedMessage(OLESTR("An invalid argument was encountered."), buffer, capacity, helpContext);
 }
 

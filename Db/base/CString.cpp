@@ -25,9 +25,11 @@ CString::CString(const std::string& utf8) {
     AppendWide(utf8, m_text);
 }
 
-CString::CString(const WCHAR* text) : m_text(text != nullptr ? WideString(text) : WideString()) {}
+CString::CString(const WCHAR* text) : m_text(text != nullptr ? WideString(text) : WideString()) {
+}
 
-CString::CString(WideView text) : m_text(text) {}
+CString::CString(WideView text) : m_text(text) {
+}
 
 CString CString::FromValidUtf8(std::string text) {
     CString result;
@@ -101,8 +103,9 @@ CString CString::Mid(int first) const {
 CString CString::Mid(int first, int count) const {
     first = std::max(first, 0);
     count = std::min(count, GetLength() - first);
-    return count <= 0 ? CString()
-                      : CString(View().substr(static_cast<std::size_t>(first), static_cast<std::size_t>(count)));
+    return count <= 0
+               ? CString()
+               : CString(View().substr(static_cast<std::size_t>(first), static_cast<std::size_t>(count)));
 }
 
 CString& CString::MakeLower() {

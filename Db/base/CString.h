@@ -25,8 +25,8 @@ public:
     CString(const WCHAR* text);
     CString(WideView text);
 
-    // Takes over text that is known to be well-formed UTF-8. It stays UTF-8 until somebody looks at it as wide
-    // characters, so a text that only passes through costs no conversion.
+    // Takes over text that is known to be well-formed UTF-8. It stays UTF-8 until somebody looks at it as
+    // wide characters, so a text that only passes through costs no conversion.
     static CString FromValidUtf8(std::string text);
 
     // The UTF-8 form. A lone surrogate becomes U+FFFD.

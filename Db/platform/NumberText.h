@@ -1,5 +1,5 @@
-// Numbers to text and back under the user's default locale, without allocation: what VariantChangeType gives for
-// the same value.
+// Numbers to text and back under the user's default locale, without allocation: what VariantChangeType gives
+// for the same value.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@ namespace quillet::platform {
 // No number's text is longer.
 constexpr std::size_t MaxNumberText = 64;
 
-// Writes the text of an integer (VT_I2, VT_I4) or a float (VT_R4, VT_R8) as UTF-8 and returns its length; 0 for
-// other types.
+// Writes the text of an integer (VT_I2, VT_I4) or a float (VT_R4, VT_R8) as UTF-8 and returns its length; 0
+// for other types.
 QUILLET_API std::size_t NumberToText(const VARIANT& number, char (&text)[MaxNumberText]);
 
 // Reads a value of the type (VT_I4, VT_R4, VT_R8 or VT_BOOL). On failure number stays as it was.

@@ -38,7 +38,8 @@ bool IsTooDeep(pugi::xml_node root) {
 
 }  // namespace
 
-Document::Document() : m_tree(std::make_shared<Tree>()) {}
+Document::Document() : m_tree(std::make_shared<Tree>()) {
+}
 
 Document::~Document() = default;
 
@@ -106,7 +107,8 @@ CComPtr<IDispatch> Document::Automation() const {
 
 bool Document::SaveFile(const std::string& path, std::string* why) const {
     const std::unique_ptr<platform::AtomicFile> file = platform::AtomicFile::Create(path, why);
-    return file && m_tree->Write(m_tree->Root(), [&](std::string_view piece) { return file->Write(piece, why); }) &&
+    return file &&
+           m_tree->Write(m_tree->Root(), [&](std::string_view piece) { return file->Write(piece, why); }) &&
            file->Commit(why);
 }
 

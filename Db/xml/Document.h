@@ -35,8 +35,8 @@ public:
     ~Document();
 
     // Replaces the content by that of a file (path in UTF-8) or of a text. False, with an empty document and
-    // the reason in Error, when it can't be read, is not well-formed, is not valid in its encoding or is nested
-    // too deep.
+    // the reason in Error, when it can't be read, is not well-formed, is not valid in its encoding or is
+    // nested too deep.
     bool LoadFile(const std::string& path);
     bool LoadText(std::string_view text);
     const ReadError& Error() const { return m_error; }
@@ -45,8 +45,8 @@ public:
     Node Root() const;
 
     // The document for automation clients: createElement, createProcessingInstruction, documentElement,
-    // appendChild, childNodes, firstChild, nextSibling, attributes, setAttribute, nodeName, nodeValue, xml and
-    // the like. It keeps the tree alive as long as somebody holds it.
+    // appendChild, childNodes, firstChild, nextSibling, attributes, setAttribute, nodeName, nodeValue, xml
+    // and the like. It keeps the tree alive as long as somebody holds it.
     CComPtr<IDispatch> Automation() const;
 
     // Writes the file in one step; the file is what it was until that step. False, with the reason in why, on

@@ -178,10 +178,9 @@ HRESULT ObjectBase::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DIS
     HRESULT result = S_OK;
     for (UINT i = 0; i < count; ++i) {
         const CString asked(static_cast<const WCHAR*>(names[i]));
-        const auto* known = std::find_if(std::begin(MemberNames), std::end(MemberNames),
-                                         [&](const MemberName& entry) {
-                                             return asked.CompareNoCase(entry.m_name) == 0;
-                                         });
+        const auto* known =
+            std::find_if(std::begin(MemberNames), std::end(MemberNames),
+                         [&](const MemberName& entry) { return asked.CompareNoCase(entry.m_name) == 0; });
         // Only the first name is a member; the others would name parameters, and there are none.
         if (i > 0 || known == std::end(MemberNames)) {
             ids[i] = DISPID_UNKNOWN;
@@ -317,7 +316,8 @@ private:
     Tree& InTree() const { return *m_native.m_tree; }
     pugi::xml_node Here() const { return pugi::xml_node(m_native.m_node); }
     CComVariant Wrap(pugi::xml_node node) const {
-        return node ? CComVariant(MakeNodeObject({m_native.m_tree, node.internal_object()}).Get()) : Nothing();
+        return node ? CComVariant(MakeNodeObject({m_native.m_tree, node.internal_object()}).Get())
+                    : Nothing();
     }
     CComVariant List(ListObject::Kind kind) const {
         return Object(new ListObject(InTree().shared_from_this(), Here(), kind));
@@ -442,10 +442,10 @@ CComVariant NodeObject::AppendChild(const CComVariant& child) const {
     return child;
 }
 
-const IID IID_INativeNode = {
-    0x8b0f6c52, 0x3f0e, 0x4d0b, {0x9a, 0x47, 0x61, 0x2e, 0xd1, 0x7c, 0x05, 0xb8}};
+const IID IID_INativeNode = {0x8b0f6c52, 0x3f0e, 0x4d0b, {0x9a, 0x47, 0x61, 0x2e, 0xd1, 0x7c, 0x05, 0xb8}};
 
-Face::Face() : m_object(new NodeObject) {}
+Face::Face() : m_object(new NodeObject) {
+}
 
 Face::~Face() {
     m_object->Release();

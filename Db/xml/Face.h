@@ -17,8 +17,8 @@ protected:
 
 QUILLET_API extern const IID IID_INativeNode;
 
-// Shows a node as IDispatch. It lives on the stack and is shown node after node: whoever is handed the interface
-// uses it during the call and does not keep it.
+// Shows a node as IDispatch. It lives on the stack and is shown node after node: whoever is handed the
+// interface uses it during the call and does not keep it.
 class QUILLET_API Face {
 public:
     Face();

@@ -32,7 +32,8 @@ CComVariant Invoke(IDispatch* object, const CString& name, WORD flags,
 
 }  // namespace
 
-CComVariant GetProperty(IDispatch* object, const CString& name, std::initializer_list<CComVariant> arguments) {
+CComVariant GetProperty(IDispatch* object, const CString& name,
+                        std::initializer_list<CComVariant> arguments) {
     return Invoke(object, name, DISPATCH_PROPERTYGET | DISPATCH_METHOD, arguments);
 }
 

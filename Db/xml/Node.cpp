@@ -177,7 +177,8 @@ Node Node::CreateProcessingInstruction(std::string_view target, std::string_view
 void Node::SetAttribute(std::string_view name, std::string_view value) const {
     RequireNode(*this);
     if (m_foreign) {
-        CallMethod(m_foreign.Get(), "setAttribute", {CString(std::string(name)), CString(std::string(value))});
+        CallMethod(m_foreign.Get(), "setAttribute",
+                   {CString(std::string(name)), CString(std::string(value))});
         return;
     }
     RequireName(name);
@@ -229,7 +230,8 @@ bool AttributeReader::Next() {
         if (m_foreignIndex >= m_foreignCount) {
             return false;
         }
-        const auto attribute = AsDispatch(GetProperty(m_foreignMap.Get(), "item", {CComVariant(m_foreignIndex++)}));
+        const auto attribute =
+            AsDispatch(GetProperty(m_foreignMap.Get(), "item", {CComVariant(m_foreignIndex++)}));
         if (!attribute) {
             throw DomError{"An attribute is missing"};
         }

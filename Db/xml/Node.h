@@ -103,8 +103,8 @@ public:
     LeafElement& operator=(const LeafElement&) = delete;
     ~LeafElement();
 
-    // Adds an attribute. Throws DomError where the name is none that XML allows or stands already, or the text
-    // holds what XML 1.0 can't carry.
+    // Adds an attribute. Throws DomError where the name is none that XML allows or stands already, or the
+    // text holds what XML 1.0 can't carry.
     void Attribute(std::string_view name, std::string_view value);
     void Attribute(std::string_view name, WideView value);
 
@@ -115,7 +115,8 @@ private:
     template <typename Text>
     void Write(std::string_view name, Text value);
 
-    // In our own documents: where leaves are written, the piece of text that takes this one, and where it begins.
+    // In our own documents: where leaves are written, the piece of text that takes this one, and where it
+    // begins.
     PackedLeaves* m_packed = nullptr;
     std::string* m_text = nullptr;
     std::size_t m_start = 0;

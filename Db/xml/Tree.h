@@ -1,5 +1,5 @@
-// The tree behind a document: a pugixml document, elements that stand nowhere yet, and leaves that were written
-// straight into text.
+// The tree behind a document: a pugixml document, elements that stand nowhere yet, and leaves that were
+// written straight into text.
 #pragma once
 
 #include <functional>

@@ -486,6 +486,40 @@ WideView WriteReal(Real value, int precision, WCHAR point, NumberBuffer& buffer)
     return RealWriter(scientific, point, buffer).Write(precision);
 }
 
+// Writes a value of at most four decimals, as most dimensions are, and answers false for any other. Where the
+// quotient of a whole number and a power of ten, which is exact in both operands, is the value, that decimal
+// is its 15 digits: no double stands for two of them.
+bool WriteFewDecimals(double value, WCHAR point, NumberBuffer& buffer, WideView& text) {
+    constexpr double LargestMagnitude = 1e11;
+    constexpr int MostDecimals = 4;
+    const double magnitude = std::abs(value);
+    if (!(magnitude < LargestMagnitude)) {
+        return false;
+    }
+    for (int decimals = 1; decimals <= MostDecimals; ++decimals) {
+        const double power = PowersOfTen[static_cast<std::size_t>(decimals)];
+        auto digits = static_cast<std::uint64_t>(magnitude * power + 0.5);
+        if (static_cast<double>(digits) / power != magnitude) {
+            continue;
+        }
+        std::size_t start = buffer.size();
+        const auto put = [&](WCHAR unit) { buffer[--start] = unit; };
+        for (int written = 0; digits > 0 || written <= decimals; ++written) {
+            if (written == decimals) {
+                put(point);
+            }
+            put(static_cast<WCHAR>(u'0' + digits % 10));
+            digits /= 10;
+        }
+        if (value < 0) {
+            put(u'-');
+        }
+        text = WideView(buffer.data() + start, buffer.size() - start);
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 HRESULT ReadInteger(WideView text, const Locale& locale, TextInteger& result) {
@@ -546,6 +580,10 @@ WideView WriteInteger(std::uint64_t value, NumberBuffer& buffer) {
 
 WideView WriteDouble(double value, WCHAR decimalSeparator, NumberBuffer& buffer) {
     constexpr int Precision = 15;
+    WideView text;
+    if (value != std::trunc(value) && WriteFewDecimals(value, decimalSeparator, buffer, text)) {
+        return text;
+    }
     return WriteReal(value, Precision, decimalSeparator, buffer);
 }
 

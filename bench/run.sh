@@ -1,0 +1,51 @@
+#!/bin/sh
+# Runs every benchmark in a process of its own and prints how each stands to its peer, with what is allowed.
+#
+#   bench/run.sh
+#
+# A benchmark makes one run that is not counted and five that are; the best of the five counts, since memory that is
+# touched for the first time costs more than the work on some machines. The catalogs, about 500 MB, are made in
+# build/bench.
+set -eu
+cd "$(dirname "$0")/.."
+
+scripts/bootstrap.sh build bench
+cmake --preset release -DQUILLET_BUILD_BENCH=ON >/dev/null
+cmake --build --preset release --target catalog_bench
+mkdir -p build/bench
+QUILLET_BENCH_DIR=$PWD/build/bench
+export QUILLET_BENCH_DIR
+
+csv() {
+    build/release/bin/catalog_bench --benchmark_filter="^$1/" --benchmark_format=csv 2>/dev/null |
+        grep "^\"$1/[^_]*manual_time\"" || { echo "run.sh: $1 failed" >&2; exit 1; }
+}
+best() { # the shortest time in milliseconds
+    csv "$1" | cut -d, -f3 | sort -g | head -n 1
+}
+last() { # a counter: the last column
+    csv "$1" | head -n 1 | awk -F, '{ print $NF }'
+}
+line() { # what, figure, unit, allowed
+    printf '%-46s %10.2f %-10s allowed %s\n' "$1" "$2" "$3" "$4"
+}
+ratio() {
+    awk -v a="$1" -v b="$2" 'BEGIN { print a / b }'
+}
+
+parse=$(best PugixmlParse)
+open=$(best OpenWholeAndParse)
+save_peer=$(best PugixmlSave)
+save=$(best Save)
+destroy=$(best Destroy)
+printf 'pugixml parses the catalog in %.0f ms and saves it in %.0f ms\n' "$parse" "$save_peer"
+line "open whole, all rows parsed / pugixml parse" "$(ratio "$open" "$parse")" times 8
+line "search for a missing path / pugixml parse" "$(ratio "$(best SearchMissingPath)" "$parse")" times 0.5
+line "reach the last table's rows / pugixml parse" "$(ratio "$(best ReachLastTable)" "$parse")" times 2
+line "first table, long file / short file" "$(ratio "$(best FirstTableLongTail)" "$(best FirstTableShortTail)")" \
+    times "1 (no dependence)"
+line "first table's heap, long file / short file" \
+    "$(ratio "$(last FirstTableLongTail)" "$(last FirstTableShortTail)")" times "1 (no dependence)"
+line "numeric cell" "$(last NumericCell)" bytes 112
+line "destroy / open whole" "$(ratio "$destroy" "$open")" times 0.25
+line "save / pugixml save" "$(ratio "$save" "$save_peer")" times 4

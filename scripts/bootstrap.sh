@@ -1,0 +1,46 @@
+#!/bin/sh
+# Installs what the project needs from Debian's packages and is missing.
+#
+#   scripts/bootstrap.sh [build] [test] [lint] [bench]
+#
+# Without an argument: build. Each word names what the machine will do.
+set -eu
+
+packages_for() {
+    case $1 in
+        build) echo "g++ cmake ninja-build libpugixml-dev libicu-dev libcli11-dev nlohmann-json3-dev libcsv-dev" ;;
+        test) echo "googletest pkg-config" ;;
+        lint) echo "clang-format-14 clang-tidy-14 git" ;;
+        bench) echo "libbenchmark-dev" ;;
+        *)
+            echo "bootstrap.sh: unknown purpose '$1': build, test, lint or bench" >&2
+            exit 2
+            ;;
+    esac
+}
+
+is_installed() {
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+missing=
+for purpose in "${@:-build}"; do
+    wanted=$(packages_for "$purpose")
+    for package in $wanted; do
+        is_installed "$package" || missing="$missing $package"
+    done
+done
+[ -n "$missing" ] || exit 0
+
+if ! command -v apt-get >/dev/null 2>&1; then
+    echo "bootstrap.sh: no apt-get here; install by hand:$missing" >&2
+    exit 1
+fi
+as_root=
+if [ "$(id -u)" -ne 0 ]; then
+    as_root=sudo
+fi
+echo "bootstrap.sh: installing$missing"
+$as_root apt-get update -qq
+# shellcheck disable=SC2086 # a list of words
+DEBIAN_FRONTEND=noninteractive $as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null

@@ -1,0 +1,33 @@
+#!/bin/sh
+# Builds the command line and walks through a real catalog: opens it, lists it, reads it, edits and saves a copy.
+set -eu
+cd "$(dirname "$0")/.."
+
+scripts/bootstrap.sh build
+cmake --preset release -B build/demo -DQUILLET_BUILD_TESTS=OFF -DQUILLET_BUILD_BENCH=OFF >/dev/null
+cmake --build build/demo --target quillet
+
+quillet=build/demo/bin/quillet
+catalog=examples/catalogs/european-steel.xml
+copy=build/demo/my-catalog.xml
+
+step() {
+    printf '\n$ quillet'
+    printf ' %s' "$@"
+    printf '\n'
+    "$quillet" "$@"
+}
+
+step info "$catalog"
+step fields "$catalog" IPE
+step show "$catalog" IPE --limit 5
+
+cp "$catalog" "$copy"
+printf '\nA copy to edit: %s\n' "$copy"
+step set "$copy" properties material=S355
+step rename "$copy" SHS "Hollow sections"
+step export "$copy" "Hollow sections" build/demo/hollow.csv
+step import "$copy" Profiles build/demo/hollow.csv
+step drop "$copy" UPE
+step info "$copy"
+step check "$copy"
