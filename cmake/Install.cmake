@@ -22,6 +22,7 @@ configure_package_config_file(cmake/IQuilletConfig.cmake.in ${PROJECT_BINARY_DIR
   INSTALL_DESTINATION ${QUILLET_PACKAGE_DIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/IQuilletConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
+file(RELATIVE_PATH QUILLET_PREFIX_FROM_PKGCONFIG /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/iquillet.pc.in ${PROJECT_BINARY_DIR}/iquillet.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/IQuilletConfig.cmake ${PROJECT_BINARY_DIR}/IQuilletConfigVersion.cmake
   DESTINATION ${QUILLET_PACKAGE_DIR})

@@ -1,0 +1,24 @@
+// A host that brings string, variant and exception classes of its own under the library's names.
+#define QUILLET_NO_GLOBAL_NAMES
+
+class CString {
+public:
+    int m_ofTheHost = 7;
+};
+class CComVariant {};
+class CException {};
+class CObject {};
+
+#include <Quillet/IQuillet.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(HostOwnNames, GlobalNamesOff_HostAndLibraryStandSideBySide) {
+    DbDatabase database;
+    EXPECT_EQ(database.CreateTable("Sections", DbTableInfo::Table)->GetName(), quillet::CString("Sections"));
+    EXPECT_EQ(CString().m_ofTheHost, 7);
+}
+
+}  // namespace

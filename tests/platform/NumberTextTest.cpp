@@ -1,0 +1,103 @@
+#include "platform/NumberText.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+
+#include "base/CComVariant.h"
+
+namespace {
+
+using quillet::platform::MaxNumberText;
+using quillet::platform::NumberToText;
+using quillet::platform::TextToNumber;
+
+std::string TextOf(const CComVariant& number) {
+    char text[MaxNumberText];
+    return std::string(text, NumberToText(number, text));
+}
+
+std::string ConvertedText(const CComVariant& number) {
+    CComVariant text = number;
+    EXPECT_TRUE(SUCCEEDED(text.ChangeType(VT_BSTR)));
+    return CString(text.Text()).ToUtf8();
+}
+
+// What the conversion of a string variant gives for the same text.
+void ExpectReadAsConverted(const CString& text, VARTYPE type) {
+    CComVariant expected(text);
+    const HRESULT converted = expected.ChangeType(type);
+    CComVariant number;
+    EXPECT_EQ(TextToNumber(text.View(), type, &number), converted) << text << " to " << type;
+    if (SUCCEEDED(converted)) {
+        ASSERT_EQ(number.vt, expected.vt) << text;
+        EXPECT_TRUE(number == expected) << text << " to " << type;
+    } else {
+        EXPECT_EQ(number.vt, VT_EMPTY) << text;
+    }
+}
+
+TEST(NumberToText, RandomNumbers_EqualTheVariantConversion) {
+    std::mt19937_64 random(11);
+    for (int i = 0; i < 20000; ++i) {
+        const auto bits = random();
+        const auto decimals = static_cast<double>(static_cast<std::int64_t>(bits) % 10'000'000);
+        const double dimension = decimals / std::pow(10.0, static_cast<double>(bits >> 40) / (1 << 22));
+        const double hundredths = decimals / 100;
+        double any = 0;
+        std::memcpy(&any, &bits, sizeof any);
+        for (const double value : {dimension, hundredths, any, -hundredths}) {
+            if (std::isfinite(value)) {
+                ASSERT_EQ(TextOf(CComVariant(value)), ConvertedText(CComVariant(value)));
+            }
+        }
+        const auto single = static_cast<float>(hundredths);
+        ASSERT_EQ(TextOf(CComVariant(single)), ConvertedText(CComVariant(single)));
+        const auto whole = static_cast<std::int32_t>(bits);
+        ASSERT_EQ(TextOf(CComVariant(whole)), ConvertedText(CComVariant(whole)));
+    }
+}
+
+TEST(NumberToText, FewDecimals_AreWrittenWithoutTrailingZeros) {
+    const WCHAR separator = quillet::platform::DecimalSeparator();
+    const std::string point = CString(quillet::WideView(&separator, 1)).ToUtf8();
+    EXPECT_EQ(TextOf(CComVariant(0.5)), "0" + point + "5");
+    EXPECT_EQ(TextOf(CComVariant(-0.05)), "-0" + point + "05");
+    EXPECT_EQ(TextOf(CComVariant(1234.5678)), "1234" + point + "5678");
+    EXPECT_EQ(TextOf(CComVariant(100.0)), "100");
+    EXPECT_EQ(TextOf(CComVariant(0.00001)), "1E-05");
+    EXPECT_EQ(TextOf(CComVariant(99999999999.9999)), "99999999999" + point + "9999");
+}
+
+TEST(NumberToText, TypesThatAreNoNumber_GiveNothing) {
+    EXPECT_EQ(TextOf(CComVariant()), "");
+    EXPECT_EQ(TextOf(CComVariant("12")), "");
+    EXPECT_EQ(TextOf(CComVariant(true)), "");
+}
+
+TEST(TextToNumber, AnyText_EqualsTheVariantConversion) {
+    for (const char* text : {"", " ", "0", "-0", "12", " 12 ", "+7", "1,234", "1.5", "2.5", "-2.5", "1e3", "1E-3", "(5)",
+                             "&H1F", "2147483647", "2147483648", "-2147483648", "-2147483649", "1e400", "abc", "12abc",
+                             "true", "false", "True", "FALSE", "#TRUE#", "yes", "0.1", ".5", "5.", "1.1.1",
+                             "123456789012345678901234567890"}) {
+        for (const VARTYPE type : {VT_I4, VT_R4, VT_R8, VT_BOOL}) {
+            ExpectReadAsConverted(text, type);
+        }
+    }
+}
+
+TEST(TextToNumber, OtherTypes_AreRefused) {
+    CComVariant number;
+    EXPECT_TRUE(FAILED(TextToNumber(OLESTR("1"), VT_DATE, &number)));
+    EXPECT_EQ(number.vt, VT_EMPTY);
+}
+
+TEST(DecimalSeparator, AnyLocale_IsThatOfAConvertedNumber) {
+    CComVariant text(1.1);
+    ASSERT_TRUE(SUCCEEDED(text.ChangeType(VT_BSTR)));
+    EXPECT_EQ(text.Text()[1], quillet::platform::DecimalSeparator());
+}
+
+}  // namespace
