@@ -36,7 +36,7 @@ def number(value):
 
 def single(value):
     """The text of the 32-bit number nearest to value."""
-    return number(struct.unpack("<f", struct.pack("<f", value))[0])
+    return "%.7G" % struct.unpack("<f", struct.pack("<f", value))[0]
 
 
 def figure(value):
@@ -45,7 +45,10 @@ def figure(value):
 
 
 def binary(data):
-    return base64.b64encode(data).decode("ascii")
+    """Base64 with the library's line breaks: after every 76 characters, but never behind padding."""
+    text = base64.b64encode(data).decode("ascii")
+    lines = [text[i:i + 76] for i in range(0, len(text), 76)]
+    return "".join(line + "\r\n " if len(line) == 76 and "=" not in line else line for line in lines)
 
 
 # ---------------------------------------------------------------- catalog files
@@ -347,7 +350,8 @@ def field_types():
         ["digits", "true", "1000000000", single(1 / 3), number(1 / 3), "0.333", binary(b"1/3"), "1/3",
          "1 / 3", number(123456789012345), "1\\3", number(1e15), number(1e-5), "999999999",
          number(0.0001), number(999999999999999), "⅓"],
-        ["empty", "", "", "", "", "", "", "", "", "", "", "", "", "", "", "", ""],
+        ["empty", "false", "0", single(0), number(0), "", "", "", "", number(0), "", number(0), number(0), "0",
+         number(0), number(0), ""],
         ["markup & <signs>", "true", "1", single(1), number(1), "a < b & c > d, \"quoted\" and 'single', &amp; as text",
          binary(b"<&>"), "<row name=\"x\" />", "a\tb\nc\r\nd", number(1), "C:\\a\\b", number(1), number(1), "1",
          number(1), number(1), "]]>"],
