@@ -13,15 +13,6 @@ void DbCallUp::Log(DbItem* item, const CString& line) {
     }
 }
 
-void DbCallUp::LogUnknownFieldType(const DbFieldDescr& field, DbItem* descriptor, std::string_view type) {
-    if (auto* const descr = dynamic_cast<DbTableDescr*>(descriptor)) {
-        CString line;
-        line.Format("Field '%s' has the unknown type '%s', its values are kept as text",
-                    field.GetName().ToUtf8().c_str(), std::string(type).c_str());
-        Log(descr->LiveParent(), line);
-    }
-}
-
 void DbCallUp::FieldsWillChange(DbItem* item, const DbTableDescr& descr) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
         for (DbTableData* const data : database->m_registry->DataOf(descr)) {

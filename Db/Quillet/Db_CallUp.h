@@ -2,12 +2,9 @@
 // tells nobody.
 #pragma once
 
-#include <string_view>
-
 #include "base/CString.h"
 
 class DbDatabase;
-class DbFieldDescr;
 class DbItem;
 class DbTableData;
 class DbTableDescr;
@@ -18,9 +15,6 @@ class DbCallUp {
 public:
     // Appends a line to the log of the database that item is; nothing for any other item.
     static void Log(DbItem* item, const CString& line);
-
-    // A field of the descriptor has a type that no field can have.
-    static void LogUnknownFieldType(const DbFieldDescr& field, DbItem* descriptor, std::string_view type);
 
     // The fields of the descriptor are about to change: rows that wait to be read are read now.
     static void FieldsWillChange(DbItem* database, const DbTableDescr& descr);

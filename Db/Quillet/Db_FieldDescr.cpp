@@ -6,7 +6,6 @@
 #include <optional>
 
 #include "Quillet/Db_Base64.h"
-#include "Quillet/Db_CallUp.h"
 #include "platform/NumberText.h"
 #include "xml/Face.h"
 
@@ -160,11 +159,7 @@ bool DbFieldDescr::Load(IDispatch* element) {
             if (attributes.Name() == "name") {
                 SetName(CString(std::string(attributes.Value())));
             } else if (attributes.Name() == "type") {
-                const std::string_view type = attributes.Value();
-                SetType(LeadingVariantType(type));
-                if (GetType() == VT_EMPTY && type != "0") {
-                    quillet::DbCallUp::LogUnknownFieldType(*this, LiveParent(), type);
-                }
+                SetType(LeadingVariantType(attributes.Value()));
             } else if (attributes.Name() == "key") {
                 m_key = attributes.Value() == "true";
             }

@@ -113,8 +113,7 @@ DbTableData* DbLazyReader::ReadNextTable() {
         const double start = platform::CounterSeconds();
         CString xml;
         if (!m_source.ExtractXmlNode(BodyTablePath, xml)) {
-            m_log.Print("Table '%s' has no rows in the file",
-                        m_registry.Find(m_unread.front())->GetName().ToUtf8().c_str());
+            DbDocumentReader(m_registry, m_log).LogInvalidFormat();
             break;
         }
         if (DbTableData* const data = TakeUnread(xml)) {
