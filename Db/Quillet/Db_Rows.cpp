@@ -114,7 +114,9 @@ void DbRows::RemoveFromOrder(uint64 pos) {
 
 void DbRows::Update(uint64 fieldIndex, bool added) {
     for (DbTableRow* const row : m_storage->m_rows) {
-        if (row == nullptr || row->GetDescr() != m_descr) {
+        // Rows that other rows lend are those rows' to update.
+        if (row == nullptr || row->GetDescr() != m_descr ||
+            (row->LiveParent() != nullptr && row->LiveParent() != this)) {
             continue;
         }
         if (added) {

@@ -59,6 +59,7 @@ void DbSource::SetFile(const CString& path, bool readOnly) {
         }
     }
     ClearOwner();
+    m_valid = false;
     m_valid = CheckSource();
 }
 

@@ -68,10 +68,13 @@ bool DbTableDescr::Save(IDispatch* document, IDispatch* parentElement) {
 
 bool DbTableDescr::Load(IDispatch* element) {
     try {
+        const quillet::xml::Node node(element);
+        if (node.IsNull()) {
+            return false;
+        }
         quillet::xml::Face face;
         int index = 0;
-        for (quillet::xml::Node child = quillet::xml::Node(element).FirstChild(); !child.IsNull();
-             child = child.NextSibling()) {
+        for (quillet::xml::Node child = node.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
             push_back(new DbFieldDescr(this, index++));
             if (!back()->Load(face.Show(child))) {
                 return false;

@@ -93,13 +93,19 @@ void DbTableRow::EraseCell(uint64 index) {
     }
 }
 
+// Empty where the descriptor has no such field, which no document accepts.
+const std::string& DbTableRow::FieldNameInFile(std::size_t position) const {
+    static const std::string NoName;
+    return m_descr == nullptr ? NoName : m_descr->GetField(static_cast<int>(position)).SafeNameUtf8();
+}
+
 bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
     std::size_t position = 0;
     try {
         quillet::xml::LeafElement row(quillet::xml::Node(document), quillet::xml::Node(parentElement), "row");
         std::string text;
         for (; position < size(); ++position) {
-            const std::string& name = m_descr->GetField(static_cast<int>(position)).SafeNameUtf8();
+            const std::string& name = FieldNameInFile(position);
             const CComVariant& value = GetField(position).GetVariant();
             if (value.vt == VT_BSTR) {
                 row.Attribute(name, value.Text());

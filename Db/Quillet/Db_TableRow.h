@@ -84,6 +84,7 @@ private:
     // default values where asked for.
     void MakeCells(bool initValues);
     std::size_t CellsInPiece() const { return m_blockCells; }
+    const std::string& FieldNameInFile(std::size_t position) const;
     void InsertCell(uint64 index, const DbFieldValue& value);
     void EraseCell(uint64 index);
     bool IsInBlock(const DbFieldValue* cell) const {
