@@ -1,7 +1,5 @@
 #include "Quillet/Db_Database.h"
 
-#include <exception>
-
 #include "Quillet/Db_DocumentReader.h"
 #include "Quillet/Db_DocumentWriter.h"
 #include "Quillet/Db_Exception.h"
@@ -75,9 +73,7 @@ bool DbDatabase::Save(const CString& path) {
     } catch (quillet::CException* exception) {
         exception->Delete();
         return false;
-    } catch (const quillet::xml::DomError&) {
-        return false;
-    } catch (const std::exception&) {
+    } catch (...) {
         return false;
     }
 }
@@ -99,6 +95,7 @@ bool DbDatabase::SaveXml(const CString& path) {
 }
 
 bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
+    LoadTables();
     m_reader->CreateHeader();
     m_reader->CreateProperties();
     try {

@@ -71,16 +71,42 @@ std::size_t DbDocumentReader::ReadStructureText(const CString& xml) {
     }
 }
 
+bool DbDocumentReader::DescribesTable(const CString& xml, const CString& name) {
+    xml::Document document;
+    std::string storage;
+    document.LoadText(xml.ViewUtf8(storage));
+    for (xml::Node table = document.Root().FirstChild().FirstChild(); !table.IsNull();
+         table = table.NextSibling()) {
+        if (CString(table.FirstAttributeValue().value_or(std::string())).CompareNoCase(name) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void DbDocumentReader::ReadDataText(const CString& xml) {
+    xml::Document document;
+    std::string storage;
+    try {
+        document.LoadText(xml.ViewUtf8(storage));
+        ReadData(Required(document.Root().FirstChild()));
+    } catch (DbException* exception) {
+        exception->Delete();
+        LogInvalidFormat();
+    }
+}
+
 void DbDocumentReader::ReadTableText(const CString& xml) {
     xml::Document document;
     std::string storage;
     document.LoadText(xml.ViewUtf8(storage));
     const xml::Node table = Required(document.Root().FirstChild());
-    const DbTableInfo* const info = m_registry.Find(NameOf(table));
-    xml::Face face(table);
-    if (info == nullptr || !info->GetData()->Load(face.Get())) {
+    const CString name = NameOf(table);
+    const DbTableInfo* const info = m_registry.Find(name);
+    if (info == nullptr) {
         throw new DbException("Invalid pointer");
     }
+    ReadRows(*info->GetData(), table, name);
 }
 
 std::size_t DbDocumentReader::ReadStructure(const xml::Node& structure) {
@@ -98,7 +124,6 @@ std::size_t DbDocumentReader::ReadStructure(const xml::Node& structure) {
 }
 
 void DbDocumentReader::ReadData(const xml::Node& data) {
-    xml::Face face;
     for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
         const CString name = NameOf(table);
         const DbTableInfo* const info = m_registry.Find(name);
@@ -107,9 +132,16 @@ void DbDocumentReader::ReadData(const xml::Node& data) {
         } else if (info->GetData()->IsInitialized()) {
             m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out",
                         name.ToUtf8().c_str());
-        } else if (!info->GetData()->Load(face.Show(table))) {
-            m_log.Print("Table '%s' has malformed rows", name.ToUtf8().c_str());
+        } else {
+            ReadRows(*info->GetData(), table, name);
         }
+    }
+}
+
+void DbDocumentReader::ReadRows(DbTableData& data, const xml::Node& table, const CString& name) {
+    xml::Face face(table);
+    if (!data.Load(face.Get())) {
+        m_log.Print("Table '%s' has malformed rows", name.ToUtf8().c_str());
     }
 }
 

@@ -6,6 +6,8 @@
 #include "base/CString.h"
 #include "xml/Node.h"
 
+class DbTableData;
+
 namespace quillet {
 
 class DbLog;
@@ -23,8 +25,14 @@ public:
     // leaves a line in the log.
     std::size_t ReadStructureText(const CString& xml);
 
-    // Reads the rows of a <table> element's text into the table that it names. Throws DbException "Invalid
-    // pointer", by pointer.
+    // Whether a <structure> element's text describes a table of that name.
+    static bool DescribesTable(const CString& xml, const CString& name);
+
+    // Reads the rows in a <data> element's text. Text that is none leaves a line in the log.
+    void ReadDataText(const CString& xml);
+
+    // Reads the rows of a <table> element's text into the table that it names. Throws DbException
+    // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
     void ReadTableText(const CString& xml);
 
     void LogInvalidFormat();
@@ -32,6 +40,7 @@ public:
 private:
     std::size_t ReadStructure(const xml::Node& structure);
     void ReadData(const xml::Node& data);
+    void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
 
     DbRegistry& m_registry;
     DbLog& m_log;

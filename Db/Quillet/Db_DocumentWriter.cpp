@@ -54,19 +54,18 @@ bool DbDocumentWriter::WriteSection(const xml::Node& document, const xml::Node& 
         if (section.m_tablesOnly && (info == nullptr || info->GetType() != DbTableInfo::Table)) {
             continue;
         }
-        const std::string nameUtf8 = name.ToUtf8();
         const xml::Node table = document.CreateElement("table");
         IDispatch* const element = tableFace.Show(table);
         bool saved = true;
         try {
-            table.SetAttribute("name", nameUtf8);
+            table.SetAttribute("name", name.View());
             saved = section.m_rows ? m_registry.DataAt(i)->Save(documentFace.Get(), element)
                                    : m_registry.DescrAt(i)->Save(documentFace.Get(), element);
         } catch (const xml::DomError&) {
             saved = false;
         }
         if (!saved) {
-            m_log.Print("Error on table \"%s\" - %s saving", nameUtf8.c_str(), section.m_nameInLog);
+            m_log.Print("Error on table \"%s\" - %s saving", name.ToUtf8().c_str(), section.m_nameInLog);
             good = false;
         }
         list.AppendChild(table);

@@ -9,7 +9,7 @@
 // is the field's position in the table.
 class QUILLET_API DbFieldDescr : public DbFieldValue {
 public:
-    enum eFieldType {
+    enum eFieldType : std::int32_t {
         Empty = 0,
         Boolean = 1,
         Integer = 2,

@@ -45,6 +45,15 @@ void ChildList::Append(DbItem* item) {
     Items()[m_head->m_size++] = item;
 }
 
+template <typename Predicate>
+void ChildList::KeepBorrowedIf(Predicate predicate) {
+    if (m_head != nullptr) {
+        DbItem** const newEnd = std::stable_partition(begin(), end(), predicate);
+        m_head->m_size = static_cast<std::uint32_t>(newEnd - begin());
+        m_head->m_borrowed = m_head->m_size;
+    }
+}
+
 void ChildList::Remove(const DbItem* item) {
     DbItem** const found = std::find(begin(), end(), item);
     if (found == end()) {
@@ -105,7 +114,14 @@ DbItem& DbItem::operator=(const DbItem& other) {
     }
     ReleaseChildren();
     m_children.Borrow(other.m_children);
+    // An item below itself would be walked without end.
+    m_children.KeepBorrowedIf([this](const DbItem* child) { return !child->Reaches(this); });
     return *this;
+}
+
+bool DbItem::Reaches(const DbItem* item) const {
+    return this == item || std::any_of(m_children.begin(), m_children.end(),
+                                       [&](const DbItem* child) { return child->Reaches(item); });
 }
 
 DbItem* DbItem::GetParent() {
@@ -164,6 +180,9 @@ void DbItem::AddChild(DbItem* child) {
 
 void DbItem::RemoveChild(DbItem* child) {
     m_children.Remove(child);
+    if (child != nullptr && child->LiveParent() == this) {
+        child->Unlist();
+    }
 }
 
 void DbItem::ReleaseChildren() {

@@ -11,7 +11,7 @@ class DbItem;
 namespace quillet {
 
 // The children of an item, in order: pointers behind one pointer, for most items have none.
-class ChildList {
+class QUILLET_API ChildList {
 public:
     ChildList() = default;
     ChildList(const ChildList&) = delete;
@@ -38,6 +38,9 @@ public:
     // Keeps only the items for which the predicate holds, in order.
     template <typename Predicate>
     void KeepIf(Predicate predicate);
+    // The same for a list that holds nothing but borrowed items.
+    template <typename Predicate>
+    void KeepBorrowedIf(Predicate predicate);
     void Clear() {
         if (m_head != nullptr) {
             Free();
@@ -140,6 +143,8 @@ private:
     DbItem* ParentPointer() const { return reinterpret_cast<DbItem*>(m_parent & ~ListedBit); }
     void Unlist() { m_parent &= ~ListedBit; }
     void DropUnlisted();
+    // Whether the item is this one or stands below it.
+    bool Reaches(const DbItem* item) const;
 
     // The parent, and in the lowest bit whether it lives and lists this item as its child.
     std::uintptr_t m_parent;

@@ -1,12 +1,10 @@
 #include "Quillet/Db_LazyReader.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string>
 
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_DocumentReader.h"
-#include "Quillet/Db_Exception.h"
 #include "Quillet/Db_Log.h"
 #include "Quillet/Db_Registry.h"
 #include "platform/Clock.h"
@@ -17,13 +15,12 @@ namespace quillet {
 namespace {
 
 constexpr const char* HeaderStructurePath = "\\database\\header\\structure";
-constexpr const char* HeaderTablePath = "\\database\\header\\data\\table";
+constexpr const char* HeaderDataPath = "\\database\\header\\data";
 constexpr const char* BodyStructurePath = "\\database\\body\\structure";
 constexpr const char* BodyTablePath = "\\database\\body\\data\\table";
 
 constexpr const char* HeaderName = "Header";
 constexpr const char* PropertiesName = "Properties";
-constexpr std::size_t HeaderTables = 2;
 
 constexpr const char* HeaderFields[] = {"category",     "symbol",     "title",
                                         "catalog_type", "units_type", "version"};
@@ -32,71 +29,56 @@ constexpr const char* PropertiesFields[] = {"units", "unit_long", "unit_sect", "
 }  // namespace
 
 void DbLazyReader::Reset() {
-    m_headerPending = true;
-    m_structurePending = true;
+    m_pending = true;
     m_unread.clear();
 }
 
 void DbLazyReader::MarkRead() {
-    m_headerPending = false;
-    m_structurePending = false;
+    m_pending = false;
 }
 
-void DbLazyReader::ReadHeader() {
-    if (!m_headerPending || (!m_source.IsXmlBased() && !m_source.IsMdbBased())) {
+void DbLazyReader::ReadStructure() {
+    if (!m_pending || (!m_source.IsXmlBased() && !m_source.IsMdbBased())) {
         return;
     }
-    m_headerPending = false;
+    m_pending = false;
     if (m_source.IsMdbBased()) {
-        m_structurePending = false;
         m_log.Print("File '%s' is an Access file, which is not read yet",
                     m_source.GetFile().ToUtf8().c_str());
+    } else if (m_source.IsSequentialAccess()) {
+        ReadSequentially();
     } else {
-        if (m_source.IsSequentialAccess()) {
-            ReadSequentialHeader();
-        } else {
-            m_structurePending = false;
-            DbDocumentReader(m_registry, m_log).ReadDatabase(m_source.GetFile());
-        }
+        DbDocumentReader(m_registry, m_log).ReadDatabase(m_source.GetFile());
         CreateHeader();
         CreateProperties();
     }
     m_owner.Sync();
 }
 
-void DbLazyReader::ReadSequentialHeader() {
+void DbLazyReader::ReadSequentially() {
     DbDocumentReader reader(m_registry, m_log);
     CString xml;
-    if (!m_source.ExtractXmlNode(HeaderStructurePath, xml)) {
-        reader.LogInvalidFormat();
-        return;
-    }
-    // A search for rows that are not there would run to the end of the file, past the body.
-    const std::size_t tables = std::min(reader.ReadStructureText(xml), HeaderTables);
-    for (std::size_t i = 0; i < tables && m_source.ExtractXmlNode(HeaderTablePath, xml); ++i) {
-        try {
-            m_owner.ParseXmlTableData(xml);
-        } catch (DbException* exception) {
-            exception->Delete();
-            reader.LogInvalidFormat();
+    bool good = m_source.ExtractXmlNode(HeaderStructurePath, xml);
+    // A search for rows that are not announced would run to the end of the file, past the body.
+    if (good && reader.ReadStructureText(xml) > 0) {
+        good = m_source.ExtractXmlNode(HeaderDataPath, xml);
+        if (good) {
+            reader.ReadDataText(xml);
         }
     }
-}
-
-void DbLazyReader::ReadStructure() {
-    ReadHeader();
-    if (!m_structurePending || !m_source.IsXmlBased()) {
-        return;
-    }
-    m_structurePending = false;
-    if (m_source.IsEof()) {
-        return;
-    }
-    DbDocumentReader reader(m_registry, m_log);
-    CString xml;
-    if (!m_source.ExtractXmlNode(BodyStructurePath, xml)) {
+    good = good && m_source.ExtractXmlNode(BodyStructurePath, xml);
+    if (!good) {
         reader.LogInvalidFormat();
+        CreateHeader();
+        CreateProperties();
         return;
+    }
+    // The fixed tables come before those of the body, unless they stand there.
+    if (!DbDocumentReader::DescribesTable(xml, HeaderName)) {
+        CreateHeader();
+    }
+    if (!DbDocumentReader::DescribesTable(xml, PropertiesName)) {
+        CreateProperties();
     }
     const std::size_t first = m_registry.Count();
     reader.ReadStructureText(xml);
@@ -106,14 +88,12 @@ void DbLazyReader::ReadStructure() {
 }
 
 DbTableData* DbLazyReader::ReadNextTable() {
-    if (m_source.IsEof() || (m_unread.empty() && !m_source.IsSequentialAccess())) {
-        return nullptr;
-    }
     while (!m_unread.empty()) {
         const double start = platform::CounterSeconds();
         CString xml;
         if (!m_source.ExtractXmlNode(BodyTablePath, xml)) {
             DbDocumentReader(m_registry, m_log).LogInvalidFormat();
+            m_unread.clear();
             break;
         }
         if (DbTableData* const data = TakeUnread(xml)) {
@@ -124,20 +104,24 @@ DbTableData* DbLazyReader::ReadNextTable() {
             return data;
         }
     }
-    m_source.Release();
+    if (m_source.IsSequentialAccess()) {
+        m_source.Release();
+    }
     return nullptr;
 }
 
 // Which table the rows belong to. The format puts them in the order of the structure; where a file does not,
-// the name decides. Null for rows of a table that was read already.
+// the name decides. Null for rows that no unread table waits for.
 DbTableData* DbLazyReader::TakeUnread(const CString& xml) {
     std::string storage;
     std::string name;
-    const DbTableInfo* const named = xml::FirstAttributeOfText(xml.ViewUtf8(storage), name)
-                                         ? m_registry.Find(CString(name))
-                                         : static_cast<DbTableInfo*>(nullptr);
     auto place = m_unread.begin();
-    if (named != nullptr) {
+    if (xml::FirstAttributeOfText(xml.ViewUtf8(storage), name)) {
+        const DbTableInfo* const named = m_registry.Find(CString(name));
+        if (named == nullptr) {
+            m_log.Print("Table '%s' has rows but no structure, they are left out", name.c_str());
+            return nullptr;
+        }
         place = std::find(m_unread.begin(), m_unread.end(), named->GetData());
         if (place == m_unread.end()) {
             m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out",

@@ -25,14 +25,13 @@ public:
     void Reset();
     void MarkRead();
 
-    // Reads the header of a sequential source, or the whole of another one; adds the header and properties
-    // tables where the file has none. Once only.
-    void ReadHeader();
-    // As ReadHeader; then reads the structure of a sequential source's body.
+    // Reads the header and the structure of the body of a sequential source, or the whole of another one;
+    // adds the header and properties tables where the file has none. What was read counts as unchanged. Once
+    // only.
     void ReadStructure();
-    // Cuts the next table's rows out of a sequential source and hands them to that table: the one that they
-    // name, or the first unread one. Null, with the source released, when no table is unread or the file has
-    // no more.
+    // Cuts the next table's rows out of a sequential source and hands them to the table that they name.
+    // Null, with the source released, when no table is unread or the file has no more; in that case with a
+    // line in the log.
     DbTableData* ReadNextTable();
     // Reads tables in the order of the file until the given one has its rows.
     void ReadUntil(const DbTableData* data);
@@ -44,7 +43,7 @@ public:
     void CreateProperties();
 
 private:
-    void ReadSequentialHeader();
+    void ReadSequentially();
     bool IsUnread(const DbTableData* data) const;
     DbTableData* TakeUnread(const CString& xml);
 
@@ -52,8 +51,7 @@ private:
     DbSource& m_source;
     DbRegistry& m_registry;
     DbLog& m_log;
-    bool m_headerPending = true;
-    bool m_structurePending = true;
+    bool m_pending = true;
     // The tables of a sequential source whose rows still stand in the file, in the order of the structure.
     std::deque<DbTableData*> m_unread;
 };

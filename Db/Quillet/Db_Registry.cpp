@@ -66,6 +66,11 @@ DbTableInfo* DbRegistry::Create(const CString& name, DbTableInfo::eType type, Db
 }
 
 void DbRegistry::Delete(DbTableInfo* info) {
+    const auto named = [&](const auto& entry) { return entry.second == info->GetData(); };
+    if (std::count_if(m_data.begin(), m_data.end(), named) > 1) {
+        // The contents live on under another name, and rows that wait to be read may name this one.
+        info->GetData()->ParseXmlData();
+    }
     const auto place = std::find_if(m_data.begin(), m_data.end(), [&](const auto& pair) {
         return pair.second == info->GetData() && pair.first == info->GetName();
     });
@@ -91,13 +96,15 @@ void DbRegistry::DeleteWithRelated(const CString& name) {
     if (doomed == nullptr) {
         return;
     }
-    for (auto entry = m_entries.begin(); entry != m_entries.end();) {
-        if (entry->second.IsRelatedWith(doomed)) {
-            Delete(&entry->second);
-            entry = m_entries.begin();
-        } else {
-            ++entry;
+    // All are found before one is deleted: a query stands on others that may be gone by then.
+    std::vector<DbTableInfo*> related;
+    for (auto& [key, entry] : m_entries) {
+        if (entry.IsRelatedWith(doomed)) {
+            related.push_back(&entry);
         }
+    }
+    for (DbTableInfo* const info : related) {
+        Delete(info);
     }
     Delete(doomed);
 }

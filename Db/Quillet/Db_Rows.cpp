@@ -44,7 +44,7 @@ struct DbRows::Storage {
 
 DbRows::DbRows(DbItem* parent, DbTableDescr* descr)
     : DbItem(parent),
-      m_descr(descr),
+      m_descr(descr == nullptr ? nullptr : descr->LifeToken()),
       m_storage(std::make_shared<Storage>()),
       m_self(std::make_shared<DbRows*>(this)) {
 }
@@ -63,7 +63,7 @@ uint64 DbRows::AddRow(bool initValues) {
     DbRows* const owner = boundTo == nullptr ? this : boundTo;
     const uint64 visible = m_order.size();
     const uint64 stored = m_storage->m_rows.size();
-    m_storage->Append(owner, owner->m_descr, initValues);
+    m_storage->Append(owner, owner->Descr(), initValues);
     m_order.push_back(stored);
     if (boundTo != nullptr) {
         boundTo->m_order.push_back(stored);
@@ -85,12 +85,12 @@ void DbRows::Reserve(uint64 more) {
     const std::size_t total = m_storage->m_rows.size() + more;
     m_order.reserve(m_order.size() + more);
     m_storage->m_rows.reserve(total);
-    m_storage->m_arena.Reserve(more * DbTableRow::PieceBytes(m_descr == nullptr ? 0 : m_descr->size()));
+    m_storage->m_arena.Reserve(more * DbTableRow::PieceBytes(Descr() == nullptr ? 0 : Descr()->size()));
     ReserveChildren(total);
 }
 
 void DbRows::DeleteRow(uint64 pos) {
-    if (GetRow(static_cast<int>(pos)) == nullptr) {
+    if (RowAt(pos) == nullptr) {
         return;
     }
     const uint64 stored = m_order[pos];
@@ -113,14 +113,18 @@ void DbRows::RemoveFromOrder(uint64 pos) {
 }
 
 void DbRows::Update(uint64 fieldIndex, bool added) {
+    const DbTableDescr* const descr = Descr();
+    if (descr == nullptr) {
+        return;
+    }
     for (DbTableRow* const row : m_storage->m_rows) {
         // Rows that other rows lend are those rows' to update.
-        if (row == nullptr || row->GetDescr() != m_descr ||
+        if (row == nullptr || row->GetDescr() != descr ||
             (row->LiveParent() != nullptr && row->LiveParent() != this)) {
             continue;
         }
         if (added) {
-            row->InsertCell(fieldIndex, m_descr->GetField(static_cast<int>(fieldIndex)));
+            row->InsertCell(fieldIndex, descr->GetField(static_cast<int>(fieldIndex)));
         } else {
             row->EraseCell(fieldIndex);
         }
@@ -140,16 +144,19 @@ void DbRows::Bind(DbRows* other, std::vector<uint64>& order) {
     m_order = order;
 }
 
-DbTableRow* DbRows::GetRow(int pos) {
-    const auto index = static_cast<uint64>(pos);
-    if (pos < 0 || index >= m_order.size() || m_order[index] >= m_storage->m_rows.size()) {
+DbTableRow* DbRows::RowAt(uint64 pos) const {
+    if (pos >= m_order.size() || m_order[pos] >= m_storage->m_rows.size()) {
         return nullptr;
     }
-    return m_storage->m_rows[m_order[index]];
+    return m_storage->m_rows[m_order[pos]];
+}
+
+DbTableRow* DbRows::GetRow(int pos) {
+    return pos < 0 ? nullptr : RowAt(static_cast<uint64>(pos));
 }
 
 DbTableRow* DbRows::GetLastRow() {
-    return GetRow(static_cast<int>(m_order.size()) - 1);
+    return m_order.empty() ? nullptr : RowAt(m_order.size() - 1);
 }
 
 void DbRows::LogToDatabase(const quillet::CString& line) {

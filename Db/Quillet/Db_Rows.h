@@ -50,7 +50,11 @@ private:
     void LogToDatabase(const quillet::CString& line);
     void NoteMisfit();
 
-    DbTableDescr* m_descr;
+    DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }
+    DbTableRow* RowAt(uint64 pos) const;
+
+    // The structure that the rows follow; null in it once that is gone.
+    std::shared_ptr<DbTableDescr*> m_descr;
     std::vector<uint64> m_order;
     std::shared_ptr<Storage> m_storage;
     // Names this object as long as it lives.

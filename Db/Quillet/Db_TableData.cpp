@@ -40,7 +40,9 @@ DbTableRow::eCmpResult Search(uint64 count, Compare compare, uint64& place) {
 }  // namespace
 
 DbTableData::DbTableData(DbDatabase* db, DbTableDescr* descr)
-    : DbItem(db), m_rows(std::make_unique<DbRows>(this, descr)), m_descr(descr) {
+    : DbItem(db),
+      m_rows(std::make_unique<DbRows>(this, descr)),
+      m_descr(descr == nullptr ? nullptr : descr->LifeToken()) {
 }
 
 DbTableData::~DbTableData() = default;
@@ -95,7 +97,7 @@ void DbTableData::Clear() {
     m_xmlSource.Empty();
     m_pending = false;
     m_rows.reset();
-    m_rows = std::make_unique<DbRows>(this, m_descr);
+    m_rows = std::make_unique<DbRows>(this, GetTableDescr());
     SetChanged();
 }
 
@@ -114,6 +116,8 @@ bool DbTableData::ParseXmlData() {
     if (!m_pending) {
         return true;
     }
+    // Rows that were added before count as changed all the same.
+    const bool changed = IsChanged();
     try {
         quillet::DbCallUp::ParseRows(LiveParent(), m_xmlSource);
     } catch (quillet::CException* exception) {
@@ -125,6 +129,9 @@ bool DbTableData::ParseXmlData() {
     m_pending = false;
     m_xmlSource.Empty();
     Sync();
+    if (changed) {
+        SetChanged();
+    }
     return true;
 }
 
@@ -138,7 +145,7 @@ DbRows* DbTableData::GetRows() {
 }
 
 DbTableRow& DbTableData::operator[](uint64 pos) {
-    DbTableRow* const row = GetRow(static_cast<int>(pos));
+    DbTableRow* const row = pos < size() ? m_rows->GetRow(static_cast<int>(pos)) : nullptr;
     return row == nullptr ? quillet::Nowhere<DbTableRow>(nullptr) : *row;
 }
 
@@ -218,7 +225,7 @@ void DbTableData::LogMisfits() {
     CString line;
     line.Format("Table '%s' has rows whose values do not match its %d fields: %d, the first is row %d",
                 quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(),
-                m_descr == nullptr ? 0 : static_cast<int>(m_descr->size()), static_cast<int>(m_misfits),
-                static_cast<int>(m_firstMisfit));
+                GetTableDescr() == nullptr ? 0 : static_cast<int>(GetTableDescr()->size()),
+                static_cast<int>(m_misfits), static_cast<int>(m_firstMisfit));
     LogToDatabase(line);
 }

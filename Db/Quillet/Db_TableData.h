@@ -57,7 +57,8 @@ public:
     // See DbRows::Update. Does not read the pending text.
     void Update(uint64 fieldIndex, bool added);
 
-    DbTableDescr* GetTableDescr() const { return m_descr; }
+    // Null once the structure is gone.
+    DbTableDescr* GetTableDescr() const { return m_descr ? *m_descr : nullptr; }
 
     // Binary search. fields are positions of fields; order lists visible positions in ascending order of
     // those fields. The result is the place in the order of an equal row, not necessarily the first one, or
@@ -83,7 +84,7 @@ private:
     quillet::CString m_xmlSource;
     bool m_pending = false;
     bool m_initialized = false;
-    DbTableDescr* m_descr;
+    std::shared_ptr<DbTableDescr*> m_descr;
     // While rows are read: the row at hand, from 1, the first that had another number of values than the
     // table has fields, and how many had.
     uint64 m_loadingRow = 0;

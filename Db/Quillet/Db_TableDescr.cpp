@@ -58,6 +58,7 @@ DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(db) {
 }
 
 DbTableDescr::~DbTableDescr() {
+    *m_life = nullptr;
     ClearAll();
 }
 
@@ -117,17 +118,16 @@ bool DbTableDescr::CreateIndex(CString name, DbIndex* index) {
         return false;
     }
     name.MakeLower();
-    DbIndex* const existing = FindIndex(name);
-    if (existing != nullptr) {
-        if (existing != index) {
-            delete index;
+    const auto registered = std::find_if(m_indexes.begin(), m_indexes.end(),
+                                         [&](const auto& entry) { return entry.second.get() == index; });
+    const std::shared_ptr<DbIndex> owned =
+        registered == m_indexes.end() ? std::shared_ptr<DbIndex>(index) : registered->second;
+    if (m_indexes.emplace(name, owned).second) {
+        index->GetFieldIndexes().clear();
+        for (const CString& field : index->GetFieldNames()) {
+            index->GetFieldIndexes().push_back(static_cast<uint64>(GetFieldIndex(field)));
         }
-        return true;
     }
-    for (const CString& field : index->GetFieldNames()) {
-        index->GetFieldIndexes().push_back(static_cast<uint64>(GetFieldIndex(field)));
-    }
-    m_indexes.emplace(name, index);
     return true;
 }
 
@@ -166,7 +166,7 @@ uint64 DbTableDescr::GetSize() const {
     return DbItem::GetSize() + OwnEstimate;
 }
 
-int DbTableDescr::GetFieldIndex(const CString& name) {
+int DbTableDescr::GetFieldIndex(const CString& name) const {
     if (m_namesStale) {
         m_names.clear();
         for (std::size_t i = 0; i < size(); ++i) {
@@ -178,7 +178,7 @@ int DbTableDescr::GetFieldIndex(const CString& name) {
     return found == m_names.end() ? -1 : found->second;
 }
 
-bool DbTableDescr::IsField(CString name) {
+bool DbTableDescr::IsField(CString name) const {
     return GetFieldIndex(name) != -1;
 }
 
@@ -187,7 +187,7 @@ const DbFieldDescr& DbTableDescr::GetField(int i) const {
                                                      : quillet::Nowhere<DbFieldDescr>();
 }
 
-const DbFieldDescr& DbTableDescr::GetField(const CString& name) {
+const DbFieldDescr& DbTableDescr::GetField(const CString& name) const {
     return GetField(GetFieldIndex(name));
 }
 
@@ -236,12 +236,12 @@ bool DbTableDescr::DeleteField(const CString& name) {
     return DeleteField(GetFieldIndex(name));
 }
 
-bool DbTableDescr::CheckIndexFields(const DbIndex* index) {
+bool DbTableDescr::CheckIndexFields(const DbIndex* index) const {
     return index != nullptr && std::all_of(index->GetFieldNames().begin(), index->GetFieldNames().end(),
                                            [&](const CString& name) { return IsField(name); });
 }
 
-DbTableDescr::DbIndex* DbTableDescr::FindIndex(const CString& name) {
+DbTableDescr::DbIndex* DbTableDescr::FindIndex(const CString& name) const {
     const auto found = m_indexes.find(Lowered(name));
     return found == m_indexes.end() ? nullptr : found->second.get();
 }

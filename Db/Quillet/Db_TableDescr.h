@@ -82,14 +82,14 @@ public:
     uint64 GetSize() const override;
 
     // The position of a field, from 0; -1 for an unknown name. Of fields with one name the first is found.
-    int GetFieldIndex(const quillet::CString& name);
-    bool IsField(quillet::CString name);
+    int GetFieldIndex(const quillet::CString& name) const;
+    bool IsField(quillet::CString name) const;
     bool IsField(uint64 i) const { return i < size(); }
 
     // The field at a position or of a name. Where there is none, a field without name and type that belongs
     // to nobody; what is written to it is lost.
     const DbFieldDescr& GetField(int i) const;
-    const DbFieldDescr& GetField(const quillet::CString& name);
+    const DbFieldDescr& GetField(const quillet::CString& name) const;
     DbFieldDescr& operator[](uint64 i);
     DbFieldDescr& operator[](const quillet::CString& name);
 
@@ -103,9 +103,12 @@ public:
     bool DeleteField(const quillet::CString& name);
 
     // Whether every field of the index exists; false for null.
-    bool CheckIndexFields(const DbIndex* index);
+    bool CheckIndexFields(const DbIndex* index) const;
     // Null for an unknown name.
-    DbIndex* FindIndex(const quillet::CString& name);
+    DbIndex* FindIndex(const quillet::CString& name) const;
+
+    // Names this object as long as it lives: whoever follows the structure of rows asks here.
+    const std::shared_ptr<DbTableDescr*>& LifeToken() const { return m_life; }
 
     // Puts a filter behind the others.
     void AppendFilter(std::unique_ptr<DbFilter> filter);
@@ -113,8 +116,10 @@ public:
 private:
     void ClearAll();
 
-    bool m_namesStale = true;
-    std::map<quillet::CString, int> m_names;
-    std::map<quillet::CString, std::unique_ptr<DbIndex>> m_indexes;
+    std::shared_ptr<DbTableDescr*> m_life = std::make_shared<DbTableDescr*>(this);
+    mutable bool m_namesStale = true;
+    mutable std::map<quillet::CString, int> m_names;
+    // An index may stand under more than one name.
+    std::map<quillet::CString, std::shared_ptr<DbIndex>> m_indexes;
     std::vector<std::unique_ptr<DbFilter>> m_filters;
 };

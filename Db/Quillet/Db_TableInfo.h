@@ -11,7 +11,7 @@ class DbTableDescr;
 // as the table stands in the database.
 class QUILLET_API DbTableInfo {
 public:
-    enum eType { None = 0, Table = 1, Query = 2 };
+    enum eType : std::int32_t { None = 0, Table = 1, Query = 2 };
 
     DbTableInfo() = default;
     DbTableInfo(const quillet::CString& name, eType type, uint64 index, const quillet::CString& sql,

@@ -60,12 +60,23 @@ DbTableRow::~DbTableRow() {
     }
 }
 
+void DbTableRow::SetDescr(DbTableDescr* descr) {
+    m_descr = descr == nullptr ? nullptr : descr->LifeToken();
+}
+
+// -1 for an unknown name, and where there is no structure.
+int DbTableRow::FieldIndex(const CString& name) const {
+    const DbTableDescr* const descr = GetDescr();
+    return descr == nullptr ? -1 : descr->GetFieldIndex(name);
+}
+
 std::size_t DbTableRow::PieceBytes(std::size_t cells) {
     return sizeof(DbTableRow) + cells * sizeof(DbFieldValue) + quillet::ChildList::BytesFor(cells);
 }
 
 void DbTableRow::MakeCells(bool initValues) {
-    const std::size_t count = m_descr == nullptr ? 0 : m_descr->size();
+    const DbTableDescr* const descr = GetDescr();
+    const std::size_t count = descr == nullptr ? 0 : descr->size();
     reserve(count);
     m_block = reinterpret_cast<DbFieldValue*>(this + 1);
     PlaceChildren(m_block + count, count);
@@ -73,7 +84,7 @@ void DbTableRow::MakeCells(bool initValues) {
         auto* const cell = new (m_block + m_blockCells) DbFieldValue(this, static_cast<int>(m_blockCells));
         cell->m_inBlock = true;
         if (initValues) {
-            cell->m_value = (*m_descr)[m_blockCells].GetVariant();
+            cell->m_value = descr->at(m_blockCells)->GetVariant();
         }
         push_back(cell);
     }
@@ -88,7 +99,10 @@ void DbTableRow::InsertCell(uint64 index, const DbFieldValue& value) {
 
 void DbTableRow::EraseCell(uint64 index) {
     if (index < size()) {
-        delete at(index);
+        const DbFieldValue* const cell = at(index);
+        if (std::count(begin(), end(), cell) == 1) {
+            delete cell;
+        }
         erase(begin() + static_cast<std::ptrdiff_t>(index));
     }
 }
@@ -96,7 +110,8 @@ void DbTableRow::EraseCell(uint64 index) {
 // Empty where the descriptor has no such field, which no document accepts.
 const std::string& DbTableRow::FieldNameInFile(std::size_t position) const {
     static const std::string NoName;
-    return m_descr == nullptr ? NoName : m_descr->GetField(static_cast<int>(position)).SafeNameUtf8();
+    const DbTableDescr* const descr = GetDescr();
+    return descr == nullptr ? NoName : descr->GetField(static_cast<int>(position)).SafeNameUtf8();
 }
 
 bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
@@ -119,10 +134,8 @@ bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
         return true;
     } catch (const quillet::xml::DomError&) {
         CString line;
-        line.Format(
-            "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
-            m_descr == nullptr ? "" : m_descr->GetField(static_cast<int>(position)).SafeNameUtf8().c_str(),
-            static_cast<int>(position));
+        line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
+                    FieldNameInFile(position).c_str(), static_cast<int>(position));
         if (auto* const rows = dynamic_cast<DbRows*>(LiveParent())) {
             rows->LogToDatabase(line);
         }
@@ -133,16 +146,17 @@ bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
 bool DbTableRow::Load(IDispatch* element) {
     try {
         const quillet::xml::Node node(element);
-        if (node.IsNull() || !node.IsElement() || m_descr == nullptr) {
+        const DbTableDescr* const descr = GetDescr();
+        if (node.IsNull() || !node.IsElement() || descr == nullptr) {
             return false;
         }
         WideText wide;
         std::size_t values = 0;
         quillet::xml::AttributeReader attributes(node);
         for (; attributes.Next(); ++values) {
-            if (values < size() && values < m_descr->size()) {
+            if (values < size() && values < descr->size()) {
                 const WCHAR* const text = wide.Set(attributes.Value());
-                GetField(values).ValueFromString(*m_descr->at(values), text);
+                GetField(values).ValueFromString(*descr->at(values), text);
             }
         }
         if (values != size()) {
@@ -178,15 +192,14 @@ const DbFieldValue& DbTableRow::GetField(uint64 i) const {
 }
 
 DbFieldValue& DbTableRow::operator[](const CString& name) {
-    const int index = m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name);
-    return (*this)[static_cast<uint64>(index)];
+    return (*this)[static_cast<uint64>(FieldIndex(name))];
 }
 
 void DbTableRow::SetValue(const CString& name, const CString& text) {
-    const int index = m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name);
+    const int index = FieldIndex(name);
     if (index >= 0) {
         SetChanged();
-        GetField(static_cast<uint64>(index)).ValueFromString(m_descr->GetField(index), text);
+        GetField(static_cast<uint64>(index)).ValueFromString(GetDescr()->GetField(index), text);
     }
 }
 
@@ -195,8 +208,8 @@ void DbTableRow::SetValue(const CString& name, const CComVariant& v) {
 }
 
 void DbTableRow::Evaluate() {
-    if (m_descr != nullptr) {
-        m_descr->Evaluate(*this);
+    if (DbTableDescr* const descr = GetDescr()) {
+        descr->Evaluate(*this);
     }
 }
 
@@ -209,7 +222,7 @@ bool DbTableRow::Compare(std::vector<CString>& names,
     std::vector<uint64> fields;
     fields.reserve(names.size());
     for (const CString& name : names) {
-        fields.push_back(static_cast<uint64>(m_descr == nullptr ? -1 : m_descr->GetFieldIndex(name)));
+        fields.push_back(static_cast<uint64>(FieldIndex(name)));
     }
     return Compare(fields, function, other);
 }

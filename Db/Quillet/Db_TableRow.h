@@ -1,6 +1,7 @@
 // One row of a table.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "Quillet/Db_FieldValue.h"
@@ -12,7 +13,7 @@ class DbTableDescr;
 // them; those that it was made with stand in one block.
 class QUILLET_API DbTableRow : public std::vector<DbFieldValue*>, public DbXmlSerializable, public DbItem {
 public:
-    enum eCmpResult { CmpEqual = 0, CmpLess = 1, CmpGreater = 2 };
+    enum eCmpResult : std::int32_t { CmpEqual = 0, CmpLess = 1, CmpGreater = 2 };
 
     // A row without cells; the parent lists it as its child.
     explicit DbTableRow(DbItem* parent);
@@ -30,12 +31,13 @@ public:
 
     uint64 GetSize() const override;
 
-    // The structure that the cells follow; not owned.
-    void SetDescr(DbTableDescr* descr) { m_descr = descr; }
-    DbTableDescr* GetDescr() const { return m_descr; }
+    // The structure that the cells follow; not owned, and null from the moment that it is gone.
+    void SetDescr(DbTableDescr* descr);
+    DbTableDescr* GetDescr() const { return m_descr ? *m_descr : nullptr; }
 
     // Puts a cell at a position and takes it over; no effect where there is no such position. The cell that
-    // stood there is not deleted: it is the caller's from then on.
+    // stood there is not deleted: the caller may delete it while the row lives. A cell that the row was made
+    // with goes with the row, or earlier when the caller deletes it.
     void SetFieldValuePtr(uint64 i, DbFieldValue* v);
 
     // The cell at a position or of a field's name. Where there is none, an empty value that belongs to
@@ -84,6 +86,7 @@ private:
     // default values where asked for.
     void MakeCells(bool initValues);
     std::size_t CellsInPiece() const { return m_blockCells; }
+    int FieldIndex(const quillet::CString& name) const;
     const std::string& FieldNameInFile(std::size_t position) const;
     void InsertCell(uint64 index, const DbFieldValue& value);
     void EraseCell(uint64 index);
@@ -92,7 +95,7 @@ private:
     }
     void DestroyCells();
 
-    DbTableDescr* m_descr = nullptr;
+    std::shared_ptr<DbTableDescr*> m_descr;
     // The cells in the row's own piece.
     DbFieldValue* m_block = nullptr;
     std::size_t m_blockCells = 0;

@@ -45,24 +45,25 @@ CComVariant& CComVariant::operator=(CComVariant&& other) noexcept {
 }
 
 void CComVariant::SetText(WideView text) {
+    // The text may be a part of the value's own.
+    const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     Clear();
-    bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    bstrVal = copy;
     vt = VT_BSTR;
 }
 
 void CComVariant::SetBytes(const BYTE* bytes, ULONG count, LONG lowerBound) {
-    Clear();
-    SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, lowerBound, count);
-    if (array == nullptr) {
-        return;
-    }
+    SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, lowerBound, count);
     void* data = nullptr;
-    if (count > 0 && SUCCEEDED(SafeArrayAccessData(array, &data))) {
+    if (array != nullptr && count > 0 && SUCCEEDED(SafeArrayAccessData(array, &data))) {
         std::memcpy(data, bytes, count);
         SafeArrayUnaccessData(array);
     }
-    parray = array;
-    vt = VT_ARRAY | VT_UI1;
+    Clear();
+    if (array != nullptr) {
+        parray = array;
+        vt = VT_ARRAY | VT_UI1;
+    }
 }
 
 bool operator==(const CComVariant& left, const CComVariant& right) {

@@ -107,7 +107,8 @@ private:
         if (other.vt <= VT_R8 || other.vt == VT_BOOL) {
             static_cast<VARIANT&>(*this) = other;
         } else {
-            VariantCopy(this, &other);
+            // The SDK takes the source without const but only reads it.
+            VariantCopy(this, const_cast<VARIANT*>(&other));
         }
     }
 };

@@ -181,18 +181,38 @@ void Node::SetAttribute(std::string_view name, std::string_view value) const {
                    {CString(std::string(name)), CString(std::string(value))});
         return;
     }
-    RequireName(name);
     std::string escaped;
     if (!AppendEscaped(value, escaped)) {
         RefuseText();
     }
+    SetNativeAttribute(name, std::string(value));
+}
+
+void Node::SetAttribute(std::string_view name, WideView value) const {
+    RequireNode(*this);
+    if (m_foreign) {
+        CallMethod(m_foreign.Get(), "setAttribute", {CString(std::string(name)), CString(value)});
+        return;
+    }
+    std::string escaped;
+    if (!AppendEscaped(value, escaped)) {
+        RefuseText();
+    }
+    std::string utf8;
+    AppendUtf8(value, utf8);
+    SetNativeAttribute(name, utf8);
+}
+
+// The value is known to be one that XML carries.
+void Node::SetNativeAttribute(std::string_view name, const std::string& value) const {
+    RequireName(name);
     const std::string nameText(name);
     pugi::xml_node element = Pugi(m_native);
     pugi::xml_attribute attribute = element.attribute(nameText.c_str());
     if (!attribute) {
         attribute = element.append_attribute(nameText.c_str());
     }
-    if (!attribute.set_value(std::string(value).c_str())) {
+    if (!attribute.set_value(value.c_str())) {
         throw DomError{"The attribute '" + nameText + "' can't be set"};
     }
 }
@@ -297,9 +317,7 @@ void LeafElement::Attribute(std::string_view name, std::string_view value) {
 void LeafElement::Attribute(std::string_view name, WideView value) {
     CheckName(name);
     if (m_packed == nullptr) {
-        std::string utf8;
-        AppendUtf8(value, utf8);
-        m_foreignElement.SetAttribute(name, utf8);
+        m_foreignElement.SetAttribute(name, value);
     } else {
         Write(name, value);
     }

@@ -59,6 +59,7 @@ public:
 
     // Sets the attribute, in place of one of that name.
     void SetAttribute(std::string_view name, std::string_view value) const;
+    void SetAttribute(std::string_view name, WideView value) const;
 
     // Puts child behind the last child of this node. Both belong to one document.
     void AppendChild(const Node& child) const;
@@ -68,6 +69,8 @@ public:
     const NativeNode& Native() const { return m_native; }
 
 private:
+    void SetNativeAttribute(std::string_view name, const std::string& value) const;
+
     NativeNode m_native;
     CComPtr<IDispatch> m_foreign;
 };
