@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
         std::cout << name << " has an area of " << area << " cm2\n";
 
         DbTableRow& added = (*sections)[sections->AddRow()];
-        added.SetValue("name", CString("IPE 300 welded"));
+        added.SetValue("name", "IPE 300 welded");
         added.SetValue("h", CComVariant(300.0));
 
         const bool saved = catalog.Save(argv[2]);

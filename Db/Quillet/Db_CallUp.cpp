@@ -30,10 +30,12 @@ void DbCallUp::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 ind
     }
 }
 
-void DbCallUp::ParseRows(DbItem* item, const CString& xml) {
-    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+bool DbCallUp::ParseRows(DbItem* item, const CString& xml) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    if (database != nullptr) {
         database->ParseXmlTableData(xml);
     }
+    return database != nullptr;
 }
 
 CString DbCallUp::TableName(DbItem* item, const DbTableData& data) {

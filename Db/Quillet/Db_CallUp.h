@@ -23,7 +23,8 @@ public:
     static void FieldsChanged(DbItem* database, const DbTableDescr& descr, uint64 index, bool added);
 
     // Reads the rows in an XML text into the table that it names; throws as DbDatabase::ParseXmlTableData.
-    static void ParseRows(DbItem* database, const CString& xml);
+    // False where there is no database to read them.
+    static bool ParseRows(DbItem* database, const CString& xml);
 
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);

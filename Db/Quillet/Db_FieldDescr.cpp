@@ -181,7 +181,11 @@ void DbFieldDescr::SetName(const CString& name) {
     for (const SafeReplacement& replacement : SafeReplacements) {
         m_safeName.Replace(replacement.m_what, replacement.m_with);
     }
+    // A name with a lone surrogate has no UTF-8 form, and no document takes it.
     m_safeNameUtf8 = m_safeName.ToUtf8();
+    if (CString(m_safeNameUtf8) != m_safeName) {
+        m_safeNameUtf8.clear();
+    }
 }
 
 void DbFieldDescr::SetType(unsigned short variantType) {

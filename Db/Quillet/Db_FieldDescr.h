@@ -69,7 +69,7 @@ public:
     // From the data type numbers of an Access database.
     static eFieldType DbTypeToFieldType(short dbType);
 
-    // The safe name in UTF-8, for writers that need it row after row.
+    // The safe name in UTF-8, for writers that need it row after row; empty where it has no such form.
     const std::string& SafeNameUtf8() const { return m_safeNameUtf8; }
 
 private:

@@ -17,6 +17,14 @@ DbFieldValue& DbFieldValue::operator=(const DbFieldValue& other) {
     return *this;
 }
 
+void* DbFieldValue::operator new(std::size_t size) {
+    return ::operator new(size);
+}
+
+void DbFieldValue::operator delete(void* memory) {
+    ::operator delete(memory);
+}
+
 void DbFieldValue::operator delete(DbFieldValue* value, std::destroying_delete_t) {
     if (value->m_inBlock) {
         // The place belongs to the row, which will destroy what stands there: an empty value from now on.
@@ -39,7 +47,7 @@ uint64 DbFieldValue::GetSize() const {
 
 void DbFieldValue::SetValue(const quillet::CComVariant& v) {
     const VARTYPE type = m_value.vt;
-    m_value = v;
+    m_value = quillet::Dereferenced(v);
     m_value.ChangeType(type);
     SetChanged();
 }

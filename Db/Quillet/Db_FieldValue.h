@@ -23,7 +23,12 @@ public:
     ~DbFieldValue() override = default;
 
     // Cells that stand in their row's block and cells of their own are deleted alike.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(DbFieldValue* value, std::destroying_delete_t);
+    // For constructors that throw.
+    static void operator delete(void* memory);
+    static void operator delete(void*, void*) noexcept {}
 
     uint64 GetSize() const override;
 

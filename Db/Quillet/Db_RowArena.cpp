@@ -41,7 +41,7 @@ void RowArena::Release(void* piece, std::size_t bytes) {
 
 void RowArena::Reserve(std::size_t bytes) {
     if (bytes > m_left) {
-        AddBlock(std::min(bytes, LargestBlock));
+        AddBlock(std::min(std::max(bytes, m_total), LargestBlock));
     }
 }
 

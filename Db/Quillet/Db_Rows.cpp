@@ -1,6 +1,7 @@
 #include "Quillet/Db_Rows.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 #include "Quillet/Db_RowArena.h"
@@ -69,11 +70,18 @@ uint64 DbRows::AddRow(bool initValues) {
         boundTo->m_order.push_back(stored);
     }
     owner->SetChanged();
+    if (owner != this) {
+        SetChanged();
+    }
     return visible;
 }
 
 uint64 DbRows::AddRows(uint64 n, bool initValues) {
     const uint64 first = m_order.size();
+    constexpr auto MostRows = static_cast<uint64>(std::numeric_limits<std::int32_t>::max());
+    if (first > MostRows || n > MostRows - first) {
+        return first;
+    }
     Reserve(n);
     for (uint64 i = 0; i < n; ++i) {
         AddRow(initValues);
@@ -82,11 +90,16 @@ uint64 DbRows::AddRows(uint64 n, bool initValues) {
 }
 
 void DbRows::Reserve(uint64 more) {
-    const std::size_t total = m_storage->m_rows.size() + more;
-    m_order.reserve(m_order.size() + more);
-    m_storage->m_rows.reserve(total);
+    // At least twice as much as before, so that many small steps cost no more than one large one.
+    const auto reserve = [more](auto& list) {
+        if (list.capacity() - list.size() < more) {
+            list.reserve(std::max(list.size() + more, list.capacity() * 2));
+        }
+    };
+    reserve(m_order);
+    reserve(m_storage->m_rows);
     m_storage->m_arena.Reserve(more * DbTableRow::PieceBytes(Descr() == nullptr ? 0 : Descr()->size()));
-    ReserveChildren(total);
+    ReserveChildren(m_storage->m_rows.capacity());
 }
 
 void DbRows::DeleteRow(uint64 pos) {

@@ -19,7 +19,8 @@ public:
     // Appends a row with one cell for each field, empty or with the field's default value, and returns its
     // visible position. A row added to bound rows belongs to the rows bound to and is seen in both.
     uint64 AddRow(bool initValues);
-    // Appends n rows and returns the position of the first.
+    // Appends n rows and returns the position of the first. Appends none where there would be more rows than
+    // positions, which are signed 32-bit numbers.
     uint64 AddRows(uint64 n, bool initValues);
     // Deletes the row at a visible position; ignored where there is none. In the order, and in that of the
     // rows bound to, the entry equal to the position disappears and those above it are lowered by one.

@@ -119,7 +119,9 @@ bool DbTableData::ParseXmlData() {
     // Rows that were added before count as changed all the same.
     const bool changed = IsChanged();
     try {
-        quillet::DbCallUp::ParseRows(LiveParent(), m_xmlSource);
+        if (!quillet::DbCallUp::ParseRows(LiveParent(), m_xmlSource)) {
+            return false;
+        }
     } catch (quillet::CException* exception) {
         exception->Delete();
         return false;

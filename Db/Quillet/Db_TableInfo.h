@@ -7,6 +7,10 @@
 class DbTableData;
 class DbTableDescr;
 
+namespace quillet {
+class DbRegistry;
+}
+
 // Owns nothing: structure and contents belong to the database. A copy shares the pointers, which live as long
 // as the table stands in the database.
 class QUILLET_API DbTableInfo {
@@ -31,9 +35,7 @@ public:
     // The change stamp of the base table's data at the moment the query's rows were computed.
     long GetSyncStamp() const { return m_syncStamp; }
 
-    void SetIndex(uint64 index) { m_index = index; }
     void SetName(const quillet::CString& name) { m_name = name; }
-    void SetRelated(DbTableInfo* related) { m_related = related; }
     void SetSyncStamp(long stamp) { m_syncStamp = static_cast<std::int32_t>(stamp); }
 
     // Whether this is a query that stands on the other entry, directly or through other queries.
@@ -45,6 +47,11 @@ public:
     void Clear();
 
 private:
+    friend class quillet::DbRegistry;
+
+    void SetIndex(uint64 index) { m_index = index; }
+    void SetRelated(DbTableInfo* related) { m_related = related; }
+
     eType m_type = None;
     uint64 m_index = 0;
     quillet::CString m_sql;

@@ -134,8 +134,10 @@ bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
         return true;
     } catch (const quillet::xml::DomError&) {
         CString line;
+        const DbTableDescr* const descr = GetDescr();
+        const int field = static_cast<int>(position);
         line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
-                    FieldNameInFile(position).c_str(), static_cast<int>(position));
+                    descr == nullptr ? "" : descr->GetField(field).GetSafeName().ToUtf8().c_str(), field);
         if (auto* const rows = dynamic_cast<DbRows*>(LiveParent())) {
             rows->LogToDatabase(line);
         }
@@ -229,9 +231,9 @@ bool DbTableRow::Compare(std::vector<CString>& names,
 
 bool DbTableRow::Compare(std::vector<uint64>& fields,
                          bool (*function)(const CComVariant&, const CComVariant&), const DbTableRow& other) {
-    return std::all_of(fields.begin(), fields.end(), [&](uint64 field) {
-        return function(GetField(field).GetVariant(), other.GetField(field).GetVariant());
-    });
+    return function != nullptr && std::all_of(fields.begin(), fields.end(), [&](uint64 field) {
+               return function(GetField(field).GetVariant(), other.GetField(field).GetVariant());
+           });
 }
 
 DbTableRow::eCmpResult DbTableRow::CompareEx(const std::vector<uint64>& fields, const DbTableRow& other) {

@@ -37,7 +37,8 @@ public:
 
     // Puts a cell at a position and takes it over; no effect where there is no such position. The cell that
     // stood there is not deleted: the caller may delete it while the row lives. A cell that the row was made
-    // with goes with the row, or earlier when the caller deletes it.
+    // with goes with the row, or earlier when the caller deletes it. A cell belongs to one row: the caller
+    // sees to it that none is handed over that stands in another row.
     void SetFieldValuePtr(uint64 i, DbFieldValue* v);
 
     // The cell at a position or of a field's name. Where there is none, an empty value that belongs to
@@ -50,6 +51,7 @@ public:
 
     // Sets a cell from text, as DbFieldValue::ValueFromString of a string does, and marks the row changed.
     void SetValue(const quillet::CString& name, const quillet::CString& text);
+    void SetValue(const quillet::CString& name, const char* utf8) { SetValue(name, quillet::CString(utf8)); }
     // Sets a cell, keeping its type, and marks the cell changed.
     void SetValue(const quillet::CString& name, const quillet::CComVariant& v);
 

@@ -91,6 +91,21 @@ bool operator<(const CComVariant& left, const CComVariant& right) {
     return Compared(left, right) == VARCMP_LT;
 }
 
+CComVariant Dereferenced(const CComVariant& value) {
+    if ((value.vt & VT_BYREF) == 0) {
+        return value;
+    }
+    if (value.vt == (VT_BYREF | VT_VARIANT)) {
+        // No variant refers to one that refers to another variant.
+        const bool isEnd = value.pvarVal == nullptr || value.pvarVal->vt == (VT_BYREF | VT_VARIANT);
+        return isEnd ? CComVariant() : Dereferenced(CComVariant(*value.pvarVal));
+    }
+    CComVariant result;
+    VariantChangeType(&result, const_cast<CComVariant*>(&value), 0,
+                      static_cast<VARTYPE>(value.vt & ~VT_BYREF));
+    return result;
+}
+
 bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right) {
     if (left.vt != VT_BSTR) {
         return left == right;

@@ -113,6 +113,10 @@ private:
     }
 };
 
+// The value that a reference refers to, copied; any other value as it is. Empty for a reference of an unknown
+// kind.
+QUILLET_API CComVariant Dereferenced(const CComVariant& value);
+
 // Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found
 // equal.
 QUILLET_API bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right);

@@ -20,7 +20,7 @@ bool IsTooDeep(pugi::xml_node root) {
     for (;;) {
         if (const pugi::xml_node child = node.first_child()) {
             node = child;
-            if (++depth > MaxDepth) {
+            if (++depth > MaxDepth && node.type() == pugi::node_element) {
                 return true;
             }
             continue;

@@ -35,8 +35,8 @@ public:
     ~Document();
 
     // Replaces the content by that of a file (path in UTF-8) or of a text. False, with an empty document and
-    // the reason in Error, when it can't be read, is not well-formed, is not valid in its encoding or is
-    // nested too deep.
+    // the reason in Error, when it can't be read, is not well-formed (as far as pugixml looks), is not valid
+    // in its encoding or is nested too deep.
     bool LoadFile(const std::string& path);
     bool LoadText(std::string_view text);
     const ReadError& Error() const { return m_error; }

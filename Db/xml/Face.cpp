@@ -84,13 +84,15 @@ public:
         return CComVariant(*argument);
     }
 
-    std::string Text(UINT index) const {
+    CString Wide(UINT index) const {
         CComVariant value = At(index);
         if (FAILED(value.ChangeType(VT_BSTR))) {
             throw DomError{"An argument is no text"};
         }
-        return CString(value.Text()).ToUtf8();
+        return CString(value.Text());
     }
+
+    std::string Text(UINT index) const { return Wide(index).ToUtf8(); }
 
     LONG Number(UINT index) const {
         CComVariant value = At(index);
@@ -165,7 +167,7 @@ protected:
 
     virtual bool HasNode() const { return false; }
     // Throws DomError for a member that the object has not, or that fails.
-    virtual CComVariant Call(Member member, const Arguments& arguments, bool put) = 0;
+    virtual CComVariant Call(Member member, const Arguments& arguments) = 0;
 
 private:
     ULONG m_references = 1;
@@ -198,8 +200,10 @@ HRESULT ObjectBase::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* para
         return DISP_E_MEMBERNOTFOUND;
     }
     try {
-        const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-        CComVariant answer = Call(static_cast<Member>(id), Arguments(parameters), put);
+        if ((flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0) {
+            return DISP_E_MEMBERNOTFOUND;
+        }
+        CComVariant answer = Call(static_cast<Member>(id), Arguments(parameters));
         if (result != nullptr) {
             VariantInit(result);
             return VariantCopy(result, &answer);
@@ -225,7 +229,7 @@ public:
         : m_tree(std::move(tree)), m_attribute(attribute) {}
 
 protected:
-    CComVariant Call(Member member, const Arguments&, bool) override {
+    CComVariant Call(Member member, const Arguments&) override {
         switch (member) {
             case MemberNodeName:
                 return TextValue(m_attribute.name());
@@ -252,12 +256,15 @@ public:
         : m_tree(std::move(tree)), m_node(node), m_kind(kind) {}
 
 protected:
-    CComVariant Call(Member member, const Arguments& arguments, bool) override {
+    CComVariant Call(Member member, const Arguments& arguments) override {
         if (member == MemberLength) {
             return CComVariant(m_kind == Kind::Children ? CountChildren() : CountAttributes());
         }
         if (member == MemberItem) {
             const LONG index = arguments.Number(0);
+            if (index < 0) {
+                return Nothing();
+            }
             return m_kind == Kind::Children ? Child(index) : Attribute(index);
         }
         throw DomError{"A list has no such member"};
@@ -310,7 +317,7 @@ public:
 
 protected:
     bool HasNode() const override { return true; }
-    CComVariant Call(Member member, const Arguments& arguments, bool put) override;
+    CComVariant Call(Member member, const Arguments& arguments) override;
 
 private:
     Tree& InTree() const { return *m_native.m_tree; }
@@ -333,10 +340,7 @@ private:
     std::shared_ptr<Tree> m_owner;
 };
 
-CComVariant NodeObject::Call(Member member, const Arguments& arguments, bool put) {
-    if (put) {
-        throw DomError{"The property can't be set"};
-    }
+CComVariant NodeObject::Call(Member member, const Arguments& arguments) {
     switch (member) {
         case MemberNodeName:
             return DomName();
@@ -371,7 +375,7 @@ CComVariant NodeObject::Call(Member member, const Arguments& arguments, bool put
             return found ? TextValue(found.value()) : missing;
         }
         case MemberSetAttribute:
-            Node(m_native).SetAttribute(arguments.Text(0), arguments.Text(1));
+            Node(m_native).SetAttribute(arguments.Text(0), arguments.Wide(1).View());
             return {};
         case MemberXml:
             return Markup();

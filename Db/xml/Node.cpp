@@ -78,6 +78,14 @@ void RequireNode(const Node& node) {
     throw DomError{"The text holds a character that XML can't carry"};
 }
 
+template <typename Text>
+void RequireText(Text value) {
+    std::string escaped;
+    if (!AppendEscaped(value, escaped)) {
+        RefuseText();
+    }
+}
+
 }  // namespace
 
 Node::Node(IDispatch* dispatch) {
@@ -167,6 +175,7 @@ Node Node::CreateProcessingInstruction(std::string_view target, std::string_view
         return instruction;
     }
     RequireName(target);
+    RequireText(data);
     if (data.find("?>") != std::string_view::npos) {
         throw DomError{"A processing instruction can't hold its own end"};
     }
@@ -176,27 +185,21 @@ Node Node::CreateProcessingInstruction(std::string_view target, std::string_view
 
 void Node::SetAttribute(std::string_view name, std::string_view value) const {
     RequireNode(*this);
+    RequireText(value);
     if (m_foreign) {
         CallMethod(m_foreign.Get(), "setAttribute",
                    {CString(std::string(name)), CString(std::string(value))});
-        return;
+    } else {
+        SetNativeAttribute(name, std::string(value));
     }
-    std::string escaped;
-    if (!AppendEscaped(value, escaped)) {
-        RefuseText();
-    }
-    SetNativeAttribute(name, std::string(value));
 }
 
 void Node::SetAttribute(std::string_view name, WideView value) const {
     RequireNode(*this);
+    RequireText(value);
     if (m_foreign) {
         CallMethod(m_foreign.Get(), "setAttribute", {CString(std::string(name)), CString(value)});
         return;
-    }
-    std::string escaped;
-    if (!AppendEscaped(value, escaped)) {
-        RefuseText();
     }
     std::string utf8;
     AppendUtf8(value, utf8);
@@ -208,6 +211,9 @@ void Node::SetNativeAttribute(std::string_view name, const std::string& value) c
     RequireName(name);
     const std::string nameText(name);
     pugi::xml_node element = Pugi(m_native);
+    if (element.type() != pugi::node_element) {
+        throw DomError{"Only an element has attributes"};
+    }
     pugi::xml_attribute attribute = element.attribute(nameText.c_str());
     if (!attribute) {
         attribute = element.append_attribute(nameText.c_str());
@@ -283,6 +289,10 @@ LeafElement::LeafElement(const Node& document, const Node& parent, std::string_v
     }
     if (document.Native().m_tree != parent.Native().m_tree) {
         throw DomError{"The document and the element do not belong together"};
+    }
+    const pugi::xml_node_type type = Pugi(parent.Native()).type();
+    if (type != pugi::node_element && type != pugi::node_document) {
+        throw DomError{"Only an element can hold an element"};
     }
     m_packed = &parent.Native().m_tree->Packed(Pugi(parent.Native()));
     constexpr std::size_t PieceSize = std::size_t(1) << 20;

@@ -227,6 +227,9 @@ pugi::xml_node Tree::FirstChild(pugi::xml_node parent) {
 }
 
 pugi::xml_node Tree::NextSibling(pugi::xml_node node) {
+    if (node.parent() == m_workshop) {
+        return {};
+    }
     pugi::xml_node next = node.next_sibling();
     if (!next && !m_packed.empty()) {
         Unpack(node.parent());

@@ -1,0 +1,144 @@
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/ToolTest.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class Check : public quillet::test::ToolTest {
+protected:
+    // What check prints about a faulty file, which must be left as it was.
+    std::string Findings(const std::string& name, const std::vector<std::string>& options = {}) const {
+        const std::string before = Read(name);
+        std::vector<std::string> arguments = {"check", Path(name)};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const quillet::test::RunResult result = Run(arguments);
+        EXPECT_EQ(result.m_status, 1);
+        EXPECT_THAT(Complaint(result.m_errors), StartsWith(Path(name) + ": "));
+        EXPECT_EQ(Read(name), before);
+        return result.m_output;
+    }
+};
+
+TEST_F(Check, Check_ExampleCatalogs_AreSound) {
+    for (const char* name : {"european-steel.xml", "materials.xml", "field-types.xml"}) {
+        const std::string file = CopyExample(name);
+        EXPECT_EQ(Output({"check", file}), file + ": ok\n");
+        EXPECT_EQ(Output({"check", file, "--sequential"}), file + ": ok\n");
+    }
+}
+
+TEST_F(Check, Check_SoundFileForPrograms_ListsNothing) {
+    const std::string file = CopyExample("materials.xml");
+    EXPECT_EQ(Output({"check", file, "--format", "json"}), "[]\n");
+    EXPECT_EQ(Output({"check", file, "--format", "csv"}), "file,line,table,row,field,message\r\n");
+}
+
+TEST_F(Check, Check_BrokenXml_GivesTheLine) {
+    const std::string file = WriteChanged("broken.xml", "</header>", "</haeder>");
+    const std::string text = Read("broken.xml");
+    const auto line =
+        std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(text.find("</haeder>")), '\n') +
+        1;
+    EXPECT_THAT(Findings("broken.xml"), StartsWith(file + ":" + std::to_string(line) + ": "));
+    const json findings = json::parse(Findings("broken.xml", {"--format", "json"}));
+    EXPECT_EQ(findings[0]["line"], line);
+    EXPECT_EQ(findings[0]["table"], nullptr);
+}
+
+TEST_F(Check, Check_InvalidUtf8_GivesTheLine) {
+    const std::string file = Write("latin.xml", "<database>\n<header a='\xE4' />\n</database>");
+    EXPECT_EQ(Findings("latin.xml"), file + ":2: Invalid UTF-8\n");
+}
+
+TEST_F(Check, Check_XmlOfAnotherKind_SaysWhatIsMissing) {
+    const std::string other = Write("other.xml", "<html />");
+    EXPECT_EQ(Findings("other.xml"), other + ": no catalog: there is no <database> element\n");
+    Write("headless.xml", "<database />");
+    EXPECT_THAT(Findings("headless.xml"),
+                HasSubstr(": no catalog: its header or its body is not complete\n"));
+}
+
+TEST_F(Check, Check_MissingHeaderTable_IsNamed) {
+    CopyExample("materials.xml");
+    std::string text = Read("materials.xml");
+    for (std::size_t place; (place = text.find("\"Properties\"")) != std::string::npos;) {
+        text.replace(place, 12, "\"Others\"");
+    }
+    const std::string file = Write("changed.xml", text);
+    EXPECT_EQ(Findings("changed.xml"), file + ": the header has no table Properties\n");
+}
+
+TEST_F(Check, Check_RowsWithOtherNumbersOfValues_AreCounted) {
+    const std::string file = WriteChanged("misfit.xml", R"(d="8")", R"(d="8" extra="1")");
+    for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"--sequential"}}) {
+        EXPECT_THAT(
+            Findings("misfit.xml", options),
+            HasSubstr(
+                file +
+                ": Table 'Bolts' has rows whose values do not match its 7 fields: 1, the first is row 1\n"));
+    }
+}
+
+TEST_F(Check, Check_TextInANumberColumn_GivesTableRowAndField) {
+    const std::string file = WriteChanged("typed.xml", R"(d="10")", R"(d="thick")");
+    for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"--sequential"}}) {
+        EXPECT_EQ(Findings("typed.xml", options),
+                  file + ": table 'Bolts', row 2, field 'd': 'thick' is no value of the type double\n");
+    }
+    const json finding = json::parse(Findings("typed.xml", {"--format", "json"}))[0];
+    EXPECT_EQ(finding["table"], "Bolts");
+    EXPECT_EQ(finding["row"], 2);
+    EXPECT_EQ(finding["field"], "d");
+    EXPECT_EQ(finding["line"], nullptr);
+}
+
+TEST_F(Check, Check_DuplicateTable_IsNamed) {
+    WriteChanged("twice.xml", "<table name=\"Timber\">", "<table name=\"concrete\">");
+    EXPECT_THAT(Findings("twice.xml"), HasSubstr("'concrete' already in database"));
+}
+
+TEST_F(Check, Check_DuplicateField_IsNamed) {
+    const std::string file = WriteChanged("twice.xml", "<field name=\"fu_40\"", "<field name=\"fy_40\"");
+    EXPECT_EQ(Findings("twice.xml"), file + ": table 'Steel', field 'fy_40': two fields have this name\n");
+}
+
+TEST_F(Check, Check_UnknownFieldType_IsNamed) {
+    const std::string file = WriteChanged("type.xml", "name=\"nu\" key=\"false\" type=\"5\"",
+                                          "name=\"nu\" key=\"false\" type=\"99\"");
+    EXPECT_EQ(Findings("type.xml"),
+              file + ": table 'Steel', field 'nu': there is no type '99', its values are read as text\n");
+}
+
+TEST_F(Check, Check_MalformedRows_AreNamed) {
+    const std::string file =
+        WriteChanged("rows.xml", "<table name=\"Steel\">\n<row", "<table name=\"Steel\">x<row");
+    EXPECT_EQ(Findings("rows.xml"), file + ": Table 'Steel' has malformed rows\n");
+    EXPECT_EQ(Findings("rows.xml", {"--sequential"}), file + ": Table 'Steel' has malformed rows\n");
+}
+
+TEST_F(Check, Check_TableWithoutRowsElement_IsNamed) {
+    CopyExample("materials.xml");
+    std::string text = Read("materials.xml");
+    const std::size_t rows = text.rfind("<table name=\"Bolt classes\">");
+    text.erase(rows, text.find("</table>", rows) + 8 - rows);
+    const std::string file = Write("cut.xml", text);
+    EXPECT_EQ(Findings("cut.xml"), file + ": table 'Bolt classes': its rows are missing from the file\n");
+    EXPECT_THAT(Findings("cut.xml", {"--sequential"}),
+                HasSubstr("table 'Bolt classes': its rows are missing"));
+}
+
+TEST_F(Check, Check_SeveralFaults_AreCounted) {
+    const std::string file = WriteChanged("faulty.xml", R"(d="10")", R"(d="thick" extra="")");
+    const quillet::test::RunResult result = Run({"check", file});
+    const auto lines = std::count(result.m_output.begin(), result.m_output.end(), '\n');
+    EXPECT_GT(lines, 1);
+    EXPECT_EQ(Complaint(result.m_errors), file + ": " + std::to_string(lines) + " faults");
+}
+
+}  // namespace

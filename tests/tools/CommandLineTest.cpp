@@ -1,0 +1,174 @@
+// What holds for every command: options, help, exit statuses, files that are none.
+#include <gmock/gmock.h>
+
+#include "tools/ToolTest.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class CommandLine : public quillet::test::ToolTest {};
+
+TEST_F(CommandLine, Help_OfTheProgram_NamesEveryCommand) {
+    const std::string help = Output({"--help"});
+    for (const char* command :
+         {"info", "fields", "show", "check", "export", "new", "set", "import", "drop", "rename"}) {
+        EXPECT_THAT(help, HasSubstr(std::string("\n  ") + command + " ")) << command;
+    }
+    for (const char* option : {"--format", "--sequential", "--log", "--version", "--help"}) {
+        EXPECT_THAT(help, HasSubstr(option));
+    }
+    EXPECT_EQ(Output({"-h"}), help);
+}
+
+TEST_F(CommandLine, Help_OfACommand_TellsItsArguments) {
+    EXPECT_THAT(Output({"show", "--help"}), HasSubstr("quillet show [OPTIONS] FILE TABLE"));
+    EXPECT_THAT(Output({"import", "--help"}), HasSubstr("--type FIELD=WORD"));
+}
+
+TEST_F(CommandLine, Version_Asked_IsPrinted) {
+    EXPECT_THAT(Output({"--version"}), testing::MatchesRegex("quillet [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST_F(CommandLine, NoCommand_IsBadUsage) {
+    EXPECT_EQ(UsageError({}), "a command is missing; try 'quillet --help'");
+    EXPECT_EQ(UsageError({"--format", "json"}), "a command is missing; try 'quillet --help'");
+}
+
+TEST_F(CommandLine, UnknownCommandOrOption_IsBadUsage) {
+    EXPECT_EQ(UsageError({"shwo", "x.xml"}), "unknown command 'shwo'; try 'quillet --help'");
+    EXPECT_EQ(UsageError({"--shwo"}), "unknown option '--shwo'; try 'quillet --help'");
+    EXPECT_EQ(UsageError({"info", "x.xml", "--all"}), "unknown option '--all'; try 'quillet info --help'");
+}
+
+TEST_F(CommandLine, WrongNumberOfArguments_IsBadUsage) {
+    EXPECT_EQ(UsageError({"show", "x.xml"}), "TABLE is required; try 'quillet show --help'");
+    EXPECT_EQ(UsageError({"info", "x.xml", "y.xml"}),
+              "too many arguments: 'y.xml'; try 'quillet info --help'");
+}
+
+TEST_F(CommandLine, BadValuesOfOptions_AreBadUsage) {
+    EXPECT_THAT(UsageError({"info", "x.xml", "--format", "xml"}),
+                HasSubstr("'xml' is none of text, csv and json"));
+    for (const char* number : {"-1", "x", "1.5", "99999999999999999999", ""}) {
+        EXPECT_THAT(UsageError({"show", "x.xml", "t", "--limit", number}),
+                    HasSubstr("is no whole number from 0 up"))
+            << number;
+    }
+    EXPECT_THAT(UsageError({"show", "x.xml", "t", "--offset"}), HasSubstr("--offset"));
+    EXPECT_THAT(UsageError({"info", ""}), HasSubstr("FILE: may not be empty"));
+}
+
+TEST_F(CommandLine, GlobalOptions_BeforeAndBehindTheCommand_DoTheSame) {
+    const std::string file = CopyExample("materials.xml");
+    const std::string expected = Output({"--format", "csv", "fields", file, "Steel"});
+    EXPECT_THAT(expected, StartsWith("name,type,key,default\r\n"));
+    EXPECT_EQ(Output({"fields", "--format", "csv", file, "Steel"}), expected);
+    EXPECT_EQ(Output({"fields", file, "Steel", "--format=csv"}), expected);
+}
+
+TEST_F(CommandLine, UnreadableFile_SaysWhy) {
+    EXPECT_EQ(Failure({"info", Path("none.xml")}), Path("none.xml") + ": No such file or directory");
+    EXPECT_EQ(Failure({"info", Path("")}), Path("") + ": Is a directory");
+}
+
+TEST_F(CommandLine, ForeignEnding_SaysWhichWouldDo) {
+    const std::string file = Write("table.txt", "x");
+    EXPECT_EQ(Failure({"info", file}), file + ": no catalog: its name ends neither in .xml nor in .mdb");
+}
+
+TEST_F(CommandLine, ForbiddenFile_SaysSo) {
+    const std::string file = CopyExample("materials.xml");
+    std::filesystem::permissions(m_folder.Path(), std::filesystem::perms::all);
+    std::filesystem::permissions(m_folder / "materials.xml", std::filesystem::perms::none);
+    const quillet::test::RunResult result = RunAsOrdinaryUser({"info", file});
+    if (result.m_status == 126 || result.m_status == 127 || result.m_status == 0) {
+        GTEST_SKIP() << "nobody is kept from reading here";
+    }
+    EXPECT_EQ(Complaint(result.m_errors), file + ": Permission denied");
+    EXPECT_EQ(result.m_status, 1);
+}
+
+TEST_F(CommandLine, EmptyAccessFile_IsNotTakenForAnXmlFile) {
+    CopyExample("materials.xml");
+    const std::string file = Write("materials.mdb", "");
+    const quillet::test::RunResult result = Run({"info", file});
+    EXPECT_EQ(result.m_status, 1);
+    EXPECT_THAT(Complaint(result.m_errors), StartsWith(file + ": "));
+}
+
+TEST_F(CommandLine, DamagedXml_GivesTheLine) {
+    const std::string file = Write("broken.xml", "<database>\n<header>\n</database>\n");
+    EXPECT_THAT(Failure({"info", file}), StartsWith(file + ":3: "));
+    EXPECT_THAT(Failure({"--sequential", "info", file}), StartsWith(file + ":3: "));
+    EXPECT_THAT(Failure({"show", file, "t"}), StartsWith(file + ":3: "));
+}
+
+TEST_F(CommandLine, XmlOfAnotherKind_IsNoCatalog) {
+    const std::string file = Write("other.xml", "<html />");
+    EXPECT_EQ(Failure({"info", file}), file + ": no catalog: its header or its body is not complete");
+    EXPECT_EQ(Failure({"--sequential", "info", file}),
+              file + ": no catalog: its header or its body is not complete");
+}
+
+TEST_F(CommandLine, Reading_WhateverTheCommand_LeavesTheFileAsItWas) {
+    for (const char* name : {"materials.xml", "field-types.xml"}) {
+        const std::string file = CopyExample(name);
+        const std::string table = name == std::string("materials.xml") ? "Steel" : "Every type";
+        const std::string before = Read(name);
+        const auto written = std::filesystem::last_write_time(m_folder / name);
+        const std::vector<std::vector<std::string>> commands = {{"info", file},
+                                                                {"fields", file, table},
+                                                                {"show", file, table},
+                                                                {"check", file},
+                                                                {"export", file, table, Path("out.csv")}};
+        for (std::vector<std::string> command : commands) {
+            Output(command);
+            command.insert(command.begin(), "--sequential");
+            Output(command);
+        }
+        EXPECT_EQ(Read(name), before);
+        EXPECT_EQ(std::filesystem::last_write_time(m_folder / name), written);
+    }
+}
+
+TEST_F(CommandLine, Reading_AFileWithFaults_WarnsAndLeavesItAsItWas) {
+    const std::string file = WriteChanged("faulty.xml", R"(d="8")", R"(d="8" extra="1")");
+    const std::string before = Read("faulty.xml");
+    const quillet::test::RunResult result = Run({"show", file, "Steel", "--limit", "1"});
+    EXPECT_EQ(result.m_status, 0);
+    EXPECT_THAT(result.m_output, HasSubstr("S 235"));
+    EXPECT_THAT(Complaint(result.m_errors), StartsWith("warning: " + file + ": Table 'Bolts' has rows"));
+    EXPECT_EQ(Read("faulty.xml"), before);
+}
+
+TEST_F(CommandLine, Log_Asked_GoesToStandardError) {
+    const std::string file = CopyExample("materials.xml");
+    const quillet::test::RunResult result = Run({"fields", file, "Steel", "--log", "--format", "csv"});
+    EXPECT_EQ(result.m_status, 0);
+    EXPECT_THAT(result.m_errors, HasSubstr("Table 'Steel' created"));
+    EXPECT_THAT(result.m_output, testing::Not(HasSubstr("created")));
+}
+
+TEST_F(CommandLine, Sequential_EveryTable_ReadsTheSame) {
+    const std::string file = CopyExample("materials.xml");
+    EXPECT_EQ(Output({"info", file, "--sequential"}), Output({"info", file}));
+    for (const char* table : {"Header", "Steel", "Bolt classes"}) {
+        EXPECT_EQ(Output({"show", file, table, "--sequential"}), Output({"show", file, table})) << table;
+    }
+}
+
+TEST_F(CommandLine, FileNameBeyondAscii_IsFound) {
+    CopyExample("materials.xml");
+    const std::filesystem::path path = m_folder / std::filesystem::path(u8"Träger 鋼.xml");
+    std::filesystem::copy_file(m_folder / "materials.xml", path);
+    EXPECT_THAT(Output({"info", quillet::test::Utf8(path)}), HasSubstr("Träger 鋼.xml"));
+}
+
+TEST_F(CommandLine, MessageAboutControlCharacters_SpellsThemOut) {
+    const std::string file = CopyExample("materials.xml");
+    EXPECT_THAT(Failure({"show", file, "\x1B[2J"}), HasSubstr("no table '\\u{1b}[2J'"));
+}
+
+}  // namespace

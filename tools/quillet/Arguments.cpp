@@ -1,0 +1,370 @@
+#include "Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <memory>
+
+#include "CellText.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "PlainText.h"
+#include "base/Utf8.h"
+
+namespace quillet::tool {
+
+namespace {
+
+const std::map<std::string, Format> Formats = {
+    {"text", Format::Text}, {"csv", Format::Csv}, {"json", Format::Json}};
+
+// The checks return what is wrong, or nothing.
+std::string CheckFormat(const std::string& word) {
+    return Formats.count(word) > 0 ? "" : Quoted(word) + " is none of text, csv and json";
+}
+
+std::string CheckCount(const std::string& text) {
+    std::size_t count = 0;
+    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), count);
+    const bool isCount = result.ec == std::errc() && result.ptr == text.data() + text.size();
+    return isCount ? "" : Quoted(text) + " is no whole number from 0 up";
+}
+
+std::string CheckNotEmpty(const std::string& text) {
+    return text.empty() ? "may not be empty" : "";
+}
+
+std::string CheckKeyValue(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    return equals == std::string::npos || equals == 0 ? Quoted(text) + " is not of the form KEY=VALUE" : "";
+}
+
+std::string CheckFieldType(const std::string& text) {
+    const std::size_t equals = text.rfind('=');
+    if (equals == std::string::npos || equals == 0) {
+        return Quoted(text) + " is not of the form FIELD=WORD";
+    }
+    const std::string word = text.substr(equals + 1);
+    return TypeOfWord(word) ? "" : Quoted(word) + " is no type; the types are " + TypeWords();
+}
+
+std::string CheckSection(const std::string& word) {
+    return word == "header" || word == "properties" ? "" : Quoted(word) + " is neither header nor properties";
+}
+
+std::vector<KeyValue> SplitAll(const std::vector<std::string>& texts,
+                               std::size_t (*place)(const std::string&)) {
+    std::vector<KeyValue> pairs;
+    for (const std::string& text : texts) {
+        const std::size_t equals = place(text);
+        pairs.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+    }
+    return pairs;
+}
+
+// A value may hold further equals signs.
+std::vector<KeyValue> SplitValues(const std::vector<std::string>& texts) {
+    return SplitAll(texts, [](const std::string& text) { return text.find('='); });
+}
+
+// A field's name may hold some, a type does not.
+std::vector<KeyValue> SplitTypes(const std::vector<std::string>& texts) {
+    return SplitAll(texts, [](const std::string& text) { return text.rfind('='); });
+}
+
+constexpr const char* Examples = R"(Examples:
+  quillet info steel.xml                    what the catalog holds
+  quillet show steel.xml IPE --limit 5      the first rows of a table
+  quillet export steel.xml IPE ipe.csv      a table as a CSV file
+  quillet import steel.xml Mine mine.csv    a new table from a CSV file
+  quillet check steel.xml                   whether anything is wrong
+
+'quillet COMMAND --help' tells more about a command. Options may stand before or
+behind the command. Table names match without regard to case.
+
+Exit status: 0 done, 1 failed, 2 the command line makes no sense.)";
+
+constexpr const char* ImportNotes =
+    R"(The first line of the CSV file names the fields. A field whose values are all
+whole numbers becomes long, all numbers double, all true or false boolean, and
+text otherwise; --type decides differently. Numbers have a decimal point.
+An empty value stays empty in the file, but readers take an empty float or
+double for 0. If anything is wrong with the CSV file, nothing is changed.
+
+Types: )";
+
+constexpr const char* NewNotes =
+    R"(Keys of the header: category, symbol, title, catalog_type, units_type, version.
+Keys of the properties: units, unit_long, unit_sect, unit_weight, material.
+
+)";
+
+constexpr const char* CommonNotes =
+    "'quillet --help' tells the options of every command: --format, --sequential, --log.";
+
+// The parser, and the requests that it fills.
+class CommandLine {
+public:
+    CommandLine();
+
+    void Parse(std::vector<std::string> arguments) {
+        // The parser takes them from the end.
+        std::reverse(arguments.begin(), arguments.end());
+        m_app.parse(arguments);
+    }
+
+    CLI::App& App() { return m_app; }
+    Command Chosen() const { return m_chosen; }
+
+private:
+    using Texts = std::shared_ptr<std::vector<std::string>>;
+
+    CLI::App& Add(const char* name, const char* description);
+    static CLI::Option& AddFile(CLI::App& command, std::string& file);
+    static CLI::Option& AddTable(CLI::App& command, std::string& table);
+    static CLI::Option& AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
+                                const char* form, const char* description);
+
+    void AddOptions();
+    void AddInfo();
+    void AddFields();
+    void AddShow();
+    void AddExport();
+    void AddCheck();
+    void AddNew();
+    void AddSet();
+    void AddImport();
+    void AddDrop();
+    void AddRename();
+
+    // Runs the function with the request that the parser has filled by then.
+    template <typename Request>
+    void Choose(CLI::App& command, const std::shared_ptr<Request>& request,
+                int (*function)(const Settings&, const Request&)) {
+        command.callback([this, request, function] {
+            m_chosen = [settings = m_settings, request, function] { return function(settings, *request); };
+        });
+    }
+
+    CLI::App m_app{"Looks into catalogs of engineering tables and changes them.", "quillet"};
+    std::string m_format = "text";
+    Settings m_settings;
+    Command m_chosen;
+};
+
+CommandLine::CommandLine() {
+    m_app.allow_windows_style_options(false);
+    m_app.require_subcommand(1);
+    m_app.get_formatter()->column_width(30);
+    m_app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    m_app.get_formatter()->label("Positionals", "Arguments");
+    m_app.get_formatter()->label("REQUIRED", "");
+    AddOptions();
+    AddInfo();
+    AddFields();
+    AddShow();
+    AddCheck();
+    AddExport();
+    AddNew();
+    AddSet();
+    AddImport();
+    AddDrop();
+    AddRename();
+    m_app.footer(Examples);
+}
+
+void CommandLine::AddOptions() {
+    m_app.set_help_flag("-h,--help", "Show this help");
+    m_app.set_version_flag("--version", "quillet " QUILLET_VERSION, "Show the version");
+    m_app.add_option("--format", m_format, "Form of the output: text, csv or json (text)")
+        ->check(CheckFormat)
+        ->type_name("FORM")
+        ->each([this](const std::string& word) { m_settings.m_format = Formats.at(word); });
+    m_app.add_flag("--sequential", m_settings.m_sequential, "Read the file table by table, as far as needed");
+    m_app.add_flag("--log", m_settings.m_log, "Show the log of the database on standard error");
+}
+
+CLI::App& CommandLine::Add(const char* name, const char* description) {
+    CLI::App& command = *m_app.add_subcommand(name, description);
+    command.group("Commands");
+    command.footer(CommonNotes);
+    command.fallthrough();
+    return command;
+}
+
+CLI::Option& CommandLine::AddFile(CLI::App& command, std::string& file) {
+    return *command.add_option("FILE", file, "Catalog file")->required()->check(CheckNotEmpty)->type_name("");
+}
+
+CLI::Option& CommandLine::AddTable(CLI::App& command, std::string& table) {
+    return *command.add_option("TABLE", table, "Table name")->required()->check(CheckNotEmpty)->type_name("");
+}
+
+CLI::Option& CommandLine::AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
+                                  const char* form, const char* description) {
+    // One value for each option, or what follows it would be taken too.
+    return *command.add_option(option, list, description)->allow_extra_args(false)->type_name(form);
+}
+
+void CommandLine::AddInfo() {
+    const auto request = std::make_shared<InfoRequest>();
+    CLI::App& command = Add("info", "Show what a catalog holds");
+    AddFile(command, request->m_file);
+    Choose(command, request, Info);
+}
+
+void CommandLine::AddFields() {
+    const auto request = std::make_shared<FieldsRequest>();
+    CLI::App& command = Add("fields", "Show the fields of a table");
+    AddFile(command, request->m_file);
+    AddTable(command, request->m_table);
+    Choose(command, request, Fields);
+}
+
+void CommandLine::AddShow() {
+    const auto request = std::make_shared<ShowRequest>();
+    CLI::App& command = Add("show", "Show the rows of a table");
+    AddFile(command, request->m_file);
+    AddTable(command, request->m_table);
+    command.add_option("--limit", request->m_limit, "Show at most N rows")->check(CheckCount)->type_name("N");
+    command.add_option("--offset", request->m_offset, "Pass over the first N rows")
+        ->check(CheckCount)
+        ->type_name("N");
+    Choose(command, request, Show);
+}
+
+void CommandLine::AddCheck() {
+    const auto request = std::make_shared<CheckRequest>();
+    CLI::App& command = Add("check", "Read everything and tell what is wrong");
+    AddFile(command, request->m_file);
+    Choose(command, request, Check);
+}
+
+void CommandLine::AddExport() {
+    const auto request = std::make_shared<ExportRequest>();
+    CLI::App& command = Add("export", "Write a table to a CSV or JSON file");
+    AddFile(command, request->m_file);
+    AddTable(command, request->m_table);
+    command.add_option("OUT", request->m_target, "OUT.csv, OUT.json, or - for standard output in --format")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    Choose(command, request, Export);
+}
+
+void CommandLine::AddNew() {
+    const auto request = std::make_shared<NewRequest>();
+    const auto header = std::make_shared<std::vector<std::string>>();
+    const auto properties = std::make_shared<std::vector<std::string>>();
+    CLI::App& command = Add("new", "Make an empty catalog");
+    AddFile(command, request->m_file);
+    AddList(command, "--header", *header, "KEY=VALUE", "Set a value of the header; may be repeated")
+        .check(CheckKeyValue);
+    AddList(command, "--property", *properties, "KEY=VALUE", "Set a value of the properties; may be repeated")
+        .check(CheckKeyValue);
+    command.footer(std::string(NewNotes) + CommonNotes);
+    command.parse_complete_callback([request, header, properties] {
+        request->m_header = SplitValues(*header);
+        request->m_properties = SplitValues(*properties);
+    });
+    Choose(command, request, New);
+}
+
+void CommandLine::AddSet() {
+    const auto request = std::make_shared<SetRequest>();
+    const auto values = std::make_shared<std::vector<std::string>>();
+    CLI::App& command = Add("set", "Set values of the header or the properties");
+    AddFile(command, request->m_file);
+    command.add_option("SECTION", request->m_table, "header or properties")
+        ->required()
+        ->check(CheckSection)
+        ->type_name("");
+    command.add_option("KEY=VALUE", *values, "What to set; 'quillet info' shows the keys")
+        ->required()
+        ->check(CheckKeyValue)
+        ->type_name("");
+    command.parse_complete_callback([request, values] { request->m_values = SplitValues(*values); });
+    Choose(command, request, Set);
+}
+
+void CommandLine::AddImport() {
+    const auto request = std::make_shared<ImportRequest>();
+    const auto types = std::make_shared<std::vector<std::string>>();
+    CLI::App& command = Add("import", "Make a table from a CSV file");
+    AddFile(command, request->m_file);
+    AddTable(command, request->m_table);
+    command.add_option("IN", request->m_source, "CSV file")->required()->check(CheckNotEmpty)->type_name("");
+    AddList(command, "--type", *types, "FIELD=WORD", "Type of a field; may be repeated")
+        .check(CheckFieldType);
+    AddList(command, "--key", request->m_keys, "FIELD", "Mark a field as key; may be repeated");
+    command.add_flag("--replace", request->m_replace,
+                     "Replace a table of this name; fields that stay remain keys");
+    command.footer(ImportNotes + TypeWords() + ".\n\n" + CommonNotes);
+    command.parse_complete_callback([request, types] { request->m_types = SplitTypes(*types); });
+    Choose(command, request, Import);
+}
+
+void CommandLine::AddDrop() {
+    const auto request = std::make_shared<DropRequest>();
+    CLI::App& command = Add("drop", "Delete a table");
+    AddFile(command, request->m_file);
+    AddTable(command, request->m_table);
+    Choose(command, request, Drop);
+}
+
+void CommandLine::AddRename() {
+    const auto request = std::make_shared<RenameRequest>();
+    CLI::App& command = Add("rename", "Rename a table");
+    AddFile(command, request->m_file);
+    command.add_option("OLD", request->m_table, "Table name")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    command.add_option("NEW", request->m_newName, "New name")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    Choose(command, request, Rename);
+}
+
+// In this program's own words where the parser's are no help.
+std::string Explain(CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    const std::string hint =
+        "; try 'quillet " + (chosen.empty() ? std::string() : chosen.front()->get_name() + " ") + "--help'";
+    const std::vector<std::string> rest = app.remaining(true);
+    const bool isCommandMissing =
+        dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && chosen.empty();
+    if (!rest.empty() && (isCommandMissing || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr)) {
+        const char* const kind = rest.front().starts_with('-') ? "unknown option "
+                                 : chosen.empty()              ? "unknown command "
+                                                               : "too many arguments: ";
+        return kind + Quoted(rest.front()) + hint;
+    }
+    if (isCommandMissing) {
+        return "a command is missing" + hint;
+    }
+    return error.what() + hint;
+}
+
+}  // namespace
+
+Command ParseArguments(const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments) {
+        if (!IsValidUtf8(argument)) {
+            throw UsageError("an argument is not UTF-8");
+        }
+    }
+    const auto line = std::make_shared<CommandLine>();
+    try {
+        line->Parse(arguments);
+    } catch (const CLI::Success& question) {
+        return [line, question] { return line->App().exit(question); };
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(Explain(line->App(), error));
+    }
+    return line->Chosen();
+}
+
+}  // namespace quillet::tool

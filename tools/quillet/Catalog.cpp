@@ -1,0 +1,265 @@
+#include "Catalog.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "CellText.h"
+#include "LogLines.h"
+#include "Names.h"
+#include "PlainText.h"
+#include "Progress.h"
+#include "base/CException.h"
+#include "platform/File.h"
+#include "xml/Document.h"
+
+namespace quillet::tool {
+
+namespace {
+
+constexpr const char* IncompleteCatalog = "no catalog: its header or its body is not complete";
+
+// The part of a path that people call the file.
+std::string FileName(const std::string& path) {
+    const std::size_t slash = path.find_last_of("/\\");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+void WriteToStandardError(const std::string& line) {
+    const std::string visible = Visible(line) + "\n";
+    std::fwrite(visible.data(), 1, visible.size(), stderr);
+}
+
+bool EqualNames(const std::string& left, const char* right) {
+    return CString(left).CompareNoCase(right) == 0;
+}
+
+// The reason of a line that names the file once more.
+std::string WithoutPath(const std::string& line, const std::string& path) {
+    const std::string beginning = "File '" + path + "' could not be written: ";
+    return line.starts_with(beginning) ? line.substr(beginning.size()) : line;
+}
+
+std::unique_ptr<DbDatabase> OpenDatabase(const std::string& path) {
+    std::string why;
+    if (!platform::ReadableFile::Open(path, &why)) {
+        throw Failure(path + ": " + why);
+    }
+    // The path is taken as it was given.
+    DbSource::ForceXML = false;
+    try {
+        return std::make_unique<DbDatabase>(path);
+    } catch (CException* exception) {
+        exception->Delete();
+        throw Failure(path + ": can't be read");
+    }
+}
+
+}  // namespace
+
+Catalog::Catalog(const std::string& path, const Settings& settings)
+    : Catalog(path, settings, OpenDatabase(path)) {
+    if (!m_database->IsOpen()) {
+        throw Failed("no catalog: its name ends neither in .xml nor in .mdb");
+    }
+    m_database->GetSource()->SetSequentialAccess(settings.m_sequential);
+}
+
+Catalog::Catalog(const std::string& path, const Settings& settings, std::unique_ptr<DbDatabase> database)
+    : m_path(path), m_showsLog(settings.m_log), m_database(std::move(database)) {
+}
+
+Catalog::~Catalog() {
+    if (m_database) {
+        // A database that counts as changed would save itself.
+        m_database->Sync();
+    }
+}
+
+Catalog Catalog::Create(const std::string& path, const Settings& settings) {
+    DbSource::ForceXML = false;
+    Catalog catalog(path, settings, std::make_unique<DbDatabase>());
+    catalog.m_database->Create(path);
+    return catalog;
+}
+
+Catalog Catalog::OpenForEditing(const std::string& path, const Settings& settings) {
+    Catalog catalog(path, settings);
+    if (!catalog.IsXml()) {
+        throw catalog.Failed("only .xml catalogs can be changed");
+    }
+    if (!catalog.m_database->CanUpdate()) {
+        throw catalog.Failed("the file is read-only");
+    }
+    catalog.ReadAll();
+    catalog.RefuseUnreadable();
+    if (!catalog.m_faults.empty()) {
+        throw catalog.Failed("not changed, for it has faults that 'quillet check' lists: " +
+                             catalog.m_faults.front());
+    }
+    catalog.RefuseMisplacedHeader();
+    return catalog;
+}
+
+void Catalog::ReadStructure() {
+    TryReadStructure();
+    RefuseUnreadable();
+}
+
+void Catalog::TryReadStructure() {
+    {
+        const RunningProgress progress(ScreenBesideFiles(), "Reading " + FileName(m_path));
+        m_database->GetTablesCount();
+    }
+    CollectLog();
+    if (!IsXml() && m_database->GetTablesCount() == 0) {
+        throw Failed("Access files can't be read yet");
+    }
+}
+
+void Catalog::ReadAll() {
+    TryReadStructure();
+    {
+        const RunningProgress progress(ScreenBesideFiles(), "Reading " + FileName(m_path));
+        m_database->LoadTables();
+        for (std::size_t i = 0; i < static_cast<std::size_t>(m_database->GetTablesCount()); ++i) {
+            if (!m_database->GetTableData(i)->ParseXmlData()) {
+                m_faults.push_back(MalformedRows(m_database->GetTableName(i).ToUtf8()));
+            }
+        }
+    }
+    CollectLog();
+}
+
+std::vector<std::string> Catalog::TableNames() {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(m_database->GetTablesCount()); ++i) {
+        names.push_back(m_database->GetTableName(i).ToUtf8());
+    }
+    return names;
+}
+
+std::size_t Catalog::FindIndex(const std::string& name) {
+    const DbTableInfo* const info = m_database->GetTableInfo(name);
+    if (info == nullptr) {
+        throw Failed("no table " + Quoted(name) + ": " + SuggestNames(name, TableNames()));
+    }
+    return info->GetIndex();
+}
+
+Table Catalog::FindTable(const std::string& name) {
+    return TableAt(FindIndex(name));
+}
+
+Table Catalog::TableAt(std::size_t index) {
+    DbTableData* data = nullptr;
+    bool isRead = false;
+    {
+        const RunningProgress progress(ScreenBesideFiles(), "Reading " + FileName(m_path));
+        data = m_database->GetTableData(index);
+        isRead = data->ParseXmlData();
+    }
+    CollectLog();
+    const std::string name = m_database->GetTableName(index).ToUtf8();
+    const std::string malformed = MalformedRows(name);
+    if (!isRead) {
+        m_faults.push_back(malformed);
+    }
+    RefuseUnreadable();
+    if (std::find(m_faults.begin(), m_faults.end(), malformed) != m_faults.end()) {
+        throw Failed(malformed);
+    }
+    return {name, m_database->GetTableDescr(index), data};
+}
+
+void Catalog::WarnOfFaults() const {
+    if (!m_faults.empty()) {
+        const std::string others =
+            m_faults.size() == 1 ? "" : " (and " + std::to_string(m_faults.size() - 1) + " more)";
+        Complain("warning: " + m_path + ": " + m_faults.front() + others);
+    }
+}
+
+void Catalog::RefuseUncarriable(const std::string& what, const std::string& text) const {
+    const std::string character = UncarriableCharacter(text);
+    if (!character.empty()) {
+        throw Failed(what + " holds " + character + ", which a catalog can't carry");
+    }
+}
+
+void Catalog::Save() {
+    bool isSaved = false;
+    {
+        const RunningProgress progress(ScreenBesideFiles(), "Saving " + FileName(m_path));
+        isSaved = m_database->Save(m_path);
+    }
+    m_faults.clear();
+    CollectLog();
+    if (!isSaved) {
+        std::string reasons;
+        for (const std::string& fault : m_faults) {
+            reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, m_path);
+        }
+        throw Failed("not saved" + reasons);
+    }
+}
+
+void Catalog::CollectLog() {
+    std::vector<CString> lines;
+    m_database->GetError(lines);
+    for (const CString& line : lines) {
+        const std::string text = line.ToUtf8();
+        if (m_showsLog) {
+            WriteToStandardError(text);
+        }
+        if (IsFault(text)) {
+            m_faults.push_back(IsInvalidFormat(text) ? std::string(IncompleteCatalog) : text);
+        }
+    }
+}
+
+// The database keeps what it understood of a damaged file. What it did not understand is no catalog.
+void Catalog::RefuseUnreadable() {
+    if (m_faults.empty() || !IsXml()) {
+        return;
+    }
+    xml::Document document;
+    m_isWellFormed = m_isWellFormed || document.LoadFile(m_path);
+    if (!m_isWellFormed) {
+        const xml::ReadError& error = document.Error();
+        throw Failure(m_path + (error.m_line == 0 ? "" : ":" + std::to_string(error.m_line)) + ": " +
+                      error.m_message);
+    }
+    if (std::find(m_faults.begin(), m_faults.end(), IncompleteCatalog) != m_faults.end()) {
+        throw Failed(IncompleteCatalog);
+    }
+}
+
+// The first two tables are written as the header, whichever they are.
+void Catalog::RefuseMisplacedHeader() {
+    const std::vector<std::string> names = TableNames();
+    if (names.size() < 2 || !EqualNames(names[0], HeaderName) || !EqualNames(names[1], PropertiesName)) {
+        throw Failed("not changed, for the tables Header and Properties are not the first ones");
+    }
+}
+
+bool IsHeaderOrProperties(const std::string& name) {
+    return EqualNames(name, HeaderName) || EqualNames(name, PropertiesName);
+}
+
+std::vector<std::string> FieldNames(const DbTableDescr& descr) {
+    std::vector<std::string> names;
+    for (const DbFieldDescr* field : descr) {
+        names.push_back(field->GetName().ToUtf8());
+    }
+    return names;
+}
+
+bool HasXmlEnding(const std::string& path) {
+    return CString(path).Right(4).CompareNoCase(".xml") == 0;
+}
+
+void Complain(const std::string& message) {
+    WriteToStandardError("quillet: " + message);
+}
+
+}  // namespace quillet::tool

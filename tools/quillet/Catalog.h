@@ -1,0 +1,97 @@
+// A catalog file as the commands use it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Failure.h"
+#include "Quillet/Db_Database.h"
+#include "Settings.h"
+
+namespace quillet::tool {
+
+// A table that was found, its rows read.
+struct Table {
+    std::string m_name;
+    DbTableDescr* m_descr;
+    DbTableData* m_data;
+};
+
+// Owns the database over a file. The file is written by Save and by nothing else, whatever the model marks as
+// changed. What can't be done throws Failure, which names the file.
+class Catalog {
+public:
+    // Opens an existing file and reads nothing yet.
+    Catalog(const std::string& path, const Settings& settings);
+    Catalog(Catalog&& other) noexcept = default;
+    Catalog(const Catalog&) = delete;
+    Catalog& operator=(const Catalog&) = delete;
+    ~Catalog();
+
+    // A catalog for a file that does not exist yet.
+    static Catalog Create(const std::string& path, const Settings& settings);
+    // Opens a file to be changed and reads all of it. Refuses a file that can't be written, and one that was
+    // not understood completely: writing it would make the loss permanent.
+    static Catalog OpenForEditing(const std::string& path, const Settings& settings);
+
+    DbDatabase& Database() { return *m_database; }
+    const std::string& Path() const { return m_path; }
+    bool IsXml() { return m_database->GetSource()->IsXmlBased(); }
+
+    // Reads the structure of all tables, and refuses a file that is no catalog.
+    void ReadStructure();
+    // Reads the structure and every table's rows, as far as they can be understood.
+    void ReadAll();
+
+    std::vector<std::string> TableNames();
+    // The position of a table, which is found without regard to case.
+    std::size_t FindIndex(const std::string& name);
+    // The table at a position, or of a name; its rows are read.
+    Table TableAt(std::size_t index);
+    Table FindTable(const std::string& name);
+
+    // What reading found wrong so far, one line each.
+    const std::vector<std::string>& Faults() const { return m_faults; }
+    // Says on standard error, in one line, that faults were found.
+    void WarnOfFaults() const;
+
+    // Writes the file.
+    void Save();
+
+    // Refuses a text with a character that the file can't carry; what says whose it is.
+    void RefuseUncarriable(const std::string& what, const std::string& text) const;
+
+    // "FILE: message".
+    Failure Failed(const std::string& message) const { return Failure(m_path + ": " + message); }
+
+private:
+    Catalog(const std::string& path, const Settings& settings, std::unique_ptr<DbDatabase> database);
+
+    void TryReadStructure();
+    void CollectLog();
+    void RefuseUnreadable();
+    void RefuseMisplacedHeader();
+
+    std::string m_path;
+    bool m_showsLog;
+    // Whether the whole file was found to be XML.
+    bool m_isWellFormed = false;
+    std::unique_ptr<DbDatabase> m_database;
+    std::vector<std::string> m_faults;
+};
+
+// The tables that every catalog has, at the positions 0 and 1.
+constexpr const char* HeaderName = "Header";
+constexpr const char* PropertiesName = "Properties";
+bool IsHeaderOrProperties(const std::string& name);
+
+std::vector<std::string> FieldNames(const DbTableDescr& descr);
+
+// Whether the path ends as XML catalogs do.
+bool HasXmlEnding(const std::string& path);
+
+// Puts a line of the program's own on standard error: "quillet: message".
+void Complain(const std::string& message);
+
+}  // namespace quillet::tool

@@ -1,0 +1,87 @@
+// The commands. Each returns the exit status and throws Failure for what it can't do.
+#pragma once
+
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Settings.h"
+
+namespace quillet::tool {
+
+using KeyValue = std::pair<std::string, std::string>;
+
+struct InfoRequest {
+    std::string m_file;
+};
+
+struct FieldsRequest {
+    std::string m_file;
+    std::string m_table;
+};
+
+struct ShowRequest {
+    std::string m_file;
+    std::string m_table;
+    std::size_t m_offset = 0;
+    std::size_t m_limit = std::numeric_limits<std::size_t>::max();
+};
+
+struct ExportRequest {
+    std::string m_file;
+    std::string m_table;
+    // "-" is standard output.
+    std::string m_target;
+};
+
+struct CheckRequest {
+    std::string m_file;
+};
+
+struct NewRequest {
+    std::string m_file;
+    std::vector<KeyValue> m_header;
+    std::vector<KeyValue> m_properties;
+};
+
+struct SetRequest {
+    std::string m_file;
+    // The table Header or Properties.
+    std::string m_table;
+    std::vector<KeyValue> m_values;
+};
+
+struct DropRequest {
+    std::string m_file;
+    std::string m_table;
+};
+
+struct RenameRequest {
+    std::string m_file;
+    std::string m_table;
+    std::string m_newName;
+};
+
+struct ImportRequest {
+    std::string m_file;
+    std::string m_table;
+    std::string m_source;
+    // Field names and type words.
+    std::vector<KeyValue> m_types;
+    std::vector<std::string> m_keys;
+    bool m_replace = false;
+};
+
+int Info(const Settings& settings, const InfoRequest& request);
+int Fields(const Settings& settings, const FieldsRequest& request);
+int Show(const Settings& settings, const ShowRequest& request);
+int Export(const Settings& settings, const ExportRequest& request);
+int Check(const Settings& settings, const CheckRequest& request);
+int New(const Settings& settings, const NewRequest& request);
+int Set(const Settings& settings, const SetRequest& request);
+int Drop(const Settings& settings, const DropRequest& request);
+int Rename(const Settings& settings, const RenameRequest& request);
+int Import(const Settings& settings, const ImportRequest& request);
+
+}  // namespace quillet::tool

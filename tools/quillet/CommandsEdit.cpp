@@ -1,0 +1,104 @@
+// Commands that change a catalog.
+#include <filesystem>
+
+#include "Catalog.h"
+#include "CellText.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Names.h"
+#include "Output.h"
+#include "PlainText.h"
+
+namespace quillet::tool {
+
+namespace {
+
+constexpr int Done = 0;
+
+// A link that leads nowhere counts: something of the name is there.
+bool IsTaken(const std::string& path) {
+    const std::u8string utf8(path.begin(), path.end());
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(std::filesystem::path(utf8), error));
+}
+
+// Sets values of the one row of Header or Properties.
+void SetValues(Catalog& catalog, const std::string& tableName, const std::vector<KeyValue>& values) {
+    const Table table = catalog.FindTable(tableName);
+    for (const auto& [key, value] : values) {
+        const int index = table.m_descr->GetFieldIndex(key);
+        if (index < 0) {
+            const std::string known = JoinNames(FieldNames(*table.m_descr));
+            throw catalog.Failed("no field " + Quoted(key) + " in " + table.m_name + ": there are " + known);
+        }
+        catalog.RefuseUncarriable("the value of " + key, value);
+        if (table.m_data->size() == 0) {
+            table.m_data->AddRow();
+        }
+        const DbFieldDescr& field = table.m_descr->GetField(index);
+        if (!FillCell(field, value, (*table.m_data)[0].GetField(static_cast<uint64>(index)).GetVariant())) {
+            throw catalog.Failed(key + ": " + Quoted(value) + " is no value of the type " +
+                                 field.GetTypeString().ToUtf8());
+        }
+    }
+}
+
+}  // namespace
+
+int New(const Settings& settings, const NewRequest& request) {
+    const std::string& file = request.m_file;
+    if (!HasXmlEnding(file)) {
+        throw Failure(file + ": the name of a new catalog must end in .xml");
+    }
+    if (IsTaken(file)) {
+        throw Failure(file + ": already there, and not overwritten");
+    }
+    Catalog catalog = Catalog::Create(file, settings);
+    SetValues(catalog, HeaderName, request.m_header);
+    SetValues(catalog, PropertiesName, request.m_properties);
+    catalog.Save();
+    Say(settings, file + ": created");
+    return Done;
+}
+
+int Set(const Settings& settings, const SetRequest& request) {
+    Catalog catalog = Catalog::OpenForEditing(request.m_file, settings);
+    SetValues(catalog, request.m_table, request.m_values);
+    catalog.Save();
+    Say(settings,
+        catalog.Path() + ": " + Counted(request.m_values.size(), "value") + " set in " + request.m_table);
+    return Done;
+}
+
+int Drop(const Settings& settings, const DropRequest& request) {
+    Catalog catalog = Catalog::OpenForEditing(request.m_file, settings);
+    const Table table = catalog.FindTable(request.m_table);
+    if (IsHeaderOrProperties(table.m_name)) {
+        throw catalog.Failed("the table " + table.m_name + " can't be dropped, every catalog has it");
+    }
+    catalog.Database().DeleteTable(table.m_name);
+    catalog.Save();
+    Say(settings, catalog.Path() + ": table '" + table.m_name + "' dropped");
+    return Done;
+}
+
+int Rename(const Settings& settings, const RenameRequest& request) {
+    Catalog catalog = Catalog::OpenForEditing(request.m_file, settings);
+    const Table table = catalog.FindTable(request.m_table);
+    const std::string& newName = request.m_newName;
+    if (IsHeaderOrProperties(table.m_name)) {
+        throw catalog.Failed("the table " + table.m_name + " can't be renamed, every catalog has it");
+    }
+    catalog.RefuseUncarriable("the new name", newName);
+    // The same name in other letters is no other table.
+    const bool isOwnName = CString(newName).CompareNoCase(table.m_name) == 0;
+    if (!isOwnName && catalog.Database().IsTable(newName)) {
+        throw catalog.Failed("a table " + Quoted(newName) + " is already there");
+    }
+    catalog.Database().RenameTable(table.m_name, newName);
+    catalog.Save();
+    Say(settings, catalog.Path() + ": table '" + table.m_name + "' renamed to '" + newName + "'");
+    return Done;
+}
+
+}  // namespace quillet::tool

@@ -1,0 +1,51 @@
+// Reads comma-separated values as RFC 4180 has them.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillet::tool {
+
+// Walks the rows of a text. Blanks belong to the values; line breaks stand in quoted values; rows end with
+// CRLF, LF or CR; empty lines are passed over, and so is a byte-order mark. Whatever breaks the rules throws
+// Failure with the name of the file and the line.
+class CsvReader {
+public:
+    // The text must outlive the reader; the name is that of the file, for messages.
+    CsvReader(std::string_view text, std::string name);
+    CsvReader(const CsvReader&) = delete;
+    CsvReader& operator=(const CsvReader&) = delete;
+    ~CsvReader();
+
+    // Moves to the next row, the first one at the beginning; false when there is none.
+    bool Next();
+
+    // The values of the row; valid until the next move.
+    const std::vector<std::string>& Values() const;
+    // The line on which the row begins, from 1.
+    std::size_t Line() const { return m_rowLine; }
+
+    // "FILE:LINE: message" for the row at hand.
+    std::string Message(std::string_view message) const;
+
+private:
+    struct Parser;
+
+    void CheckEncoding() const;
+    void Feed(std::string_view line);
+    void FinishLastRow();
+    [[noreturn]] void Fail(std::size_t line, std::string_view message) const;
+
+    std::string_view m_rest;
+    std::string m_name;
+    std::unique_ptr<Parser> m_parser;
+    // The line that is fed next, and the one on which the row at hand begins.
+    std::size_t m_nextLine = 1;
+    std::size_t m_rowLine = 0;
+    bool m_isFinished = false;
+};
+
+}  // namespace quillet::tool

@@ -1,0 +1,21 @@
+// How a command ends that could not be done.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace quillet::tool {
+
+// One line that says what went wrong and where. The program ends with status 1.
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The command line itself makes no sense. The program ends with status 2.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+}  // namespace quillet::tool

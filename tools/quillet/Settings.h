@@ -1,0 +1,16 @@
+// What can be asked of every command.
+#pragma once
+
+namespace quillet::tool {
+
+enum class Format { Text, Csv, Json };
+
+struct Settings {
+    Format m_format = Format::Text;
+    // Tables are cut out of the file one after the other instead of reading it as a whole.
+    bool m_sequential = false;
+    // The database's log lines go to standard error.
+    bool m_log = false;
+};
+
+}  // namespace quillet::tool

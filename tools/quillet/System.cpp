@@ -1,0 +1,65 @@
+#include "System.h"
+
+#if defined(_WIN32)
+#include <windows.h>
+// shellapi.h needs the types of windows.h.
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+#include <cstdio>
+
+#include "base/Utf8.h"
+#else
+#include <unistd.h>
+#endif
+
+namespace quillet::tool {
+
+#if defined(_WIN32)
+
+std::vector<std::string> ProgramArguments(int, char**) {
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        AppendUtf8(wide[i], arguments.emplace_back());
+    }
+    LocalFree(wide);
+    return arguments;
+}
+
+void PrepareStandardStreams() {
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+bool IsStandardOutputTerminal() {
+    return _isatty(_fileno(stdout)) != 0;
+}
+
+bool IsStandardErrorTerminal() {
+    return _isatty(_fileno(stderr)) != 0;
+}
+
+#else
+
+std::vector<std::string> ProgramArguments(int argc, char** argv) {
+    return argc < 1 ? std::vector<std::string>() : std::vector<std::string>(argv + 1, argv + argc);
+}
+
+void PrepareStandardStreams() {
+}
+
+bool IsStandardOutputTerminal() {
+    return ::isatty(STDOUT_FILENO) != 0;
+}
+
+bool IsStandardErrorTerminal() {
+    return ::isatty(STDERR_FILENO) != 0;
+}
+
+#endif
+
+}  // namespace quillet::tool
