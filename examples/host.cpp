@@ -12,8 +12,8 @@ int main(int argc, char** argv) {
         DbDatabase catalog(argv[1]);
         for (int i = 0; i < catalog.GetTablesCount(); ++i) {
             const auto index = static_cast<std::size_t>(i);
-            std::cout << catalog.GetTableName(index) << ": " << catalog.GetTableDescr(index)->size() << " fields, "
-                      << catalog.GetTableData(index)->size() << " rows\n";
+            std::cout << catalog.GetTableName(index) << ": " << catalog.GetTableDescr(index)->size()
+                      << " fields, " << catalog.GetTableData(index)->size() << " rows\n";
         }
 
         DbTableData* const sections = catalog.GetTableData("ipe");
@@ -29,7 +29,8 @@ int main(int argc, char** argv) {
         added.SetValue("h", CComVariant(300.0));
 
         const bool saved = catalog.Save(argv[2]);
-        std::cout << (saved ? "saved " : "not saved ") << argv[2] << ", now " << sections->size() << " rows\n";
+        std::cout << (saved ? "saved " : "not saved ") << argv[2] << ", now " << sections->size()
+                  << " rows\n";
         catalog.Sync();
         return saved ? 0 : 1;
     } catch (DbException* exception) {
