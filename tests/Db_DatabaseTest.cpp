@@ -589,6 +589,37 @@ TEST_P(DbDatabaseReading, ClearTable_UnknownName_ChangesNothing) {
     EXPECT_EQ(database->GetTableData("Alpha")->size(), 2U);
 }
 
+// ---- Changes
+
+TEST_F(DbDatabaseTest, Fields_EveryChange_MarksTheDatabaseChanged) {
+    DbDatabase database;
+    DbTableDescr& descr = *database.CreateTable("T", DbTableInfo::Table)->GetDescr();
+    descr.CreateField("a", false, DbFieldDescr::Long);
+    const auto changes = [&](auto change) {
+        database.Sync();
+        change();
+        return database.IsChanged();
+    };
+    EXPECT_TRUE(changes([&] { descr[0].SetName("b"); }));
+    EXPECT_TRUE(changes([&] { descr[0].SetKey(true); }));
+    EXPECT_TRUE(changes([&] { descr[0].SetDbType(DbFieldDescr::Text); }));
+    EXPECT_TRUE(changes([&] { descr.Clear(); }));
+    database.Sync();
+}
+
+TEST_F(DbDatabaseTest, FieldAddedOrDeleted_RowsFollow_RaisesTheChangeIdOfTheData) {
+    DbDatabase database;
+    const DbTableInfo* const info = database.CreateTable("T", DbTableInfo::Table);
+    info->GetData()->AddRow();
+    long before = info->GetData()->GetChangeId();
+    info->GetDescr()->CreateField("a", false, DbFieldDescr::Long);
+    EXPECT_GT(info->GetData()->GetChangeId(), before);
+    before = info->GetData()->GetChangeId();
+    info->GetDescr()->DeleteField("a");
+    EXPECT_GT(info->GetData()->GetChangeId(), before);
+    database.Sync();
+}
+
 // ---- Rename
 
 TEST_P(DbDatabaseReading, RenameTable_ToAFreeName_KeepsPlaceAndRows) {
@@ -599,8 +630,8 @@ TEST_P(DbDatabaseReading, RenameTable_ToAFreeName_KeepsPlaceAndRows) {
     EXPECT_EQ(database->GetTableInfo("omega")->GetName(), "Omega");
     EXPECT_EQ(database->GetTableInfo("omega")->GetIndex(), 2U);
     EXPECT_EQ(database->GetTableData("Omega")->size(), 2U);
-    EXPECT_EQ(TakeLog(*database).back(), "Table 'Alpha' renamed to 'Omega'")
-        << "the registered spelling of the old name";
+    EXPECT_EQ(TakeLog(*database).back(), "Table 'ALPHA' renamed to 'Omega'")
+        << "the old name as it was asked for";
 }
 
 TEST_P(DbDatabaseReading, RenameTable_MarksStructureAndContentsChanged) {
@@ -1574,7 +1605,8 @@ TEST_F(DbDatabaseTest, SaveToADocument_ThatRefuses_IsFalse) {
     quillet::xml::Document other;
     quillet::xml::Face face(document.Root());
     quillet::xml::Face otherFace(other.Root());
-    EXPECT_FALSE(database.Save(static_cast<IDispatch*>(nullptr), nullptr));
+    EXPECT_EQ(ThrownMessage([&] { database.Save(static_cast<IDispatch*>(nullptr), nullptr); }),
+              "Invalid pointer");
     EXPECT_FALSE(database.Save(&refusing, nullptr));
     EXPECT_FALSE(database.Save(face.Get(), &refusing));
     EXPECT_FALSE(database.Save(face.Get(), otherFace.Get())) << "a parent of another document";

@@ -95,6 +95,9 @@ bool DbDatabase::SaveXml(const CString& path) {
 }
 
 bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
+    if (document == nullptr) {
+        throw new DbException("Invalid pointer");
+    }
     LoadTables();
     m_reader->CreateHeader();
     m_reader->CreateProperties();
@@ -155,9 +158,8 @@ bool DbDatabase::RenameTable(CString oldName, CString newName) {
     // Rows that still wait to be read name their table.
     DbTableData* const data = GetTableData(oldName);
     data->ParseXmlData();
-    DbTableInfo* const info = m_registry->Find(oldName);
-    DbTableDescr* const descr = info->GetDescr();
-    m_registry->Rename(info, newName);
+    DbTableDescr* const descr = m_registry->Find(oldName)->GetDescr();
+    m_registry->Rename(oldName, newName);
     descr->SetChanged();
     data->SetChanged();
     return true;

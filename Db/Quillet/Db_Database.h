@@ -52,7 +52,8 @@ public:
     // fails (the log says which) and when the file can't be written.
     virtual bool Save(const quillet::CString& path);
     // Appends the <database> element to parent, or to the document itself when parent is null. False when a
-    // table failed, which leaves its incomplete element, or the document refused.
+    // table failed, which leaves its incomplete element, or the document refused. Throws DbException
+    // "Invalid pointer", by pointer, where there is no document.
     virtual bool Save(IDispatch* document, IDispatch* parent);
 
     // Makes this a new database for a file that need not exist yet, with an empty header and properties

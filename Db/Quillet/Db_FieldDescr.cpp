@@ -186,10 +186,17 @@ void DbFieldDescr::SetName(const CString& name) {
     if (CString(m_safeNameUtf8) != m_safeName) {
         m_safeNameUtf8.clear();
     }
+    SetChanged();
 }
 
 void DbFieldDescr::SetType(unsigned short variantType) {
     SetDefaultValue(variantType, GetVariant());
+    SetChanged();
+}
+
+void DbFieldDescr::SetKey(bool key) {
+    m_key = key;
+    SetChanged();
 }
 
 void DbFieldDescr::SetDbType(eFieldType type) {

@@ -54,7 +54,7 @@ public:
     eFieldType GetDbType() const;
 
     bool IsKey() const { return m_key; }
-    void SetKey(bool key) { m_key = key; }
+    void SetKey(bool key);
     bool IsRequired() const { return m_required; }
 
     // As SetType, with the default value stored in value.

@@ -38,9 +38,11 @@ void ChildList::Reserve(std::size_t capacity) {
 }
 
 void ChildList::Append(DbItem* item) {
-    if (m_head == nullptr || m_head->m_size == m_head->m_capacity) {
-        constexpr std::size_t FewChildren = 4;
-        Grow(m_head == nullptr ? FewChildren : std::size_t(m_head->m_capacity) * 2);
+    constexpr std::size_t FewChildren = 4;
+    if (m_head == nullptr) {
+        Grow(FewChildren);
+    } else if (m_head->m_size == m_head->m_capacity) {
+        Grow(std::max(FewChildren, std::size_t(m_head->m_capacity) * 2));
     }
     Items()[m_head->m_size++] = item;
 }

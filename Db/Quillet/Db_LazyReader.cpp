@@ -59,8 +59,11 @@ void DbLazyReader::ReadSequentially() {
     DbDocumentReader reader(m_registry, m_log);
     CString xml;
     bool good = m_source.ExtractXmlNode(HeaderStructurePath, xml);
+    if (good) {
+        reader.ReadStructureText(xml);
+    }
     // A search for rows that are not announced would run to the end of the file, past the body.
-    if (good && reader.ReadStructureText(xml) > 0) {
+    if (m_registry.Count() > 0) {
         good = m_source.ExtractXmlNode(HeaderDataPath, xml);
         if (good) {
             reader.ReadDataText(xml);
@@ -85,18 +88,22 @@ void DbLazyReader::ReadSequentially() {
     for (std::size_t i = first; i < m_registry.Count(); ++i) {
         m_unread.push_back(m_registry.DataAt(i));
     }
+    CheckEnd();
 }
 
 DbTableData* DbLazyReader::ReadNextTable() {
+    if (m_source.IsEof()) {
+        return nullptr;
+    }
     while (!m_unread.empty()) {
         const double start = platform::CounterSeconds();
         CString xml;
         if (!m_source.ExtractXmlNode(BodyTablePath, xml)) {
-            DbDocumentReader(m_registry, m_log).LogInvalidFormat();
-            m_unread.clear();
             break;
         }
-        if (DbTableData* const data = TakeUnread(xml)) {
+        DbTableData* const data = TakeUnread(xml);
+        CheckEnd();
+        if (data != nullptr) {
             data->SetXmlSource(xml);
             m_log.Print("Table '%s' xml source extracted in %.4f [s]",
                         m_registry.Find(data)->GetName().ToUtf8().c_str(),
@@ -104,10 +111,19 @@ DbTableData* DbLazyReader::ReadNextTable() {
             return data;
         }
     }
+    CheckEnd();
     if (m_source.IsSequentialAccess()) {
         m_source.Release();
     }
     return nullptr;
+}
+
+// Reading has come to the end of a file that lacks the rows of some tables.
+void DbLazyReader::CheckEnd() {
+    if (m_source.IsEof() && !m_unread.empty()) {
+        m_unread.clear();
+        DbDocumentReader(m_registry, m_log).LogInvalidFormat();
+    }
 }
 
 // Which table the rows belong to. The format puts them in the order of the structure; where a file does not,

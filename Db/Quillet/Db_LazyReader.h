@@ -44,6 +44,7 @@ public:
 
 private:
     void ReadSequentially();
+    void CheckEnd();
     bool IsUnread(const DbTableData* data) const;
     DbTableData* TakeUnread(const CString& xml);
 

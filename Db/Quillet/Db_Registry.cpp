@@ -115,8 +115,8 @@ void DbRegistry::Clear() {
     m_entries.clear();
 }
 
-void DbRegistry::Rename(DbTableInfo* info, const CString& newName) {
-    const CString oldName = info->GetName();
+void DbRegistry::Rename(const CString& oldName, const CString& newName) {
+    DbTableInfo* const info = Find(oldName);
     const std::size_t index = info->GetIndex();
     if (index < Count()) {
         m_descrs[index].first = newName;

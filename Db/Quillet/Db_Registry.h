@@ -37,7 +37,7 @@ public:
     void DeleteWithRelated(const CString& name);
     void Clear();
     // See DbDatabase::RenameTable.
-    void Rename(DbTableInfo* info, const CString& newName);
+    void Rename(const CString& oldName, const CString& newName);
 
     DbTableInfo* Find(const CString& name);
     DbTableInfo* Find(const DbTableData* data);

@@ -130,17 +130,22 @@ void DbRows::Update(uint64 fieldIndex, bool added) {
     if (descr == nullptr) {
         return;
     }
+    bool touched = false;
     for (DbTableRow* const row : m_storage->m_rows) {
         // Rows that other rows lend are those rows' to update.
         if (row == nullptr || row->GetDescr() != descr ||
             (row->LiveParent() != nullptr && row->LiveParent() != this)) {
             continue;
         }
+        touched = true;
         if (added) {
             row->InsertCell(fieldIndex, descr->GetField(static_cast<int>(fieldIndex)));
         } else {
             row->EraseCell(fieldIndex);
         }
+    }
+    if (touched) {
+        SetChanged();
     }
 }
 

@@ -148,6 +148,7 @@ bool DbTableDescr::DeleteIndex(CString name) {
 void DbTableDescr::Clear() {
     quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
     ClearAll();
+    SetChanged();
 }
 
 void DbTableDescr::ClearAll() {

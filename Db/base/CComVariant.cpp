@@ -13,13 +13,11 @@ HRESULT Compared(const CComVariant& left, const CComVariant& right) {
 
 }  // namespace
 
-CComVariant::CComVariant(const CString& text) {
-    Reset();
+CComVariant::CComVariant(const CString& text) : VARIANT() {
     SetText(text.View());
 }
 
-CComVariant::CComVariant(IDispatch* dispatch) {
-    Reset();
+CComVariant::CComVariant(IDispatch* dispatch) : VARIANT() {
     vt = VT_DISPATCH;
     pdispVal = dispatch;
     if (dispatch != nullptr) {

@@ -13,15 +13,14 @@ namespace quillet {
 // A VARIANT that owns what it holds. Conversions use the user's default locale.
 class QUILLET_API CComVariant : public VARIANT {
 public:
-    CComVariant() { Reset(); }
+    CComVariant() : VARIANT() {}
     // A deep copy.
-    CComVariant(const VARIANT& other) { CopyFrom(other); }
+    CComVariant(const VARIANT& other) : VARIANT() { CopyFrom(other); }
     CComVariant(const CComVariant& other) : VARIANT() { CopyFrom(other); }
     CComVariant(CComVariant&& other) noexcept : VARIANT(other) { other.Reset(); }
     // A boolean, an integer or a float of the C++ type's own size and sign.
     template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
-    CComVariant(Number number) {
-        Reset();
+    CComVariant(Number number) : VARIANT() {
         SetNumber(number);
     }
     CComVariant(const CString& text);
@@ -102,8 +101,8 @@ private:
         vt = VT_EMPTY;
         llVal = 0;
     }
+    // The value is empty.
     void CopyFrom(const VARIANT& other) {
-        Reset();
         if (other.vt <= VT_R8 || other.vt == VT_BOOL) {
             static_cast<VARIANT&>(*this) = other;
         } else {
