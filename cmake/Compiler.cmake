@@ -3,7 +3,7 @@ add_library(quillet_options INTERFACE)
 target_compile_features(quillet_options INTERFACE cxx_std_20)
 target_compile_options(quillet_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wsign-conversion;-Wshadow>
-  $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive->)
+  $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive-;/wd4251;/wd4275>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # This version sees overlaps in its own string library where there are none.
   target_compile_options(quillet_options INTERFACE -Wno-restrict)
@@ -17,4 +17,8 @@ if(QUILLET_SANITIZE)
   target_compile_options(quillet_options INTERFACE
     -fsanitize=${QUILLET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quillet_options INTERFACE -fsanitize=${QUILLET_SANITIZE})
+endif()
+if(WIN32)
+  # The oldest system it runs on is Windows 10; wide characters everywhere; no macros named min and max.
+  target_compile_definitions(quillet_options INTERFACE _WIN32_WINNT=0x0A00 UNICODE _UNICODE NOMINMAX)
 endif()

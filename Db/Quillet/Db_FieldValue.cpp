@@ -4,6 +4,18 @@
 #include "Quillet/Db_FieldDescr.h"
 #include "platform/NumberText.h"
 
+namespace {
+
+// Converts the value to the type where it can be. Whatever is converted to empty or null is lost, so cells
+// without a value take the type of what comes.
+void KeepType(quillet::CComVariant& value, VARTYPE type) {
+    if (type != VT_EMPTY && type != VT_NULL) {
+        value.ChangeType(type);
+    }
+}
+
+}  // namespace
+
 DbFieldValue::DbFieldValue(DbItem* parent, int index) : DbItem(parent), m_index(index) {
 }
 
@@ -48,7 +60,7 @@ uint64 DbFieldValue::GetSize() const {
 void DbFieldValue::SetValue(const quillet::CComVariant& v) {
     const VARTYPE type = m_value.vt;
     m_value = quillet::Dereferenced(v);
-    m_value.ChangeType(type);
+    KeepType(m_value, type);
     SetChanged();
 }
 
@@ -73,7 +85,7 @@ void DbFieldValue::ValueFromString(const DbFieldDescr& field, const quillet::CSt
     } else {
         m_value.SetText(text.View());
     }
-    m_value.ChangeType(type);
+    KeepType(m_value, type);
 }
 
 namespace quillet {

@@ -32,8 +32,8 @@ public:
 
     uint64 GetSize() const override;
 
-    // Stores v converted back to the type that the value had; where the conversion fails, v as it came. Marks
-    // the value changed; the null flag stays.
+    // Stores v converted back to the type that the value had; where the conversion fails or the value was
+    // empty or null, v as it came. Marks the value changed; the null flag stays.
     virtual void SetValue(const quillet::CComVariant& v);
     virtual quillet::CComVariant& GetVariant() { return m_value; }
     virtual const quillet::CComVariant& GetVariant() const { return m_value; }

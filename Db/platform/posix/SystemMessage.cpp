@@ -1,12 +1,11 @@
-// Messages without a desktop: one line on standard error, unless a handler takes them.
-#include "platform/MessageBox.h"
+// Messages without a desktop: one line on standard error.
+#include "platform/SystemMessage.h"
 
 #include <unicode/ustring.h>
 
 #include <cstdio>
 #include <limits>
 #include <string>
-#include <utility>
 
 namespace quillet::platform {
 namespace {
@@ -26,7 +25,9 @@ std::string ToUtf8(WideView text) {
     return bytes;
 }
 
-void WriteToStandardError(WideView text, WideView caption) {
+}  // namespace
+
+void ShowSystemMessage(WideView text, WideView caption) {
     std::string line = ToUtf8(caption);
     if (!line.empty()) {
         line += ": ";
@@ -35,26 +36,6 @@ void WriteToStandardError(WideView text, WideView caption) {
     line += '\n';
     // One write, so that lines of several threads do not mix.
     std::fwrite(line.data(), 1, line.size(), stderr);
-}
-
-MessageHandler& CurrentHandler() {
-    static MessageHandler handler = WriteToStandardError;
-    return handler;
-}
-
-}  // namespace
-
-MessageHandler SetMessageHandler(MessageHandler handler) {
-    if (!handler) {
-        handler = WriteToStandardError;
-    }
-    return std::exchange(CurrentHandler(), std::move(handler));
-}
-
-void ShowMessage(WideView text, WideView caption) {
-    // A handler may replace itself while it runs.
-    const MessageHandler handler = CurrentHandler();
-    handler(text, caption);
 }
 
 }  // namespace quillet::platform
