@@ -9,8 +9,16 @@ if(QUILLET_BUILD_TOOLS AND TARGET quillet)
   install(TARGETS quillet RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
+if(WIN32)
+  set(QUILLET_OTHER_PORT posix)
+  set(QUILLET_SYSTEM_LIBRARIES "-loleaut32 -lole32 -luuid")
+else()
+  set(QUILLET_OTHER_PORT windows)
+endif()
+
 # The headers that IQuillet.h leads to; what only the library's own sources include stays here.
 file(STRINGS cmake/public-headers.txt QUILLET_PUBLIC_HEADERS)
+list(FILTER QUILLET_PUBLIC_HEADERS EXCLUDE REGEX ^platform/${QUILLET_OTHER_PORT}/)
 foreach(header IN LISTS QUILLET_PUBLIC_HEADERS)
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES Db/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/IQuillet/${folder})

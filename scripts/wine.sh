@@ -27,5 +27,9 @@ WINEDEBUG=${WINEDEBUG:--all}
 WINEDLLOVERRIDES="winedbg.exe=d;mshtml=d;mscoree=d;winemenubuilder.exe=d"
 export WINEPREFIX WINEARCH WINEDEBUG WINEDLLOVERRIDES
 unset DISPLAY WAYLAND_DISPLAY
-mkdir -p "$WINEPREFIX"
+if [ ! -f "$WINEPREFIX/system.reg" ]; then
+    # Made once, before the first program; what that prints belongs to no test.
+    mkdir -p "$WINEPREFIX"
+    "$wine" wineboot --init >/dev/null 2>&1
+fi
 exec "$wine" "$@"

@@ -1,14 +1,25 @@
 // Numbers as text by the functions that the system's variant conversion itself calls.
 #include "platform/NumberText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
 namespace quillet::platform {
 namespace {
 
-// Copies the text as UTF-8 and frees it; its length.
+WCHAR SeparatorOfTheUser() {
+    WCHAR separator[4];
+    const int length = GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator, 4);
+    return length > 1 ? separator[0] : WCHAR('.');
+}
+
+const WCHAR ProcessSeparator = SeparatorOfTheUser();
+
+// Copies the text as UTF-8 and frees it; its length. Wine leaves the point in a number with an exponent,
+// whatever the locale; there are no other points in a number.
 std::size_t TakeText(BSTR wide, char (&text)[MaxNumberText]) {
+    std::replace(wide, wide + SysStringLen(wide), WCHAR('.'), ProcessSeparator);
     const int length = WideCharToMultiByte(CP_UTF8, 0, wide, static_cast<int>(SysStringLen(wide)), text,
                                            static_cast<int>(MaxNumberText), nullptr, nullptr);
     SysFreeString(wide);
@@ -51,14 +62,6 @@ HRESULT TextToBoolean(WideView text, VARIANT_BOOL& value) {
     }
     return VarBoolFromStr(Terminated(text).Get(), LOCALE_USER_DEFAULT, 0, &value);
 }
-
-WCHAR SeparatorOfTheUser() {
-    WCHAR separator[4];
-    const int length = GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator, 4);
-    return length > 1 ? separator[0] : WCHAR('.');
-}
-
-const WCHAR ProcessSeparator = SeparatorOfTheUser();
 
 }  // namespace
 

@@ -1,0 +1,117 @@
+#!/bin/sh
+# Runs the command line of both ports side by side, under a locale with a decimal point and one with a comma: what they
+# print and the catalogs that they write have to be equal byte for byte, and each has to read what the other wrote.
+#
+# It needs the programs of the presets release and windows. Real tables, where ../shared/data has them, take part too.
+set -eu
+cd "$(dirname "$0")/.."
+native=$PWD/build/release/bin/quillet
+windows=$PWD/build/windows/bin/quillet.exe
+wine=$PWD/scripts/wine.sh
+work=$PWD/build/compared-ports
+rm -rf "$work"
+mkdir -p "$work/input" "$work/native" "$work/windows" "$work/locales"
+
+# Locales of the project's own, so that none has to be set up on the machine. Wine asks the C library for them.
+LOCPATH=$work/locales
+export LOCPATH
+localedef -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8"
+
+# Every catalog and table at hand, and numbers of every size.
+cp examples/catalogs/*.xml "$work/input/"
+for table in ../shared/data/steel/*.csv; do
+    [ -f "$table" ] && cp "$table" "$work/input/"
+done
+awk 'BEGIN {
+    srand(7)
+    print "name,number,float,whole"
+    for (i = 0; i < 5000; ++i) {
+        digits = 1 + int(rand() * 15)
+        printf "row %d,%.*ge%d,%.*g,%d\n", i, digits, rand() * 10, int(rand() * 40) - 20, 1 + i % 7, rand() * 1000,
+            int((rand() - 0.5) * 4294967295)
+    }
+}' >"$work/input/numbers.csv"
+
+# $1 is native or windows, $2 the locale, the rest the arguments. The two work in folders of their own, under the same
+# relative names.
+run() {
+    port=$1
+    locale=$2
+    shift 2
+    (
+        cd "$work/$port"
+        LC_ALL=$locale
+        export LC_ALL
+        if [ "$port" = native ]; then
+            "$native" "$@"
+        else
+            "$wine" "$windows" "$@"
+        fi
+    )
+}
+
+count=0
+differ() {
+    echo "compare-ports.sh: the ports differ in '$1'; see $work" >&2
+    exit 1
+}
+
+# Runs the arguments with both and compares what is printed.
+both() {
+    locale=$1
+    shift
+    for port in native windows; do
+        status=0
+        run "$port" "$locale" "$@" >"$work/$port.out" 2>"$work/$port.err" || status=$?
+        echo "status $status" >>"$work/$port.out"
+    done
+    cmp "$work/native.out" "$work/windows.out" >&2 || differ "$*"
+    cmp "$work/native.err" "$work/windows.err" >&2 || differ "$*"
+    count=$((count + 1))
+}
+
+# Compares a file that both have written.
+same() {
+    cmp "$work/native/$1" "$work/windows/$1" >&2 || differ "$1"
+    count=$((count + 1))
+}
+
+for locale in C.UTF-8 de_DE.UTF-8; do
+    for catalog in "$work"/input/*.xml; do
+        name=$(basename "$catalog")
+        both "$locale" info "../input/$name"
+        both "$locale" check "../input/$name"
+        both "$locale" info "../input/$name" --sequential --format json
+        for port in native windows; do
+            cp "$catalog" "$work/$port/$locale-$name"
+        done
+        # A change, so that everything is read and written.
+        both "$locale" set "$locale-$name" properties material=Stahl
+        same "$locale-$name"
+        run native C info "../input/$name" --format json |
+            sed -n 's/.*"section": "table", "name": "\([^"]*\)".*/\1/p' >"$work/tables"
+        [ -s "$work/tables" ] || differ "the table names of $name"
+        while read -r table; do
+            both "$locale" fields "../input/$name" "$table" </dev/null
+            both "$locale" show "../input/$name" "$table" </dev/null
+            both "$locale" export "$locale-$name" "$table" out.csv </dev/null
+            same out.csv
+            both "$locale" export "$locale-$name" "$table" out.json </dev/null
+            same out.json
+        done <"$work/tables"
+    done
+    both "$locale" new "$locale-new.xml" --header "title=Größen, Maße & <Zeichen>"
+    for table in "$work"/input/*.csv; do
+        name=$(basename "$table" .csv)
+        both "$locale" import "$locale-new.xml" "$name" "../input/$name.csv"
+        both "$locale" show "$locale-new.xml" "$name"
+    done
+    same "$locale-new.xml"
+    # Each reads what the other wrote.
+    cp "$work/native/$locale-new.xml" "$work/native.xml"
+    cp "$work/windows/$locale-new.xml" "$work/native/$locale-new.xml"
+    cp "$work/native.xml" "$work/windows/$locale-new.xml"
+    both "$locale" check "$locale-new.xml"
+    both "$locale" show "$locale-new.xml" numbers
+done
+echo "compare-ports.sh: $count outputs and files of the two ports are equal"
