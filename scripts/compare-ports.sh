@@ -10,12 +10,9 @@ windows=$PWD/build/windows/bin/quillet.exe
 wine=$PWD/scripts/wine.sh
 work=$PWD/build/compared-ports
 rm -rf "$work"
-mkdir -p "$work/input" "$work/native" "$work/windows" "$work/locales"
-
-# Locales of the project's own, so that none has to be set up on the machine. Wine asks the C library for them.
-LOCPATH=$work/locales
+mkdir -p "$work/input" "$work/native" "$work/windows"
+LOCPATH=$(scripts/make-locales.sh)
 export LOCPATH
-localedef -i de_DE -f UTF-8 "$LOCPATH/de_DE.UTF-8"
 
 # Every catalog and table at hand, and numbers of every size.
 cp examples/catalogs/*.xml "$work/input/"

@@ -7,7 +7,7 @@ scripts/bootstrap.sh build test windows
 scripts/windows-packages.sh
 cmake --preset windows
 cmake --build --preset windows
-ctest --preset windows
+LOCPATH=$(scripts/make-locales.sh) ctest --preset windows
 
 cmake --preset release
 cmake --build --preset release --target quillet
