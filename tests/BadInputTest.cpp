@@ -3,19 +3,14 @@
 
 #include <random>
 
+#include "AsOrdinaryUser.h"
 #include "CatalogHelpers.h"
 #include "xml/Document.h"
 #include "xml/Face.h"
 
-#if !defined(_WIN32)
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <csignal>
-#endif
-
 namespace {
 
+using quillet::test::AsOrdinaryUser;
 using quillet::test::CatalogParts;
 using quillet::test::Cell;
 using quillet::test::CountTroubles;
@@ -506,46 +501,14 @@ TEST_F(BadInput, PathsThatNoFileHas_CantBeOpened) {
     }
 }
 
-#if !defined(_WIN32)
-
-// Gives up the rights of the superuser, who may read and write anything.
-class LessRights {
-public:
-    LessRights() {
-        constexpr uid_t Nobody = 65534;
-        m_dropped = ::geteuid() == 0 && ::seteuid(Nobody) == 0;
-    }
-    LessRights(const LessRights&) = delete;
-    LessRights& operator=(const LessRights&) = delete;
-    ~LessRights() {
-        if (m_dropped && ::seteuid(0) != 0) {
-            ADD_FAILURE() << "The rights could not be taken back";
-        }
-    }
-
-    bool AreLess() const { return ::geteuid() != 0; }
-
-private:
-    bool m_dropped = false;
-};
-
-TEST_F(BadInput, FileThatMayNotBeRead_CantBeOpened) {
-    WriteBytes(m_folder / "given.xml", SmallCatalog());
-    std::filesystem::permissions(m_folder / "given.xml", std::filesystem::perms::none);
-    const LessRights less;
-    if (!less.AreLess()) {
-        GTEST_SKIP() << "the superuser's rights can't be dropped here";
-    }
-    EXPECT_THAT(ThrownMessage([&] { DbDatabase database(Path("given.xml")); }),
-                HasSubstr("Invalid source file '" + Path("given.xml").ToUtf8() + "'"));
-}
-
 TEST_P(BadInput, FileThatMayNotBeWritten_IsReadOnlyAndStays) {
+    using std::filesystem::perms;
     WriteBytes(m_folder / "given.xml", SmallCatalog());
-    std::filesystem::permissions(m_folder / "given.xml", std::filesystem::perms(0444));
-    std::filesystem::permissions(m_folder.Path(), std::filesystem::perms(0777));
-    const LessRights less;
-    if (!less.AreLess()) {
+    std::filesystem::permissions(m_folder / "given.xml",
+                                 perms::owner_read | perms::group_read | perms::others_read);
+    std::filesystem::permissions(m_folder.Path(), perms::all);
+    const AsOrdinaryUser user;
+    if (!user.IsBound()) {
         GTEST_SKIP() << "the superuser's rights can't be dropped here";
     }
     {
@@ -562,80 +525,5 @@ TEST_P(BadInput, FileThatMayNotBeWritten_IsReadOnlyAndStays) {
     EXPECT_EQ(ReadBytes(m_folder / "given.xml"), SmallCatalog());
     EXPECT_EQ(m_folder.Names().size(), 1U);
 }
-
-TEST_P(BadInput, FolderThatTakesNoFile_LeavesTheOldOne) {
-    WriteBytes(m_folder / "given.xml", SmallCatalog());
-    std::filesystem::permissions(m_folder / "given.xml", std::filesystem::perms(0666));
-    std::filesystem::permissions(m_folder.Path(), std::filesystem::perms(0555));
-    {
-        const LessRights less;
-        if (!less.AreLess()) {
-            GTEST_SKIP() << "the superuser's rights can't be dropped here";
-        }
-        const auto database = Open(m_folder / "given.xml", GetParam());
-        database->DeleteTable("Alpha");
-        EXPECT_FALSE(database->Save(Path("given.xml")));
-        EXPECT_TRUE(LogHolds(*database, Path("given.xml").ToUtf8()));
-    }
-    std::filesystem::permissions(m_folder.Path(), std::filesystem::perms(0755));
-    EXPECT_EQ(ReadBytes(m_folder / "given.xml"), SmallCatalog());
-}
-
-// No file may grow beyond a limit, as on a disk that runs full.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit limit = m_before;
-        limit.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() {
-        ::setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    void (*m_handler)(int);
-    rlimit m_before{};
-};
-
-TEST_P(BadInput, FullDisk_LeavesTheOldFileAndTheChange) {
-    const std::string xml = SmallCatalog();
-    for (const rlim_t room : {rlim_t(0), rlim_t(1), rlim_t(xml.size() / 2), rlim_t(xml.size() - 1)}) {
-        const auto database = OpenXml(xml);
-        DbTableData* const alpha = database->GetTableData("Alpha");
-        ASSERT_EQ(alpha->size(), 2U);
-        alpha->AddRows(10);
-        bool saved = true;
-        {
-            const FullDisk full(room);
-            saved = database->Save(Path("given.xml"));
-        }
-        EXPECT_FALSE(saved);
-        EXPECT_TRUE(LogHolds(*database, Path("given.xml").ToUtf8())) << room;
-        EXPECT_TRUE(database->IsChanged());
-        EXPECT_EQ(ReadBytes(m_folder / "given.xml"), xml);
-        EXPECT_EQ(m_folder.Names().size(), 1U) << "nothing is left beside it";
-        EXPECT_TRUE(database->Save(Path("given.xml"))) << "with room again";
-    }
-}
-
-TEST_P(BadInput, FullDiskWhenDestroyed_LeavesTheOldFile) {
-    const std::string xml = SmallCatalog();
-    auto database = OpenXml(xml);
-    ASSERT_EQ(database->GetTableData("Beta")->size(), 1U);
-    database->GetTableData("Beta")->AddRow();
-    {
-        const FullDisk full(100);
-        database.reset();
-    }
-    EXPECT_EQ(ReadBytes(m_folder / "given.xml"), xml);
-    EXPECT_EQ(m_folder.Names().size(), 1U);
-}
-
-#endif
 
 }  // namespace

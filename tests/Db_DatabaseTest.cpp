@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "CatalogHelpers.h"
+#include "RegexMatchers.h"
 #include "platform/MessageBox.h"
 #include "xml/Document.h"
 #include "xml/Face.h"
@@ -24,6 +25,7 @@ using quillet::test::FieldXml;
 using quillet::test::IsRoutine;
 using quillet::test::LogHolds;
 using quillet::test::LongType;
+using quillet::test::MatchesPattern;
 using quillet::test::Open;
 using quillet::test::ReadBytes;
 using quillet::test::Reading;
@@ -40,7 +42,6 @@ using quillet::test::WriteBytes;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::MatchesRegex;
 
 static_assert(!std::is_copy_constructible_v<DbDatabase>);
 static_assert(!std::is_copy_assignable_v<DbDatabase>);
@@ -927,14 +928,14 @@ TEST_F(DbDatabaseTest, Read_Whole_LogsCreationAndParsingOfEveryTable) {
     EXPECT_THAT(TakeLog(*database),
                 ElementsAre("Table 'Header' created, index = 0, type = TABLE, sql = ''",
                             "Table 'Properties' created, index = 1, type = TABLE, sql = ''",
-                            MatchesRegex("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesRegex("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+                            MatchesPattern("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+                            MatchesPattern("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
                             "Table 'Alpha' created, index = 2, type = TABLE, sql = ''",
                             "Table 'Beta' created, index = 3, type = TABLE, sql = ''",
                             "Table 'Gamma' created, index = 4, type = TABLE, sql = ''",
-                            MatchesRegex("Table 'Alpha' \\[2 rows\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesRegex("Table 'Beta' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesRegex("Table 'Gamma' \\[0 rows\\] data parsed in: [0-9.]+ \\[s\\]")));
+                            MatchesPattern("Table 'Alpha' \\[2 rows\\] data parsed in: [0-9.]+ \\[s\\]"),
+                            MatchesPattern("Table 'Beta' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+                            MatchesPattern("Table 'Gamma' \\[0 rows\\] data parsed in: [0-9.]+ \\[s\\]")));
     database->LoadTables();
     EXPECT_THAT(TakeLog(*database), IsEmpty());
 }
@@ -945,8 +946,8 @@ TEST_F(DbDatabaseTest, Read_Sequential_BringsInTheHeaderAndTheStructureOnly) {
     EXPECT_THAT(TakeLog(*database),
                 ElementsAre("Table 'Header' created, index = 0, type = TABLE, sql = ''",
                             "Table 'Properties' created, index = 1, type = TABLE, sql = ''",
-                            MatchesRegex("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesRegex("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+                            MatchesPattern("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+                            MatchesPattern("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
                             "Table 'Alpha' created, index = 2, type = TABLE, sql = ''",
                             "Table 'Beta' created, index = 3, type = TABLE, sql = ''",
                             "Table 'Gamma' created, index = 4, type = TABLE, sql = ''"));
@@ -965,19 +966,19 @@ TEST_F(DbDatabaseTest, GetTableData_OfTheLastTable_CutsEveryEarlierOneOnTheWay) 
     DbTableData* const gamma = database->GetTableData("Gamma");
     EXPECT_THAT(
         TakeLog(*database),
-        ElementsAre(MatchesRegex("Table 'Alpha' xml source extracted in [0-9]+\\.[0-9][0-9][0-9][0-9] "
-                                 "\\[s\\]"),
-                    MatchesRegex("Table 'Beta' xml source extracted in [0-9.]+ \\[s\\]"),
-                    MatchesRegex("Table 'Gamma' xml source extracted in [0-9.]+ \\[s\\]")));
+        ElementsAre(MatchesPattern("Table 'Alpha' xml source extracted in [0-9]+\\.[0-9][0-9][0-9][0-9] "
+                                   "\\[s\\]"),
+                    MatchesPattern("Table 'Beta' xml source extracted in [0-9.]+ \\[s\\]"),
+                    MatchesPattern("Table 'Gamma' xml source extracted in [0-9.]+ \\[s\\]")));
     EXPECT_EQ(gamma->size(), 0U);
     EXPECT_THAT(TakeLog(*database),
-                ElementsAre(MatchesRegex("Table 'Gamma' \\[0 rows\\] data parsed in: .*")));
+                ElementsAre(MatchesPattern("Table 'Gamma' \\[0 rows\\] data parsed in: .*")));
     DbTableData* const alpha = database->GetTableData("Alpha");
     EXPECT_THAT(TakeLog(*database), IsEmpty()) << "it was cut already";
     EXPECT_TRUE(alpha->IsInitialized());
     EXPECT_EQ(alpha->size(), 2U);
     EXPECT_THAT(TakeLog(*database),
-                ElementsAre(MatchesRegex("Table 'Alpha' \\[2 rows\\] data parsed in: .*")));
+                ElementsAre(MatchesPattern("Table 'Alpha' \\[2 rows\\] data parsed in: .*")));
     EXPECT_EQ(alpha->size(), 2U);
     EXPECT_THAT(TakeLog(*database), IsEmpty());
 }
@@ -1327,6 +1328,43 @@ TEST_P(DbDatabaseReading, Save_MdbEnding_IsFalse) {
     EXPECT_FALSE(database->Save(Path("copy.mdb")));
     EXPECT_FALSE(Exists("copy.mdb"));
     EXPECT_FALSE(Exists("copy.xml")) << "the ending is not rewritten";
+}
+
+TEST_P(DbDatabaseReading, Save_UnderAnyNameAndOverItself_ReadsBackTheSame) {
+    for (const char8_t* name : {u8"Tr\u00E4ger \u0436 \u65E5\u672C \U0001F600.xml", u8"with  blanks.xml"}) {
+        const std::filesystem::path path = m_folder / name;
+        const CString text(Utf8(path));
+        EXPECT_TRUE(OpenSmall()->Save(text));
+        const auto database = Open(path, GetParam());
+        EXPECT_EQ(database->GetSource()->GetFile(), text);
+        EXPECT_TRUE(database->CanUpdate());
+        database->GetTableData("Beta")->AddRow();
+        EXPECT_TRUE(database->Save(text)) << "over the file that it reads";
+        EXPECT_EQ(Dump(*Open(path, GetParam())), Dump(*database));
+        EXPECT_EQ(Open(path, GetParam())->GetTableData("Beta")->size(), 2U);
+    }
+    EXPECT_EQ(m_folder.Names().size(), 3U);
+}
+
+TEST_P(DbDatabaseReading, Save_OntoALongPathAndOverItself_ReadsBackTheSame) {
+    for (const std::size_t length : {270U, 1000U}) {
+        const std::filesystem::path folder = quillet::test::MakeDeepFolder(m_folder.Path(), length);
+        const std::filesystem::path path = folder / "deep.xml";
+        EXPECT_TRUE(OpenSmall()->Save(CString(Utf8(path))));
+        {
+            const auto database = Open(path, GetParam());
+            EXPECT_TRUE(database->CanUpdate());
+            EXPECT_EQ(database->GetTableData("Alpha")->size(), 2U);
+            database->DeleteTable("Alpha");
+            EXPECT_TRUE(database->Save(CString(Utf8(path)))) << "over the file that it reads";
+            database->GetTableData("Beta")->AddRow();
+        }
+        const auto database = Open(path, GetParam());
+        EXPECT_FALSE(database->IsTable("Alpha"));
+        EXPECT_EQ(database->GetTableData("Beta")->size(), 2U) << "the destructor saved the last change";
+        EXPECT_EQ(CountTroubles(*database), 0U);
+        EXPECT_EQ(quillet::test::NamesIn(folder).size(), 1U) << "nothing is left beside it";
+    }
 }
 
 TEST_F(DbDatabaseTest, Save_IntoAFolderThatIsNotThere_IsFalseWithALine) {

@@ -46,7 +46,8 @@ public:
 
     // The document for automation clients: createElement, createProcessingInstruction, documentElement,
     // appendChild, childNodes, firstChild, nextSibling, attributes, setAttribute, nodeName, nodeValue, xml
-    // and the like. It keeps the tree alive as long as somebody holds it.
+    // and the like, in any case of letters. The values of attributes and texts can be put, everything else
+    // is only read. It keeps the tree alive as long as somebody holds it.
     CComPtr<IDispatch> Automation() const;
 
     // Writes the file in one step; the file is what it was until that step. False, with the reason in why, on

@@ -1,10 +1,9 @@
 #include "xml/Face.h"
 
 #include <algorithm>
-#include <atomic>
+#include <cstring>
 #include <iterator>
 #include <new>
-#include <type_traits>
 
 #include "xml/Tree.h"
 
@@ -32,7 +31,12 @@ enum Member : DISPID {
     MemberXml,
     MemberDocumentElement,
     MemberCreateElement,
-    MemberCreateProcessingInstruction
+    MemberCreateProcessingInstruction,
+    MemberBaseName,
+    MemberText,
+    MemberPreviousSibling,
+    MemberGetNamedItem,
+    MemberLast = MemberGetNamedItem
 };
 
 struct MemberName {
@@ -64,7 +68,28 @@ constexpr MemberName MemberNames[] = {
     {"documentElement", MemberDocumentElement},
     {"createElement", MemberCreateElement},
     {"createProcessingInstruction", MemberCreateProcessingInstruction},
+    {"baseName", MemberBaseName},
+    {"text", MemberText},
+    {"previousSibling", MemberPreviousSibling},
+    {"getNamedItem", MemberGetNamedItem},
 };
+
+char ToLowerAscii(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// Scripts write the names in any case.
+bool IsName(const OLECHAR* asked, const char* name) {
+    if (asked == nullptr) {
+        return false;
+    }
+    for (; *name != '\0'; ++asked, ++name) {
+        if (*asked == 0 || *asked >= 0x80 || ToLowerAscii(static_cast<char>(*asked)) != ToLowerAscii(*name)) {
+            return false;
+        }
+    }
+    return *asked == 0;
+}
 
 // The arguments of a call in the order in which they were written.
 class Arguments {
@@ -77,11 +102,7 @@ public:
         if (index >= Count()) {
             throw DomError{"An argument is missing"};
         }
-        const VARIANT* argument = &m_parameters->rgvarg[Count() - 1 - index];
-        if (argument->vt == (VT_BYREF | VT_VARIANT) && argument->pvarVal != nullptr) {
-            argument = argument->pvarVal;
-        }
-        return CComVariant(*argument);
+        return Dereferenced(CComVariant(m_parameters->rgvarg[Count() - 1 - index]));
     }
 
     CString Wide(UINT index) const {
@@ -108,6 +129,26 @@ private:
 
 CComVariant TextValue(const char* utf8) {
     return CComVariant(CString(utf8));
+}
+
+// The value of a property that is put, once it is known to be one that XML carries.
+std::string CheckedText(const Arguments& arguments) {
+    const CString text = arguments.Wide(0);
+    std::string escaped;
+    if (arguments.Count() != 1 || !AppendEscaped(text.View(), escaped)) {
+        throw DomError{"The text is none that XML can carry"};
+    }
+    return text.ToUtf8();
+}
+
+// Behind the prefix.
+const char* BaseName(const char* name) {
+    const char* const colon = std::strchr(name, ':');
+    return colon == nullptr ? name : colon + 1;
+}
+
+bool IsText(pugi::xml_node node) {
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
 CComVariant Nothing() {
@@ -168,6 +209,9 @@ protected:
     virtual bool HasNode() const { return false; }
     // Throws DomError for a member that the object has not, or that fails.
     virtual CComVariant Call(Member member, const Arguments& arguments) = 0;
+    // The value that is put is the only argument. False for a member that can't be put; throws DomError for a
+    // value that XML can't carry.
+    virtual bool Put(Member, const Arguments&) { return false; }
 
 private:
     ULONG m_references = 1;
@@ -179,10 +223,9 @@ HRESULT ObjectBase::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DIS
     }
     HRESULT result = S_OK;
     for (UINT i = 0; i < count; ++i) {
-        const CString asked(static_cast<const WCHAR*>(names[i]));
         const auto* known =
             std::find_if(std::begin(MemberNames), std::end(MemberNames),
-                         [&](const MemberName& entry) { return asked.CompareNoCase(entry.m_name) == 0; });
+                         [&](const MemberName& entry) { return IsName(names[i], entry.m_name); });
         // Only the first name is a member; the others would name parameters, and there are none.
         if (i > 0 || known == std::end(MemberNames)) {
             ids[i] = DISPID_UNKNOWN;
@@ -196,12 +239,12 @@ HRESULT ObjectBase::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DIS
 
 HRESULT ObjectBase::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                            EXCEPINFO*, UINT*) {
-    if (id < MemberItem || id > MemberCreateProcessingInstruction) {
+    if (id < MemberItem || id > MemberLast) {
         return DISP_E_MEMBERNOTFOUND;
     }
     try {
         if ((flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0) {
-            return DISP_E_MEMBERNOTFOUND;
+            return Put(static_cast<Member>(id), Arguments(parameters)) ? S_OK : DISP_E_MEMBERNOTFOUND;
         }
         CComVariant answer = Call(static_cast<Member>(id), Arguments(parameters));
         if (result != nullptr) {
@@ -233,13 +276,20 @@ protected:
         switch (member) {
             case MemberNodeName:
                 return TextValue(m_attribute.name());
+            case MemberBaseName:
+                return TextValue(BaseName(m_attribute.name()));
             case MemberNodeValue:
+            case MemberText:
                 return TextValue(m_attribute.value());
             case MemberNodeType:
                 return CComVariant(2);
             default:
                 throw DomError{"An attribute has no such member"};
         }
+    }
+    bool Put(Member member, const Arguments& arguments) override {
+        return (member == MemberNodeValue || member == MemberText) &&
+               m_attribute.set_value(CheckedText(arguments).c_str());
     }
 
 private:
@@ -266,6 +316,9 @@ protected:
                 return Nothing();
             }
             return m_kind == Kind::Children ? Child(index) : Attribute(index);
+        }
+        if (member == MemberGetNamedItem && m_kind == Kind::Attributes) {
+            return Shown(m_node.attribute(arguments.Text(0).c_str()));
         }
         throw DomError{"A list has no such member"};
     }
@@ -295,6 +348,9 @@ private:
         while (attribute && index-- > 0) {
             attribute = attribute.next_attribute();
         }
+        return Shown(attribute);
+    }
+    CComVariant Shown(pugi::xml_attribute attribute) const {
         return attribute ? Object(new AttributeObject(m_tree, attribute)) : Nothing();
     }
 
@@ -318,6 +374,7 @@ public:
 protected:
     bool HasNode() const override { return true; }
     CComVariant Call(Member member, const Arguments& arguments) override;
+    bool Put(Member member, const Arguments& arguments) override;
 
 private:
     Tree& InTree() const { return *m_native.m_tree; }
@@ -333,6 +390,7 @@ private:
     CComVariant DomType() const;
     CComVariant DocumentElement() const;
     CComVariant Markup() const;
+    CComVariant InnerText() const;
     CComVariant AppendChild(const CComVariant& child) const;
 
     NativeNode m_native;
@@ -350,6 +408,10 @@ CComVariant NodeObject::Call(Member member, const Arguments& arguments) {
                        : TextValue(Here().value());
         case MemberNodeType:
             return DomType();
+        case MemberBaseName:
+            return TextValue(BaseName(Here().name()));
+        case MemberText:
+            return InnerText();
         case MemberParentNode:
             return Wrap(InTree().Parent(Here()));
         case MemberChildNodes:
@@ -360,6 +422,8 @@ CComVariant NodeObject::Call(Member member, const Arguments& arguments) {
             return Wrap(InTree().LastChild(Here()));
         case MemberNextSibling:
             return Wrap(InTree().NextSibling(Here()));
+        case MemberPreviousSibling:
+            return Wrap(InTree().PreviousSibling(Here()));
         case MemberHasChildNodes:
             return CComVariant(!InTree().FirstChild(Here()).empty());
         case MemberAttributes:
@@ -391,6 +455,11 @@ CComVariant NodeObject::Call(Member member, const Arguments& arguments) {
         default:
             throw DomError{"A node has no such member"};
     }
+}
+
+bool NodeObject::Put(Member member, const Arguments& arguments) {
+    return (member == MemberNodeValue || member == MemberText) && IsText(Here()) &&
+           Here().set_value(CheckedText(arguments).c_str());
 }
 
 CComVariant NodeObject::DomName() const {
@@ -436,6 +505,28 @@ CComVariant NodeObject::Markup() const {
         return true;
     });
     return CComVariant(CString(text));
+}
+
+// The text of the node and of the texts below it.
+CComVariant NodeObject::InnerText() const {
+    std::string text;
+    pugi::xml_node node = Here();
+    for (;;) {
+        if (node == Here() || IsText(node)) {
+            text += node.value();
+        }
+        pugi::xml_node next = InTree().FirstChild(node);
+        while (!next && node != Here()) {
+            next = InTree().NextSibling(node);
+            if (!next) {
+                node = InTree().Parent(node);
+            }
+        }
+        if (!next) {
+            return TextValue(text.c_str());
+        }
+        node = next;
+    }
 }
 
 CComVariant NodeObject::AppendChild(const CComVariant& child) const {

@@ -1,6 +1,6 @@
 #include "xml/LateBound.h"
 
-#include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "xml/Node.h"
@@ -9,45 +9,66 @@ namespace quillet::xml {
 
 namespace {
 
-CComVariant Invoke(IDispatch* object, const CString& name, WORD flags,
-                   std::initializer_list<CComVariant> arguments) {
-    WideString memberName(name.View());
-    LPOLESTR memberNames[] = {memberName.data()};
-    DISPID member = DISPID_UNKNOWN;
-    if (FAILED(object->GetIDsOfNames(IID_NULL, memberNames, 1, LOCALE_USER_DEFAULT, &member))) {
-        throw DomError{"The document object model has no member '" + name.ToUtf8() + "'"};
-    }
-    // Automation takes the last argument first.
-    std::vector<CComVariant> reversed(arguments);
-    std::reverse(reversed.begin(), reversed.end());
-    std::vector<VARIANTARG> raw(reversed.begin(), reversed.end());
-    DISPPARAMS parameters{raw.data(), nullptr, static_cast<UINT>(raw.size()), 0};
-    CComVariant result;
-    if (FAILED(object->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, &result, nullptr,
-                              nullptr))) {
-        throw DomError{"The document object model refused '" + name.ToUtf8() + "'"};
-    }
-    return result;
+// Asking an object for its value would be one more call into it, which may never come back.
+bool Convert(CComVariant& value, VARTYPE type) {
+    return value.vt != VT_DISPATCH && SUCCEEDED(value.ChangeType(type));
 }
 
 }  // namespace
 
-CComVariant GetProperty(IDispatch* object, const CString& name,
-                        std::initializer_list<CComVariant> arguments) {
-    return Invoke(object, name, DISPATCH_PROPERTYGET | DISPATCH_METHOD, arguments);
+LateMember::LateMember(IDispatch* object, const OLECHAR* name) : m_object(object), m_name(name) {
+    // Automation takes the name without const but only reads it.
+    LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+    if (FAILED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &m_id))) {
+        throw DomError{"The document object model has no member '" + CString(name).ToUtf8() + "'"};
+    }
 }
 
-CComVariant CallMethod(IDispatch* object, const CString& name, std::initializer_list<CComVariant> arguments) {
-    return Invoke(object, name, DISPATCH_METHOD, arguments);
+CComVariant LateMember::Get(std::initializer_list<CComVariant> arguments) const {
+    return Invoke(DISPATCH_PROPERTYGET | DISPATCH_METHOD, arguments);
+}
+
+CComVariant LateMember::Call(std::initializer_list<CComVariant> arguments) const {
+    return Invoke(DISPATCH_METHOD, arguments);
+}
+
+CComVariant LateMember::Invoke(WORD flags, std::initializer_list<CComVariant> arguments) const {
+    // The last argument stands first. These are not copies: the arguments own what the variants hold.
+    std::vector<VARIANTARG> reversed(std::make_reverse_iterator(arguments.end()),
+                                     std::make_reverse_iterator(arguments.begin()));
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    CComVariant result;
+    if (FAILED(m_object->Invoke(m_id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, &result, nullptr,
+                                nullptr))) {
+        throw DomError{"The document object model refused '" + CString(m_name).ToUtf8() + "'"};
+    }
+    return result;
+}
+
+CComVariant GetProperty(IDispatch* object, const OLECHAR* name) {
+    return LateMember(object, name).Get();
+}
+
+CComVariant CallMethod(IDispatch* object, const OLECHAR* name, std::initializer_list<CComVariant> arguments) {
+    return LateMember(object, name).Call(arguments);
 }
 
 CComPtr<IDispatch> AsDispatch(const CComVariant& value) {
     return value.vt == VT_DISPATCH ? CComPtr<IDispatch>(value.pdispVal) : CComPtr<IDispatch>();
 }
 
+LONG AsLong(const CComVariant& value) {
+    CComVariant number = value;
+    return Convert(number, VT_I4) ? number.lVal : 0;
+}
+
 std::string AsUtf8(const CComVariant& value) {
+    std::string utf8;
     CComVariant text = value;
-    return SUCCEEDED(text.ChangeType(VT_BSTR)) ? CString(text.Text()).ToUtf8() : std::string();
+    if (Convert(text, VT_BSTR)) {
+        AppendUtf8(text.Text(), utf8);
+    }
+    return utf8;
 }
 
 }  // namespace quillet::xml

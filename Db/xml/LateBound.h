@@ -8,15 +8,36 @@
 
 namespace quillet::xml {
 
-// Reads a property; arguments stand in the order of the call. Throws DomError when the object refuses.
-CComVariant GetProperty(IDispatch* object, const CString& name,
-                        std::initializer_list<CComVariant> arguments = {});
+// A member of one object, found by its name once for any number of calls. Objects of one class need not agree
+// about the ids of their members, so it serves no other object. It counts no reference: whoever makes it
+// keeps the object.
+class LateMember {
+public:
+    // Throws DomError where the object has no such member.
+    LateMember(IDispatch* object, const OLECHAR* name);
 
-// Calls a method; throws DomError when the object refuses.
-CComVariant CallMethod(IDispatch* object, const CString& name, std::initializer_list<CComVariant> arguments);
+    // Reads a property; arguments stand in the order of the call. Throws DomError when the object refuses.
+    CComVariant Get(std::initializer_list<CComVariant> arguments = {}) const;
+    // Calls a method; throws DomError when the object refuses.
+    CComVariant Call(std::initializer_list<CComVariant> arguments) const;
+
+private:
+    CComVariant Invoke(WORD flags, std::initializer_list<CComVariant> arguments) const;
+
+    IDispatch* m_object;
+    const OLECHAR* m_name;
+    DISPID m_id = DISPID_UNKNOWN;
+};
+
+// A single call; throws DomError where the object has no such member or refuses.
+CComVariant GetProperty(IDispatch* object, const OLECHAR* name);
+CComVariant CallMethod(IDispatch* object, const OLECHAR* name, std::initializer_list<CComVariant> arguments);
 
 // The interface that a result holds; null for every other result.
 CComPtr<IDispatch> AsDispatch(const CComVariant& value);
+
+// The number that a result holds; 0 where it has none.
+LONG AsLong(const CComVariant& value);
 
 // The text of a result in UTF-8; empty where it has none.
 std::string AsUtf8(const CComVariant& value);

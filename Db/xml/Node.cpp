@@ -1,6 +1,7 @@
 #include "xml/Node.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "xml/Face.h"
 #include "xml/LateBound.h"
@@ -11,6 +12,7 @@ namespace quillet::xml {
 namespace {
 
 constexpr LONG DomElement = 1;
+constexpr LONG DomText = 3;
 constexpr LONG DomProcessingInstruction = 7;
 constexpr LONG DomComment = 8;
 
@@ -23,17 +25,26 @@ Node Wrap(const NativeNode& origin, pugi::xml_node node) {
 }
 
 LONG DomType(IDispatch* node) {
-    CComVariant type = GetProperty(node, "nodeType");
-    return SUCCEEDED(type.ChangeType(VT_I4)) ? type.lVal : 0;
+    return AsLong(GetProperty(node, OLESTR("nodeType")));
+}
+
+bool IsSilent(IDispatch* node) {
+    switch (DomType(node)) {
+        case DomProcessingInstruction:
+        case DomComment:
+            return true;
+        case DomText:
+            // A document that was told to keep them has the blanks between its elements as text.
+            return AsUtf8(GetProperty(node, OLESTR("nodeValue"))).find_first_not_of(" \t\r\n") ==
+                   std::string::npos;
+        default:
+            return false;
+    }
 }
 
 Node SkipSilent(CComPtr<IDispatch> node) {
-    while (node) {
-        const LONG type = DomType(node.Get());
-        if (type != DomProcessingInstruction && type != DomComment) {
-            break;
-        }
-        node = AsDispatch(GetProperty(node.Get(), "nextSibling"));
+    while (node && IsSilent(node.Get())) {
+        node = AsDispatch(GetProperty(node.Get(), OLESTR("nextSibling")));
     }
     return Node(node.Get());
 }
@@ -74,6 +85,19 @@ void RequireNode(const Node& node) {
     }
 }
 
+// What another DOM made on request.
+Node MadeBy(const CComVariant& result) {
+    Node made(AsDispatch(result).Get());
+    if (made.Foreign() == nullptr) {
+        throw DomError{"The document object model made no node of its own"};
+    }
+    return made;
+}
+
+[[noreturn]] void RefuseSecond(std::string_view name) {
+    throw DomError{"The attribute '" + std::string(name) + "' stands twice"};
+}
+
 [[noreturn]] void RefuseText() {
     throw DomError{"The text holds a character that XML can't carry"};
 }
@@ -84,6 +108,18 @@ void RequireText(Text value) {
     if (!AppendEscaped(value, escaped)) {
         RefuseText();
     }
+}
+
+CComVariant Argument(WideView text) {
+    CComVariant argument;
+    argument.SetText(text);
+    return argument;
+}
+
+CComVariant Argument(std::string_view utf8) {
+    WideString text;
+    AppendWide(utf8, text);
+    return Argument(WideView(text));
 }
 
 }  // namespace
@@ -110,7 +146,7 @@ bool Node::IsElement() const {
 }
 
 std::string Node::Name() const {
-    return m_foreign ? AsUtf8(GetProperty(m_foreign.Get(), "nodeName")) : Pugi(m_native).name();
+    return m_foreign ? AsUtf8(GetProperty(m_foreign.Get(), OLESTR("nodeName"))) : Pugi(m_native).name();
 }
 
 Node Node::FirstChild() const {
@@ -118,7 +154,7 @@ Node Node::FirstChild() const {
         return {};
     }
     if (m_foreign) {
-        return SkipSilent(AsDispatch(GetProperty(m_foreign.Get(), "firstChild")));
+        return SkipSilent(AsDispatch(GetProperty(m_foreign.Get(), OLESTR("firstChild"))));
     }
     return Wrap(m_native, SkipSilent(*m_native.m_tree, m_native.m_tree->FirstChild(Pugi(m_native))));
 }
@@ -128,7 +164,7 @@ Node Node::NextSibling() const {
         return {};
     }
     if (m_foreign) {
-        return SkipSilent(AsDispatch(GetProperty(m_foreign.Get(), "nextSibling")));
+        return SkipSilent(AsDispatch(GetProperty(m_foreign.Get(), OLESTR("nextSibling"))));
     }
     return Wrap(m_native, SkipSilent(*m_native.m_tree, m_native.m_tree->NextSibling(Pugi(m_native))));
 }
@@ -152,10 +188,7 @@ std::optional<std::string> Node::FirstAttributeValue() const {
 Node Node::CreateElement(std::string_view name) const {
     RequireNode(*this);
     if (m_foreign) {
-        const CComVariant made = CallMethod(m_foreign.Get(), "createElement", {CString(std::string(name))});
-        Node element(AsDispatch(made).Get());
-        RequireNode(element);
-        return element;
+        return MadeBy(CallMethod(m_foreign.Get(), OLESTR("createElement"), {Argument(name)}));
     }
     RequireName(name);
     pugi::xml_node element = m_native.m_tree->Create(pugi::node_element);
@@ -168,11 +201,8 @@ Node Node::CreateElement(std::string_view name) const {
 Node Node::CreateProcessingInstruction(std::string_view target, std::string_view data) const {
     RequireNode(*this);
     if (m_foreign) {
-        const CComVariant made = CallMethod(m_foreign.Get(), "createProcessingInstruction",
-                                            {CString(std::string(target)), CString(std::string(data))});
-        Node instruction(AsDispatch(made).Get());
-        RequireNode(instruction);
-        return instruction;
+        return MadeBy(CallMethod(m_foreign.Get(), OLESTR("createProcessingInstruction"),
+                                 {Argument(target), Argument(data)}));
     }
     RequireName(target);
     RequireText(data);
@@ -187,8 +217,7 @@ void Node::SetAttribute(std::string_view name, std::string_view value) const {
     RequireNode(*this);
     RequireText(value);
     if (m_foreign) {
-        CallMethod(m_foreign.Get(), "setAttribute",
-                   {CString(std::string(name)), CString(std::string(value))});
+        CallMethod(m_foreign.Get(), OLESTR("setAttribute"), {Argument(name), Argument(value)});
     } else {
         SetNativeAttribute(name, std::string(value));
     }
@@ -198,7 +227,7 @@ void Node::SetAttribute(std::string_view name, WideView value) const {
     RequireNode(*this);
     RequireText(value);
     if (m_foreign) {
-        CallMethod(m_foreign.Get(), "setAttribute", {CString(std::string(name)), CString(value)});
+        CallMethod(m_foreign.Get(), OLESTR("setAttribute"), {Argument(name), Argument(value)});
         return;
     }
     std::string utf8;
@@ -230,7 +259,7 @@ void Node::AppendChild(const Node& child) const {
         if (!child.m_foreign) {
             throw DomError{"The node belongs to another document"};
         }
-        CallMethod(m_foreign.Get(), "appendChild", {CComVariant(child.Foreign())});
+        CallMethod(m_foreign.Get(), OLESTR("appendChild"), {CComVariant(child.Foreign())});
         return;
     }
     if (child.m_native.m_tree != m_native.m_tree) {
@@ -239,31 +268,58 @@ void Node::AppendChild(const Node& child) const {
     m_native.m_tree->Append(Pugi(m_native), Pugi(child.m_native));
 }
 
-AttributeReader::AttributeReader(const Node& element) {
-    if (element.Foreign() != nullptr) {
-        m_foreignMap = AsDispatch(GetProperty(element.Foreign(), "attributes"));
-        if (m_foreignMap) {
-            CComVariant count = GetProperty(m_foreignMap.Get(), "length");
-            m_foreignCount = SUCCEEDED(count.ChangeType(VT_I4)) ? count.lVal : 0;
-        }
-        return;
-    }
-    m_next = Pugi(element.Native()).first_attribute().internal_object();
-}
+// The attributes of an element of another DOM.
+class AttributeReader::Foreign {
+public:
+    explicit Foreign(CComPtr<IDispatch> map)
+        : m_map(std::move(map)),
+          m_item(m_map.Get(), OLESTR("item")),
+          m_count(AsLong(GetProperty(m_map.Get(), OLESTR("length")))) {}
 
-bool AttributeReader::Next() {
-    if (m_foreignMap) {
-        if (m_foreignIndex >= m_foreignCount) {
+    bool Next() {
+        if (m_index >= m_count) {
             return false;
         }
-        const auto attribute =
-            AsDispatch(GetProperty(m_foreignMap.Get(), "item", {CComVariant(m_foreignIndex++)}));
-        if (!attribute) {
+        m_attribute = AsDispatch(m_item.Get({CComVariant(m_index++)}));
+        if (!m_attribute) {
             throw DomError{"An attribute is missing"};
         }
-        m_foreignName = AsUtf8(GetProperty(attribute.Get(), "nodeName"));
-        m_foreignValue = AsUtf8(GetProperty(attribute.Get(), "nodeValue"));
+        m_name.reset();
+        m_value = AsUtf8(GetProperty(m_attribute.Get(), OLESTR("nodeValue")));
         return true;
+    }
+    // Rows take their values by position: the name is fetched for those who ask.
+    std::string_view Name() {
+        if (!m_name) {
+            m_name = AsUtf8(GetProperty(m_attribute.Get(), OLESTR("nodeName")));
+        }
+        return *m_name;
+    }
+    std::string_view Value() const { return m_value; }
+
+private:
+    CComPtr<IDispatch> m_map;
+    LateMember m_item;
+    LONG m_count;
+    LONG m_index = 0;
+    CComPtr<IDispatch> m_attribute;
+    std::optional<std::string> m_name;
+    std::string m_value;
+};
+
+AttributeReader::AttributeReader(const Node& element) {
+    if (element.Foreign() == nullptr) {
+        m_next = Pugi(element.Native()).first_attribute().internal_object();
+    } else if (CComPtr<IDispatch> map = AsDispatch(GetProperty(element.Foreign(), OLESTR("attributes")))) {
+        m_foreign = std::make_unique<Foreign>(std::move(map));
+    }
+}
+
+AttributeReader::~AttributeReader() = default;
+
+bool AttributeReader::Next() {
+    if (m_foreign) {
+        return m_foreign->Next();
     }
     m_current = m_next;
     if (m_current == nullptr) {
@@ -274,21 +330,47 @@ bool AttributeReader::Next() {
 }
 
 std::string_view AttributeReader::Name() const {
-    return m_foreignMap ? std::string_view(m_foreignName) : pugi::xml_attribute(m_current).name();
+    return m_foreign ? m_foreign->Name() : pugi::xml_attribute(m_current).name();
 }
 
 std::string_view AttributeReader::Value() const {
-    return m_foreignMap ? std::string_view(m_foreignValue) : pugi::xml_attribute(m_current).value();
+    return m_foreign ? m_foreign->Value() : pugi::xml_attribute(m_current).value();
 }
+
+// The element in another DOM, which stands nowhere before it is appended.
+class LeafElement::Foreign {
+public:
+    explicit Foreign(Node element)
+        : m_element(std::move(element)), m_setAttribute(m_element.Foreign(), OLESTR("setAttribute")) {}
+
+    const Node& Element() const { return m_element; }
+
+    // Not every DOM refuses what XML does not allow.
+    template <typename Text>
+    void Attribute(std::string_view name, Text value) {
+        RequireName(name);
+        if (!m_names.emplace(name).second) {
+            RefuseSecond(name);
+        }
+        RequireText(value);
+        m_setAttribute.Call({Argument(name), Argument(value)});
+    }
+
+private:
+    Node m_element;
+    LateMember m_setAttribute;
+    std::unordered_set<std::string> m_names;
+};
 
 LeafElement::LeafElement(const Node& document, const Node& parent, std::string_view name) : m_parent(parent) {
     RequireNode(parent);
-    if (parent.Foreign() != nullptr) {
-        m_foreignElement = document.CreateElement(name);
-        return;
-    }
-    if (document.Native().m_tree != parent.Native().m_tree) {
+    if ((document.Foreign() == nullptr) != (parent.Foreign() == nullptr) ||
+        document.Native().m_tree != parent.Native().m_tree) {
         throw DomError{"The document and the element do not belong together"};
+    }
+    if (parent.Foreign() != nullptr) {
+        m_foreign = std::make_unique<Foreign>(document.CreateElement(name));
+        return;
     }
     const pugi::xml_node_type type = Pugi(parent.Native()).type();
     if (type != pugi::node_element && type != pugi::node_document) {
@@ -316,25 +398,20 @@ LeafElement::~LeafElement() {
 }
 
 void LeafElement::Attribute(std::string_view name, std::string_view value) {
-    CheckName(name);
-    if (m_packed == nullptr) {
-        m_foreignElement.SetAttribute(name, value);
-    } else {
-        Write(name, value);
-    }
+    Write(name, value);
 }
 
 void LeafElement::Attribute(std::string_view name, WideView value) {
-    CheckName(name);
-    if (m_packed == nullptr) {
-        m_foreignElement.SetAttribute(name, value);
-    } else {
-        Write(name, value);
-    }
+    Write(name, value);
 }
 
 template <typename Text>
 void LeafElement::Write(std::string_view name, Text value) {
+    if (m_foreign) {
+        m_foreign->Attribute(name, value);
+        return;
+    }
+    CheckName(name);
     *m_text += ' ';
     *m_text += name;
     *m_text += "=\"";
@@ -345,22 +422,22 @@ void LeafElement::Write(std::string_view name, Text value) {
 }
 
 void LeafElement::CheckName(std::string_view name) {
-    std::vector<std::string>& names = m_packed != nullptr ? m_packed->m_names : m_foreignNames;
+    std::vector<std::string>& names = m_packed->m_names;
     const std::size_t index = m_attributes++;
     if (index < names.size() && names[index] == name) {
         return;
     }
     names.resize(std::min(index, names.size()));
     if (std::find(names.begin(), names.end(), name) != names.end()) {
-        throw DomError{"The attribute '" + std::string(name) + "' stands twice"};
+        RefuseSecond(name);
     }
     RequireName(name);
     names.emplace_back(name);
 }
 
 void LeafElement::Append() {
-    if (m_packed == nullptr) {
-        m_parent.AppendChild(m_foreignElement);
+    if (m_foreign) {
+        m_parent.AppendChild(m_foreign->Element());
         return;
     }
     *m_text += " />\n";

@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "base/CComVariant.h"
 
@@ -79,6 +78,9 @@ private:
 class QUILLET_API AttributeReader {
 public:
     explicit AttributeReader(const Node& element);
+    AttributeReader(const AttributeReader&) = delete;
+    AttributeReader& operator=(const AttributeReader&) = delete;
+    ~AttributeReader();
 
     // Moves to the next attribute; false behind the last one.
     bool Next();
@@ -87,13 +89,11 @@ public:
     std::string_view Value() const;
 
 private:
+    class Foreign;
+
     pugi::xml_attribute_struct* m_next = nullptr;
     pugi::xml_attribute_struct* m_current = nullptr;
-    CComPtr<IDispatch> m_foreignMap;
-    LONG m_foreignIndex = 0;
-    LONG m_foreignCount = 0;
-    std::string m_foreignName;
-    std::string m_foreignValue;
+    std::unique_ptr<Foreign> m_foreign;
 };
 
 // An element without children that is written attribute by attribute and appended when it is complete. It is
@@ -114,6 +114,8 @@ public:
     void Append();
 
 private:
+    class Foreign;
+
     void CheckName(std::string_view name);
     template <typename Text>
     void Write(std::string_view name, Text value);
@@ -125,8 +127,7 @@ private:
     std::size_t m_start = 0;
     std::size_t m_attributes = 0;
     Node m_parent;
-    Node m_foreignElement;
-    std::vector<std::string> m_foreignNames;
+    std::unique_ptr<Foreign> m_foreign;
 };
 
 }  // namespace quillet::xml

@@ -238,6 +238,14 @@ pugi::xml_node Tree::NextSibling(pugi::xml_node node) {
     return next == m_workshop && next ? next.next_sibling() : next;
 }
 
+pugi::xml_node Tree::PreviousSibling(pugi::xml_node node) const {
+    if (node.parent() == m_workshop) {
+        return {};
+    }
+    const pugi::xml_node previous = node.previous_sibling();
+    return previous == m_workshop && previous ? previous.previous_sibling() : previous;
+}
+
 pugi::xml_node Tree::LastChild(pugi::xml_node parent) {
     Unpack(parent);
     const pugi::xml_node child = parent.last_child();

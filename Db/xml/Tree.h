@@ -48,6 +48,7 @@ public:
 
     pugi::xml_node FirstChild(pugi::xml_node parent);
     pugi::xml_node NextSibling(pugi::xml_node node);
+    pugi::xml_node PreviousSibling(pugi::xml_node node) const;
     pugi::xml_node LastChild(pugi::xml_node parent);
     // Null for a node that stands nowhere.
     pugi::xml_node Parent(pugi::xml_node node) const;

@@ -63,6 +63,23 @@ TEST(BStr, SysAllocStringLen_ImpossibleLength_GivesNull) {
     EXPECT_EQ(SysAllocStringLen(nullptr, 0xFFFFFFFFU), nullptr);
 }
 
+TEST(BStr, SysAllocStringByteLen_OddNumberOfBytes_KeepsThemAll) {
+    BSTR made = SysAllocStringByteLen("a\0b", 3);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(SysStringByteLen(made), 3U);
+    EXPECT_EQ(SysStringLen(made), 1U);
+    EXPECT_EQ(std::memcmp(made, "a\0b\0\0", 5), 0);
+    SysFreeString(made);
+}
+
+TEST(BStr, SysAllocStringByteLen_NullBytes_GivesRoomToFill) {
+    BSTR made = SysAllocStringByteLen(nullptr, 10);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(SysStringLen(made), 5U);
+    EXPECT_EQ(made[5], OLECHAR{0});
+    SysFreeString(made);
+}
+
 TEST(BStr, LengthPrefix_StandsInBytesBeforeTheText) {
     BSTR made = SysAllocString(OLESTR("abc"));
     std::uint32_t bytes = 0;
@@ -73,6 +90,7 @@ TEST(BStr, LengthPrefix_StandsInBytesBeforeTheText) {
 
 TEST(BStr, NullString_HasLengthZeroAndCanBeFreed) {
     EXPECT_EQ(SysStringLen(nullptr), 0U);
+    EXPECT_EQ(SysStringByteLen(nullptr), 0U);
     SysFreeString(nullptr);
 }
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "AsOrdinaryUser.h"
 #include "TemporaryFolder.h"
 
 namespace quillet::test {
@@ -26,7 +27,65 @@ protected:
     std::string Missing(const std::filesystem::path& name) const { return Utf8(m_folder / name); }
     std::string Folder() const { return Utf8(m_folder.Path()); }
 
+    // Replaces the file and says why that failed; empty where it did not.
+    static std::string Replace(const std::string& path, const std::string& text) {
+        std::string why;
+        const auto file = AtomicFile::Create(path, &why);
+        if (file == nullptr || !file->Write(text, &why) || !file->Commit(&why)) {
+            return why.empty() ? "no reason" : why;
+        }
+        return {};
+    }
+
+    // A file of this path can be made, read, looked at and replaced.
+    static void ExpectWorks(const std::string& path) {
+        EXPECT_FALSE(CanWriteFile(path)) << path;
+        EXPECT_EQ(Replace(path, "a long first text"), "") << path;
+        EXPECT_EQ(ReadWholeFile(path), "a long first text") << path;
+        EXPECT_TRUE(CanWriteFile(path)) << path;
+        EXPECT_EQ(Replace(path, "second"), "") << path;
+        const auto reader = ReadableFile::Open(path);
+        ASSERT_NE(reader, nullptr) << path;
+        char block[32];
+        const std::size_t count = reader->Read(block, sizeof block);
+        EXPECT_EQ(std::string(block, count), "second") << path;
+    }
+
+    // Nothing can be read of this path, and a reason tells why.
+    static void ExpectUnreadable(const std::string& path) {
+        std::string why;
+        EXPECT_EQ(ReadWholeFile(path, &why), std::nullopt) << path;
+        EXPECT_FALSE(why.empty()) << path;
+        why.clear();
+        EXPECT_EQ(ReadableFile::Open(path, &why), nullptr) << path;
+        EXPECT_FALSE(why.empty()) << path;
+    }
+
+    // Neither can anything be written.
+    static void ExpectRefused(const std::string& path) {
+        ExpectUnreadable(path);
+        EXPECT_FALSE(CanWriteFile(path)) << path;
+        std::string why;
+        EXPECT_EQ(AtomicFile::Create(path, &why), nullptr) << path;
+        EXPECT_FALSE(why.empty()) << path;
+        EXPECT_EQ(AtomicFile::Create(path), nullptr) << path;
+    }
+
     TemporaryFolder m_folder;
+};
+
+// Makes a folder the current one for a while.
+class CurrentFolder {
+public:
+    explicit CurrentFolder(const std::filesystem::path& folder) : m_before(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+    ~CurrentFolder() { std::filesystem::current_path(m_before); }
+
+private:
+    const std::filesystem::path m_before;
 };
 
 TEST_F(File, ReadWhole_AnyBytes_ComeAsTheyAre) {
@@ -180,31 +239,190 @@ TEST_F(File, Atomic_ManyLargeBlocks_AreComplete) {
     EXPECT_TRUE(ReadBytes(m_folder / "large") == expected);
 }
 
-TEST_F(File, Atomic_NameBeyondAscii_IsUtf8) {
-    const std::filesystem::path name = u8"katal\u00F3g \u0416 \u65E5\u672C.xml";
-    const auto file = AtomicFile::Create(Missing(name));
-    ASSERT_NE(file, nullptr);
-    ASSERT_TRUE(file->Write("text"));
-    ASSERT_TRUE(file->Commit());
-    EXPECT_EQ(ReadBytes(m_folder / name), "text");
-    EXPECT_EQ(ReadWholeFile(Missing(name)), "text");
-    EXPECT_TRUE(CanWriteFile(Missing(name)));
+TEST_F(File, Atomic_TargetBecomesAFolder_FailsTheCommitAndLeavesNoTrace) {
+    std::string why;
+    const auto file = AtomicFile::Create(Missing("text"), &why);
+    ASSERT_NE(file, nullptr) << why;
+    std::filesystem::create_directory(m_folder / "text");
+    WriteBytes(m_folder / "text/inner", "mine");
+    ASSERT_TRUE(file->Write("new"));
+    EXPECT_FALSE(file->Commit(&why));
+    EXPECT_FALSE(why.empty());
+    EXPECT_EQ(ReadBytes(m_folder / "text/inner"), "mine");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
 }
 
-TEST_F(File, Atomic_FolderAsTarget_IsRefused) {
-    for (const std::string& target : {Folder(), Folder() + "/", Folder() + "/.", std::string()}) {
-        std::string why;
-        EXPECT_EQ(AtomicFile::Create(target, &why), nullptr);
-        EXPECT_FALSE(why.empty());
+TEST_F(File, Names_OfAnyCharacters_Work) {
+    for (const char8_t* name : {u8"Tr\u00E4ger \u00FC.xml", u8"\u0436\u0416.xml", u8"\u65E5\u672C.xml",
+                                u8"\U0001F600.xml", u8"e\u0301", u8"\u200F\u05D0", u8"with  blanks in it.xml",
+                                u8"(a) & [b] %PATH% $HOME 'q' `x` #~^!@=+,;{}.xml", u8".hidden",
+                                u8"no ending", u8"a.b.c.xml", u8"-", u8"...x"}) {
+        ExpectWorks(Missing(name));
+        EXPECT_EQ(ReadBytes(m_folder / name), "second");
+        ASSERT_EQ(m_folder.Names().size(), 1U);
+        EXPECT_EQ(m_folder.Names().front(), std::filesystem::path(name));
+        RemoveTree(m_folder / name);
+    }
+}
+
+TEST_F(File, Names_AsLongAsTheyMayBe_Work) {
+    constexpr std::size_t LongestName = 255;
+    ExpectWorks(Missing(std::string(LongestName, 'n')));
+    const std::string tooLong = Missing(std::string(LongestName + 1, 'n'));
+    ExpectUnreadable(tooLong);
+    EXPECT_FALSE(CanWriteFile(tooLong));
+    EXPECT_NE(Replace(tooLong, "text"), "");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Names_WithAZeroByte_AreNotCut) {
+    Existing("text", "old");
+    ExpectRefused(Missing("text") + std::string("\0more", 5));
+    ExpectRefused(Missing("text") + std::string(1, '\0'));
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Names_ThatAreNotUtf8_AreNotFound) {
+    for (const char* name :
+         {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\xAF", "\xF4\x90\x80\x80", "caf\xE9.xml"}) {
+        ExpectUnreadable(Missing("") + name);
+        EXPECT_FALSE(CanWriteFile(Missing("") + name));
+    }
+}
+
+TEST_F(File, Paths_OfAnyLength_Work) {
+    for (const std::size_t length : {230U, 270U, 1000U, 1500U}) {
+        const std::filesystem::path folder = MakeDeepFolder(m_folder.Path(), length);
+        const std::string path = Utf8(folder / std::filesystem::path(u8"\u65E5\u672C.xml"));
+        ASSERT_GT(path.size(), length);
+        ExpectWorks(path);
+        EXPECT_EQ(ReadBytes(folder / std::filesystem::path(u8"\u65E5\u672C.xml")), "second");
+        EXPECT_EQ(Replace(Utf8(folder / "none" / "text"), "text").empty(), false);
+        EXPECT_EQ(NamesIn(folder).size(), 1U) << "nothing is left beside it";
+        ExpectRefused(Utf8(folder));
+    }
+}
+
+TEST_F(File, Paths_LongerThanAny_AreRefused) {
+    for (const std::size_t length : {40'000U, 200'000U}) {
+        std::string path = Folder();
+        while (path.size() < length) {
+            path += "/folder";
+        }
+        for (const std::string& tooLong : {path, Missing(std::string(length, 'n'))}) {
+            ExpectUnreadable(tooLong);
+            EXPECT_FALSE(CanWriteFile(tooLong));
+            EXPECT_NE(Replace(tooLong, "text"), "");
+        }
     }
     EXPECT_TRUE(m_folder.Names().empty());
 }
 
-TEST_F(File, Atomic_FolderThatDoesNotExist_IsRefused) {
+TEST_F(File, Paths_RelativeToTheCurrentFolder_Work) {
+    std::filesystem::create_directory(m_folder / "below");
+    const CurrentFolder current(m_folder.Path());
+    for (const char* path :
+         {"text", "./text", "below/text", "below/../text", "./below/./text", "below//text"}) {
+        ExpectWorks(path);
+        EXPECT_EQ(ReadBytes(m_folder / path), "second");
+        RemoveTree(m_folder / path);
+    }
+    const CurrentFolder deeper(m_folder / "below");
+    ExpectWorks("../text");
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "second");
+}
+
+TEST_F(File, Paths_RelativeAndLong_Work) {
+    std::string path = "f";
+    const CurrentFolder current(m_folder.Path());
+    MakeFolder(path);
+    while (path.size() < 600) {
+        path += "/" + std::string(100, 'f');
+        MakeFolder(path);
+    }
+    ExpectWorks(path + "/text");
+    EXPECT_EQ(ReadBytes(m_folder / path / "text"), "second");
+}
+
+TEST_F(File, Atomic_CurrentFolderChangesMeanwhile_CommitsWhereItBegan) {
+    std::filesystem::create_directory(m_folder / "one");
+    std::filesystem::create_directory(m_folder / "other");
+    const CurrentFolder one(m_folder / "one");
+    const auto file = AtomicFile::Create("text");
+    ASSERT_NE(file, nullptr);
+    const CurrentFolder other(m_folder / "other");
+    ASSERT_TRUE(file->Write("new"));
+    EXPECT_TRUE(file->Commit());
+    EXPECT_EQ(ReadBytes(m_folder / "one/text"), "new");
+    EXPECT_TRUE(NamesIn(m_folder / "other").empty());
+}
+
+TEST_F(File, Paths_ThatNameAFolder_AreRefused) {
+    std::filesystem::create_directory(m_folder / "folder");
+    const CurrentFolder current(m_folder.Path());
+    for (const char* path :
+         {".", "..", "./", "../", "/", "", "folder", "folder/", "folder/.", "folder/..", "./folder"}) {
+        ExpectRefused(path);
+    }
+    ExpectRefused(Folder());
+    ExpectRefused(Folder() + "/");
+    ExpectRefused(Folder() + "/.");
+    EXPECT_TRUE(NamesIn(m_folder / "folder").empty());
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Paths_ThatEndWithASeparator_AreNoFiles) {
+    Existing("text", "old");
+    ExpectRefused(Missing("text") + "/");
+    ExpectRefused(Missing("none") + "/");
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Paths_BelowAFileOrAMissingFolder_AreRefused) {
+    Existing("text", "old");
+    ExpectRefused(Missing("text") + "/below");
+    ExpectRefused(Missing("none") + "/text");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Open_BlankPath_SaysWhy) {
+    const CurrentFolder current(m_folder.Path());
+    ExpectUnreadable(" ");
+    EXPECT_FALSE(CanWriteFile(" "));
+}
+
+TEST_F(File, ReadOnlyFile_IsReadButNotWritten) {
+    using std::filesystem::perms;
+    const std::string path = Existing("text", "old");
+    std::filesystem::permissions(m_folder / "text",
+                                 perms::owner_read | perms::group_read | perms::others_read);
+    std::filesystem::permissions(m_folder.Path(), perms::all);
+    const AsOrdinaryUser user;
+    if (!user.IsBound()) {
+        GTEST_SKIP() << "the superuser's rights can't be dropped here";
+    }
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_FALSE(CanWriteFile(path));
     std::string why;
-    EXPECT_EQ(AtomicFile::Create(Missing("none") + "/text", &why), nullptr);
+    EXPECT_EQ(AtomicFile::Create(path, &why), nullptr);
     EXPECT_FALSE(why.empty());
-    EXPECT_EQ(AtomicFile::Create(Missing("none") + "/text"), nullptr);
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Reader_Open_HindersNobody) {
+    const std::string path = Existing("text", "old");
+    const auto reader = ReadableFile::Open(path);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_TRUE(CanWriteFile(path));
+    WriteBytes(m_folder / "text", "more");
+    std::filesystem::rename(m_folder / "text", m_folder / "other");
+    std::filesystem::remove(m_folder / "other");
+    char block[32];
+    const std::size_t count = reader->Read(block, sizeof block);
+    EXPECT_EQ(std::string(block, count), "more");
 }
 
 }  // namespace

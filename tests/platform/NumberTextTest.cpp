@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 
@@ -92,7 +94,12 @@ TEST(TextToNumber, AnyText_EqualsTheVariantConversion) {
                              "1e3",
                              "1E-3",
                              "(5)",
+                             "(-5)",
+                             "5-",
+                             "1,,2",
+                             "\u00A05",
                              "&H1F",
+                             "&H80000000",
                              "2147483647",
                              "2147483648",
                              "-2147483648",
@@ -110,11 +117,33 @@ TEST(TextToNumber, AnyText_EqualsTheVariantConversion) {
                              ".5",
                              "5.",
                              "1.1.1",
-                             "123456789012345678901234567890"}) {
+                             "123456789012345"}) {
         for (const VARTYPE type : {VT_I4, VT_R4, VT_R8, VT_BOOL}) {
             ExpectReadAsConverted(text, type);
         }
     }
+}
+
+// More digits and larger exponents than the system's own conversion reads exactly everywhere.
+TEST(TextToNumber, PlainNumber_IsTheNearestReal) {
+    for (const char* text : {"123456789012345678901234567890", "-9007199254740993", "1E+308",
+                             "-1.52806683464714E+158", "1.7976931348623157E+308", "2.2250738585072014E-308",
+                             "4.9406564584124654E-324", "3858.15174969311"}) {
+        std::string local = text;
+        std::replace(local.begin(), local.end(), '.',
+                     static_cast<char>(quillet::platform::DecimalSeparator()));
+        CComVariant number;
+        ASSERT_TRUE(SUCCEEDED(TextToNumber(CString(local).View(), VT_R8, &number))) << text;
+        EXPECT_EQ(number.dblVal, std::strtod(text, nullptr)) << text;
+    }
+}
+
+TEST(TextToNumber, NumberBeyondTheRange_OverflowsOrIsZero) {
+    CComVariant number;
+    EXPECT_EQ(TextToNumber(OLESTR("1E2147483648"), VT_R8, &number), DISP_E_OVERFLOW);
+    EXPECT_EQ(TextToNumber(OLESTR("-1E39"), VT_R4, &number), DISP_E_OVERFLOW);
+    ASSERT_TRUE(SUCCEEDED(TextToNumber(OLESTR("1E-2147483648"), VT_R8, &number)));
+    EXPECT_EQ(number.dblVal, 0.0);
 }
 
 TEST(TextToNumber, OtherTypes_AreRefused) {

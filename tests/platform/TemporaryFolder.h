@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "LongPaths.h"
+
 namespace quillet::test {
 
 class TemporaryFolder {
@@ -24,20 +26,14 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
+        RemoveTree(m_path);
+        EXPECT_FALSE(std::filesystem::exists(m_path)) << "something in " << m_path << " is still open";
     }
 
     const std::filesystem::path& Path() const { return m_path; }
     std::filesystem::path operator/(const std::filesystem::path& name) const { return m_path / name; }
 
-    std::vector<std::filesystem::path> Names() const {
-        std::vector<std::filesystem::path> names;
-        for (const auto& entry : std::filesystem::directory_iterator(m_path)) {
-            names.push_back(entry.path().filename());
-        }
-        return names;
-    }
+    std::vector<std::filesystem::path> Names() const { return NamesIn(m_path); }
 
 private:
     std::filesystem::path m_path;
@@ -49,11 +45,11 @@ inline std::string Utf8(const std::filesystem::path& path) {
 }
 
 inline void WriteBytes(const std::filesystem::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
+    std::ofstream(WithoutLimit(path), std::ios::binary) << bytes;
 }
 
 inline std::string ReadBytes(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(WithoutLimit(path), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 

@@ -13,6 +13,15 @@ constexpr LCID German = 0x0407;
 constexpr LCID French = 0x040C;
 constexpr LCID Swedish = 0x041D;
 
+// Whether the system's automation library is Wine's, which differs from the published rules in places.
+inline bool IsWine() {
+#if defined(_WIN32)
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+#else
+    return false;
+#endif
+}
+
 // A variant as a table can hold it.
 struct Value {
     VARTYPE type = VT_EMPTY;

@@ -50,8 +50,8 @@ TEST_F(Export, Export_ThatFails_LeavesTheTargetAsItWas) {
     const std::string target = Write("out.csv", "mine");
     Failure({"export", file, "None such", target});
     EXPECT_EQ(Read("out.csv"), "mine");
-    EXPECT_EQ(Failure({"export", file, "Steel", Path("none/out.csv")}),
-              Path("none/out.csv") + ": No such file or directory");
+    const std::string nowhere = Path("none/out.csv");
+    EXPECT_EQ(Failure({"export", file, "Steel", nowhere}), nowhere + ": " + WhyNoTarget(nowhere));
 }
 
 TEST_F(Export, Export_ThenImport_GivesTheSameTable) {

@@ -75,9 +75,7 @@ TEST_F(Info, Info_AsCsv_HasTheSameRecords) {
 
 TEST_F(Info, Info_WriteProtectedFile_SaysReadOnly) {
     const std::string file = CopyExample("materials.xml");
-    std::filesystem::permissions(m_folder.Path(), std::filesystem::perms::all);
-    std::filesystem::permissions(m_folder / "materials.xml",
-                                 std::filesystem::perms::owner_read | std::filesystem::perms::others_read);
+    WriteProtect("materials.xml");
     const quillet::test::RunResult result = RunAsOrdinaryUser({"info", file});
     if (result.m_status == 126 || result.m_status == 127) {
         GTEST_SKIP() << "the program can't be run for another user here";

@@ -3,17 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "platform/TemporaryFolder.h"
-
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 namespace quillet::test {
 
@@ -23,75 +16,23 @@ struct RunResult {
     std::string m_errors;
 };
 
-#if defined(_WIN32)
+struct RunConditions {
+    // The locale of the environment, where it is in force; that of the test where it is empty.
+    std::string m_locale;
+    // The superuser may read and write everything. Where nobody else can be taken, the status is that of a
+    // program that can't be run.
+    bool m_asOrdinaryUser = false;
+    // Where standard output goes; where it is empty, into the result.
+    std::string m_outputTo;
+};
 
-inline std::string QuotedArgument(const std::string& argument) {
-    std::string quoted = "\"";
-    for (const char letter : argument) {
-        quoted += letter == '"' ? "\\\"" : std::string(1, letter);
-    }
-    return quoted + "\"";
-}
-
-inline RunResult RunCommandLine(const std::string& commandLine, const TemporaryFolder& folder) {
-    const std::filesystem::path output = folder / "stdout";
-    const std::filesystem::path errors = folder / "stderr";
-    // The shell takes off the outermost quotation marks.
-    const int status = std::system(("\"" + commandLine + " <NUL >" + QuotedArgument(Utf8(output)) + " 2>" +
-                                    QuotedArgument(Utf8(errors)) + "\"")
-                                       .c_str());
-    return {status, ReadBytes(output), ReadBytes(errors)};
-}
-
-constexpr bool HasEnvironmentLocale = false;
-
-inline std::string WithLocale(const std::string&, const std::string& commandLine) {
-    return commandLine;
-}
-
-inline std::string AsOrdinaryUser(const std::string& commandLine) {
-    return commandLine;
-}
-
-#else
-
-inline std::string QuotedArgument(const std::string& argument) {
-    std::string quoted = "'";
-    for (const char letter : argument) {
-        quoted += letter == '\'' ? "'\\''" : std::string(1, letter);
-    }
-    return quoted + "'";
-}
-
-inline RunResult RunCommandLine(const std::string& commandLine, const TemporaryFolder& folder) {
-    const std::filesystem::path output = folder / "stdout";
-    const std::filesystem::path errors = folder / "stderr";
-    const int status = std::system(
-        (commandLine + " </dev/null >" + QuotedArgument(Utf8(output)) + " 2>" + QuotedArgument(Utf8(errors)))
-            .c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadBytes(output), ReadBytes(errors)};
-}
-
-constexpr bool HasEnvironmentLocale = true;
-
-inline std::string WithLocale(const std::string& locale, const std::string& commandLine) {
-    return "LC_ALL=" + locale + " " + commandLine;
-}
-
-// The superuser may write everything, so the command is run for somebody else.
-inline std::string AsOrdinaryUser(const std::string& commandLine) {
-    return ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " + commandLine
-                            : commandLine;
-}
-
-#endif
-
-inline std::string CommandLineOf(const std::vector<std::string>& arguments) {
-    std::string line = QuotedArgument(QUILLET_PROGRAM);
-    for (const std::string& argument : arguments) {
-        line += " " + QuotedArgument(argument);
-    }
-    return line;
-}
+inline RunResult RunProgram(const std::vector<std::string>& arguments, const TemporaryFolder& folder,
+                            const RunConditions& conditions = {});
 
 }  // namespace quillet::test
+
+#if defined(_WIN32)
+#include "tools/RunProgramOnWindows.h"
+#else
+#include "tools/RunProgramOnPosix.h"
+#endif

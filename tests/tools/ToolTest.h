@@ -1,6 +1,7 @@
 // The fixture of all tests that run the program: a folder of their own with copies of the example catalogs.
 #pragma once
 
+#include "platform/File.h"
 #include "tools/RunProgram.h"
 
 namespace quillet::test {
@@ -37,16 +38,50 @@ protected:
         return Write(name, text);
     }
 
-    RunResult Run(const std::vector<std::string>& arguments) const {
-        return RunCommandLine(CommandLineOf(arguments), m_folder);
+    RunResult Run(const std::vector<std::string>& arguments) const { return RunProgram(arguments, m_folder); }
+
+    // In a locale that has commas where others have points.
+    RunResult RunWithCommas(const std::vector<std::string>& arguments) const {
+        RunConditions conditions;
+        conditions.m_locale = "de_DE.UTF-8";
+        return RunProgram(arguments, m_folder, conditions);
     }
 
-    RunResult RunInLocale(const std::string& locale, const std::vector<std::string>& arguments) const {
-        return RunCommandLine(WithLocale(locale, CommandLineOf(arguments)), m_folder);
+    // Where the environment does not choose the locale, a number tells whether the user's is one with commas.
+    bool CanRunWithCommas() const {
+        return EnvironmentHasLocale ||
+               RunWithCommas({"show", CopyExample("materials.xml"), "Steel"}).m_output.find(" 0,3 ") !=
+                   std::string::npos;
     }
 
     RunResult RunAsOrdinaryUser(const std::vector<std::string>& arguments) const {
-        return RunCommandLine(AsOrdinaryUser(CommandLineOf(arguments)), m_folder);
+        RunConditions conditions;
+        conditions.m_asOrdinaryUser = true;
+        return RunProgram(arguments, m_folder, conditions);
+    }
+
+    // The system's own words for why a path can't be read.
+    static std::string WhyUnreadable(const std::string& path) {
+        std::string why;
+        EXPECT_EQ(platform::ReadWholeFile(path, &why), std::nullopt) << path;
+        EXPECT_NE(why, "") << path;
+        return why;
+    }
+
+    // The system's own words for why no file can be made of a path.
+    static std::string WhyNoTarget(const std::string& path) {
+        std::string why;
+        EXPECT_EQ(platform::AtomicFile::Create(path, &why), nullptr) << path;
+        EXPECT_NE(why, "") << path;
+        return why;
+    }
+
+    // Marks a file read-only for everybody; its folder is everybody's.
+    void WriteProtect(const std::string& name) const {
+        using std::filesystem::perms;
+        std::filesystem::permissions(m_folder.Path(), perms::all);
+        std::filesystem::permissions(m_folder / name,
+                                     perms::owner_read | perms::group_read | perms::others_read);
     }
 
     // Runs a command that must succeed in silence on standard error; gives what it printed.

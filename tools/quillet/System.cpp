@@ -8,6 +8,7 @@
 #include <shellapi.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "base/Utf8.h"
 #else
@@ -32,7 +33,10 @@ std::vector<std::string> ProgramArguments(int, char**) {
 void PrepareStandardStreams() {
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
+    // The console outlives the program.
+    static const UINT s_before = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
+    std::atexit([] { SetConsoleOutputCP(s_before); });
 }
 
 bool IsStandardOutputTerminal() {

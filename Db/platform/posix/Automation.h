@@ -242,9 +242,12 @@ protected:
 QUILLET_API BSTR SysAllocString(const OLECHAR* text);
 // Copies length units from text, or leaves them unset where text is null.
 QUILLET_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
+// The same for bytes: a string of any bytes, of which an odd number is possible.
+QUILLET_API BSTR SysAllocStringByteLen(const char* bytes, UINT length);
 QUILLET_API void SysFreeString(BSTR text);
 // The length in code units, without the terminator; 0 for null.
 QUILLET_API UINT SysStringLen(BSTR text);
+QUILLET_API UINT SysStringByteLen(BSTR text);
 
 // Arrays.
 

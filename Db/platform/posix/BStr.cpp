@@ -1,4 +1,4 @@
-// Strings with their length in front: one block of malloc, four bytes of length, the units, a terminator.
+// Strings with their length in front: one block of malloc, four bytes of length, the bytes, a terminator.
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -10,7 +10,10 @@ namespace {
 
 using ByteLength = std::uint32_t;
 
-constexpr UINT MaxUnits = (std::numeric_limits<ByteLength>::max() - sizeof(ByteLength)) / sizeof(OLECHAR) - 1;
+// Behind an odd number of bytes the terminator is a whole unit all the same.
+constexpr UINT TerminatorRoom = sizeof(OLECHAR) + 1;
+constexpr UINT MaxBytes = std::numeric_limits<ByteLength>::max() - sizeof(ByteLength) - TerminatorRoom;
+constexpr UINT MaxUnits = MaxBytes / sizeof(OLECHAR);
 
 }  // namespace
 
@@ -26,18 +29,26 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
     if (length > MaxUnits) {
         return nullptr;
     }
-    const ByteLength bytes = length * static_cast<ByteLength>(sizeof(OLECHAR));
-    auto* block = static_cast<char*>(std::malloc(sizeof(ByteLength) + bytes + sizeof(OLECHAR)));
+    return SysAllocStringByteLen(reinterpret_cast<const char*>(text),
+                                 length * static_cast<UINT>(sizeof(OLECHAR)));
+}
+
+BSTR SysAllocStringByteLen(const char* bytes, UINT length) {
+    if (length > MaxBytes) {
+        return nullptr;
+    }
+    const ByteLength prefix = length;
+    auto* block = static_cast<char*>(std::malloc(sizeof prefix + std::size_t{length} + TerminatorRoom));
     if (block == nullptr) {
         return nullptr;
     }
-    std::memcpy(block, &bytes, sizeof bytes);
-    auto* units = reinterpret_cast<BSTR>(block + sizeof(ByteLength));
-    if (text != nullptr) {
-        std::memcpy(units, text, bytes);
+    std::memcpy(block, &prefix, sizeof prefix);
+    char* contents = block + sizeof prefix;
+    if (bytes != nullptr) {
+        std::memcpy(contents, bytes, length);
     }
-    units[length] = 0;
-    return units;
+    std::memset(contents + length, 0, TerminatorRoom);
+    return reinterpret_cast<BSTR>(contents);
 }
 
 void SysFreeString(BSTR text) {
@@ -47,10 +58,14 @@ void SysFreeString(BSTR text) {
 }
 
 UINT SysStringLen(BSTR text) {
+    return SysStringByteLen(text) / static_cast<UINT>(sizeof(OLECHAR));
+}
+
+UINT SysStringByteLen(BSTR text) {
     if (text == nullptr) {
         return 0;
     }
     ByteLength bytes = 0;
     std::memcpy(&bytes, reinterpret_cast<const char*>(text) - sizeof bytes, sizeof bytes);
-    return static_cast<UINT>(bytes / sizeof(OLECHAR));
+    return bytes;
 }

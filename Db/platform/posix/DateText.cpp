@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cmath>
 
+#include "platform/posix/NumberText.h"
+
 namespace quillet::platform {
 namespace {
 
@@ -18,7 +20,7 @@ constexpr sys_days LastDay{std::chrono::year{9999} / 12 / 31};
 constexpr int SecondsPerDay = 24 * 60 * 60;
 
 // Years of two digits lie within the hundred years that end here.
-constexpr int LastTwoDigitYear = 2029;
+constexpr int LastTwoDigitYear = 2049;
 
 struct Moment {
     int day = 0;
@@ -97,12 +99,15 @@ private:
 
 class DateReader {
 public:
-    DateReader(WideView text, const DateStyle& style) : m_text(text), m_style(style) {}
+    DateReader(WideView text, const DateStyle& style) : m_text(UpToZero(text)), m_style(style) {}
 
-    // [date] [time], at least one of them, with blanks or the letter T between.
+    // [date] [time], at least one of them, with blanks between.
     bool Read(Moment& moment) {
         SkipBlanks();
-        const bool hasDate = !StartsTime() && ReadDay(moment.day);
+        const bool hasDate = !StartsTime();
+        if (hasDate && !ReadDay(moment.day)) {
+            return false;
+        }
         SkipBlanks();
         if (AtEnd()) {
             return hasDate;
@@ -114,7 +119,7 @@ private:
     bool AtEnd() const { return m_at == m_text.size(); }
     bool At(WCHAR unit) const { return !AtEnd() && m_text[m_at] == unit; }
     bool AtDigit() const { return !AtEnd() && m_text[m_at] >= u'0' && m_text[m_at] <= u'9'; }
-    bool AtBlank() const { return At(u' ') || At(u'\t') || At(0x00A0) || At(0x202F); }
+    bool AtBlank() const { return !AtEnd() && IsBlank(m_text[m_at]); }
 
     void SkipBlanks() {
         while (AtBlank()) {
@@ -130,7 +135,7 @@ private:
         return true;
     }
 
-    bool SkipWord(const WideString& word) {
+    bool SkipWord(WideView word) {
         if (word.empty() || CompareNoCase(m_text.substr(m_at, word.size()), word) != 0) {
             return false;
         }
@@ -164,11 +169,12 @@ private:
     }
 
     bool SkipSeparator() {
+        SkipBlanks();
         if (AtEnd()) {
             return false;
         }
         const WCHAR unit = m_text[m_at];
-        if (unit != u'/' && unit != u'-' && unit != u'.' && (AtBlank() || !IsLocaleSeparator(unit))) {
+        if (unit != u'/' && unit != u'-' && !IsLocaleSeparator(unit)) {
             return false;
         }
         ++m_at;
@@ -189,28 +195,40 @@ private:
         }
     }
 
+    using FieldOrder = std::array<char, 3>;
+    using Numbers = std::array<int, 3>;
+
+    // Three numbers in the order of the locale, or else in the first other order in which they are a date.
     bool ReadDay(int& day) {
-        constexpr int YearDigits = 4;
-        constexpr std::array<char, 3> YearFirst = {'y', 'M', 'd'};
-        std::array<int, 3> numbers{};
-        std::array<std::size_t, 3> lengths{};
+        constexpr int MostDigits = 4;
+        constexpr std::array<FieldOrder, 4> Others = {
+            {{'y', 'M', 'd'}, {'M', 'd', 'y'}, {'d', 'M', 'y'}, {'y', 'd', 'M'}}};
+        Numbers numbers{};
         for (std::size_t index = 0; index < numbers.size(); ++index) {
-            const std::size_t start = m_at;
-            if ((index > 0 && !SkipSeparator()) || !ReadNumber(numbers[index], YearDigits)) {
+            if ((index > 0 && !SkipSeparator()) || !ReadNumber(numbers[index], MostDigits)) {
                 return false;
             }
-            lengths[index] = m_at - start;
         }
         SkipDateEnd();
-        const auto& order = lengths[0] == YearDigits ? YearFirst : m_style.order;
+        return ToDay(numbers, m_style.order, day) ||
+               std::any_of(Others.begin(), Others.end(),
+                           [&](const FieldOrder& order) { return ToDay(numbers, order, day); });
+    }
+
+    static bool ToDay(const Numbers& numbers, const FieldOrder& order, int& day) {
         const auto valueOf = [&](char field) {
             return numbers[static_cast<std::size_t>(std::find(order.begin(), order.end(), field) -
                                                     order.begin())];
         };
+        constexpr int MostMonths = 12;
+        constexpr int MostDays = 31;
+        if (valueOf('M') > MostMonths || valueOf('d') > MostDays) {
+            return false;
+        }
         const year_month_day date{std::chrono::year{FullYear(valueOf('y'))},
                                   std::chrono::month{static_cast<unsigned>(valueOf('M'))},
                                   std::chrono::day{static_cast<unsigned>(valueOf('d'))}};
-        if (!date.ok() || sys_days{date} < FirstDay) {
+        if (!date.ok()) {
             return false;
         }
         day = static_cast<int>((sys_days{date} - DayZero).count());
@@ -226,22 +244,13 @@ private:
     }
 
     bool ReadHalf(bool& pm) {
-        static const WideString DefaultAm = u"AM";
-        static const WideString DefaultPm = u"PM";
-        if (SkipWord(m_style.pm) || SkipWord(DefaultPm)) {
-            pm = true;
-            return true;
-        }
-        pm = false;
-        return SkipWord(m_style.am) || SkipWord(DefaultAm);
+        pm = SkipWord(m_style.pm) || SkipWord(u"PM");
+        return pm || SkipWord(m_style.am) || SkipWord(u"AM");
     }
 
     bool ReadTime(int& secondOfDay) {
         bool pm = false;
         bool half = ReadHalf(pm);
-        if (!half) {
-            Skip(u'T');
-        }
         SkipBlanks();
         int hour = 0;
         int minute = 0;
@@ -258,10 +267,10 @@ private:
             half = ReadHalf(pm);
             SkipBlanks();
         }
-        if ((!hasMinutes && !half) || minute > 59 || second > 59 || hour > (half ? 12 : 23)) {
+        if ((!hasMinutes && !half) || minute > 59 || second > 59 || hour > 23) {
             return false;
         }
-        if (half) {
+        if (half && hour <= 12) {
             hour = hour % 12 + (pm ? 12 : 0);
         }
         secondOfDay = (hour * 60 + minute) * 60 + second;
@@ -285,6 +294,11 @@ HRESULT WriteDate(DATE date, const Locale& locale, WideString& text) {
     if (!IsDateInRange(date)) {
         return E_INVALIDARG;
     }
+    // A fraction of a day that is nothing but an error of rounding is no time.
+    constexpr double LeastTime = 1e-12;
+    const double whole = std::trunc(date);
+    const bool hasDate = whole != 0;
+    const bool hasTime = !hasDate || std::abs(date - whole) >= LeastTime;
     Moment moment = Split(date);
     if (DayZero + days(moment.day) > LastDay) {
         // The last half second of the last year has no day to be rounded to.
@@ -292,11 +306,11 @@ HRESULT WriteDate(DATE date, const Locale& locale, WideString& text) {
     }
     const DateStyle& style = locale.Dates();
     DateWriter writer(moment, style, text);
-    if (moment.day != 0) {
+    if (hasDate) {
         writer.Write(style.date);
     }
-    if (moment.secondOfDay != 0 || moment.day == 0) {
-        if (!text.empty()) {
+    if (hasTime) {
+        if (hasDate) {
             text += u' ';
         }
         writer.Write(style.time);

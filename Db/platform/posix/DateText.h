@@ -10,12 +10,12 @@ namespace quillet::platform {
 // 100 to 9999 have dates.
 bool IsDateInRange(double serial);
 
-// The short date of the locale, then the time where the date has one. A date that falls on day 0 is written
-// as its time alone. E_INVALIDARG where the date is out of range.
+// The short date of the locale, then the time where the date has a fraction. A date on day 0 is written as
+// its time alone. E_INVALIDARG where the date is out of range.
 HRESULT WriteDate(DATE date, const Locale& locale, WideString& text);
 
-// Reads the short date of the locale, year-month-day with dashes in every locale, a time, or date and time.
-// DISP_E_TYPEMISMATCH for anything else.
+// Reads a date of three numbers in the order of the locale or another in which they are one, a time, or date
+// and time. DISP_E_TYPEMISMATCH for anything else.
 HRESULT ReadDate(WideView text, const Locale& locale, DATE& date);
 
 }  // namespace quillet::platform

@@ -20,6 +20,8 @@ constexpr std::int32_t PatternCapacity = 128;
 
 constexpr WideView DefaultDatePattern = u"M/d/yyyy";
 constexpr WideView DefaultTimePattern = u"h:mm:ss a";
+constexpr WideView InvariantDatePattern = u"MM/dd/yyyy";
+constexpr WideView InvariantTimePattern = u"HH:mm:ss";
 
 struct CloseNumberFormat {
     void operator()(UNumberFormat* format) const { unum_close(format); }
@@ -222,6 +224,17 @@ DateStyle ReadDateStyle(const std::string& name) {
     return style;
 }
 
+DateStyle InvariantDateStyle() {
+    DateStyle style;
+    style.date = CompilePattern(InvariantDatePattern);
+    style.time = CompilePattern(InvariantTimePattern);
+    return style;
+}
+
+bool IsFrench(std::string_view name) {
+    return name == "fr" || name.starts_with("fr_") || name.starts_with("fr-");
+}
+
 UCollator* OpenCollator(const std::string& name, UCollationStrength strength) {
     UErrorCode status = U_ZERO_ERROR;
     UCollator* collator = ucol_open(name.empty() ? "root" : name.c_str(), &status);
@@ -229,6 +242,10 @@ UCollator* OpenCollator(const std::string& name, UCollationStrength strength) {
         return nullptr;
     }
     ucol_setStrength(collator, strength);
+    if (IsFrench(name)) {
+        // The last accent in which two words differ decides, whatever the country.
+        ucol_setAttribute(collator, UCOL_FRENCH_COLLATION, UCOL_ON, &status);
+    }
     return collator;
 }
 
@@ -283,7 +300,9 @@ const Locale& Locale::For(LCID id) {
 }
 
 const DateStyle& Locale::Dates() const {
-    std::call_once(m_datesOnce, [this] { m_dates = ReadDateStyle(m_names.dates); });
+    std::call_once(m_datesOnce, [this] {
+        m_dates = m_id == LOCALE_INVARIANT ? InvariantDateStyle() : ReadDateStyle(m_names.dates);
+    });
     return m_dates;
 }
 

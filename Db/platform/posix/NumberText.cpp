@@ -3,6 +3,8 @@
 // results.
 #include "platform/posix/NumberText.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -19,10 +21,6 @@ constexpr bool IsDigit(WCHAR unit) {
 
 constexpr bool IsSpaceLike(WCHAR unit) {
     return unit == u' ' || unit == 0x00A0 || unit == 0x202F;
-}
-
-constexpr bool IsBlank(WCHAR unit) {
-    return (unit >= u'\t' && unit <= u'\r') || IsSpaceLike(unit);
 }
 
 constexpr bool IsSign(WCHAR unit) {
@@ -50,22 +48,37 @@ struct Decimal {
 class NumberReader {
 public:
     NumberReader(WideView text, const NumberSymbols& symbols, Decimal& result)
-        : m_text(text), m_symbols(symbols), m_result(result) {}
+        : m_text(UpToZero(text)), m_symbols(symbols), m_result(result) {}
 
     HRESULT Read() {
-        ReadPrefix();
+        ReadAround(m_before, u'(');
         if (At(u'&')) {
-            return m_sign || m_bracket || m_currency ? DISP_E_TYPEMISMATCH : ReadBits();
+            return m_before.Any() ? DISP_E_TYPEMISMATCH : ReadBits();
         }
         if (!ReadDigits() || !ReadExponent()) {
             return DISP_E_TYPEMISMATCH;
         }
         KeepTail();
-        ReadSuffix();
-        return m_at == m_text.size() && m_bracket == m_closed ? S_OK : DISP_E_TYPEMISMATCH;
+        ReadAround(m_after, u')');
+        const bool signedTwice = (m_before.plus && m_after.plus) || (m_before.minus && m_after.minus);
+        if (!AtEnd() || signedTwice || m_before.bracket != m_after.bracket) {
+            return DISP_E_TYPEMISMATCH;
+        }
+        m_result.negative = m_before.minus || m_before.bracket || m_after.minus;
+        return S_OK;
     }
 
 private:
+    // What stands on one side of the digits, each at most once.
+    struct Side {
+        bool plus = false;
+        bool minus = false;
+        bool currency = false;
+        bool bracket = false;
+
+        bool Any() const { return plus || minus || currency || bracket; }
+    };
+
     bool AtEnd() const { return m_at == m_text.size(); }
     bool At(WCHAR unit) const { return !AtEnd() && m_text[m_at] == unit; }
     bool AtDigit() const { return !AtEnd() && IsDigit(m_text[m_at]); }
@@ -78,58 +91,25 @@ private:
         return true;
     }
 
-    bool SkipSign() {
-        if (AtEnd() || !IsSign(m_text[m_at]) || m_sign || m_bracket) {
+    bool SkipOnce(bool& seen, WideView mark) {
+        if (seen || !m_text.substr(m_at).starts_with(mark)) {
             return false;
         }
-        m_sign = true;
-        m_result.negative = m_text[m_at] == u'-';
-        ++m_at;
+        seen = true;
+        m_at += mark.size();
         return true;
     }
 
-    bool SkipCurrency() {
-        if (m_currency || !m_text.substr(m_at).starts_with(m_symbols.currency)) {
-            return false;
-        }
-        m_currency = true;
-        m_at += m_symbols.currency.size();
-        return true;
-    }
-
-    bool OpenBracket() {
-        if (!At(u'(') || m_bracket || m_sign) {
-            return false;
-        }
-        m_bracket = true;
-        m_result.negative = true;
-        ++m_at;
-        return true;
-    }
-
-    bool CloseBracket() {
-        if (!At(u')') || !m_bracket || m_closed) {
-            return false;
-        }
-        m_closed = true;
-        ++m_at;
-        return true;
-    }
-
-    void ReadPrefix() {
-        while (SkipBlank() || SkipSign() || SkipCurrency() || OpenBracket()) {
+    void ReadAround(Side& side, WCHAR bracket) {
+        while (SkipBlank() || SkipOnce(side.plus, u"+") || SkipOnce(side.minus, u"-") ||
+               SkipOnce(side.currency, m_symbols.currency) || SkipOnce(side.bracket, WideView(&bracket, 1))) {
         }
     }
 
-    void ReadSuffix() {
-        while (SkipBlank() || SkipSign() || SkipCurrency() || CloseBracket()) {
-        }
-    }
-
-    // A group separator stands between two digits of the whole part. Where the locale uses a kind of space,
-    // every kind will do.
+    // Group separators stand anywhere behind the first digit. Where the locale uses a kind of space, every
+    // kind will do.
     bool SkipGroupSeparator() {
-        if (m_at + 1 >= m_text.size() || !IsDigit(m_text[m_at + 1])) {
+        if (AtEnd()) {
             return false;
         }
         const WCHAR unit = m_text[m_at];
@@ -141,19 +121,27 @@ private:
     }
 
     bool ReadDigits() {
-        bool any = false;
-        while (AtDigit() || (any && SkipGroupSeparator())) {
-            any = true;
-            Keep(m_text[m_at++], false);
+        if (!AtDigit() && !At(m_symbols.decimal)) {
+            return false;
         }
+        bool any = ReadDigitRun(false);
         if (At(m_symbols.decimal)) {
             ++m_at;
-            while (AtDigit()) {
-                any = true;
-                Keep(m_text[m_at++], true);
-            }
+            any = ReadDigitRun(true) || any;
         }
         return any;
+    }
+
+    bool ReadDigitRun(bool fraction) {
+        bool any = false;
+        for (;;) {
+            if (AtDigit()) {
+                any = true;
+                Keep(m_text[m_at++], fraction);
+            } else if (!SkipGroupSeparator()) {
+                return any;
+            }
+        }
     }
 
     void Keep(WCHAR digit, bool fraction) {
@@ -236,10 +224,8 @@ private:
     const NumberSymbols& m_symbols;
     Decimal& m_result;
     std::size_t m_at = 0;
-    bool m_sign = false;
-    bool m_currency = false;
-    bool m_bracket = false;
-    bool m_closed = false;
+    Side m_before;
+    Side m_after;
     bool m_tail = false;
 };
 
@@ -279,11 +265,11 @@ constexpr std::array<double, PlainDecimal::MostDigits + 1> PowersOfTen = {
 
 template <typename Real>
 HRESULT NearestReal(const Decimal& decimal, Real& result) {
-    result = 0;
     if (decimal.isBits) {
-        result = static_cast<Real>(decimal.bits);
-        return S_OK;
+        result = static_cast<Real>(static_cast<std::int32_t>(decimal.bits));
+        return std::in_range<std::uint32_t>(decimal.bits) ? S_OK : DISP_E_OVERFLOW;
     }
+    result = decimal.negative ? Real{-0.0F} : Real{0};
     constexpr long long BeyondEveryReal = 400;
     if (decimal.count == 0 || decimal.Magnitude() < -BeyondEveryReal) {
         return S_OK;
@@ -297,17 +283,15 @@ HRESULT NearestReal(const Decimal& decimal, Real& result) {
     char* end = text.data() + decimal.count;
     *end++ = 'e';
     end = std::to_chars(end, text.data() + text.size(), decimal.exponent).ptr;
-    const auto [stop, error] = std::from_chars(text.data(), end, result);
+    Real magnitude = 0;
+    const auto [stop, error] = std::from_chars(text.data(), end, magnitude);
     if (error == std::errc::result_out_of_range) {
-        result = 0;
         return decimal.Magnitude() > 0 ? DISP_E_OVERFLOW : S_OK;
     }
-    if (!std::isfinite(result)) {
+    if (!std::isfinite(magnitude)) {
         return DISP_E_OVERFLOW;
     }
-    if (decimal.negative) {
-        result = -result;
-    }
+    result = decimal.negative ? -magnitude : magnitude;
     return S_OK;
 }
 
@@ -522,6 +506,12 @@ bool WriteFewDecimals(double value, WCHAR point, NumberBuffer& buffer, WideView&
 
 }  // namespace
 
+bool IsBlank(WCHAR unit) {
+    constexpr WCHAR FirstBeyondAscii = 0x80;
+    return (unit >= u'\t' && unit <= u'\r') || unit == u' ' ||
+           (unit >= FirstBeyondAscii && u_isUWhiteSpace(unit));
+}
+
 HRESULT ReadInteger(WideView text, const Locale& locale, TextInteger& result) {
     PlainDecimal plain;
     if (plain.Read(text, 0)) {
@@ -549,7 +539,7 @@ HRESULT ReadDouble(WideView text, const Locale& locale, double& result) {
     if (plain.Read(text, locale.Numbers().decimal) && plain.digits <= LargestExact) {
         const double value =
             static_cast<double>(plain.digits) / PowersOfTen[static_cast<std::size_t>(plain.fractionDigits)];
-        result = plain.negative && value != 0 ? -value : value;
+        result = plain.negative ? -value : value;
         return S_OK;
     }
     return ReadReal(text, locale, result);
@@ -564,7 +554,7 @@ HRESULT ReadFloat(WideView text, const Locale& locale, float& result) {
         plain.fractionDigits <= MostExactPower) {
         const float value = static_cast<float>(plain.digits) /
                             static_cast<float>(PowersOfTen[static_cast<std::size_t>(plain.fractionDigits)]);
-        result = plain.negative && plain.digits != 0 ? -value : value;
+        result = plain.negative ? -value : value;
         return S_OK;
     }
     return ReadReal(text, locale, result);

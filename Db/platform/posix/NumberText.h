@@ -15,6 +15,14 @@ namespace quillet::platform {
 // Room for any number as text: sign, 20 digits of an integer, or 17 digits with point, zeros and exponent.
 using NumberBuffer = std::array<WCHAR, 32>;
 
+// White space, which may stand around a number and between the parts of a date.
+bool IsBlank(WCHAR unit);
+
+// What stands before the first zero unit: a text is read up to there, whatever its length.
+inline WideView UpToZero(WideView text) {
+    return text.substr(0, text.find(WCHAR{0}));
+}
+
 // An integer read from text. Where the text was hexadecimal or octal, magnitude holds the bits of the value.
 struct TextInteger {
     std::uint64_t magnitude = 0;
@@ -23,7 +31,8 @@ struct TextInteger {
 };
 
 // Each reads the whole text: S_OK, DISP_E_TYPEMISMATCH where it is no number, DISP_E_OVERFLOW where the
-// result has no room. Integers are rounded half to even, reals are the nearest to the exact decimal value.
+// result has no room. Integers are rounded half to even, reals are the nearest to the exact decimal value. A
+// hexadecimal or octal number becomes the real of the integer of 32 bits that it stands for.
 HRESULT ReadInteger(WideView text, const Locale& locale, TextInteger& result);
 HRESULT ReadDouble(WideView text, const Locale& locale, double& result);
 HRESULT ReadFloat(WideView text, const Locale& locale, float& result);

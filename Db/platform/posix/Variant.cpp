@@ -52,7 +52,7 @@ HRESULT Dereference(const VARIANT& source, VARIANT& view) {
         case VT_VARIANT: {
             const VARIANT& target = *source.pvarVal;
             if (target.vt == (VT_BYREF | VT_VARIANT)) {
-                return DISP_E_BADVARTYPE;
+                return E_INVALIDARG;
             }
             if ((target.vt & VT_BYREF) != 0) {
                 return Dereference(target, view);

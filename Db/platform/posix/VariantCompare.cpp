@@ -1,18 +1,19 @@
 // The order of variants: null apart, strings above numbers, numbers by value, strings by the locale's
 // collation.
+#include <cmath>
 #include <cstring>
 #include <limits>
 
 #include "platform/Automation.h"
 #include "platform/posix/Locale.h"
-#include "platform/posix/VariantKind.h"
 
 namespace quillet::platform {
 namespace {
 
-enum class Operand { Empty, Null, Integer, Real, Text, Unordered };
+enum class Operand { Empty, Null, Integer, Single, Real, Text, Error, Mismatched, Bad };
 
-Operand OperandOf(const VARIANT& value) {
+// The function is older than most integer types, which it refuses in two ways and VT_INT on one side only.
+Operand OperandOf(const VARIANT& value, bool isLeft) {
     switch (value.vt) {
         case VT_EMPTY:
             return Operand::Empty;
@@ -22,17 +23,29 @@ Operand OperandOf(const VARIANT& value) {
         case VT_I2:
         case VT_I4:
         case VT_I8:
-        case VT_INT:
         case VT_BOOL:
             return Operand::Integer;
+        case VT_INT:
+            return isLeft ? Operand::Integer : Operand::Bad;
         case VT_R4:
+            return Operand::Single;
         case VT_R8:
         case VT_DATE:
             return Operand::Real;
         case VT_BSTR:
             return Operand::Text;
+        case VT_ERROR:
+            return Operand::Error;
+        case VT_I1:
+        case VT_UI2:
+        case VT_UI4:
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            return Operand::Mismatched;
+        case VT_UI8:
+            return isLeft ? Operand::Mismatched : Operand::Bad;
         default:
-            return Operand::Unordered;
+            return Operand::Bad;
     }
 }
 
@@ -64,6 +77,15 @@ double RealOf(const VARIANT& value) {
         default:
             return static_cast<double>(IntegerOf(value));
     }
+}
+
+// Infinite beyond the range of a float.
+float SingleOf(const VARIANT& value) {
+    const double real = RealOf(value);
+    constexpr double LargestFloat = static_cast<double>(std::numeric_limits<float>::max());
+    return std::abs(real) > LargestFloat
+               ? std::copysign(std::numeric_limits<float>::infinity(), real < 0 ? -1.0F : 1.0F)
+               : static_cast<float>(real);
 }
 
 template <typename T>
@@ -101,13 +123,20 @@ HRESULT CompareTextWith(const VARIANT& text, Operand other) {
 }
 
 HRESULT Compare(const VARIANT& left, const VARIANT& right, LCID locale, ULONG flags) {
-    const Operand leftOperand = OperandOf(left);
-    const Operand rightOperand = OperandOf(right);
-    if (leftOperand == Operand::Null || rightOperand == Operand::Null) {
-        return VARCMP_NULL;
-    }
-    if (leftOperand == Operand::Unordered || rightOperand == Operand::Unordered) {
+    const Operand leftOperand = OperandOf(left, true);
+    const Operand rightOperand = OperandOf(right, false);
+    const auto isEither = [&](Operand operand) { return leftOperand == operand || rightOperand == operand; };
+    if (isEither(Operand::Bad)) {
         return DISP_E_BADVARTYPE;
+    }
+    if (leftOperand == Operand::Error && rightOperand == Operand::Error) {
+        return VARCMP_EQ;
+    }
+    if (isEither(Operand::Mismatched) || isEither(Operand::Error)) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    if (isEither(Operand::Null)) {
+        return VARCMP_NULL;
     }
     if (leftOperand == Operand::Text && rightOperand == Operand::Text) {
         return CompareTexts(left.bstrVal, right.bstrVal, locale, flags);
@@ -118,20 +147,14 @@ HRESULT Compare(const VARIANT& left, const VARIANT& right, LCID locale, ULONG fl
     if (rightOperand == Operand::Text) {
         return CompareTextWith(right, leftOperand) == VARCMP_EQ ? VARCMP_EQ : VARCMP_LT;
     }
-    if (leftOperand == Operand::Real || rightOperand == Operand::Real) {
+    if (isEither(Operand::Single)) {
+        // The other side is rounded to a float too, so that both have the same digits.
+        return Order(SingleOf(left), SingleOf(right));
+    }
+    if (isEither(Operand::Real)) {
         return Order(RealOf(left), RealOf(right));
     }
     return Order(IntegerOf(left), IntegerOf(right));
-}
-
-// The value itself, or what it refers to.
-HRESULT Resolve(const VARIANT*& value, VARIANT& referred) {
-    if ((value->vt & VT_BYREF) == 0) {
-        return S_OK;
-    }
-    const HRESULT result = Dereference(*value, referred);
-    value = &referred;
-    return result;
 }
 
 }  // namespace
@@ -142,13 +165,5 @@ HRESULT VarCmp(VARIANT* left, VARIANT* right, LCID locale, ULONG flags) {
     if (left == nullptr || right == nullptr) {
         return E_INVALIDARG;
     }
-    const VARIANT* leftValue = left;
-    const VARIANT* rightValue = right;
-    VARIANT leftReferred;
-    VARIANT rightReferred;
-    HRESULT result = Resolve(leftValue, leftReferred);
-    if (SUCCEEDED(result)) {
-        result = Resolve(rightValue, rightReferred);
-    }
-    return FAILED(result) ? result : Compare(*leftValue, *rightValue, locale, flags);
+    return Compare(*left, *right, locale, flags);
 }

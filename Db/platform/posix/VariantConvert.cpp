@@ -1,6 +1,7 @@
 // Conversion between variant types by the rules of OLE Automation. Every value passes through one of four
 // forms: signed or unsigned integer, real, text.
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -164,10 +165,13 @@ HRESULT ConvertToFloat(const VARIANT& source, LCID locale, float& result) {
     if (FAILED(converted)) {
         return converted;
     }
-    if (std::abs(real) > static_cast<double>(std::numeric_limits<float>::max())) {
+    // Half a unit above the largest float, which is odd: from here on the nearest float is infinite.
+    constexpr double BeyondFloats = 0x1.FFFFFFp127;
+    constexpr double LargestFloat = static_cast<double>(std::numeric_limits<float>::max());
+    if (std::abs(real) >= BeyondFloats) {
         return DISP_E_OVERFLOW;
     }
-    result = static_cast<float>(real);
+    result = static_cast<float>(std::abs(real) > LargestFloat ? std::copysign(LargestFloat, real) : real);
     return S_OK;
 }
 
@@ -186,7 +190,8 @@ bool IsWord(WideView text, WideView word) {
     return text.size() == word.size() && CompareNoCase(text, word) == 0;
 }
 
-HRESULT ReadBoolean(WideView text, LCID locale, VARIANT_BOOL& result) {
+HRESULT ReadBoolean(WideView whole, LCID locale, VARIANT_BOOL& result) {
+    const WideView text = UpToZero(whole);
     if (IsWord(text, u"true") || text == u"#TRUE#") {
         result = VARIANT_TRUE;
         return S_OK;
@@ -215,16 +220,52 @@ HRESULT ConvertToBoolean(const VARIANT& source, LCID locale, VARIANT_BOOL& resul
     return S_OK;
 }
 
+// The bytes of the array as those of the string: two make a unit.
+HRESULT BytesToText(SAFEARRAY* array, VARIANT& result) {
+    void* bytes = nullptr;
+    const HRESULT accessed = SafeArrayAccessData(array, &bytes);
+    if (FAILED(accessed)) {
+        return accessed;
+    }
+    result.vt = VT_BSTR;
+    result.bstrVal = SysAllocStringByteLen(static_cast<const char*>(bytes), array->rgsabound[0].cElements);
+    SafeArrayUnaccessData(array);
+    return result.bstrVal == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+HRESULT ConvertToBytes(const VARIANT& source, VARIANT& result) {
+    if (source.vt != VT_BSTR) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    const UINT length = SysStringByteLen(source.bstrVal);
+    result.parray = SafeArrayCreateVector(VT_UI1, 0, length);
+    if (result.parray == nullptr) {
+        return E_OUTOFMEMORY;
+    }
+    if (length > 0) {
+        std::memcpy(result.parray->pvData, source.bstrVal, length);
+    }
+    return S_OK;
+}
+
+// Values with a meaning become empty or null by being dropped.
+HRESULT ConvertToNothing(const VARIANT& source) {
+    const bool isMeant = source.vt != VT_NULL && source.vt != VT_ERROR && source.vt != ByteArrayType;
+    return isMeant ? S_OK : DISP_E_TYPEMISMATCH;
+}
+
 HRESULT ConvertToText(const VARIANT& source, LCID locale, USHORT flags, VARIANT& result) {
     NumberBuffer buffer;
     switch (source.vt) {
         case VT_EMPTY:
             return SetText(WideView(u""), result);
+        case ByteArrayType:
+            return BytesToText(source.parray, result);
         case VT_BOOL:
             if ((flags & VARIANT_ALPHABOOL) != 0) {
                 return SetText(source.boolVal != VARIANT_FALSE ? u"True" : u"False", result);
             }
-            return SetText(source.boolVal != VARIANT_FALSE ? u"-1" : u"0", result);
+            return SetText(WriteInteger(std::int64_t{source.boolVal}, buffer), result);
         case VT_R4:
             return SetText(WriteFloat(source.fltVal, Locale::For(locale).Numbers().decimal, buffer), result);
         case VT_R8:
@@ -284,14 +325,21 @@ HRESULT Convert(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, 
             return ConvertToDate(source, locale, result.date);
         case VT_BSTR:
             return ConvertToText(source, locale, flags, result);
+        case ByteArrayType:
+            return ConvertToBytes(source, result);
+        case VT_EMPTY:
+        case VT_NULL:
+            return ConvertToNothing(source);
         default:
             return DISP_E_TYPEMISMATCH;
     }
 }
 
-bool IsSupported(VARTYPE type) {
-    const VariantKind kind = KindOf(type);
-    return kind != VariantKind::Unknown && kind != VariantKind::Reference;
+// A variant, a reference and an array of any known type are types, though nothing becomes one.
+bool IsType(VARTYPE type) {
+    const auto element = static_cast<VARTYPE>(type & VT_TYPEMASK);
+    const bool isKnown = element == VT_VARIANT || KindOf(element) != VariantKind::Unknown;
+    return isKnown && (element == type || (type & (VT_BYREF | VT_ARRAY)) != 0);
 }
 
 }  // namespace
@@ -310,7 +358,7 @@ HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale,
         }
         source = &referred;
     }
-    if (!IsSupported(source->vt) || !IsSupported(type)) {
+    if (KindOf(source->vt) == VariantKind::Unknown || !IsType(type)) {
         return DISP_E_BADVARTYPE;
     }
     if (source->vt == type) {

@@ -46,7 +46,8 @@ constexpr VariantKind KindOf(VARTYPE type) {
 
 // Makes view a borrowed look at the value that a VT_BYREF source points to; the view must never be cleared.
 // A reference to a variant is followed once more, as that variant may itself refer to a plain value.
-// DISP_E_BADVARTYPE where the type has no reference form, E_INVALIDARG for a null reference.
+// DISP_E_BADVARTYPE where the type has no reference form, E_INVALIDARG for a null reference and for one that
+// would have to be followed further.
 HRESULT Dereference(const VARIANT& source, VARIANT& view);
 
 }  // namespace quillet::platform

@@ -122,8 +122,9 @@ DWORD ToSystemPath(const std::string& path, WideString& wide) {
     wide.resize(static_cast<std::size_t>(length));
     const WideString full = TextOf(
         [&](WCHAR* text, DWORD capacity) { return GetFullPathNameW(wide.c_str(), capacity, text, nullptr); });
+    // Blanks alone are no path, without an error that says so.
     if (full.empty()) {
-        return GetLastError();
+        return ERROR_INVALID_NAME;
     }
     wide = WithoutLimit(full);
     return ERROR_SUCCESS;
@@ -133,13 +134,24 @@ Handle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
     return Handle(CreateFileW(path.c_str(), access, ShareEverything, nullptr, OPEN_EXISTING, flags, nullptr));
 }
 
+// None where the path names nothing.
+DWORD AttributesOf(const WideString& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes;
+}
+
+bool IsFolder(DWORD attributes) {
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsLink(DWORD attributes) {
+    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 // Why the path could not be opened: for a folder, that it is one.
 DWORD OpenError(const WideString& path) {
     const DWORD error = GetLastError();
-    const DWORD attributes = error == ERROR_ACCESS_DENIED ? GetFileAttributesW(path.c_str()) : 0;
-    const bool isFolder =
-        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    return isFolder ? DirectoryNotSupported : error;
+    return IsFolder(AttributesOf(path)) ? DirectoryNotSupported : error;
 }
 
 Handle OpenForReading(const std::string& path, std::string* why) {
@@ -184,6 +196,7 @@ struct Target {
     WideString m_path;
     // Empty where the target does not exist.
     Handle m_file;
+    DWORD m_attributes = 0;
 };
 
 WideString FinalPath(const Handle& file) {
@@ -192,41 +205,61 @@ WideString FinalPath(const Handle& file) {
     });
 }
 
+// Why nothing with these attributes is replaced, or ERROR_SUCCESS. Where rights let a file be written that is
+// marked read-only, the mark counts.
+DWORD RefusalOf(DWORD attributes) {
+    if (IsFolder(attributes)) {
+        return DirectoryNotSupported;
+    }
+    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
+}
+
+// The error, or ERROR_SUCCESS. Where nothing is there to open, it is ERROR_FILE_NOT_FOUND and the path is
+// set.
+DWORD OpenTarget(const std::string& path, Target& target) {
+    const DWORD error = ToSystemPath(path, target.m_path);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    // To open a device can have an effect on it.
+    if (target.m_path.starts_with(OLESTR("\\\\.\\"))) {
+        return ERROR_NOT_SUPPORTED;
+    }
+    target.m_file = OpenExisting(target.m_path, GENERIC_WRITE | READ_CONTROL, FILE_ATTRIBUTE_NORMAL);
+    if (!target.m_file.IsOpen()) {
+        return OpenError(target.m_path);
+    }
+    if (GetFileType(target.m_file.Get()) != FILE_TYPE_DISK) {
+        return ERROR_NOT_SUPPORTED;
+    }
+    BY_HANDLE_FILE_INFORMATION information;
+    if (GetFileInformationByHandle(target.m_file.Get(), &information) == 0) {
+        return GetLastError();
+    }
+    target.m_attributes = information.dwFileAttributes;
+    WideString final = FinalPath(target.m_file);
+    if (!final.empty()) {
+        target.m_path = std::move(final);
+    } else if (IsLink(AttributesOf(target.m_path))) {
+        // A file system that can't tell final paths does no harm otherwise.
+        return ERROR_NOT_SUPPORTED;
+    }
+    return RefusalOf(target.m_attributes);
+}
+
 // Where a link leads to that points to nothing: the system makes the file, and removes it when it is closed.
+// Any other path stays.
 DWORD FollowDanglingLink(WideString& path) {
+    if (!IsLink(AttributesOf(path))) {
+        return ERROR_SUCCESS;
+    }
     const Handle file(CreateFileW(path.c_str(), GENERIC_WRITE | DELETE, ShareEverything, nullptr, CREATE_NEW,
                                   FILE_FLAG_DELETE_ON_CLOSE, nullptr));
     if (!file.IsOpen()) {
         return GetLastError();
     }
     path = FinalPath(file);
-    return path.empty() ? GetLastError() : ERROR_SUCCESS;
-}
-
-// The error, or ERROR_SUCCESS. The target is open for writing then, if it exists.
-DWORD Locate(const std::string& path, Target& target) {
-    const DWORD error = ToSystemPath(path, target.m_path);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    target.m_file = OpenExisting(target.m_path, GENERIC_WRITE | READ_CONTROL, FILE_ATTRIBUTE_NORMAL);
-    if (!target.m_file.IsOpen()) {
-        const DWORD reason = OpenError(target.m_path);
-        if (reason != ERROR_FILE_NOT_FOUND) {
-            return reason;
-        }
-        const bool isLink = GetFileAttributesW(target.m_path.c_str()) != INVALID_FILE_ATTRIBUTES;
-        return isLink ? FollowDanglingLink(target.m_path) : ERROR_SUCCESS;
-    }
-    if (GetFileType(target.m_file.Get()) != FILE_TYPE_DISK) {
-        return ERROR_NOT_SUPPORTED;
-    }
-    WideString final = FinalPath(target.m_file);
-    if (final.empty()) {
-        return GetLastError();
-    }
-    target.m_path = std::move(final);
-    return ERROR_SUCCESS;
+    return path.empty() ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
 // Does not depend on the target's name, which may be as long as a name can be.
@@ -255,8 +288,9 @@ std::vector<BYTE> AccessListOf(const Handle& file) {
     return list;
 }
 
-// Renames an open file. The class decides how: by the newer one the file takes the place of one that is open.
-bool Rename(const Handle& file, const WideString& path, FILE_INFO_BY_HANDLE_CLASS how, DWORD flags) {
+// Renames an open file; the error, or ERROR_SUCCESS. The class decides how: by the newer one the file takes
+// the place of one that is open.
+DWORD Rename(const Handle& file, const WideString& path, FILE_INFO_BY_HANDLE_CLASS how, DWORD flags) {
     const std::size_t bytes = path.size() * sizeof(WCHAR);
     // The structure has room for the zero.
     std::vector<BYTE> buffer(sizeof(FILE_RENAME_INFO) + bytes);
@@ -265,7 +299,8 @@ bool Rename(const Handle& file, const WideString& path, FILE_INFO_BY_HANDLE_CLAS
     std::memcpy(info, &flags, sizeof flags);
     info->FileNameLength = static_cast<DWORD>(bytes);
     std::memcpy(info->FileName, path.data(), bytes);
-    return SetFileInformationByHandle(file.Get(), how, info, static_cast<DWORD>(buffer.size())) != 0;
+    const auto size = static_cast<DWORD>(buffer.size());
+    return SetFileInformationByHandle(file.Get(), how, info, size) != 0 ? ERROR_SUCCESS : GetLastError();
 }
 
 class WindowsAtomicFile final : public AtomicFile {
@@ -273,33 +308,30 @@ public:
     explicit WindowsAtomicFile(WideString target) : m_target(std::move(target)) {}
     ~WindowsAtomicFile() override { Remove(); }
 
-    // The target it replaces is open, or none.
-    bool Open(const Handle& old, std::string* why) {
+    // With the rights and the attributes of the target, if it exists.
+    bool Open(const Target& target, std::string* why) {
+        // The other attributes are the file system's own, or mean something else to the call.
+        constexpr DWORD Kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
+                               FILE_ATTRIBUTE_NOT_CONTENT_INDEXED | FILE_ATTRIBUTE_ENCRYPTED;
         std::vector<BYTE> accessList;
-        DWORD attributes = FILE_ATTRIBUTE_NORMAL;
-        BY_HANDLE_FILE_INFORMATION information;
-        if (old.IsOpen()) {
-            accessList = AccessListOf(old);
-            if (GetFileInformationByHandle(old.Get(), &information) != 0) {
-                attributes = information.dwFileAttributes;
-            }
+        if (target.m_file.IsOpen()) {
+            accessList = AccessListOf(target.m_file);
         }
         SECURITY_ATTRIBUTES security{sizeof(SECURITY_ATTRIBUTES), accessList.data(), FALSE};
         constexpr int MostAttempts = 100;
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
+        DWORD error = ERROR_FILE_EXISTS;
+        for (int attempt = 0; attempt < MostAttempts && error == ERROR_FILE_EXISTS; ++attempt) {
             WideString name = TemporaryNameBeside(m_target);
-            m_file = Handle(
-                CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                            accessList.empty() ? nullptr : &security, CREATE_NEW, attributes, nullptr));
+            m_file = Handle(CreateFileW(
+                name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                accessList.empty() ? nullptr : &security, CREATE_NEW, target.m_attributes & Kept, nullptr));
             if (m_file.IsOpen()) {
                 m_temporary = std::move(name);
                 return true;
             }
-            if (GetLastError() != ERROR_FILE_EXISTS) {
-                break;
-            }
+            error = GetLastError();
         }
-        return Fail(GetLastError(), why);
+        return Fail(error, why);
     }
 
     bool Write(std::string_view bytes, std::string* why) override {
@@ -328,30 +360,39 @@ private:
         if (FlushFileBuffers(m_file.Get()) == 0) {
             return GetLastError();
         }
-        // In one step, also under readers; then, where the file system knows only the older way, in one step
-        // if nobody has the target open.
-        if (Rename(m_file, m_target, RenameInfoEx,
-                   FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS) ||
-            Rename(m_file, m_target, FileRenameInfo, TRUE)) {
-            m_temporary.clear();
-            return ERROR_SUCCESS;
+        // Something else may stand there by now.
+        const DWORD refusal = RefusalOf(AttributesOf(m_target));
+        if (refusal != ERROR_SUCCESS) {
+            return refusal;
         }
-        return ReplaceOpenTarget();
+        // In one step, also under readers; then, where the file system knows only the older way, in one step
+        // if nobody has the target open; then in two.
+        DWORD error = Rename(m_file, m_target, RenameInfoEx,
+                             FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS);
+        if (error != ERROR_SUCCESS) {
+            error = Rename(m_file, m_target, FileRenameInfo, TRUE);
+        }
+        if (error != ERROR_SUCCESS) {
+            error = ReplaceOpenTarget(error);
+        }
+        if (error == ERROR_SUCCESS) {
+            m_temporary.clear();
+        }
+        return error;
     }
 
-    // An open file lets itself be renamed where it can't be replaced.
-    DWORD ReplaceOpenTarget() {
-        const DWORD error = GetLastError();
+    // An open file lets itself be renamed where it can't be replaced. Why it can't be is given.
+    DWORD ReplaceOpenTarget(DWORD error) {
         const WideString aside = TemporaryNameBeside(m_target);
         if (MoveFileExW(m_target.c_str(), aside.c_str(), 0) == 0) {
-            return error;
+            // The words for this one tell that somebody has the target open.
+            return GetLastError() == ERROR_SHARING_VIOLATION ? ERROR_SHARING_VIOLATION : error;
         }
-        if (!Rename(m_file, m_target, FileRenameInfo, FALSE)) {
-            const DWORD failed = GetLastError();
+        const DWORD failed = Rename(m_file, m_target, FileRenameInfo, FALSE);
+        if (failed != ERROR_SUCCESS) {
             MoveFileExW(aside.c_str(), m_target.c_str(), 0);
             return failed;
         }
-        m_temporary.clear();
         DeleteFileW(aside.c_str());
         return ERROR_SUCCESS;
     }
@@ -385,7 +426,7 @@ std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::s
 
 bool CanWriteFile(const std::string& path) {
     Target target;
-    return Locate(path, target) == ERROR_SUCCESS && target.m_file.IsOpen();
+    return OpenTarget(path, target) == ERROR_SUCCESS;
 }
 
 std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why) {
@@ -421,13 +462,16 @@ AtomicFile::~AtomicFile() = default;
 
 std::unique_ptr<AtomicFile> AtomicFile::Create(const std::string& target, std::string* why) {
     Target location;
-    const DWORD error = Locate(target, location);
+    DWORD error = OpenTarget(target, location);
+    if (error == ERROR_FILE_NOT_FOUND) {
+        error = FollowDanglingLink(location.m_path);
+    }
     if (error != ERROR_SUCCESS) {
         Fail(error, why);
         return nullptr;
     }
     auto file = std::make_unique<WindowsAtomicFile>(std::move(location.m_path));
-    if (!file->Open(location.m_file, why)) {
+    if (!file->Open(location, why)) {
         return nullptr;
     }
     return file;

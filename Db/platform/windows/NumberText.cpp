@@ -1,4 +1,5 @@
-// Numbers as text by the functions that the system's variant conversion itself calls.
+// Numbers as text by the functions that the system's variant conversion itself calls; plain decimal numbers
+// are read here.
 #include "platform/NumberText.h"
 
 #include <algorithm>
@@ -54,6 +55,42 @@ private:
     const WCHAR* m_text;
 };
 
+// Reads a plain decimal number: a minus sign, digits with the decimal separator, an exponent. That gives the
+// nearest value for every number of digits, and needs no system. False for any other text, which the system
+// may understand.
+template <typename Real>
+bool ReadPlainNumber(WideView text, Real& value, HRESULT& result) {
+    std::array<char, MaxNumberText> plain;
+    if (text.size() > plain.size()) {
+        return false;
+    }
+    bool isSmall = false;
+    std::size_t length = 0;
+    for (const WCHAR unit : text) {
+        if (unit == ProcessSeparator) {
+            plain[length++] = '.';
+        } else if ((unit >= '0' && unit <= '9') || unit == '-' || unit == '+' || unit == 'e' || unit == 'E') {
+            isSmall = unit == '-' ? length > 0 : isSmall;
+            plain[length++] = static_cast<char>(unit);
+        } else {
+            return false;
+        }
+    }
+    Real read = 0;
+    const auto [end, error] = std::from_chars(plain.data(), plain.data() + length, read);
+    if (end != plain.data() + length || error == std::errc::invalid_argument) {
+        return false;
+    }
+    result = S_OK;
+    if (error == std::errc::result_out_of_range) {
+        // Too large, or so small that zero is the nearest.
+        result = isSmall ? S_OK : DISP_E_OVERFLOW;
+        read = plain[0] == '-' ? -Real(0) : Real(0);
+    }
+    value = read;
+    return true;
+}
+
 HRESULT TextToBoolean(WideView text, VARIANT_BOOL& value) {
     const bool isTrue = text == OLESTR("true");
     if (isTrue || text == OLESTR("false")) {
@@ -94,10 +131,14 @@ HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {
             result = VarI4FromStr(Terminated(text).Get(), LOCALE_USER_DEFAULT, 0, &value.lVal);
             break;
         case VT_R4:
-            result = VarR4FromStr(Terminated(text).Get(), LOCALE_USER_DEFAULT, 0, &value.fltVal);
+            if (!ReadPlainNumber(text, value.fltVal, result)) {
+                result = VarR4FromStr(Terminated(text).Get(), LOCALE_USER_DEFAULT, 0, &value.fltVal);
+            }
             break;
         case VT_R8:
-            result = VarR8FromStr(Terminated(text).Get(), LOCALE_USER_DEFAULT, 0, &value.dblVal);
+            if (!ReadPlainNumber(text, value.dblVal, result)) {
+                result = VarR8FromStr(Terminated(text).Get(), LOCALE_USER_DEFAULT, 0, &value.dblVal);
+            }
             break;
         case VT_BOOL:
             result = TextToBoolean(text, value.boolVal);

@@ -1,0 +1,266 @@
+// Random numbers and texts against the C library and a plain reader, in the domain in which every port is
+// exact:
+// - text of at most 15 digits, the last of which stands between the 10th place before and the 10th behind the
+//   point, becomes the nearest real; Wine may be off in the last place where there are more, and where the
+//   exponent is larger,
+// - a finite number becomes the nearest text of 15 digits (7 for a float), unless two are as near; Wine takes
+//   the one farther from zero then.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <random>
+#include <string>
+
+#include "VariantValues.h"
+#include "platform/Automation.h"
+
+namespace quillet::test {
+namespace {
+
+constexpr int Rounds = 20000;
+constexpr int DoubleDigits = 15;
+constexpr int FloatDigits = 7;
+constexpr int LargestPlace = 10;
+
+VARIANT VariantOf(double value) {
+    VARIANT variant = MakeVariant(R8(0));
+    variant.dblVal = value;
+    return variant;
+}
+
+VARIANT VariantOf(float value) {
+    VARIANT variant = MakeVariant(R4(0));
+    variant.fltVal = value;
+    return variant;
+}
+
+std::string TextOf(VARIANT value) {
+    ScopedVariant target;
+    EXPECT_EQ(VariantChangeTypeEx(&target, &value, English, 0, VT_BSTR), S_OK);
+    return std::string(target->bstrVal, target->bstrVal + SysStringLen(target->bstrVal));
+}
+
+HRESULT Read(const std::string& text, VARTYPE type, VARIANT& result) {
+    const std::basic_string<OLECHAR> wide(text.begin(), text.end());
+    ScopedVariant source(Text(wide.c_str()));
+    VariantInit(&result);
+    return VariantChangeTypeEx(&result, &source, English, 0, type);
+}
+
+std::string Printed(double value, int digits) {
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%.*G", digits, value);
+    return value == 0 ? "0" : buffer;
+}
+
+// Whether the value lies exactly between two decimals of so many digits.
+bool IsHalfWay(double value, int digits) {
+    constexpr int Decimals = 50;
+    char buffer[80];
+    std::snprintf(buffer, sizeof buffer, "%.*E", Decimals, std::abs(value));
+    // The digits behind the last one that is kept; the point stands behind the first of all.
+    const std::string rest = std::string(buffer).substr(static_cast<std::size_t>(digits) + 1,
+                                                        static_cast<std::size_t>(Decimals + 1 - digits));
+    return rest.front() == '5' && rest.find_first_not_of('0', 1) == std::string::npos;
+}
+
+class VariantNumberProperty : public testing::Test {
+protected:
+    int Below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
+    char Digit(int least) { return static_cast<char>('0' + least + Below(10 - least)); }
+
+    // Neither the first nor the last digit is zero.
+    std::string Digits(int count) {
+        std::string digits;
+        for (int at = 0; at < count; ++at) {
+            digits += Digit(at == 0 || at == count - 1 ? 1 : 0);
+        }
+        return digits;
+    }
+
+    // A decimal of the domain, plain or with an exponent.
+    std::string Decimal(int mostDigits) {
+        std::string text = Digits(1 + Below(mostDigits));
+        const int place = Below(2 * LargestPlace + 1) - LargestPlace;
+        if (place > 0 || Below(4) == 0) {
+            text += (Below(2) == 0 ? "E" : "e") + std::to_string(place);
+        } else if (place < 0) {
+            const auto fraction = static_cast<std::size_t>(-place);
+            if (text.size() <= fraction) {
+                text.insert(0, fraction + 1 - text.size(), '0');
+            }
+            text.insert(text.size() - fraction, ".");
+        }
+        return (Below(2) == 0 ? "-" : "") + text;
+    }
+
+    std::mt19937_64 m_random{20030102};
+};
+
+TEST_F(VariantNumberProperty, DoubleToText_AnyBits_IsWhatPrintfWrites) {
+    for (int round = 0; round < Rounds; ++round) {
+        const auto value = std::bit_cast<double>(m_random());
+        if (std::isfinite(value) && !IsHalfWay(value, DoubleDigits)) {
+            ASSERT_EQ(TextOf(VariantOf(value)), Printed(value, DoubleDigits));
+        }
+    }
+}
+
+TEST_F(VariantNumberProperty, FloatToText_AnyBits_IsWhatPrintfWrites) {
+    for (int round = 0; round < Rounds; ++round) {
+        const auto value = std::bit_cast<float>(static_cast<std::uint32_t>(m_random()));
+        const double wide = static_cast<double>(value);
+        if (std::isfinite(value) && !IsHalfWay(wide, FloatDigits)) {
+            ASSERT_EQ(TextOf(VariantOf(value)), Printed(wide, FloatDigits));
+        }
+    }
+}
+
+TEST_F(VariantNumberProperty, TextToDouble_DecimalOfTheDomain_IsTheNearestAndComesBack) {
+    for (int round = 0; round < Rounds; ++round) {
+        const std::string text = Decimal(DoubleDigits);
+        const double expected = std::strtod(text.c_str(), nullptr);
+        VARIANT value;
+        ASSERT_EQ(Read(text, VT_R8, value), S_OK) << text;
+        ASSERT_EQ(value.dblVal, expected) << text;
+        const std::string written = TextOf(value);
+        ASSERT_EQ(written, Printed(expected, DoubleDigits)) << text;
+        ASSERT_EQ(Read(written, VT_R8, value), S_OK) << written;
+        ASSERT_EQ(value.dblVal, expected) << written;
+    }
+}
+
+TEST_F(VariantNumberProperty, TextToFloat_DecimalOfTheDomain_IsTheNearestAndComesBack) {
+    for (int round = 0; round < Rounds; ++round) {
+        const std::string text = Decimal(FloatDigits);
+        const float expected = std::strtof(text.c_str(), nullptr);
+        VARIANT value;
+        ASSERT_EQ(Read(text, VT_R4, value), S_OK) << text;
+        ASSERT_EQ(value.fltVal, expected) << text;
+        const std::string written = TextOf(value);
+        ASSERT_EQ(Read(written, VT_R4, value), S_OK) << written;
+        ASSERT_EQ(Printed(static_cast<double>(value.fltVal), FloatDigits), written) << text;
+    }
+}
+
+TEST_F(VariantNumberProperty, IntegerToText_AnyValue_ComesBack) {
+    for (int round = 0; round < Rounds; ++round) {
+        const auto bits = m_random() >> Below(64);
+        const auto number = static_cast<std::int64_t>(m_random()) >> Below(64);
+        VARIANT value;
+        ASSERT_EQ(TextOf(MakeVariant(Whole(VT_I8, number))), std::to_string(number));
+        ASSERT_EQ(TextOf(MakeVariant(Whole(VT_UI8, static_cast<long long>(bits)))), std::to_string(bits));
+        ASSERT_EQ(Read(std::to_string(number), VT_I8, value), S_OK);
+        ASSERT_EQ(value.llVal, number);
+        ASSERT_EQ(Read(std::to_string(bits), VT_UI8, value), S_OK);
+        ASSERT_EQ(value.ullVal, bits);
+        const bool fits = number == static_cast<std::int32_t>(number);
+        ASSERT_EQ(Read(std::to_string(number), VT_I4, value), fits ? S_OK : DISP_E_OVERFLOW) << number;
+        if (fits) {
+            ASSERT_EQ(value.lVal, static_cast<std::int32_t>(number));
+        }
+    }
+}
+
+TEST_F(VariantNumberProperty, TextToInteger_Quarters_RoundAsTheirDoublesDo) {
+    for (int round = 0; round < Rounds; ++round) {
+        const double exact =
+            static_cast<double>(static_cast<std::int64_t>(m_random()) >> (20 + Below(40))) / 4;
+        VARIANT fromText;
+        ASSERT_EQ(Read(Printed(exact, 20), VT_I8, fromText), S_OK) << exact;
+        VARIANT fromReal = VariantOf(exact);
+        ASSERT_EQ(VariantChangeTypeEx(&fromReal, &fromReal, English, 0, VT_I8), S_OK) << exact;
+        ASSERT_EQ(fromReal.llVal, static_cast<std::int64_t>(std::nearbyint(exact))) << exact;
+        ASSERT_EQ(fromText.llVal, fromReal.llVal) << exact;
+    }
+}
+
+// What a text of digits, signs, points, commas and blanks is read as.
+struct PlainReading {
+    // False where ports differ: signs repeated behind the digits, and commas behind a blank or a sign there.
+    bool settled = true;
+    std::optional<double> number;
+};
+
+PlainReading ReadPlainly(const std::string& text) {
+    const auto count = [](const std::string& part, char unit) {
+        return std::count(part.begin(), part.end(), unit);
+    };
+    const auto hasAny = [](const std::string& part, const char* units) {
+        return part.find_first_of(units) != std::string::npos;
+    };
+    const std::size_t first = std::min(text.find_first_not_of(" +-"), text.size());
+    const std::size_t last = std::min(text.find_first_not_of("0123456789.,", first), text.size());
+    const std::string before = text.substr(0, first);
+    const std::string after = text.substr(last);
+    std::string digits = text.substr(first, last - first);
+    const bool commaFirst = digits.starts_with(',');
+    std::erase(digits, ',');
+
+    const PlainReading nothing;
+    if (count(before, '+') > 1 || count(before, '-') > 1 || commaFirst || count(digits, '.') > 1 ||
+        !hasAny(digits, "0123456789")) {
+        return nothing;
+    }
+    const bool continues = hasAny(after, "0123456789.");
+    if (count(after, '+') + count(after, '-') > 1 || (hasAny(after, ",") && !continues)) {
+        return {false, std::nullopt};
+    }
+    if (continues || (count(before, '+') > 0 && count(after, '+') > 0) ||
+        (count(before, '-') > 0 && count(after, '-') > 0)) {
+        return nothing;
+    }
+    const double magnitude = std::strtod(digits.c_str(), nullptr);
+    return {true, hasAny(before + after, "-") ? -magnitude : magnitude};
+}
+
+TEST_F(VariantNumberProperty, TextToDouble_RandomCharacters_AreReadAsAPlainReaderDoes) {
+    constexpr char Alphabet[] = "012345678900000 +-.,";
+    int numbers = 0;
+    for (int round = 0; round < 5 * Rounds; ++round) {
+        std::string text;
+        for (int left = Below(LargestPlace); left > 0; --left) {
+            text += Alphabet[Below(sizeof Alphabet - 1)];
+        }
+        const PlainReading expected = ReadPlainly(text);
+        if (!expected.settled) {
+            continue;
+        }
+        VARIANT value;
+        ASSERT_EQ(Read(text, VT_R8, value), expected.number ? S_OK : DISP_E_TYPEMISMATCH)
+            << '"' << text << '"';
+        if (expected.number) {
+            ASSERT_EQ(value.dblVal, *expected.number) << '"' << text << '"';
+            ++numbers;
+        }
+    }
+    EXPECT_GT(numbers, Rounds);
+}
+
+TEST_F(VariantNumberProperty, DateToText_AnySecondOfTheCalendar_ComesBack) {
+    constexpr int FirstDay = -657434;
+    constexpr int LastDay = 2958465;
+    constexpr int SecondsPerDay = 86400;
+    constexpr double Millisecond = 1.0 / SecondsPerDay / 1000;
+    for (int round = 0; round < Rounds; ++round) {
+        const int day = FirstDay + Below(LastDay - FirstDay + 1);
+        const double time = static_cast<double>(Below(4) == 0 ? 0 : Below(SecondsPerDay)) / SecondsPerDay;
+        const double serial = day < 0 ? day - time : day + time;
+        for (const LCID locale : {English, German, French, Swedish, LCID{LOCALE_INVARIANT}}) {
+            ScopedVariant value(Date(serial));
+            ASSERT_EQ(VariantChangeTypeEx(&value, &value, locale, 0, VT_BSTR), S_OK) << serial;
+            const std::string text = Describe(*value);
+            ASSERT_EQ(VariantChangeTypeEx(&value, &value, locale, 0, VT_DATE), S_OK) << text;
+            ASSERT_NEAR(value->date, serial, Millisecond) << text;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quillet::test

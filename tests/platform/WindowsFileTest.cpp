@@ -1,0 +1,334 @@
+// What Windows adds to files: sharing, attributes, devices, its separators and its words.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+
+#include "RegexMatchers.h"
+#include "TemporaryFolder.h"
+#include "WindowsHandle.h"
+#include "platform/File.h"
+
+namespace quillet::test {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::AtomicFile;
+using platform::CanWriteFile;
+using platform::ReadableFile;
+using platform::ReadWholeFile;
+
+constexpr DWORD ShareEverything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+class WindowsFile : public testing::Test {
+protected:
+    std::string At(const fs::path& name) const { return Utf8(m_folder / name); }
+
+    void SetUp() override { WriteBytes(m_folder / "text", "old"); }
+
+    // Replaces the file and says why that failed; empty where it did not.
+    static std::string Replace(const std::string& path, const std::string& text) {
+        std::string why;
+        const auto file = AtomicFile::Create(path, &why);
+        if (file == nullptr || !file->Write(text, &why) || !file->Commit(&why)) {
+            return why.empty() ? "no reason" : why;
+        }
+        return {};
+    }
+
+    // Whether the system has words for the error.
+    static bool HasWords(DWORD error) {
+        WCHAR words[512];
+        return FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
+                              words, 512, nullptr) != 0;
+    }
+
+    static void ExpectWords(const std::string& why) {
+        EXPECT_THAT(why, ContainsPattern("^[^0-9]{5,}[^.\\s]$"));
+        EXPECT_THAT(why, testing::Not(testing::HasSubstr("system error")));
+    }
+
+    static std::string WhyUnreadable(const std::string& path) {
+        std::string why;
+        EXPECT_EQ(ReadWholeFile(path, &why), std::nullopt) << path;
+        return why;
+    }
+
+    DWORD Attributes(const fs::path& name) const { return GetFileAttributesW((m_folder / name).c_str()); }
+
+    // False where the file system keeps no such attribute.
+    bool Mark(const fs::path& name, DWORD attributes) const {
+        EXPECT_NE(SetFileAttributesW((m_folder / name).c_str(), attributes), 0);
+        return (Attributes(name) & attributes) == attributes;
+    }
+
+    // False where the system makes no links, or lets only others make them.
+    bool MakeLink(const fs::path& name, const fs::path& target) const {
+        constexpr DWORD WithoutPrivilege = 2;
+        return CreateSymbolicLinkW((m_folder / name).c_str(), target.c_str(), WithoutPrivilege) != 0 &&
+               IsLink(name);
+    }
+
+    bool IsLink(const fs::path& name) const {
+        const DWORD attributes = Attributes(name);
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    }
+
+    // The text is there, and nothing but it.
+    void ExpectAlone(const std::string& text) const {
+        EXPECT_EQ(ReadBytes(m_folder / "text"), text);
+        EXPECT_EQ(m_folder.Names().size(), 1U);
+    }
+
+    TemporaryFolder m_folder;
+};
+
+TEST_F(WindowsFile, Atomic_TargetOpenForReadingBySomebodyWhoShares_IsReplaced) {
+    {
+        const WindowsHandle reader(m_folder / "text", GENERIC_READ, ShareEverything);
+        EXPECT_TRUE(CanWriteFile(At("text")));
+        EXPECT_EQ(Replace(At("text"), "new"), "");
+        EXPECT_EQ(ReadWholeFile(At("text")), "new");
+    }
+    ExpectAlone("new");
+}
+
+TEST_F(WindowsFile, Atomic_ManyReadersAndReplacements_LeaveTheLastText) {
+    std::vector<std::unique_ptr<ReadableFile>> readers;
+    for (int round = 0; round < 10; ++round) {
+        readers.push_back(ReadableFile::Open(At("text")));
+        ASSERT_NE(readers.back(), nullptr);
+        EXPECT_EQ(Replace(At("text"), std::to_string(round)), "");
+    }
+    for (int round = 0; round < 10; ++round) {
+        char block[8];
+        const std::size_t count = readers[static_cast<std::size_t>(round)]->Read(block, sizeof block);
+        EXPECT_EQ(std::string(block, count), round == 0 ? "old" : std::to_string(round - 1));
+    }
+    readers.clear();
+    ExpectAlone("9");
+}
+
+TEST_F(WindowsFile, Atomic_TargetThatMayNotBeDeletedMeanwhile_FailsTheCommitAndStays) {
+    std::string why;
+    {
+        const auto file = AtomicFile::Create(At("text"), &why);
+        ASSERT_NE(file, nullptr) << why;
+        ASSERT_TRUE(file->Write("new"));
+        const WindowsHandle holder(m_folder / "text", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_FALSE(file->Commit(&why));
+    }
+    const WindowsHandle holder(m_folder / "text", GENERIC_READ, 0);
+    EXPECT_EQ(why, WhyUnreadable(At("text"))) << "both times somebody keeps it for himself";
+}
+
+TEST_F(WindowsFile, Atomic_AfterACommitThatFailed_NothingIsLeft) {
+    {
+        const WindowsHandle holder(m_folder / "text", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_NE(Replace(At("text"), "new"), "");
+        ExpectAlone("old");
+    }
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    ExpectAlone("new");
+}
+
+TEST_F(WindowsFile, Atomic_TargetThatMayNotBeWritten_IsRefusedAtOnce) {
+    const WindowsHandle holder(m_folder / "text", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE);
+    EXPECT_FALSE(CanWriteFile(At("text")));
+    std::string why;
+    EXPECT_EQ(AtomicFile::Create(At("text"), &why), nullptr);
+    EXPECT_NE(why, "");
+    EXPECT_EQ(ReadWholeFile(At("text")), "old");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(WindowsFile, Open_FileThatSomebodyKeepsForHimself_SaysWhy) {
+    const WindowsHandle holder(m_folder / "text", GENERIC_READ, 0);
+    EXPECT_NE(WhyUnreadable(At("text")), "");
+    EXPECT_NE(WhyUnreadable(At("text")), WhyUnreadable(At("none")));
+    EXPECT_EQ(ReadableFile::Open(At("text")), nullptr);
+    EXPECT_FALSE(CanWriteFile(At("text")));
+}
+
+TEST_F(WindowsFile, Atomic_ReadOnlyTarget_IsRefusedAndKeepsItsMark) {
+    ASSERT_TRUE(Mark("text", FILE_ATTRIBUTE_READONLY));
+    EXPECT_FALSE(CanWriteFile(At("text")));
+    std::string why;
+    EXPECT_EQ(AtomicFile::Create(At("text"), &why), nullptr);
+    EXPECT_NE(why, "");
+    EXPECT_NE(Attributes("text") & FILE_ATTRIBUTE_READONLY, 0U);
+    ExpectAlone("old");
+}
+
+TEST_F(WindowsFile, Atomic_TargetMarkedReadOnlyMeanwhile_FailsTheCommitAndStays) {
+    const auto file = AtomicFile::Create(At("text"));
+    ASSERT_NE(file, nullptr);
+    ASSERT_TRUE(file->Write("new"));
+    ASSERT_TRUE(Mark("text", FILE_ATTRIBUTE_READONLY));
+    {
+        const auto reader = ReadableFile::Open(At("text"));
+        std::string why;
+        EXPECT_FALSE(file->Commit(&why));
+        EXPECT_NE(why, "");
+    }
+    EXPECT_NE(Attributes("text") & FILE_ATTRIBUTE_READONLY, 0U);
+    ExpectAlone("old");
+}
+
+TEST_F(WindowsFile, Atomic_HiddenAndSystemTarget_KeepsItsMarks) {
+    constexpr DWORD Marks = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    if (!Mark("text", Marks)) {
+        GTEST_SKIP() << "the file system keeps no such marks";
+    }
+    EXPECT_TRUE(CanWriteFile(At("text")));
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(Attributes("text") & Marks, Marks);
+    {
+        const auto reader = ReadableFile::Open(At("text"));
+        EXPECT_EQ(Replace(At("text"), "newer"), "");
+    }
+    EXPECT_EQ(Attributes("text") & Marks, Marks);
+    ExpectAlone("newer");
+}
+
+TEST_F(WindowsFile, Atomic_NewOrUnmarkedTarget_IsNotHidden) {
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(Replace(At("other"), "new"), "");
+    for (const char* name : {"text", "other"}) {
+        EXPECT_EQ(Attributes(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM), 0U) << name;
+    }
+}
+
+TEST_F(WindowsFile, Devices_AreNoTargets) {
+    for (const std::string& device :
+         {std::string("NUL"), std::string("nul"), std::string("CON"), std::string("COM1"), std::string("AUX"),
+          std::string("\\\\.\\NUL"), std::string("\\\\.\\COM1")}) {
+        EXPECT_FALSE(CanWriteFile(device)) << device;
+        std::string why;
+        EXPECT_EQ(AtomicFile::Create(device, &why), nullptr) << device;
+        EXPECT_NE(why, "") << device;
+    }
+}
+
+TEST_F(WindowsFile, Links_AreFollowedAndStay) {
+    fs::create_directory(m_folder / "data");
+    WriteBytes(m_folder / "data/inner", "old");
+    if (!MakeLink("link", "data\\inner") || !MakeLink("chain", "link")) {
+        GTEST_SKIP() << "no symbolic links can be made here";
+    }
+    for (const char* name : {"link", "chain"}) {
+        EXPECT_TRUE(CanWriteFile(At(name)));
+        EXPECT_EQ(Replace(At(name), name), "");
+        EXPECT_EQ(ReadBytes(m_folder / "data/inner"), name);
+        EXPECT_TRUE(IsLink(name));
+    }
+    EXPECT_EQ(NamesIn(m_folder / "data").size(), 1U);
+}
+
+TEST_F(WindowsFile, LinkToNothing_CreatesWhatItPointsTo) {
+    fs::create_directory(m_folder / "data");
+    if (!MakeLink("link", "data\\new")) {
+        GTEST_SKIP() << "no symbolic links can be made here";
+    }
+    EXPECT_FALSE(CanWriteFile(At("link")));
+    EXPECT_TRUE(NamesIn(m_folder / "data").empty());
+    EXPECT_EQ(Replace(At("link"), "text"), "");
+    EXPECT_TRUE(IsLink("link"));
+    EXPECT_EQ(ReadBytes(m_folder / "data/new"), "text");
+}
+
+TEST_F(WindowsFile, LinksInACircle_AreRefused) {
+    if (!MakeLink("a", "b") || !MakeLink("b", "a")) {
+        GTEST_SKIP() << "no symbolic links can be made here";
+    }
+    EXPECT_FALSE(CanWriteFile(At("a")));
+    EXPECT_NE(Replace(At("a"), "text"), "");
+}
+
+TEST_F(WindowsFile, Reasons_OrdinaryFailures_AreWords) {
+    for (const std::string& why :
+         {WhyUnreadable(At("none")), WhyUnreadable(At("none/text")), WhyUnreadable(""), WhyUnreadable("\xFF"),
+          WhyUnreadable(" "), WhyUnreadable(std::string("a\0b", 3)), WhyUnreadable(At("text") + "\\"),
+          WhyUnreadable(At("a?b")), Replace(At("none/text"), "x"), Replace("NUL", "x")}) {
+        ExpectWords(why);
+    }
+    EXPECT_NE(WhyUnreadable(At("none")), WhyUnreadable(At("none/text")));
+    EXPECT_EQ(WhyUnreadable(At("none/text")), Replace(At("none/text"), "x"));
+}
+
+TEST_F(WindowsFile, Reasons_ForAFolder_TellThatItIsOne) {
+    const std::string folder = Utf8(m_folder.Path());
+    const std::string why = WhyUnreadable(folder);
+    EXPECT_EQ(Replace(folder, "x"), why);
+    EXPECT_EQ(WhyUnreadable(folder + "\\"), why);
+    EXPECT_EQ(WhyUnreadable(folder + "/."), why);
+    constexpr DWORD DirectoryNotSupported = 336;
+    if (!HasWords(DirectoryNotSupported)) {
+        EXPECT_EQ(why, "system error 336");
+    } else {
+        ExpectWords(why);
+    }
+}
+
+TEST_F(WindowsFile, Separators_OfEitherKind_AreTheSame) {
+    fs::create_directory(m_folder / "a");
+    fs::create_directory(m_folder / "a/b");
+    const std::string folder = Utf8(m_folder.Path());
+    for (const char* rest : {"/a/b/text", "\\a\\b\\text", "/a\\b/text", "\\a/b\\text",
+                             "\\a\\.\\b\\..\\b\\text", "//a///b//text"}) {
+        for (const bool forward : {false, true}) {
+            std::string path = folder;
+            std::replace(path.begin(), path.end(), '\\', forward ? '/' : '\\');
+            path += rest;
+            EXPECT_EQ(Replace(path, path), "") << path;
+            EXPECT_EQ(ReadWholeFile(path), path);
+            EXPECT_TRUE(CanWriteFile(path)) << path;
+            EXPECT_EQ(ReadBytes(m_folder / "a/b/text"), path);
+        }
+    }
+    EXPECT_EQ(NamesIn(m_folder / "a/b").size(), 1U);
+    EXPECT_NE(Replace(folder + "\\a\\", "x"), "");
+    EXPECT_FALSE(CanWriteFile(folder + "\\text\\"));
+}
+
+TEST_F(WindowsFile, Paths_InTheSystemsOwnForms_Work) {
+    const std::string full = Utf8(fs::absolute(m_folder / "text").make_preferred());
+    for (const std::string& path : {"\\\\?\\" + full, full.substr(2)}) {
+        const fs::path before = fs::current_path();
+        fs::current_path(m_folder.Path());
+        EXPECT_EQ(Replace(path, path), "") << path;
+        EXPECT_EQ(ReadWholeFile(path), path);
+        EXPECT_TRUE(CanWriteFile(path)) << path;
+        fs::current_path(before);
+        ExpectAlone(path);
+    }
+}
+
+TEST_F(WindowsFile, Names_InAnotherCase_AreTheSameFile) {
+    EXPECT_EQ(ReadWholeFile(At("TEXT")), "old");
+    EXPECT_TRUE(CanWriteFile(At("Text")));
+    EXPECT_EQ(Replace(At("TeXt"), "new"), "");
+    ExpectAlone("new");
+    EXPECT_EQ(m_folder.Names().front(), fs::path("text")) << "the file keeps the letters of its name";
+}
+
+TEST_F(WindowsFile, Names_ThatAreNotUtf8_AreRefused) {
+    for (const char* name : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\xAF"}) {
+        EXPECT_NE(Replace(At("") + name, "x"), "");
+    }
+    ExpectAlone("old");
+}
+
+TEST_F(WindowsFile, Names_WithCharactersThatNoFileHas_AreRefused) {
+    for (const char* name : {"a?b", "a*b", "a<b", "a>b", "a|b", "a\"b", "?", "*"}) {
+        EXPECT_NE(WhyUnreadable(At("") + name), "");
+        EXPECT_FALSE(CanWriteFile(At("") + name)) << name;
+        EXPECT_NE(Replace(At("") + name, "x"), "") << name;
+    }
+    ExpectAlone("old");
+}
+
+}  // namespace
+}  // namespace quillet::test
