@@ -28,6 +28,9 @@ protected:
     ReadableFile();
 };
 
+// Whether anything has that name: a file, a folder, or a link, wherever it leads.
+QUILLET_API bool PathExists(const std::string& path);
+
 // Whether the path names an existing file that can be opened for writing. Nothing is created or changed.
 QUILLET_API bool CanWriteFile(const std::string& path);
 

@@ -155,6 +155,15 @@ TEST_F(File, Read_WhileTheFileIsReplaced_GoesOnWithTheOldContents) {
     EXPECT_EQ(ReadWholeFile(path), "new");
 }
 
+TEST_F(File, PathExists_FileOrFolder_IsThere) {
+    EXPECT_TRUE(platform::PathExists(Existing("text", "contents")));
+    EXPECT_TRUE(platform::PathExists(Folder()));
+    EXPECT_FALSE(platform::PathExists(Missing("none")));
+    EXPECT_FALSE(platform::PathExists(Missing("none/none")));
+    EXPECT_FALSE(platform::PathExists(""));
+    EXPECT_FALSE(platform::PathExists(Folder() + std::string(1, '\0')));
+}
+
 TEST_F(File, CanWrite_ExistingFile_DoesNotTouchIt) {
     const std::string path = Existing("text", "contents");
     const auto before = std::filesystem::last_write_time(m_folder / "text");

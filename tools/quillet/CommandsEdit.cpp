@@ -1,6 +1,4 @@
 // Commands that change a catalog.
-#include <filesystem>
-
 #include "Catalog.h"
 #include "CellText.h"
 #include "Commands.h"
@@ -8,19 +6,13 @@
 #include "Names.h"
 #include "Output.h"
 #include "PlainText.h"
+#include "platform/File.h"
 
 namespace quillet::tool {
 
 namespace {
 
 constexpr int Done = 0;
-
-// A link that leads nowhere counts: something of the name is there.
-bool IsTaken(const std::string& path) {
-    const std::u8string utf8(path.begin(), path.end());
-    std::error_code error;
-    return std::filesystem::exists(std::filesystem::symlink_status(std::filesystem::path(utf8), error));
-}
 
 // Sets values of the one row of Header or Properties.
 void SetValues(Catalog& catalog, const std::string& tableName, const std::vector<KeyValue>& values) {
@@ -50,7 +42,7 @@ int New(const Settings& settings, const NewRequest& request) {
     if (!HasXmlEnding(file)) {
         throw Failure(file + ": the name of a new catalog must end in .xml");
     }
-    if (IsTaken(file)) {
+    if (platform::PathExists(file)) {
         throw Failure(file + ": already there, and not overwritten");
     }
     Catalog catalog = Catalog::Create(file, settings);

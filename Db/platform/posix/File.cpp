@@ -304,6 +304,11 @@ std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::s
     return std::make_unique<PosixReadableFile>(std::move(file));
 }
 
+bool PathExists(const std::string& path) {
+    struct stat status {};
+    return path.find('\0') == std::string::npos && ::lstat(path.c_str(), &status) == 0;
+}
+
 bool CanWriteFile(const std::string& path) {
     Location location;
     struct stat status {};

@@ -424,6 +424,12 @@ std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::s
     return std::make_unique<WindowsReadableFile>(std::move(file));
 }
 
+bool PathExists(const std::string& path) {
+    WideString wide;
+    return ToSystemPath(path, wide) == ERROR_SUCCESS &&
+           GetFileAttributesW(wide.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 bool CanWriteFile(const std::string& path) {
     Target target;
     return OpenTarget(path, target) == ERROR_SUCCESS;
