@@ -1,24 +1,22 @@
 // Catalog files: opening, reading, saving and destroying, beside pugixml on the same file.
 //
-// Each benchmark makes one run that is not counted, then counts single runs; run.sh takes the best. The
-// catalogs are made once in the folder that QUILLET_BENCH_DIR names, or in the current one.
-#include <benchmark/benchmark.h>
-
+// The catalogs are made once in the folder that QUILLET_BENCH_DIR names, or in the current one.
 #include <Quillet/IQuillet.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <pugixml.hpp>
-#include <stdexcept>
 
 #include "CatalogMaker.h"
 #include "HeapUse.h"
+#include "Measure.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using bench::Measure;
+using bench::Require;
 
 constexpr int RowsPerTable = 250000;
 constexpr int RowsPerSmallTable = 2500;
@@ -68,12 +66,6 @@ std::string NumericCatalog() {
                    [](const std::string& path) { bench::MakeNumericCatalog(path, NumericRows); });
 }
 
-void Require(bool held, const char* what) {
-    if (!held) {
-        throw std::runtime_error(what);
-    }
-}
-
 std::unique_ptr<DbDatabase> Open(const std::string& path, bool sequential) {
     auto database = std::make_unique<DbDatabase>(path);
     database->GetSource()->SetSequentialAccess(sequential);
@@ -86,25 +78,6 @@ std::unique_ptr<DbDatabase> OpenWhole(const std::string& path) {
         benchmark::DoNotOptimize(database->GetTableData(i)->size());
     }
     return database;
-}
-
-// Runs once without counting, then counts one run for each repetition. Prepare gives what a run works on, Run
-// is what is counted, and what it returns is let go uncounted.
-template <typename Prepare, typename Run>
-void Measure(benchmark::State& state, Prepare prepare, Run run) {
-    static bool warm = false;
-    if (!warm) {
-        auto subject = prepare();
-        run(subject);
-        warm = true;
-    }
-    for (auto _ : state) {
-        auto subject = prepare();
-        const auto start = std::chrono::steady_clock::now();
-        [[maybe_unused]] const auto result = run(subject);
-        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(seconds.count());
-    }
 }
 
 struct Nothing {};
@@ -211,9 +184,6 @@ void Save(benchmark::State& state) {
             return Nothing{};
         });
 }
-
-#define QUILLET_BENCHMARK(function) \
-    BENCHMARK(function)->Iterations(1)->Repetitions(5)->UseManualTime()->Unit(benchmark::kMillisecond)
 
 QUILLET_BENCHMARK(PugixmlParse);
 QUILLET_BENCHMARK(OpenWholeAndParse);

@@ -5,19 +5,19 @@
 #
 # A benchmark makes one run that is not counted and five that are; the best of the five counts, since memory that is
 # touched for the first time costs more than the work on some machines. The catalogs, about 500 MB, are made in
-# build/bench.
+# build/bench. Queries are asked of a table of a million rows in memory.
 set -eu
 cd "$(dirname "$0")/.."
 
 scripts/bootstrap.sh build bench
 cmake --preset release -DQUILLET_BUILD_BENCH=ON >/dev/null
-cmake --build --preset release --target catalog_bench
+cmake --build --preset release --target catalog_bench query_bench
 mkdir -p build/bench
 QUILLET_BENCH_DIR=$PWD/build/bench
 export QUILLET_BENCH_DIR
 
 csv() {
-    build/release/bin/catalog_bench --benchmark_filter="^$1/" --benchmark_format=csv 2>/dev/null |
+    build/release/bin/"$program" --benchmark_filter="^$1/" --benchmark_format=csv 2>/dev/null |
         grep "^\"$1/[^_]*manual_time\"" || { echo "run.sh: $1 failed" >&2; exit 1; }
 }
 best() { # the shortest time in milliseconds
@@ -33,6 +33,7 @@ ratio() {
     awk -v a="$1" -v b="$2" 'BEGIN { print a / b }'
 }
 
+program=catalog_bench
 parse=$(best PugixmlParse)
 open=$(best OpenWholeAndParse)
 save_peer=$(best PugixmlSave)
@@ -49,3 +50,18 @@ line "first table's heap, long file / short file" \
 line "numeric cell" "$(last NumericCell)" bytes 112
 line "destroy / open whole" "$(ratio "$destroy" "$open")" times 0.25
 line "save / pugixml save" "$(ratio "$save" "$save_peer")" times 4
+
+program=query_bench
+build/release/bin/query_bench --benchmark_filter='^Agreement/' >/dev/null 2>&1 ||
+    { echo "run.sh: the answers to the queries are not SQLite's" >&2; exit 1; }
+query() { # what, benchmark
+    line "$1 / SQLite" "$(ratio "$(best "$2Quillet")" "$(best "$2Sqlite")")" times 3
+}
+query "order by a number" OrderByDouble
+query "order by a number, ten rows alike" OrderByDoubleWithTies
+query "order by a text" OrderByText
+query "distinct of 6 texts" Distinct6Texts
+query "distinct of 20,000 texts" Distinct20000Texts
+query "distinct of 60,000 pairs of texts" DistinctPairs
+query "distinct of 1,000,000 numbers" DistinctAllNumbers
+query "distinct of 1,000,000 texts" DistinctAllTexts

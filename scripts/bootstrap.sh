@@ -11,7 +11,7 @@ packages_for() {
         build) echo "g++ cmake ninja-build libpugixml-dev libicu-dev libcli11-dev nlohmann-json3-dev libcsv-dev" ;;
         test) echo "googletest pkg-config" ;;
         lint) echo "clang-format-14 clang-tidy-14 git" ;;
-        bench) echo "libbenchmark-dev" ;;
+        bench) echo "libbenchmark-dev libsqlite3-dev" ;;
         windows) echo "g++-mingw-w64-x86-64-posix wine64 wine64-tools dpkg-dev locales" ;;
         *)
             echo "bootstrap.sh: unknown purpose '$1': build, test, lint, bench or windows" >&2
@@ -44,4 +44,4 @@ fi
 echo "bootstrap.sh: installing$missing"
 $as_root apt-get update -qq
 # shellcheck disable=SC2086 # a list of words
-DEBIAN_FRONTEND=noninteractive $as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null </dev/null

@@ -88,7 +88,7 @@ for locale in C.UTF-8 de_DE.UTF-8; do
         run native C info "../input/$name" --format json |
             sed -n 's/.*"section": "table", "name": "\([^"]*\)".*/\1/p' >"$work/tables"
         [ -s "$work/tables" ] || differ "the table names of $name"
-        while read -r table; do
+        while IFS= read -r table; do
             both "$locale" fields "../input/$name" "$table" </dev/null
             both "$locale" show "../input/$name" "$table" </dev/null
             both "$locale" export "$locale-$name" "$table" out.csv </dev/null

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds the command line and walks through a real catalog: opens it, lists it, reads it, edits and saves a copy.
+# Builds the command line and walks through a real catalog: opens it, lists it, reads it, asks it, and edits and saves a
+# copy.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -13,7 +14,12 @@ copy=build/demo/my-catalog.xml
 
 step() {
     printf '\n$ quillet'
-    printf ' %s' "$@"
+    for word in "$@"; do
+        case $word in
+            *' '*) printf ' "%s"' "$word" ;;
+            *) printf ' %s' "$word" ;;
+        esac
+    done
     printf '\n'
     "$quillet" "$@"
 }
@@ -21,6 +27,7 @@ step() {
 step info "$catalog"
 step fields "$catalog" IPE
 step show "$catalog" IPE --limit 5
+step query "$catalog" "select name, h, A from HEA where h < 200 and Wply > 200"
 
 cp "$catalog" "$copy"
 printf '\nA copy to edit: %s\n' "$copy"

@@ -29,12 +29,12 @@ fi
 rm -f "$folder/versions"
 work=$folder/work
 rm -rf "$work" "$folder/include" "$folder/lib" "$folder/share"
-mkdir -p "$work/apt/parts" "$work/apt/lists/partial" "$work/sources" "$folder/include" "$folder/lib" "$folder/share"
+mkdir -p "$work/apt/parts" "$work/apt/lists/partial" "$work/apt/cache/archives/partial" "$work/sources" "$folder/include" "$folder/lib" "$folder/share"
 
 # The machine's package entries, asked for sources.
 for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
     [ -f "$list" ] || continue
-    sed -n 's/^[[:blank:]]*deb[[:blank:]]/deb-src /p' "$list" >"$work/apt/parts/$(basename "$list" .list).list"
+    sed -n 's/^[[:blank:]]*deb[[:blank:]]/deb-src /p' "$list" >>"$work/apt/parts/one-line.list"
 done
 for list in /etc/apt/sources.list.d/*.sources; do
     [ -f "$list" ] || continue
@@ -42,7 +42,7 @@ for list in /etc/apt/sources.list.d/*.sources; do
 done
 apt_here() {
     apt-get -qq -o Dir::Etc::SourceList=/dev/null -o "Dir::Etc::SourceParts=$work/apt/parts" \
-        -o "Dir::State::Lists=$work/apt/lists" -o APT::Sandbox::User= "$@"
+        -o "Dir::State::Lists=$work/apt/lists" -o "Dir::Cache=$work/apt/cache" -o APT::Sandbox::User= "$@"
 }
 echo "windows-packages.sh: getting the sources of pugixml and libcsv"
 apt_here update

@@ -3,8 +3,8 @@
 #
 #   scripts/wine.sh program.exe [arguments]
 #
-# QUILLET_WINE_PREFIX names another folder for the prefix than build/wine. No window waits for a person: there is no
-# display, and crashes end the program without a dialog.
+# QUILLET_WINE_PREFIX names another folder for the prefix than build/wine. Programs that run at one time in one prefix
+# share the locale. No window waits for a person: there is no display, and crashes end the program without a dialog.
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
 
@@ -30,6 +30,10 @@ unset DISPLAY WAYLAND_DISPLAY
 if [ ! -f "$WINEPREFIX/system.reg" ]; then
     # Made once, before the first program; what that prints belongs to no test.
     mkdir -p "$WINEPREFIX"
-    "$wine" wineboot --init >/dev/null 2>&1
+    if ! "$wine" wineboot --init >/dev/null 2>&1; then
+        echo "wine.sh: Wine can't make the prefix $WINEPREFIX" >&2
+        rm -f "$WINEPREFIX/system.reg"
+        exit 1
+    fi
 fi
 exec "$wine" "$@"

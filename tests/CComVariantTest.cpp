@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -257,6 +258,15 @@ TEST(CComVariant, Equality_ByteArrays_AreNeverEqual) {
     EXPECT_NE(bytes, bytes);
 }
 
+TEST(CComVariant, Equality_UnsignedAndOneByteIntegers_ByValue) {
+    EXPECT_EQ(CComVariant(std::int8_t(-1)), CComVariant(std::int8_t(-1)));
+    EXPECT_EQ(CComVariant(std::uint16_t(7)), CComVariant(std::uint16_t(7)));
+    EXPECT_EQ(CComVariant(std::uint32_t(7)), CComVariant(std::uint32_t(7)));
+    EXPECT_EQ(CComVariant(~std::uint64_t(0)), CComVariant(~std::uint64_t(0)));
+    EXPECT_NE(CComVariant(std::uint32_t(7)), CComVariant(std::uint32_t(8)));
+    EXPECT_NE(CComVariant(std::uint32_t(7)), CComVariant(7));
+}
+
 TEST(CComVariant, Order_NumbersOfAnyTypes_ByValue) {
     EXPECT_LT(CComVariant(1), CComVariant(2));
     EXPECT_LT(CComVariant(1), CComVariant(1.5));
@@ -272,6 +282,27 @@ TEST(CComVariant, Order_UnsignedAndOneByteIntegers_ByValue) {
     EXPECT_LT(CComVariant(std::uint32_t(1)), CComVariant(std::uint32_t(0xFFFFFFFF)));
     EXPECT_LT(CComVariant(std::uint64_t(1)), CComVariant(~std::uint64_t(0)));
     EXPECT_GT(CComVariant(~std::uint64_t(0)), CComVariant(std::uint64_t(1)));
+}
+
+TEST(CComVariant, Order_RandomNumbers_IsThePlatforms) {
+    std::mt19937_64 random(20250401);
+    for (int round = 0; round < 100000; ++round) {
+        // Any bits: numbers of every size, infinities and what is no number; often two of one value.
+        CComVariant left(static_cast<LONGLONG>(random()));
+        CComVariant right(random() % 4 == 0 ? left.llVal : static_cast<LONGLONG>(random()));
+        for (const int type : {VT_I2, VT_I4, VT_R4, VT_R8, VT_BOOL}) {
+            left.vt = right.vt = static_cast<VARTYPE>(type);
+            ASSERT_EQ(quillet::Order(left, right), VarCmp(&left, &right, LOCALE_USER_DEFAULT, 0))
+                << "type " << type << ", bits " << left.llVal << " and " << right.llVal;
+        }
+    }
+}
+
+TEST(CComVariant, Order_NullOrTypesWithoutOne_SaysSo) {
+    EXPECT_EQ(quillet::Order(NullVariant(), CComVariant(1)), HRESULT{VARCMP_NULL});
+    EXPECT_EQ(quillet::Order(NullVariant(), NullVariant()), HRESULT{VARCMP_NULL});
+    EXPECT_TRUE(FAILED(quillet::Order(ByteArray("a"), ByteArray("a"))));
+    EXPECT_TRUE(FAILED(quillet::Order(CComVariant(std::uint32_t(1)), CComVariant(1))));
 }
 
 TEST(CComVariant, Order_Texts_AreLinguistic) {

@@ -1202,7 +1202,7 @@ TEST_F(DbDatabaseTest, ParseXmlTableData_TextThatIsNone_ThrowsInvalidPointer) {
     EXPECT_EQ(database.GetTableData("A")->size(), 0U);
 }
 
-// ---- Queries, as far as they are answered
+// ---- Queries: the counter, lookups, when they are asked again
 
 TEST_F(DbDatabaseTest, Query_OfATableName_IsAnsweredByTheTable) {
     DbDatabase database;
@@ -1225,16 +1225,6 @@ TEST_F(DbDatabaseTest, Query_OfAnUnknownTable_IsFalseWithALine) {
     const auto lines = TakeLog(database);
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_THAT(lines[0], HasSubstr("nothing"));
-}
-
-TEST_F(DbDatabaseTest, Query_OfASelectStatement_IsNotAnsweredYetAndSaysSo) {
-    DbDatabase database;
-    AddTable(database, "T");
-    TakeLog(database);
-    CString name;
-    EXPECT_FALSE(database.Query("Select * From T", name));
-    EXPECT_EQ(TakeLog(database).size(), 1U);
-    EXPECT_EQ(database.GetTablesCount(), 1);
 }
 
 TEST_F(DbDatabaseTest, Query_AtTheLargestCount_WrapsAround) {

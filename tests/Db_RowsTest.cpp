@@ -528,6 +528,38 @@ TEST_F(RowsTest, RowsUseAfterTheDescriptorDied_TouchesNothingFreed) {
     EXPECT_EQ(rows.GetRowsCount(), 1U);
 }
 
+TEST_F(RowsTest, Update_WithoutRows_StampsTheRows) {
+    const long before = m_rows.GetChangeId();
+    m_rows.Update(0, true);
+    EXPECT_GT(m_rows.GetChangeId(), before);
+}
+
+TEST_F(RowsTest, GetStoragePosition_OfAVisiblePosition) {
+    AddNumbers(m_rows, 0, 3);
+    DbRows view(nullptr, &m_descr);
+    Order order = {2, 0};
+    view.Bind(&m_rows, order);
+    EXPECT_EQ(view.GetStoragePosition(0), 2U);
+    EXPECT_EQ(view.GetStoragePosition(1), 0U);
+    EXPECT_EQ(view.GetStoragePosition(7), 7U) << "where there is none";
+    EXPECT_EQ(m_rows.GetStoragePosition(1), 1U);
+}
+
+TEST_F(RowsTest, GetLender_IsWhoeverSharesTheStorage) {
+    DbRows others(nullptr, &m_descr);
+    Order order;
+    auto source = std::make_unique<DbRows>(nullptr, &m_descr);
+    DbRows view(nullptr, &m_descr);
+    EXPECT_EQ(view.GetLender(), &view);
+    view.Bind(source.get(), order);
+    EXPECT_EQ(view.GetLender(), source.get());
+    EXPECT_EQ(source->GetLender(), source.get());
+    source->Bind(&others, order);
+    EXPECT_EQ(view.GetLender(), &view) << "which went on to other rows";
+    source.reset();
+    EXPECT_EQ(view.GetLender(), &view);
+}
+
 TEST_F(RowsTest, Update_BoundRowsOfAnotherStructure_LeaveTheRowsAlone) {
     AddNumbers(m_rows, 0, 2);
     DbTableDescr other(nullptr);

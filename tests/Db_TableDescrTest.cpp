@@ -520,6 +520,35 @@ TEST_F(TableInDatabase, ClearFilters_DeletesEveryFilter) {
     EXPECT_EQ(notes.size(), 1U);
 }
 
+TEST_F(TableInDatabase, AppendFilter_Null_AddsNothing) {
+    Descr().AppendFilter(nullptr);
+    Descr().Evaluate(Data()[0]);
+    EXPECT_EQ(Cells(0), (Strings{"10", "x"}));
+}
+
+TEST_F(TableInDatabase, AddFilter_StandsBehindTheOthersUntilTheyAreCleared) {
+    Strings notes;
+    Descr().AppendFilter(std::make_unique<ProbeFilter>(notes, "first"));
+    const DbFilter* const ten = Descr().AddFilter("a", "=", "10");
+    const DbFilter* const twenty = Descr().AddFilter("20", "=", "a");
+    ASSERT_NE(ten, nullptr);
+    ASSERT_NE(twenty, nullptr);
+    Data()[1].Evaluate();
+    EXPECT_EQ(notes, (Strings{"first 20"}));
+    EXPECT_FALSE(ten->value());
+    EXPECT_TRUE(twenty->value());
+    Descr().ClearFilters();
+    EXPECT_EQ(notes, (Strings{"first 20", "first dies"}));
+}
+
+TEST_F(TableInDatabase, AddFilter_IsNoChange) {
+    m_database.Sync();
+    EXPECT_NE(Descr().AddFilter("a", "=", "10"), nullptr);
+    Data()[0].Evaluate();
+    Descr().ClearFilters();
+    EXPECT_FALSE(m_database.IsChanged());
+}
+
 TEST_F(TableInDatabase, Clear_DeletesTheFiltersToo) {
     Strings notes;
     Descr().AppendFilter(std::make_unique<ProbeFilter>(notes, "first"));

@@ -5,8 +5,8 @@
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_LazyReader.h"
 #include "Quillet/Db_Log.h"
+#include "Quillet/Db_QueryBuilder.h"
 #include "Quillet/Db_Registry.h"
-#include "Quillet/Db_SqlText.h"
 #include "platform/MessageBox.h"
 #include "xml/Document.h"
 #include "xml/Face.h"
@@ -25,7 +25,8 @@ DbDatabase::DbDatabase(const CString& path)
       m_log(std::make_unique<quillet::DbLog>()),
       m_registry(std::make_unique<quillet::DbRegistry>(*this, *m_log)),
       m_source(std::make_unique<DbSource>(this)),
-      m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_log)) {
+      m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_log)),
+      m_queries(std::make_unique<quillet::QueryBuilder>(*this, *m_registry, *m_reader, *m_log)) {
     m_source->SetFile(path, false);
     ++m_openDbCount;
 }
@@ -53,12 +54,7 @@ bool DbDatabase::SaveMdb(const CString&) {
 
 bool DbDatabase::Save(const CString& path) {
     try {
-        for (const auto& [key, info] : m_registry->All()) {
-            if (!info.IsQuerySync()) {
-                CString name = info.GetName();
-                Query(info.GetSql(), name);
-            }
-        }
+        m_queries->RefreshAll();
         LoadTables();
         const CString ending = path.Right(3);
         if (ending.CompareNoCase("mdb") == 0) {
@@ -196,10 +192,8 @@ DbTableData* DbDatabase::GetTableData(std::size_t index) {
         return nullptr;
     }
     m_reader->ReadUntil(m_registry->DataAt(index));
-    const DbTableInfo* const info = m_registry->Find(m_registry->NameAt(index));
-    if (info != nullptr && info->GetType() == DbTableInfo::Query && !info->IsQuerySync()) {
-        CString name = info->GetName();
-        Query(info->GetSql(), name);
+    if (DbTableInfo* const info = m_registry->Find(m_registry->NameAt(index))) {
+        m_queries->Refresh(*info);
     }
     return index < m_registry->Count() ? m_registry->DataAt(index) : nullptr;
 }
@@ -236,24 +230,15 @@ void DbDatabase::LoadTables() {
 }
 
 bool DbDatabase::Query(CString sql, CString& name) {
-    name.Format("Query_%d", static_cast<int>(m_queriesCount));
-    // Past the largest number the names start anew from the smallest, without undefined behaviour.
-    m_queriesCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_queriesCount) + 1U);
-    sql.Replace("\r", " ");
-    sql.Replace("\n", " ");
-    quillet::LowerOutsideQuotes(sql);
-    if (sql.Find("select") >= 0) {
-        m_log->Print("SQL Analyze - select statements are not answered yet: '%s'", sql.ToUtf8().c_str());
-        return false;
-    }
-    const CString table = quillet::WithoutBrackets(sql);
-    const DbTableInfo* const info = GetTableInfo(table);
-    if (info == nullptr) {
-        m_log->Print("SQL Analyze - table '%s' not found", table.ToUtf8().c_str());
-        return false;
-    }
-    name = info->GetName();
-    return true;
+    return m_queries->Query(sql, name);
+}
+
+bool DbDatabase::AnalyzeSQL(CString sql, parser::QueryAnalysisParams* params) {
+    return params != nullptr && m_queries->Analyze(sql, *params);
+}
+
+bool DbDatabase::VerifySQL(CString sql) {
+    return m_queries->Verify(sql);
 }
 
 bool DbDatabase::CanUpdate() const {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "Quillet/Db_QueryAnalysisParams.h"
 #include "Quillet/Db_Source.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableInfo.h"
@@ -14,14 +15,15 @@ class DbCallUp;
 class DbLazyReader;
 class DbLog;
 class DbRegistry;
+class QueryBuilder;
 }  // namespace quillet
 
 // Owns the source behind it, and every table's structure and contents. Tables are found by name, without
 // regard to case, and by index, their position in the order of creation; the header table is table 0 and the
-// properties table
-// 1. The file is read lazily: whatever takes a name or an index first reads the header and the structure of
-// all tables, a table's rows are read when they are asked for. A database that was changed saves itself to
-// its own file when it is destroyed. It is used from one thread at a time and can't be copied.
+// properties table 1. The file is read lazily: whatever takes a name or an index first reads the header and
+// the structure of all tables, a table's rows are read when they are asked for. A database that was changed
+// saves itself to its own file when it is destroyed. It is used from one thread at a time and can't be
+// copied.
 class QUILLET_API DbDatabase : public DbItem {
 public:
     // How many databases are open in the process.
@@ -97,10 +99,19 @@ public:
     // Reads the rows of every table that still stand in the file.
     void LoadTables();
 
-    // Answers a query: name receives the name of the table that holds the answer. A text without "select" is
-    // the name of a table and answered by it. False, with a line in the log, for an unknown table; and for
-    // select statements, which are not answered yet.
+    // Answers a query (docs/query-language.md): name receives the name of the table that holds the answer.
+    // That is a table of type query, named Query_0 and so on, which follows the tables that it was computed
+    // from whenever its data is asked for and when the database is saved; it is not saved itself. The rows of
+    // "select *" are those of the table that was searched. A query that asks for a whole table, or is nothing
+    // but its name, is answered by the table itself, and one that was asked before by the same query table.
+    // False, with lines in the log, for a text that can't be answered; name has no meaning then.
     bool Query(quillet::CString sql, quillet::CString& name);
+    // Takes a query text apart. The conditions become filters of the first table's descriptor, where they
+    // stay until they are cleared there. False, with lines in the log, for a text that can't be answered, and
+    // for null.
+    bool AnalyzeSQL(quillet::CString sql, parser::QueryAnalysisParams* params);
+    // Whether AnalyzeSQL succeeds. Its filters are removed then.
+    bool VerifySQL(quillet::CString sql);
 
     bool CanUpdate() const;
     bool IsOpen() const;
@@ -134,4 +145,5 @@ private:
     std::unique_ptr<quillet::DbRegistry> m_registry;
     std::unique_ptr<DbSource> m_source;
     std::unique_ptr<quillet::DbLazyReader> m_reader;
+    std::unique_ptr<quillet::QueryBuilder> m_queries;
 };

@@ -1,18 +1,62 @@
 // A condition on one row.
 #pragma once
 
-#include "platform/Export.h"
+#include <cstdint>
+#include <memory>
+
+#include "Quillet/clv/element.h"
+#include "base/CComVariant.h"
+#include "base/CString.h"
 
 class DbTableRow;
 
-// Evaluates rows one at a time and keeps the result of the last one. A table descriptor owns its filters.
-class QUILLET_API DbFilter {
+// One comparison: of a field with a literal, of a literal with a field, or of two fields. It is a leaf of a
+// clause, and its value is the result of the last row that it evaluated; false before the first.
+//
+// A table descriptor makes its filters (DbTableDescr::AddFilter) and owns them. A filter follows no
+// structure: it knows its fields by their positions, so one that outlives a change of the fields compares
+// what stands there then.
+class QUILLET_API DbFilter : public clv::expr {
 public:
-    virtual ~DbFilter();
-    virtual void Evaluate(const DbTableRow& row) = 0;
+    // What stands on one side of the operator: a field by its position (from 0) and variant type, or a
+    // literal, whose position is -1.
+    struct Operand {
+        std::int32_t m_index = -1;
+        VARTYPE m_type = VT_EMPTY;
+        quillet::CString m_literal;
 
-protected:
+        bool IsField() const { return m_index >= 0; }
+    };
+
+    // A filter that compares nothing and is false for every row.
     DbFilter();
     DbFilter(const DbFilter& other);
     DbFilter& operator=(const DbFilter& other);
+    ~DbFilter() override;
+
+    // A filter for the operators <, <=, =, ==, >=, >, != and <>, as DbTableDescr::AddFilter describes it;
+    // null where there is none.
+    static std::unique_ptr<DbFilter> Create(const Operand& left, const quillet::CString& op,
+                                            const Operand& right);
+
+    // Compares what the row holds and keeps the result. False for a row that lacks a field.
+    virtual void Evaluate(const DbTableRow& row);
+
+    // The three ways to compare, of which Evaluate takes the one that the filter was made for: a field with a
+    // field, a field with a literal, a literal with a field. False where the filter has no such field.
+    void EvalRefOpRef(const DbTableRow& row);
+    void EvalRefOpVal(const DbTableRow& row);
+    void EvalValOpRef(const DbTableRow& row);
+
+private:
+    using Comparison = bool (*)(const quillet::CComVariant& left, const quillet::CComVariant& right);
+
+    static Comparison ComparisonOf(const quillet::CString& op, bool texts);
+    void Keep(const quillet::CComVariant* left, const quillet::CComVariant* right);
+
+    quillet::CComVariant m_leftValue;
+    quillet::CComVariant m_rightValue;
+    std::int32_t m_leftIndex = -1;
+    std::int32_t m_rightIndex = -1;
+    Comparison m_comparison = nullptr;
 };

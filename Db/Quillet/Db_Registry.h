@@ -39,6 +39,9 @@ public:
     // See DbDatabase::RenameTable.
     void Rename(const CString& oldName, const CString& newName);
 
+    // From now on the query stands on the other entry.
+    void Relate(DbTableInfo& query, DbTableInfo& source) { query.SetRelated(&source); }
+
     DbTableInfo* Find(const CString& name);
     DbTableInfo* Find(const DbTableData* data);
 

@@ -130,23 +130,20 @@ void DbRows::Update(uint64 fieldIndex, bool added) {
     if (descr == nullptr) {
         return;
     }
-    bool touched = false;
     for (DbTableRow* const row : m_storage->m_rows) {
         // Rows that other rows lend are those rows' to update.
         if (row == nullptr || row->GetDescr() != descr ||
             (row->LiveParent() != nullptr && row->LiveParent() != this)) {
             continue;
         }
-        touched = true;
         if (added) {
             row->InsertCell(fieldIndex, descr->GetField(static_cast<int>(fieldIndex)));
         } else {
             row->EraseCell(fieldIndex);
         }
     }
-    if (touched) {
-        SetChanged();
-    }
+    // Without rows, too, whoever was computed from them has to follow.
+    SetChanged();
 }
 
 void DbRows::Bind(DbRows* other, std::vector<uint64>& order) {
@@ -160,6 +157,11 @@ void DbRows::Bind(DbRows* other, std::vector<uint64>& order) {
     m_boundTo = other->m_self;
     m_isBound = true;
     m_order = order;
+}
+
+DbRows* DbRows::GetLender() {
+    DbRows* const boundTo = BoundTo();
+    return boundTo != nullptr && boundTo->m_storage == m_storage ? boundTo : this;
 }
 
 DbTableRow* DbRows::RowAt(uint64 pos) const {

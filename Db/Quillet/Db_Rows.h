@@ -33,12 +33,16 @@ public:
     // effect for null or itself.
     void Bind(DbRows* other, std::vector<uint64>& order);
     bool IsBinded() const { return m_isBound; }
+    // The rows whose storage these show: those bound to, or these themselves.
+    DbRows* GetLender();
 
     // The visible row at a position; null where there is none, or where its order entry points at nothing.
     DbTableRow* GetRow(int pos);
     // The last visible row; null where there is none.
     DbTableRow* GetLastRow();
     uint64 GetRowsCount() const { return m_order.size(); }
+    // Where the row at a visible position stands in the storage; the position itself where there is none.
+    uint64 GetStoragePosition(uint64 pos) const { return pos < m_order.size() ? m_order[pos] : pos; }
 
 private:
     friend class DbTableRow;

@@ -8,6 +8,21 @@ namespace {
 
 constexpr WideView QuoteMarks = OLESTR("'\"\uFF91");
 
+bool IsOneOf(WideView marks, WCHAR unit) {
+    return marks.find(unit) != WideView::npos;
+}
+
+// Whether the two characters are one operator.
+bool IsPair(WCHAR first, WCHAR second) {
+    return (second == '=' && IsOneOf(OLESTR("<>="), first)) || (first == '<' && second == '>');
+}
+
+// The position behind the stretch that a quotation mark opens at the position.
+std::size_t EndOfQuote(WideView text, std::size_t open) {
+    const std::size_t close = text.find(text[open], open + 1);
+    return close == WideView::npos ? text.size() : close + 1;
+}
+
 }  // namespace
 
 CString WithoutBrackets(CString name) {
@@ -20,6 +35,17 @@ CString WithoutBrackets(CString name) {
     return name;
 }
 
+CString WithoutQuotes(const CString& text) {
+    WideView view = text.View();
+    if (!view.empty() && IsOneOf(QuoteMarks, view.front())) {
+        view.remove_prefix(1);
+    }
+    if (!view.empty() && IsOneOf(QuoteMarks, view.back())) {
+        view.remove_suffix(1);
+    }
+    return CString(view);
+}
+
 void LowerOutsideQuotes(CString& text) {
     const WideString source(text.View());
     CString result;
@@ -30,12 +56,71 @@ void LowerOutsideQuotes(CString& text) {
         if (open == source.size()) {
             break;
         }
-        const std::size_t close = source.find(source[open], open + 1);
-        const std::size_t end = close == WideString::npos ? source.size() : close + 1;
+        const std::size_t end = EndOfQuote(source, open);
         result += CString(WideView(source).substr(open, end - open));
         position = end;
     }
     text = result;
+}
+
+CString WithBlanksAroundOperators(const CString& sql) {
+    constexpr std::size_t LeftAlone = 2;
+    const WideView text = sql.View();
+    WideString result;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const WCHAR unit = text[at];
+        if (IsOneOf(QuoteMarks, unit)) {
+            const std::size_t end = EndOfQuote(text, at);
+            result += text.substr(at, end - at);
+            at = end;
+            continue;
+        }
+        if (!IsOneOf(OLESTR("*)(<>="), unit)) {
+            result += unit;
+            ++at;
+            continue;
+        }
+        const WCHAR next = at + 1 < text.size() ? text[at + 1] : WCHAR(0);
+        const std::size_t length = IsPair(unit, next) ? 2 : 1;
+        const WideView partners = length == 2 ? OLESTR("!") : OLESTR("=<>!");
+        const bool joins = unit == '=' && !result.empty() && IsOneOf(partners, result.back());
+        if (at >= LeftAlone && !joins && result.back() != ' ') {
+            result += ' ';
+        }
+        result += text.substr(at, length);
+        at += length;
+        const bool isJoined = unit == '=' && length == 1 && IsOneOf(OLESTR("<>!"), next);
+        if (at > LeftAlone && at < text.size() && text[at] != ' ' && !isJoined) {
+            result += ' ';
+        }
+    }
+    return CString(WideView(result));
+}
+
+bool SqlTokens::Next() {
+    WCHAR closing = 0;
+    while (!m_atEnd) {
+        m_atEnd = m_position == m_text.size();
+        const WCHAR unit = m_atEnd ? WCHAR(' ') : m_text[m_position];
+        ++m_position;
+        if (!m_atEnd && closing != 0) {
+            m_token += unit;
+            closing = unit == closing ? WCHAR(0) : closing;
+        } else if (m_atEnd || IsOneOf(OLESTR(" ,;"), unit)) {
+            if (!m_token.empty()) {
+                return true;
+            }
+        } else {
+            if (unit == '[') {
+                closing = ']';
+            } else if (IsOneOf(QuoteMarks, unit)) {
+                closing = unit;
+            }
+            m_token += unit;
+        }
+    }
+    return false;
 }
 
 }  // namespace quillet

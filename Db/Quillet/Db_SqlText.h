@@ -1,15 +1,46 @@
 // How names and query texts are written.
 #pragma once
 
+#include <cstddef>
+
 #include "base/CString.h"
 
 namespace quillet {
 
 // The name without one closing bracket at its end and one opening bracket at its beginning.
-CString WithoutBrackets(CString name);
+QUILLET_API CString WithoutBrackets(CString name);
+
+// The text without one quote mark (', " or U+FF91) at its beginning and one at its end; they need not match,
+// and either may be missing.
+QUILLET_API CString WithoutQuotes(const CString& text);
 
 // Lowers the text outside quoted stretches. A stretch opens with ', " or U+FF91 and closes at the next
 // occurrence of the same character.
-void LowerOutsideQuotes(CString& text);
+QUILLET_API void LowerOutsideQuotes(CString& text);
+
+// Puts blanks around the operators * ) ( < > = outside quoted stretches, so that each is a token of its own.
+// <=, >=, == and <> stay together, and so does != behind a blank. The first two characters are left alone.
+QUILLET_API CString WithBlanksAroundOperators(const CString& sql);
+
+// Cuts a query text into tokens at blanks, commas and semicolons. A token may hold quoted stretches, in ', ",
+// [ ] or U+FF91, in which nothing separates; the quotation marks stay.
+class QUILLET_API SqlTokens {
+public:
+    // The text must live as long as this object.
+    explicit SqlTokens(WideView text) : m_text(text) {}
+
+    // Reads on to the end of the token. False when the text is at its end.
+    bool Next();
+    // The token, never empty; valid until the next call.
+    WideView Token() const { return m_token; }
+    // Forgets the token. One that is not dropped is the beginning of the next.
+    void Drop() { m_token.clear(); }
+
+private:
+    WideView m_text;
+    std::size_t m_position = 0;
+    bool m_atEnd = false;
+    WideString m_token;
+};
 
 }  // namespace quillet

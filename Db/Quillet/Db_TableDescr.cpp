@@ -1,6 +1,7 @@
 #include "Quillet/Db_TableDescr.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
@@ -137,8 +138,31 @@ void DbTableDescr::Evaluate(const DbTableRow& row) {
     }
 }
 
+DbFilter* DbTableDescr::AddFilter(CString left, CString op, CString right) {
+    std::unique_ptr<DbFilter> filter = DbFilter::Create(OperandOf(left), op, OperandOf(right));
+    if (filter == nullptr) {
+        return nullptr;
+    }
+    m_filters.push_back(std::move(filter));
+    return m_filters.back().get();
+}
+
+DbFilter::Operand DbTableDescr::OperandOf(const CString& text) const {
+    const int index = GetFieldIndex(text);
+    return index == -1 ? DbFilter::Operand{-1, VT_EMPTY, text}
+                       : DbFilter::Operand{index, GetField(index).GetType(), {}};
+}
+
 void DbTableDescr::ClearFilters() {
     m_filters.clear();
+}
+
+void DbTableDescr::RemoveFilters(const std::vector<DbFilter*>& filters) {
+    const std::unordered_set<const DbFilter*> list(filters.begin(), filters.end());
+    const auto isListed = [&](const std::unique_ptr<DbFilter>& filter) {
+        return list.count(filter.get()) != 0;
+    };
+    m_filters.erase(std::remove_if(m_filters.begin(), m_filters.end(), isListed), m_filters.end());
 }
 
 bool DbTableDescr::DeleteIndex(CString name) {
@@ -204,20 +228,28 @@ bool DbTableDescr::CreateField(const CString& name, bool key, DbFieldDescr::eFie
     if (GetFieldIndex(name) != -1) {
         return false;
     }
+    Append(name, key, DbFieldDescr::FieldTypeToVariantType(type));
+    return true;
+}
+
+bool DbTableDescr::CreateField(const DbFieldDescr& field) {
+    return CreateField(field.GetName(), field.IsKey(), field.GetDbType());
+}
+
+void DbTableDescr::AppendField(const DbFieldDescr& field) {
+    Append(field.GetName(), field.IsKey(), field.GetType());
+}
+
+void DbTableDescr::Append(const CString& name, bool key, VARTYPE type) {
     quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
     m_namesStale = true;
     auto* const field = new DbFieldDescr(this, static_cast<int>(size()));
     push_back(field);
     field->SetName(name);
     field->SetKey(key);
-    field->SetType(DbFieldDescr::FieldTypeToVariantType(type));
+    field->SetType(type);
     SetChanged();
     quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(field->GetIndex()), true);
-    return true;
-}
-
-bool DbTableDescr::CreateField(const DbFieldDescr& field) {
-    return CreateField(field.GetName(), field.IsKey(), field.GetDbType());
 }
 
 bool DbTableDescr::DeleteField(int i) {
@@ -248,5 +280,7 @@ DbTableDescr::DbIndex* DbTableDescr::FindIndex(const CString& name) const {
 }
 
 void DbTableDescr::AppendFilter(std::unique_ptr<DbFilter> filter) {
-    m_filters.push_back(std::move(filter));
+    if (filter != nullptr) {
+        m_filters.push_back(std::move(filter));
+    }
 }

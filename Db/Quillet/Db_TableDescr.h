@@ -73,6 +73,19 @@ public:
     virtual bool CreateIndex(quillet::CString name, DbIndex* index);
     // Has every filter evaluate the row; they keep their results.
     virtual void Evaluate(const DbTableRow& row);
+    // Makes a filter, puts it behind the others and returns it; it lives until ClearFilters, Clear or the end
+    // of the descriptor. The operator is one of <, <=, =, ==, >=, >, != and <>. A side that names a field is
+    // that field. Any other side is a literal: it loses one quote mark (', " or U+FF91) at each end and is
+    // converted to the type of the field on the other side, where either decimal separator is understood for
+    // a float.
+    //
+    // Null, and nothing is made, for another operator, where neither side is a field, for a literal that is
+    // no value of the field's type, for a field without type, and for two fields of different types.
+    //
+    // Values are compared as quillet::Order has it, and only values of one type are equal. Null is equal to
+    // null, and neither less nor greater than anything. Where a field is a text, = ignores case. So does !=
+    // where the value on the left is a text, whatever the field is.
+    virtual DbFilter* AddFilter(quillet::CString left, quillet::CString op, quillet::CString right);
     // Deletes every filter.
     virtual void ClearFilters();
     virtual bool DeleteIndex(quillet::CString name);
@@ -97,6 +110,9 @@ public:
     bool CreateField(const quillet::CString& name, bool key, DbFieldDescr::eFieldType type);
     // The same with name, key flag and type of another field.
     bool CreateField(const DbFieldDescr& field);
+    // The same for a name that may be taken, as it may be in a file: the first field of the name is found by
+    // it.
+    void AppendField(const DbFieldDescr& field);
     // Removes a field; the rows lose its cells. False where there is none. The fields behind it move up, but
     // keep the index that they had.
     bool DeleteField(int i);
@@ -110,11 +126,15 @@ public:
     // Names this object as long as it lives: whoever follows the structure of rows asks here.
     const std::shared_ptr<DbTableDescr*>& LifeToken() const { return m_life; }
 
-    // Puts a filter behind the others.
+    // Puts a filter behind the others; no effect for null.
     void AppendFilter(std::unique_ptr<DbFilter> filter);
+    // Deletes those of the filters that are here.
+    void RemoveFilters(const std::vector<DbFilter*>& filters);
 
 private:
     void ClearAll();
+    void Append(const quillet::CString& name, bool key, VARTYPE type);
+    DbFilter::Operand OperandOf(const quillet::CString& text) const;
 
     std::shared_ptr<DbTableDescr*> m_life = std::make_shared<DbTableDescr*>(this);
     mutable bool m_namesStale = true;

@@ -25,14 +25,13 @@ bool DbTableInfo::IsRelatedWith(DbTableInfo* other) const {
 }
 
 bool DbTableInfo::IsQuerySync() const {
-    if (m_type != Query || m_related == nullptr) {
-        return true;
+    const DbTableInfo* query = this;
+    while (query->m_type == Query && query->m_related != nullptr && query->m_related->m_type == Query) {
+        query = query->m_related;
     }
-    if (m_related->m_type == Query) {
-        return m_related->IsQuerySync();
-    }
-    return m_related->m_type != Table || m_related->m_data == nullptr ||
-           m_syncStamp == m_related->m_data->GetChangeId();
+    const DbTableInfo* const base = query->m_type == Query ? query->m_related : nullptr;
+    return base == nullptr || base->m_type != Table || base->m_data == nullptr ||
+           query->m_syncStamp == base->m_data->GetChangeId();
 }
 
 void DbTableInfo::Clear() {

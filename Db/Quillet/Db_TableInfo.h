@@ -32,7 +32,7 @@ public:
     DbTableData* GetData() const { return m_data; }
     // The entry that a query was computed from; null for a table.
     DbTableInfo* GetRelated() const { return m_related; }
-    // The change stamp of the base table's data at the moment the query's rows were computed.
+    // The change stamp of the related entry's data at the moment the query's rows were computed.
     long GetSyncStamp() const { return m_syncStamp; }
 
     void SetName(const quillet::CString& name) { m_name = name; }
@@ -41,7 +41,8 @@ public:
     // Whether this is a query that stands on the other entry, directly or through other queries.
     bool IsRelatedWith(DbTableInfo* other) const;
     // Whether a query's rows are those that its base table would give now; true for whatever is no query over
-    // another entry.
+    // another entry. A query over a query gives that one's answer: its own rows follow when they are asked
+    // for.
     bool IsQuerySync() const;
     // Empties structure and contents; both objects stay.
     void Clear();

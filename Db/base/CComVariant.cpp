@@ -1,12 +1,21 @@
 #include "base/CComVariant.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace quillet {
 
 namespace {
 
-HRESULT Compared(const CComVariant& left, const CComVariant& right) {
+template <typename Number>
+HRESULT OrderOf(Number left, Number right) {
+    if (left == right) {
+        return VARCMP_EQ;
+    }
+    return left < right ? VARCMP_LT : VARCMP_GT;
+}
+
+HRESULT OrderByPlatform(const CComVariant& left, const CComVariant& right) {
     // The platform's function takes its arguments without const but only reads them.
     return VarCmp(const_cast<CComVariant*>(&left), const_cast<CComVariant*>(&right), LOCALE_USER_DEFAULT, 0);
 }
@@ -68,25 +77,42 @@ bool operator==(const CComVariant& left, const CComVariant& right) {
     if (left.vt != right.vt) {
         return false;
     }
-    return left.vt == VT_NULL || Compared(left, right) == VARCMP_EQ;
+    return left.vt == VT_NULL || Order(left, right) == VARCMP_EQ;
 }
 
 bool operator<(const CComVariant& left, const CComVariant& right) {
-    if (left.vt == right.vt) {
-        switch (left.vt) {
-            case VT_I1:
-                return left.cVal < right.cVal;
-            case VT_UI2:
-                return left.uiVal < right.uiVal;
-            case VT_UI4:
-                return left.ulVal < right.ulVal;
-            case VT_UI8:
-                return left.ullVal < right.ullVal;
-            default:
-                break;
-        }
+    return Order(left, right) == VARCMP_LT;
+}
+
+HRESULT Order(const CComVariant& left, const CComVariant& right) {
+    if (left.vt != right.vt) {
+        return OrderByPlatform(left, right);
     }
-    return Compared(left, right) == VARCMP_LT;
+    switch (left.vt) {
+        case VT_I1:
+            return OrderOf(static_cast<signed char>(left.cVal), static_cast<signed char>(right.cVal));
+        case VT_UI2:
+            return OrderOf(left.uiVal, right.uiVal);
+        case VT_UI4:
+            return OrderOf(left.ulVal, right.ulVal);
+        case VT_UI8:
+            return OrderOf(left.ullVal, right.ullVal);
+        // What the platform gives for these, without its way to it.
+        case VT_I2:
+            return OrderOf(left.iVal, right.iVal);
+        case VT_I4:
+            return OrderOf(left.lVal, right.lVal);
+        case VT_BOOL:
+            return OrderOf(left.boolVal, right.boolVal);
+        case VT_R4:
+            return std::isunordered(left.fltVal, right.fltVal) ? OrderByPlatform(left, right)
+                                                               : OrderOf(left.fltVal, right.fltVal);
+        case VT_R8:
+            return std::isunordered(left.dblVal, right.dblVal) ? OrderByPlatform(left, right)
+                                                               : OrderOf(left.dblVal, right.dblVal);
+        default:
+            return OrderByPlatform(left, right);
+    }
 }
 
 CComVariant Dereferenced(const CComVariant& value) {

@@ -87,12 +87,10 @@ public:
         }
     }
 
-    // Equal: both null, or of one type and equal to the platform's comparison.
+    // Equal: both null, or of one type and equal as Order has it.
     friend QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
     friend bool operator!=(const CComVariant& left, const CComVariant& right) { return !(left == right); }
-    // Order by the platform's comparison; false where either side is null or the types have no order.
-    // Unsigned and one-byte integers of one type, which that comparison does not take, are ordered as
-    // numbers.
+    // As Order has it; false where either side is null or the types have no order.
     friend QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
     friend bool operator>(const CComVariant& left, const CComVariant& right) { return right < left; }
 
@@ -115,6 +113,11 @@ private:
 // The value that a reference refers to, copied; any other value as it is. Empty for a reference of an unknown
 // kind.
 QUILLET_API CComVariant Dereferenced(const CComVariant& value);
+
+// The platform's comparison of two values: VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL where a side is null,
+// or a failure for types that have no order. Unsigned and one-byte integers of one type, which the platform
+// does not compare, are ordered as numbers.
+QUILLET_API HRESULT Order(const CComVariant& left, const CComVariant& right);
 
 // Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found
 // equal.

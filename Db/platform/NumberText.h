@@ -1,5 +1,5 @@
-// Numbers to text and back under the user's default locale: what VariantChangeType gives for the same value, by the
-// shortest way that the system has, where it can without allocation.
+// Numbers to text and back under the user's default locale: what VariantChangeType gives for the same value,
+// by the shortest way that the system has, where it can without allocation.
 #pragma once
 
 #include <cstddef>

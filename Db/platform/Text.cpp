@@ -99,6 +99,10 @@ void MakeUpper(WideString& text) {
     MapInPlace<Upper>(text);
 }
 
+void FoldCase(WideString& text) {
+    MapInPlace<Fold>(text);
+}
+
 int CompareNoCase(WideView left, WideView right) {
     std::size_t leftNext = 0;
     std::size_t rightNext = 0;

@@ -48,6 +48,23 @@ TEST(Text, MakeLower_LoneSurrogates_AreKept) {
     EXPECT_EQ(Lowered(lone), lowered);
 }
 
+TEST(Text, FoldCase_TextsEqualWithoutCase_BecomeTheSame) {
+    const WideString texts[] = {
+        OLESTR("Hello"),  OLESTR("hELLO"),  OLESTR("\u00C9"),     OLESTR("\u00E9"),
+        OLESTR("\u017F"), OLESTR("s"),      OLESTR("\u03C2"),     OLESTR("\u03A3"),
+        OLESTR("\u00B5"), OLESTR("\u03BC"), OLESTR("\U00010400"), OLESTR("\U00010428"),
+        OLESTR("\u00DF"), OLESTR("ss"),     OLESTR("\u1E9E"),     OLESTR("")};
+    for (const WideString& left : texts) {
+        for (const WideString& right : texts) {
+            WideString foldedLeft = left;
+            WideString foldedRight = right;
+            platform::FoldCase(foldedLeft);
+            platform::FoldCase(foldedRight);
+            EXPECT_EQ(foldedLeft == foldedRight, CompareNoCase(left, right) == 0);
+        }
+    }
+}
+
 TEST(Text, CompareNoCase_SameLettersInOtherCase_IsZero) {
     EXPECT_EQ(CompareNoCase(OLESTR("Hello World"), OLESTR("hELLO wORLD")), 0);
     EXPECT_EQ(CompareNoCase(OLESTR("\u00C9t\u00E9"), OLESTR("\u00E9T\u00C9")), 0);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -37,11 +38,18 @@ const Case Cases[] = {
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), I4(-1), HRESULT{VARCMP_GT}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), R8(0.5), HRESULT{VARCMP_LT}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Bool(false), HRESULT{VARCMP_EQ}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Bool(true), HRESULT{VARCMP_GT}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Whole(VT_I2, 1), HRESULT{VARCMP_LT}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), R4(-0.5), HRESULT{VARCMP_GT}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Date(0), HRESULT{VARCMP_EQ}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Date(37623), HRESULT{VARCMP_LT}},
     {"VarCmp_EmptyAgainstText_CountsAsEmptyText", Empty(), Text(OLESTR("")), HRESULT{VARCMP_EQ}},
     {"VarCmp_EmptyAgainstText_CountsAsEmptyText", Empty(), Text(OLESTR("a")), HRESULT{VARCMP_LT}},
     {"VarCmp_EmptyAgainstText_CountsAsEmptyText", Empty(), Text(nullptr), HRESULT{VARCMP_EQ}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Bool(true), HRESULT{VARCMP_GT}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Whole(VT_I2, 1), HRESULT{VARCMP_LT}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Date(-1), HRESULT{VARCMP_GT}},
+    {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Date(0), HRESULT{VARCMP_EQ}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), R4(0.1), HRESULT{VARCMP_LT}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Whole(VT_I8, 1), HRESULT{VARCMP_LT}},
     {"VarCmp_EmptyAgainstANumber_CountsAsZero", Empty(), Whole(VT_UI1, 0), HRESULT{VARCMP_EQ}},
@@ -67,6 +75,8 @@ const Case Cases[] = {
     {"VarCmp_NumbersOfOneType_CompareByValue", R4(1.5), R4(1.25), HRESULT{VARCMP_GT}},
     {"VarCmp_NumbersOfOneType_CompareByValue", Date(37623), Date(37623.5), HRESULT{VARCMP_LT}},
     {"VarCmp_NumbersOfOneType_CompareByValue", Bool(true), Bool(false), HRESULT{VARCMP_LT}},
+    {"VarCmp_NumbersOfOneType_CompareByValue", Whole(VT_BOOL, 1), Bool(true), HRESULT{VARCMP_GT}},
+    {"VarCmp_NumbersOfOneType_CompareByValue", R4(-0.0), R4(0.0), HRESULT{VARCMP_EQ}},
 
     {"VarCmp_NumbersOfTwoTypes_CompareByValue", Whole(VT_I2, 5), I4(5), HRESULT{VARCMP_EQ}},
     {"VarCmp_NumbersOfTwoTypes_CompareByValue", Whole(VT_UI1, 5), I4(6), HRESULT{VARCMP_LT}},
@@ -245,6 +255,16 @@ TEST(VariantComparisonOfOtherTypes, VarCmp_IntIsAnOperandOnTheLeftOnly) {
 TEST(VariantComparisonOfOtherTypes, VarCmp_UnsignedOf64Bits_HasNoOrder) {
     EXPECT_EQ(Compare(Whole(VT_UI8, 1), I4(1)), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(Compare(I4(1), Whole(VT_UI8, 1)), DISP_E_BADVARTYPE);
+}
+
+TEST(VariantComparisonOfOtherTypes, VarCmp_NotANumber_EqualsNothing) {
+    for (const auto make : {&R4, &R8, &Date}) {
+        const Value nothing = make(std::numeric_limits<double>::quiet_NaN());
+        const Value one = make(1);
+        EXPECT_NE(Compare(nothing, nothing), HRESULT{VARCMP_EQ});
+        EXPECT_NE(Compare(nothing, one), HRESULT{VARCMP_EQ});
+        EXPECT_NE(Compare(one, nothing), HRESULT{VARCMP_EQ});
+    }
 }
 
 TEST(VariantComparisonOfOtherTypes, VarCmp_ByteArray_HasNoOrder) {

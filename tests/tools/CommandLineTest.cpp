@@ -14,7 +14,7 @@ class CommandLine : public quillet::test::ToolTest {};
 TEST_F(CommandLine, Help_OfTheProgram_NamesEveryCommand) {
     const std::string help = Output({"--help"});
     for (const char* command :
-         {"info", "fields", "show", "check", "export", "new", "set", "import", "drop", "rename"}) {
+         {"info", "fields", "show", "query", "check", "export", "new", "set", "import", "drop", "rename"}) {
         EXPECT_THAT(help, HasSubstr(std::string("\n  ") + command + " ")) << command;
     }
     for (const char* option : {"--format", "--sequential", "--log", "--version", "--help"}) {

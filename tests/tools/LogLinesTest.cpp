@@ -30,6 +30,44 @@ TEST(LogLines, IsFault_EveryLineOfASoundCatalog_IsNone) {
     }
 }
 
+TEST(LogLines, IsOfQuery_EveryLineOfAQuery_IsSo) {
+    DbDatabase database;
+    ASSERT_NE(database.CreateTable("Bolts", DbTableInfo::Table), nullptr);
+    ASSERT_TRUE(database.GetTableDescr("Bolts")->CreateField("name", true, DbFieldDescr::Text));
+    std::vector<CString> ignored;
+    database.GetError(ignored);
+    CString name;
+    for (const char* query :
+         {"Bolts", "Nuts", "select * from Bolts", "select nam from Bolts where d > 1 or d"}) {
+        database.Query(query, name);
+        std::vector<CString> lines;
+        database.GetError(lines);
+        for (const CString& line : lines) {
+            EXPECT_TRUE(IsOfQuery(line.ToUtf8())) << line;
+        }
+    }
+}
+
+TEST(LogLines, IsOfQuery_LinesAboutTables_AreNot) {
+    EXPECT_FALSE(IsOfQuery("Table 'SQL Analyze - ' has malformed rows"));
+    EXPECT_FALSE(IsOfQuery("Query 'x' stands on itself, or on too many other queries"));
+    EXPECT_FALSE(IsOfQuery("Table 'Query_0' created, index = 7, type = QUERY, sql = 'x'"));
+}
+
+TEST(LogLines, IsQueryRead_OnlyWhereTheTextIsTakenApart_IsTrue) {
+    EXPECT_TRUE(IsQueryRead({"SQL Analyze - query 'select'", "SQL Analyze - failed"}));
+    EXPECT_FALSE(IsQueryRead({"SQL Analyze - table 'query ' not found"}));
+    EXPECT_FALSE(IsQueryRead({}));
+}
+
+TEST(LogLines, QueryComplaint_LinesOfTheAnalyzer_AreJoinedWithoutItsAccount) {
+    EXPECT_EQ(QueryComplaint({"SQL Analyze - query 'x'", "SQL Analyze - a", "SQL Analyze - b",
+                              "SQL Analyze - failed", "Query 'x' processed in 1.0000 [s]"}),
+              "SQL Analyze - a; b");
+    EXPECT_EQ(QueryComplaint({"SQL Analyze - query 'x'", "SQL Analyze - ok"}),
+              "the brackets of the conditions don't match");
+}
+
 TEST(LogLines, IsFault_AnyOtherLine_IsOne) {
     EXPECT_TRUE(IsFault("Invalid xml database file format"));
     EXPECT_TRUE(IsFault("Table 'x' has malformed rows"));

@@ -76,6 +76,7 @@ std::vector<KeyValue> SplitTypes(const std::vector<std::string>& texts) {
 constexpr const char* Examples = R"(Examples:
   quillet info steel.xml                    what the catalog holds
   quillet show steel.xml IPE --limit 5      the first rows of a table
+  quillet query steel.xml "select name, A from IPE where h >= 300"
   quillet export steel.xml IPE ipe.csv      a table as a CSV file
   quillet import steel.xml Mine mine.csv    a new table from a CSV file
   quillet check steel.xml                   whether anything is wrong
@@ -84,6 +85,25 @@ constexpr const char* Examples = R"(Examples:
 behind the command. Table names match without regard to case.
 
 Exit status: 0 done, 1 failed, 2 the command line makes no sense.)";
+
+constexpr const char* QueryNotes =
+    R"(Examples:
+  quillet query steel.xml "select name, h, A from IPE where h >= 300"
+  quillet query steel.xml "select * from HEA where h < 300 and G > 50 order by Iy desc"
+  quillet query materials.xml "select name from [Bolt classes] where name != '8.8'"
+
+A query stands in quotation marks, so that the shell leaves it alone. Texts in it
+stand in apostrophes, names with blanks in square brackets. Each condition is a
+field, an operator (< <= = >= > !=) and a value or a field. They are combined by
+and, or, not and brackets; none of these binds stronger than another, so write
+the brackets. A text without the word select is the name of a table, all of which
+is shown. The file is never changed.
+
+--explain shows, for a query that fails too, how it is read: its tokens and
+conditions, how these are combined, the table that is searched, and what the
+answer is: the table itself, rows of the table, or copied rows.
+
+)";
 
 constexpr const char* ImportNotes =
     R"(The first line of the CSV file names the fields. A field whose values are all
@@ -123,6 +143,7 @@ private:
     CLI::App& Add(const char* name, const char* description);
     static CLI::Option& AddFile(CLI::App& command, std::string& file);
     static CLI::Option& AddTable(CLI::App& command, std::string& table);
+    static void AddStretch(CLI::App& command, Stretch& rows);
     static CLI::Option& AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
                                 const char* form, const char* description);
 
@@ -130,6 +151,7 @@ private:
     void AddInfo();
     void AddFields();
     void AddShow();
+    void AddQuery();
     void AddExport();
     void AddCheck();
     void AddNew();
@@ -164,6 +186,7 @@ CommandLine::CommandLine() {
     AddInfo();
     AddFields();
     AddShow();
+    AddQuery();
     AddCheck();
     AddExport();
     AddNew();
@@ -201,6 +224,13 @@ CLI::Option& CommandLine::AddTable(CLI::App& command, std::string& table) {
     return *command.add_option("TABLE", table, "Table name")->required()->check(CheckNotEmpty)->type_name("");
 }
 
+void CommandLine::AddStretch(CLI::App& command, Stretch& rows) {
+    command.add_option("--limit", rows.m_limit, "Show at most N rows")->check(CheckCount)->type_name("N");
+    command.add_option("--offset", rows.m_offset, "Pass over the first N rows")
+        ->check(CheckCount)
+        ->type_name("N");
+}
+
 CLI::Option& CommandLine::AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
                                   const char* form, const char* description) {
     // One value for each option, or what follows it would be taken too.
@@ -227,11 +257,27 @@ void CommandLine::AddShow() {
     CLI::App& command = Add("show", "Show the rows of a table");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
-    command.add_option("--limit", request->m_limit, "Show at most N rows")->check(CheckCount)->type_name("N");
-    command.add_option("--offset", request->m_offset, "Pass over the first N rows")
-        ->check(CheckCount)
-        ->type_name("N");
+    AddStretch(command, request->m_rows);
     Choose(command, request, Show);
+}
+
+void CommandLine::AddQuery() {
+    const auto request = std::make_shared<QueryRequest>();
+    CLI::App& command = Add("query", "Show the rows that a query asks for");
+    AddFile(command, request->m_file);
+    command.add_option("QUERY", request->m_query, "Query, or the name of a table")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    AddStretch(command, request->m_rows);
+    command.add_flag("--explain", request->m_explain, "Show how the query is read instead of the rows");
+    command.footer(std::string(QueryNotes) + CommonNotes);
+    command.parse_complete_callback([&command, request] {
+        if (request->m_explain && command.count("--limit") + command.count("--offset") > 0) {
+            throw CLI::ExcludesError("--explain", "--limit and --offset");
+        }
+    });
+    Choose(command, request, Query);
 }
 
 void CommandLine::AddCheck() {

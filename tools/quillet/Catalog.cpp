@@ -171,6 +171,23 @@ Table Catalog::TableAt(std::size_t index) {
     return {name, m_database->GetTableDescr(index), data};
 }
 
+Reply Catalog::Ask(const std::string& query) {
+    CString name;
+    bool isAnswered = false;
+    {
+        const RunningProgress progress(ScreenBesideFiles(), "Reading " + FileName(m_path));
+        isAnswered = m_database->Query(query, name);
+    }
+    const std::vector<std::string> lines = CollectLog();
+    RefuseUnreadable();
+    if (!isAnswered) {
+        return {false, IsQueryRead(lines), "", QueryComplaint(lines)};
+    }
+    const DbTableInfo& answer = *m_database->GetTableInfo(name);
+    TableAt((answer.GetType() == DbTableInfo::Query ? *answer.GetRelated() : answer).GetIndex());
+    return {true, IsQueryRead(lines), name.ToUtf8(), ""};
+}
+
 void Catalog::WarnOfFaults() const {
     if (!m_faults.empty()) {
         const std::string others =
@@ -203,7 +220,8 @@ void Catalog::Save() {
     }
 }
 
-void Catalog::CollectLog() {
+std::vector<std::string> Catalog::CollectLog() {
+    std::vector<std::string> linesOfQuery;
     std::vector<CString> lines;
     m_database->GetError(lines);
     for (const CString& line : lines) {
@@ -211,10 +229,13 @@ void Catalog::CollectLog() {
         if (m_showsLog) {
             WriteToStandardError(text);
         }
-        if (IsFault(text)) {
+        if (IsOfQuery(text)) {
+            linesOfQuery.push_back(text);
+        } else if (IsFault(text)) {
             m_faults.push_back(IsInvalidFormat(text) ? std::string(IncompleteCatalog) : text);
         }
     }
+    return linesOfQuery;
 }
 
 // The database keeps what it understood of a damaged file. What it did not understand is no catalog.

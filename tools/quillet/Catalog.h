@@ -18,6 +18,17 @@ struct Table {
     DbTableData* m_data;
 };
 
+// What became of a query.
+struct Reply {
+    bool m_isAnswered;
+    // Whether the text was read as a query; otherwise it is the name of a table.
+    bool m_isOfQuery;
+    // The name of the table that holds the answer; empty where there is none.
+    std::string m_table;
+    // Why there is none.
+    std::string m_complaint;
+};
+
 // Owns the database over a file. The file is written by Save and by nothing else, whatever the model marks as
 // changed. What can't be done throws Failure, which names the file.
 class Catalog {
@@ -51,6 +62,9 @@ public:
     Table TableAt(std::size_t index);
     Table FindTable(const std::string& name);
 
+    // Answers a query. Refuses one over a table whose rows can't all be read.
+    Reply Ask(const std::string& query);
+
     // What reading found wrong so far, one line each.
     const std::vector<std::string>& Faults() const { return m_faults; }
     // Says on standard error, in one line, that faults were found.
@@ -69,7 +83,8 @@ private:
     Catalog(const std::string& path, const Settings& settings, std::unique_ptr<DbDatabase> database);
 
     void TryReadStructure();
-    void CollectLog();
+    // Takes the lines of the log and keeps the faults among them; returns those about a query.
+    std::vector<std::string> CollectLog();
     void RefuseUnreadable();
     void RefuseMisplacedHeader();
 

@@ -1,12 +1,12 @@
 // The commands. Each returns the exit status and throws Failure for what it can't do.
 #pragma once
 
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Settings.h"
+#include "Stretch.h"
 
 namespace quillet::tool {
 
@@ -24,8 +24,14 @@ struct FieldsRequest {
 struct ShowRequest {
     std::string m_file;
     std::string m_table;
-    std::size_t m_offset = 0;
-    std::size_t m_limit = std::numeric_limits<std::size_t>::max();
+    Stretch m_rows;
+};
+
+struct QueryRequest {
+    std::string m_file;
+    std::string m_query;
+    Stretch m_rows;
+    bool m_explain = false;
 };
 
 struct ExportRequest {
@@ -76,6 +82,7 @@ struct ImportRequest {
 int Info(const Settings& settings, const InfoRequest& request);
 int Fields(const Settings& settings, const FieldsRequest& request);
 int Show(const Settings& settings, const ShowRequest& request);
+int Query(const Settings& settings, const QueryRequest& request);
 int Export(const Settings& settings, const ExportRequest& request);
 int Check(const Settings& settings, const CheckRequest& request);
 int New(const Settings& settings, const NewRequest& request);

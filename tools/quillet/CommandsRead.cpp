@@ -4,31 +4,14 @@
 #include "Catalog.h"
 #include "Commands.h"
 #include "Failure.h"
-#include "Listing.h"
-#include "Output.h"
 #include "PlainText.h"
-#include "Progress.h"
+#include "Printing.h"
 
 namespace quillet::tool {
 
 namespace {
 
 constexpr int Done = 0;
-
-void Print(const Settings& settings, const Listing& listing) {
-    StandardOutput output;
-    MakeWriter(settings.m_format)->Write(listing, output);
-    output.Close();
-}
-
-void WriteWithProgress(const Writer& writer, const Listing& listing, Sink& sink, const ProgressScreen& screen,
-                       const std::string& label) {
-    {
-        RunningProgress bar(screen, label, listing.CountRows());
-        writer.Write(listing, sink, [&](std::size_t done) { bar.Set(done); });
-    }
-    sink.Close();
-}
 
 // What info tells, in the order in which it is told.
 struct Overview {
@@ -186,11 +169,7 @@ int Fields(const Settings& settings, const FieldsRequest& request) {
 int Show(const Settings& settings, const ShowRequest& request) {
     Catalog catalog(request.m_file, settings);
     catalog.ReadStructure();
-    const Table table = catalog.FindTable(request.m_table);
-    const TableListing listing(*table.m_descr, *table.m_data, request.m_offset, request.m_limit);
-    StandardOutput output;
-    WriteWithProgress(*MakeWriter(settings.m_format), listing, output, ScreenBesideStandardOutput(),
-                      "Showing " + table.m_name);
+    PrintRows(settings, catalog.FindTable(request.m_table), request.m_rows);
     catalog.WarnOfFaults();
     return Done;
 }

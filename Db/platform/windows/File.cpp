@@ -351,7 +351,14 @@ public:
             m_error = Publish();
         }
         Remove();
-        return m_error == ERROR_SUCCESS || Fail(m_error, why);
+        if (m_error == ERROR_SUCCESS) {
+            return true;
+        }
+        Fail(m_error, why);
+        if (why != nullptr && !m_aside.empty()) {
+            *why += "; the old file is " + ToUtf8(m_aside);
+        }
+        return false;
     }
 
 private:
@@ -372,7 +379,8 @@ private:
         if (error != ERROR_SUCCESS) {
             error = Rename(m_file, m_target, FileRenameInfo, TRUE);
         }
-        if (error != ERROR_SUCCESS) {
+        if (error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION ||
+            error == ERROR_ALREADY_EXISTS) {
             error = ReplaceOpenTarget(error);
         }
         if (error == ERROR_SUCCESS) {
@@ -390,7 +398,9 @@ private:
         }
         const DWORD failed = Rename(m_file, m_target, FileRenameInfo, FALSE);
         if (failed != ERROR_SUCCESS) {
-            MoveFileExW(aside.c_str(), m_target.c_str(), 0);
+            if (MoveFileExW(aside.c_str(), m_target.c_str(), 0) == 0) {
+                m_aside = aside;
+            }
             return failed;
         }
         DeleteFileW(aside.c_str());
@@ -406,6 +416,8 @@ private:
     }
 
     WideString m_target;
+    // Where the old file stands if it could be brought back under its own name no more.
+    WideString m_aside;
     Handle m_file;
     WideString m_temporary;
     DWORD m_error = ERROR_SUCCESS;

@@ -1,0 +1,60 @@
+// The cells of one field as numbers that compare as the cells do.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "Quillet/Db_TableRow.h"
+
+namespace quillet {
+
+// Reads every cell once and sorts what is of the field's commonest type. Rows are named by their positions.
+class OrderColumn {
+public:
+    // The rows must outlive the column; none is null.
+    OrderColumn(std::span<DbTableRow* const> rows, uint64 field);
+
+    // Whether the comparison is a consistent order of these cells. Equal cells then have equal ranks, and the
+    // greater cell the greater rank; ranks count from 0 without gaps.
+    bool IsConsistent() const { return m_isConsistent; }
+    const std::vector<std::uint32_t>& Ranks() const { return m_ranks; }
+    std::uint32_t RankCount() const { return m_rankCount; }
+
+    // What DbTableRow::CompareEx says of this field.
+    DbTableRow::eCmpResult Compare(std::uint32_t left, std::uint32_t right) const {
+        const std::uint32_t leftRank = m_ranks[left];
+        const std::uint32_t rightRank = m_ranks[right];
+        if (leftRank == Other || rightRank == Other) {
+            return m_rows[left]->CompareEx(m_field, *m_rows[right]);
+        }
+        if (m_values[left] == m_values[right]) {
+            return DbTableRow::CmpEqual;
+        }
+        const bool isGreater = leftRank > rightRank && leftRank != Null;
+        return isGreater ? DbTableRow::CmpGreater : DbTableRow::CmpLess;
+    }
+
+private:
+    // The rank and the value of a null, which is neither less nor greater than any.
+    static constexpr std::uint32_t Null = UINT32_MAX;
+    // The rank of a cell that is compared itself.
+    static constexpr std::uint32_t Other = UINT32_MAX - 1;
+    // The value of an empty cell beside zeros, which have its rank and don't equal it.
+    static constexpr std::uint32_t EmptyValue = UINT32_MAX - 2;
+
+    using Cells = std::vector<const CComVariant*>;
+
+    void RankNumbers(const Cells& cells, VARTYPE type);
+    void RankTexts(const Cells& cells);
+
+    std::span<DbTableRow* const> m_rows;
+    std::vector<uint64> m_field;
+    std::vector<std::uint32_t> m_ranks;
+    // The same for equal cells, and only for them.
+    std::vector<std::uint32_t> m_values;
+    std::uint32_t m_rankCount = 0;
+    bool m_isConsistent = true;
+};
+
+}  // namespace quillet

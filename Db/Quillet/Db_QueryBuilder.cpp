@@ -1,0 +1,341 @@
+#include "Quillet/Db_QueryBuilder.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/Db_Distinct.h"
+#include "Quillet/Db_LazyReader.h"
+#include "Quillet/Db_Log.h"
+#include "Quillet/Db_Registry.h"
+#include "Quillet/Db_RowOrder.h"
+#include "Quillet/Db_SqlAnalyzer.h"
+#include "Quillet/Db_SqlText.h"
+#include "platform/Clock.h"
+
+namespace quillet {
+
+namespace {
+
+using Params = parser::QueryAnalysisParams;
+
+bool SelectsAll(const Params& params) {
+    return params.fields.front() == "*";
+}
+
+// Whether the answer is the source as it stands.
+bool IsWholeTable(const Params& params, const DbTableDescr& source) {
+    if (params.tables.size() != 1 || !params.conditions.empty() || !params.order.empty() || params.top >= 0) {
+        return false;
+    }
+    if (SelectsAll(params)) {
+        return true;
+    }
+    const auto same = [](const CString& name, const DbFieldDescr* field) {
+        return WithoutBrackets(name).CompareNoCase(field->GetName()) == 0;
+    };
+    return std::equal(params.fields.begin(), params.fields.end(), source.begin(), source.end(), same);
+}
+
+// The visible positions of the rows for which the clause holds, the first ones as far as the limit goes.
+std::vector<uint64> FindRows(const Params& params, DbTableDescr& descr, DbRows& rows) {
+    const uint64 limit = params.top < 0 ? rows.GetRowsCount() : static_cast<uint64>(params.top);
+    std::vector<uint64> found;
+    for (uint64 i = 0; i < rows.GetRowsCount() && found.size() < limit; ++i) {
+        const DbTableRow* const row = rows.GetRow(static_cast<int>(i));
+        if (row == nullptr) {
+            continue;
+        }
+        // Rows of a query may follow another descriptor than the one that is searched.
+        descr.Evaluate(*row);
+        if (params.clause->evaluate()) {
+            found.push_back(i);
+        }
+    }
+    return found;
+}
+
+std::vector<DbTableRow*> RowsAt(DbRows& rows, const std::vector<uint64>& positions) {
+    std::vector<DbTableRow*> list(positions.size());
+    std::transform(positions.begin(), positions.end(), list.begin(),
+                   [&](uint64 position) { return rows.GetRow(static_cast<int>(position)); });
+    return list;
+}
+
+// Keeps what stands at the places, in their order.
+void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
+    std::vector<uint64> picked(places.size());
+    std::transform(places.begin(), places.end(), picked.begin(),
+                   [&](uint64 place) { return positions[place]; });
+    positions = std::move(picked);
+}
+
+// Appends a row for each position, with copies of its cells.
+void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::vector<uint64>& fields,
+               DbRows& to) {
+    to.AddRows(positions.size(), false);
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        const DbTableRow& source = *from.GetRow(static_cast<int>(positions[i]));
+        DbTableRow& row = *to.GetRow(static_cast<int>(i));
+        for (std::size_t field = 0; field < fields.size(); ++field) {
+            row[field] = source[fields[field]];
+        }
+    }
+}
+
+bool StandsOnAnother(const DbTableInfo& entry) {
+    return entry.GetType() == DbTableInfo::Query && entry.GetRelated() != nullptr;
+}
+
+// Whether the source is the answer, stands on it, or shares structure or contents with it.
+bool StandsOn(const DbTableInfo& source, const DbTableInfo& answer) {
+    const DbTableInfo* entry = &source;
+    while (entry->GetDescr() != answer.GetDescr() && entry->GetData() != answer.GetData()) {
+        if (!StandsOnAnother(*entry)) {
+            return false;
+        }
+        entry = entry->GetRelated();
+    }
+    return true;
+}
+
+// Whether the rows are those that the query would give now: nothing happened to its source since, nor to the
+// table below a source that is a query.
+bool IsInStep(const DbTableInfo& query) {
+    const DbTableInfo* const source = query.GetRelated();
+    const bool follows = source == nullptr || source->GetData() == nullptr ||
+                         query.GetSyncStamp() == source->GetData()->GetChangeId();
+    return follows && (source == nullptr || source->GetType() != DbTableInfo::Query || query.IsQuerySync());
+}
+
+// Appends the fields at the positions, and drops the positions of those whose name is taken.
+void CopyFields(DbTableDescr& from, std::vector<uint64>& fields, DbTableDescr& to) {
+    const auto isTaken = [&](uint64 field) { return !to.CreateField(from[field]); };
+    fields.erase(std::remove_if(fields.begin(), fields.end(), isTaken), fields.end());
+}
+
+}  // namespace
+
+class QueryBuilder::Call {
+public:
+    explicit Call(QueryBuilder& builder) : m_builder(builder) { ++m_builder.m_depth; }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+    ~Call() {
+        if (--m_builder.m_depth == 0) {
+            m_builder.m_refreshed.clear();
+        }
+    }
+
+private:
+    QueryBuilder& m_builder;
+};
+
+bool QueryBuilder::Query(const CString& sql, CString& name) {
+    return Ask(sql, nullptr, name);
+}
+
+bool QueryBuilder::Analyze(const CString& sql, Params& params) {
+    const Call call(*this);
+    return SqlAnalyzer(m_database, *this, m_log, params).Analyze(sql);
+}
+
+bool QueryBuilder::Verify(const CString& sql) {
+    Params params;
+    if (!Analyze(sql, params)) {
+        return false;
+    }
+    RemoveFilters(params);
+    return true;
+}
+
+void QueryBuilder::Refresh(DbTableInfo& info) {
+    const Call call(*this);
+    for (DbTableInfo* const query : QueriesUpTo(info)) {
+        if (m_refreshed.insert(query).second && !IsInStep(*query)) {
+            CString name;
+            Ask(query->GetSql(), query, name);
+        }
+    }
+}
+
+void QueryBuilder::RefreshAll() {
+    const Call call(*this);
+    for (auto& [key, entry] : m_registry.All()) {
+        Refresh(entry);
+    }
+}
+
+std::vector<DbTableInfo*> QueryBuilder::QueriesUpTo(DbTableInfo& info) {
+    std::vector<DbTableInfo*> queries;
+    for (DbTableInfo* query = &info; StandsOnAnother(*query); query = query->GetRelated()) {
+        queries.push_back(query);
+    }
+    std::reverse(queries.begin(), queries.end());
+    return queries;
+}
+
+bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
+    // A query over several tables asks those behind the first from within itself.
+    constexpr std::size_t DeepestCall = 200;
+    const Call call(*this);
+    name = NextName();
+    CString text = sql;
+    text.Replace("\r", " ");
+    text.Replace("\n", " ");
+    LowerOutsideQuotes(text);
+    if (text.Find("select") < 0) {
+        return FindTable(WithoutBrackets(text), name);
+    }
+    if (m_depth > DeepestCall) {
+        LogCycle(sql);
+        return false;
+    }
+    const double start = platform::CounterSeconds();
+    Params params;
+    if (!Analyze(text, params) || !Answer(sql, params, answer, name)) {
+        return false;
+    }
+    RemoveFilters(params);
+    m_log.Print("Query '%s' processed in %.4f [s]", name.ToUtf8().c_str(),
+                platform::CounterSeconds() - start);
+    return true;
+}
+
+CString QueryBuilder::NextName() {
+    CString name;
+    name.Format("Query_%d", static_cast<int>(DbDatabase::m_queriesCount));
+    // Past the largest number the names start anew from the smallest, without undefined behaviour.
+    DbDatabase::m_queriesCount =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(DbDatabase::m_queriesCount) + 1U);
+    return name;
+}
+
+void QueryBuilder::LogCycle(const CString& sql) {
+    m_log.Print("Query '%s' stands on itself, or on too many other queries", sql.ToUtf8().c_str());
+}
+
+bool QueryBuilder::FindTable(const CString& text, CString& name) {
+    const DbTableInfo* const info = m_database.GetTableInfo(text);
+    if (info == nullptr) {
+        m_log.Print("SQL Analyze - table '%s' not found", text.ToUtf8().c_str());
+        return false;
+    }
+    name = info->GetName();
+    return true;
+}
+
+DbTableInfo* QueryBuilder::FindAnswer(const CString& sql) {
+    for (auto& [key, entry] : m_registry.All()) {
+        if (entry.GetType() == DbTableInfo::Query && entry.GetSql() == sql) {
+            return &entry;
+        }
+    }
+    return nullptr;
+}
+
+bool QueryBuilder::Answer(const CString& sql, const Params& params, DbTableInfo* answer, CString& name) {
+    DbTableInfo& source = *m_registry.Find(params.tables.front());
+    const bool isRefresh = answer != nullptr;
+    if (!isRefresh) {
+        answer = FindAnswer(sql);
+    }
+    if (answer != nullptr) {
+        if (StandsOn(source, *answer)) {
+            LogCycle(sql);
+            return false;
+        }
+        name = answer->GetName();
+        if (!isRefresh && params.tables.size() == 1 && answer->GetRelated() == &source && IsInStep(*answer)) {
+            return true;
+        }
+    }
+    if (!isRefresh && IsWholeTable(params, *source.GetDescr())) {
+        name = source.GetName();
+        return true;
+    }
+    if (!params.clause->IsValid()) {
+        return false;
+    }
+    while (answer == nullptr && m_registry.Find(name) != nullptr) {
+        name = NextName();
+    }
+    return Build(sql, params, source, answer, name);
+}
+
+bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& source, DbTableInfo* answer,
+                         const CString& name) {
+    DbTableDescr& descr = *source.GetDescr();
+    std::vector<uint64> fields;
+    std::vector<uint64> order;
+    if (SelectsAll(params)) {
+        fields.resize(descr.size());
+        std::iota(fields.begin(), fields.end(), uint64{0});
+    } else if (!FindFields(params, params.fields, descr, fields)) {
+        return false;
+    }
+    if (!FindFields(params, params.order, descr, order)) {
+        return false;
+    }
+
+    m_reader.ReadUntil(source.GetData());
+    DbRows& rows = *source.GetData()->GetRows();
+    std::vector<uint64> found = FindRows(params, descr, rows);
+    if (!order.empty()) {
+        Pick(OrderOfRows(RowsAt(rows, found), order), found);
+        if (params.desc) {
+            std::reverse(found.begin(), found.end());
+        }
+    }
+    if (params.distinct) {
+        Pick(DistinctRows(RowsAt(rows, found), fields), found);
+    }
+
+    if (answer == nullptr) {
+        answer = m_registry.Create(name, DbTableInfo::Query, sql, &source);
+    } else {
+        answer->Clear();
+        m_registry.Relate(*answer, source);
+    }
+    DbTableData& data = *answer->GetData();
+    if (SelectsAll(params)) {
+        // Rows show their cells by position, so every field is there, whatever its name.
+        for (const DbFieldDescr* const field : descr) {
+            answer->GetDescr()->AppendField(*field);
+        }
+        for (uint64& position : found) {
+            position = rows.GetStoragePosition(position);
+        }
+        data.Bind(rows.GetLender(), found);
+    } else {
+        CopyFields(descr, fields, *answer->GetDescr());
+        CopyCells(rows, found, fields, *data.GetRows());
+    }
+    answer->SetSyncStamp(source.GetData()->GetChangeId());
+    // An answer is no change of the catalog.
+    answer->GetDescr()->Sync();
+    data.Sync();
+    return true;
+}
+
+bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& names,
+                              const DbTableDescr& descr, std::vector<uint64>& fields) {
+    for (const CString& name : names) {
+        const int field = descr.GetFieldIndex(name);
+        if (field < 0) {
+            m_log.Print("SQL Analyze - no '%s' field found in '%s' table", name.ToUtf8().c_str(),
+                        params.tables.front().ToUtf8().c_str());
+            return false;
+        }
+        fields.push_back(static_cast<uint64>(field));
+    }
+    return true;
+}
+
+void QueryBuilder::RemoveFilters(const Params& params) {
+    if (const DbTableInfo* const source = m_registry.Find(params.tables.front())) {
+        source->GetDescr()->RemoveFilters(params.filters);
+    }
+}
+
+}  // namespace quillet

@@ -1,0 +1,46 @@
+// Reads a query text.
+#pragma once
+
+#include "Quillet/Db_QueryAnalysisParams.h"
+
+class DbDatabase;
+class DbTableDescr;
+
+namespace quillet {
+
+class DbLog;
+class QueryBuilder;
+
+// Looks up tables and fields in the database while it reads, and makes the conditions filters of the first
+// FROM table's descriptor. Whatever is wrong leaves a line in the log.
+class SqlAnalyzer {
+public:
+    SqlAnalyzer(DbDatabase& database, QueryBuilder& queries, DbLog& log, parser::QueryAnalysisParams& params)
+        : m_database(database), m_queries(queries), m_log(log), m_params(params) {}
+
+    // True where the text is a query that can be answered.
+    bool Analyze(CString sql);
+
+private:
+    // False where the token has no place in the query.
+    bool Take(WideView text);
+    bool TakeKeyword(WideView token);
+    void TakeTable(const CString& name);
+    void TakeCondition(const CString& token);
+    void AddCondition();
+    void TakeOrder(const CString& token);
+    void Finish();
+
+    // The descriptor of the first FROM table; null, with a line in the log, where there is none.
+    DbTableDescr* SearchedTable();
+    void FailTable(const CString& name);
+    void FailField(const CString& field);
+
+    DbDatabase& m_database;
+    QueryBuilder& m_queries;
+    DbLog& m_log;
+    parser::QueryAnalysisParams& m_params;
+    bool m_failed = false;
+};
+
+}  // namespace quillet

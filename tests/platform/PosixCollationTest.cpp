@@ -1,0 +1,42 @@
+// Collation keys under the collations of languages that treat marks, punctuation or letters of their own way.
+// The user's locale is read once in a process, so each case runs in a process of its own.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "CollationCheck.h"
+
+namespace quillet::test {
+namespace {
+
+[[noreturn]] void CheckKeysAndExit(const char* locale) {
+    setenv("LC_ALL", locale, 1);
+    const std::string wrong = WrongKeys(PlainAlphabets(), 5000, 3) + WrongKeys(OtherAlphabets(), 5000, 4);
+    std::fprintf(stderr, "%s: %s\n", locale, wrong.empty() ? "all kept" : wrong.c_str());
+    std::exit(0);
+}
+
+class PosixCollation : public testing::TestWithParam<const char*> {
+protected:
+    PosixCollation() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+
+TEST_P(PosixCollation, AppendCollationKey_KeepsWhatItPromises) {
+    EXPECT_EXIT(CheckKeysAndExit(GetParam()), testing::ExitedWithCode(0), "all kept");
+}
+
+INSTANTIATE_TEST_SUITE_P(Locales, PosixCollation,
+                         testing::Values("da_DK", "fr_CA", "hr_HR", "ja_JP", "lo_LA", "sv_SE", "th_TH",
+                                         "vi_VN"),
+                         [](const auto& tested) { return std::string(tested.param); });
+
+// Not normalized: the collator finds such texts equal to some that have another key.
+TEST(PosixCollation, AppendCollationKey_MarksOutOfOrder_HaveNoKey) {
+    EXPECT_EQ(KeyOf(u"x\u0301\u0323").m_kind, CollationKey::None);
+    EXPECT_EQ(KeyOf(u"x\u0323\u0301").m_kind, CollationKey::Equality);
+}
+
+}  // namespace
+}  // namespace quillet::test

@@ -1,0 +1,14 @@
+// Which rows of a table are wanted.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+
+namespace quillet::tool {
+
+struct Stretch {
+    std::size_t m_offset = 0;
+    std::size_t m_limit = std::numeric_limits<std::size_t>::max();
+};
+
+}  // namespace quillet::tool
