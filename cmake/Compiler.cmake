@@ -3,7 +3,7 @@ add_library(quillet_options INTERFACE)
 target_compile_features(quillet_options INTERFACE cxx_std_20)
 target_compile_options(quillet_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wsign-conversion;-Wshadow>
-  $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive-;/wd4251;/wd4275>)
+  $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive->)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # This version sees overlaps in its own string library where there are none.
   target_compile_options(quillet_options INTERFACE -Wno-restrict)

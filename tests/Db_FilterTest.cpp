@@ -153,6 +153,15 @@ TEST_F(DbFilterTest, Long_LiteralIsConvertedAndRounded) {
     EXPECT_TRUE(Holds("count", "<", "0"));
 }
 
+TEST_F(DbFilterTest, Long_LiteralWithTheUsersDecimalComma_IsRounded) {
+    if (quillet::platform::DecimalSeparator() != ',') {
+        GTEST_SKIP() << "the user's numbers have no decimal comma";
+    }
+    Set("count", Long(2));
+    EXPECT_TRUE(Holds("count", "=", "2,4"));
+    EXPECT_TRUE(Holds("count", "<", "2,6"));
+}
+
 TEST_F(DbFilterTest, Boolean_TrueIsLessThanFalse) {
     Set("rolled", CComVariant(true));
     EXPECT_TRUE(Holds("rolled", "=", "true"));

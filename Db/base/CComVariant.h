@@ -10,6 +10,13 @@
 
 namespace quillet {
 
+class CComVariant;
+
+// Equal: both null, or of one type and equal as Order has it.
+QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
+// As Order has it; false where either side is null or the types have no order.
+QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
+
 // A VARIANT that owns what it holds. Conversions use the user's default locale.
 class QUILLET_API CComVariant : public VARIANT {
 public:
@@ -87,11 +94,7 @@ public:
         }
     }
 
-    // Equal: both null, or of one type and equal as Order has it.
-    friend QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
     friend bool operator!=(const CComVariant& left, const CComVariant& right) { return !(left == right); }
-    // As Order has it; false where either side is null or the types have no order.
-    friend QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
     friend bool operator>(const CComVariant& left, const CComVariant& right) { return right < left; }
 
 private:

@@ -1,6 +1,12 @@
 // The one macro through which the library exports its classes, statics and functions.
 #pragma once
 
+#if defined(_MSC_VER)
+// Exported classes have members and bases of the standard library, whose classes are not exported: host and
+// library are built with the same one.
+#pragma warning(disable : 4251 4275)
+#endif
+
 #if defined(QUILLET_STATIC)
 #define QUILLET_API
 #elif defined(_WIN32)

@@ -32,11 +32,5 @@ INSTANTIATE_TEST_SUITE_P(Locales, PosixCollation,
                                          "vi_VN"),
                          [](const auto& tested) { return std::string(tested.param); });
 
-// Not normalized: the collator finds such texts equal to some that have another key.
-TEST(PosixCollation, AppendCollationKey_MarksOutOfOrder_HaveNoKey) {
-    EXPECT_EQ(KeyOf(u"x\u0301\u0323").m_kind, CollationKey::None);
-    EXPECT_EQ(KeyOf(u"x\u0323\u0301").m_kind, CollationKey::Equality);
-}
-
 }  // namespace
 }  // namespace quillet::test

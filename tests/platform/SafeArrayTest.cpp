@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "VariantValues.h"
 #include "platform/Automation.h"
 
 namespace quillet::test {
@@ -62,6 +63,23 @@ TEST(SafeArray, CreateVector_NoElements_EndsBeforeItBegins) {
 TEST(SafeArray, Create_WithoutDimensions_GivesNull) {
     SAFEARRAYBOUND bound = {};
     EXPECT_EQ(SafeArrayCreate(VT_UI1, 0, &bound), nullptr);
+}
+
+TEST(SafeArray, Create_ElementsThatDoNotExist_GivesNull) {
+    SAFEARRAYBOUND bound = {};
+    for (const VARTYPE type : {VARTYPE{VT_EMPTY}, VARTYPE{VT_NULL}, VARTYPE{15}}) {
+        EXPECT_EQ(SafeArrayCreate(type, 1, &bound), nullptr);
+        EXPECT_EQ(SafeArrayCreateVector(type, 0, 1), nullptr);
+    }
+}
+
+TEST(SafeArray, Create_OtherThanBytesInOneDimension_IsForTheSystemsOwnLibrary) {
+    SAFEARRAYBOUND bounds[2] = {};
+    bounds[0].cElements = 1;
+    bounds[1].cElements = 1;
+    EXPECT_EQ(ArrayPtr(SafeArrayCreate(VT_I4, 1, bounds)) != nullptr, HasEveryType);
+    EXPECT_EQ(ArrayPtr(SafeArrayCreate(VT_UI1, 2, bounds)) != nullptr, HasEveryType);
+    EXPECT_EQ(ArrayPtr(SafeArrayCreateVector(VT_BSTR, 0, 1)) != nullptr, HasEveryType);
 }
 
 TEST(SafeArray, GetBound_DimensionThatIsNotThere_IsABadIndex) {

@@ -22,6 +22,14 @@ inline bool IsWine() {
 #endif
 }
 
+// Whether the port has every automation type and every array, as the system's own library does. A port
+// without such a library has what catalogs hold.
+#if defined(_WIN32)
+constexpr bool HasEveryType = true;
+#else
+constexpr bool HasEveryType = false;
+#endif
+
 // A variant as a table can hold it.
 struct Value {
     VARTYPE type = VT_EMPTY;

@@ -1,13 +1,21 @@
 // What Windows adds to files: sharing, attributes, devices, its separators and its words.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <windows.h>
+// sddl.h needs the types of windows.h.
+#include <sddl.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "RegexMatchers.h"
 #include "TemporaryFolder.h"
+#include "VariantValues.h"
 #include "WindowsHandle.h"
 #include "platform/File.h"
 
@@ -76,6 +84,33 @@ protected:
         return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     }
 
+    // The owner or the access list, in the system's own notation.
+    std::string Security(const fs::path& name, SECURITY_INFORMATION what) const {
+        std::vector<BYTE> list(4096);
+        DWORD size = 0;
+        EXPECT_NE(GetFileSecurityW((m_folder / name).c_str(), what, list.data(),
+                                   static_cast<DWORD>(list.size()), &size),
+                  0);
+        LPWSTR text = nullptr;
+        EXPECT_NE(ConvertSecurityDescriptorToStringSecurityDescriptorW(list.data(), SDDL_REVISION_1, what,
+                                                                       &text, nullptr),
+                  0);
+        const std::string notation = text == nullptr ? "" : Utf8(fs::path(text));
+        LocalFree(text);
+        return notation;
+    }
+
+    std::string AccessList(const fs::path& name) const { return Security(name, DACL_SECURITY_INFORMATION); }
+
+    void SetAccessList(const fs::path& name, const std::string& notation) const {
+        PSECURITY_DESCRIPTOR list = nullptr;
+        ASSERT_NE(ConvertStringSecurityDescriptorToSecurityDescriptorA(notation.c_str(), SDDL_REVISION_1,
+                                                                       &list, nullptr),
+                  0);
+        EXPECT_NE(SetFileSecurityW((m_folder / name).c_str(), DACL_SECURITY_INFORMATION, list), 0);
+        LocalFree(list);
+    }
+
     // The text is there, and nothing but it.
     void ExpectAlone(const std::string& text) const {
         EXPECT_EQ(ReadBytes(m_folder / "text"), text);
@@ -132,6 +167,45 @@ TEST_F(WindowsFile, Atomic_AfterACommitThatFailed_NothingIsLeft) {
     }
     EXPECT_EQ(Replace(At("text"), "new"), "");
     ExpectAlone("new");
+}
+
+// Where a file that is open can't be replaced, it is moved aside first. A file that somebody makes in that
+// moment under its name stays, and the old one is where the reason says.
+TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
+    std::atomic<bool> taken = false;
+    std::atomic<bool> ends = false;
+    std::thread other([&] {
+        const std::wstring path = (m_folder / "text").wstring();
+        while (!taken && !ends) {
+            const HANDLE made =
+                CreateFileW(path.c_str(), GENERIC_WRITE, ShareEverything, nullptr, CREATE_NEW, 0, nullptr);
+            if (made != INVALID_HANDLE_VALUE) {
+                taken = true;
+                CloseHandle(made);
+            }
+        }
+    });
+    std::string why;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!taken && std::chrono::steady_clock::now() < end) {
+        WriteBytes(m_folder / "text", "old");
+        const auto reader = ReadableFile::Open(At("text"));
+        why = Replace(At("text"), "new");
+    }
+    ends = true;
+    other.join();
+    if (!taken && !IsWine()) {
+        GTEST_SKIP() << "the file system replaces files that are open";
+    }
+    ASSERT_TRUE(taken);
+    const std::string announcement = "; the old file is ";
+    const std::size_t place = why.find(announcement);
+    ASSERT_NE(place, std::string::npos) << why;
+    const std::string aside = why.substr(place + announcement.size());
+    EXPECT_EQ(ReadWholeFile(aside), "old") << aside;
+    EXPECT_EQ(fs::path(aside).root_name(), m_folder.Path().root_name()) << aside;
+    EXPECT_EQ(ReadWholeFile(At("text")), "");
+    EXPECT_EQ(m_folder.Names().size(), 2U);
 }
 
 TEST_F(WindowsFile, Atomic_TargetThatMayNotBeWritten_IsRefusedAtOnce) {
@@ -199,6 +273,26 @@ TEST_F(WindowsFile, Atomic_NewOrUnmarkedTarget_IsNotHidden) {
     for (const char* name : {"text", "other"}) {
         EXPECT_EQ(Attributes(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM), 0U) << name;
     }
+}
+
+TEST_F(WindowsFile, Atomic_TargetWithItsOwnAccessList_KeepsIt) {
+    const std::string before = AccessList("text");
+    ASSERT_NE(before, "");
+    // Everything for the owner, nothing for others, and nothing from the folder.
+    const std::string owner = Security("text", OWNER_SECURITY_INFORMATION).substr(2);
+    SetAccessList("text", "D:P(A;;FA;;;" + owner + ")");
+    const std::string narrow = AccessList("text");
+    ASSERT_NE(narrow, before) << "the file system keeps no access lists";
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(AccessList("text"), narrow);
+    {
+        const auto reader = ReadableFile::Open(At("text"));
+        EXPECT_EQ(Replace(At("text"), "newer"), "");
+    }
+    EXPECT_EQ(AccessList("text"), narrow);
+    EXPECT_EQ(Replace(At("other"), "new"), "");
+    EXPECT_EQ(AccessList("other"), before);
+    EXPECT_EQ(ReadWholeFile(At("text")), "newer");
 }
 
 TEST_F(WindowsFile, Devices_AreNoTargets) {

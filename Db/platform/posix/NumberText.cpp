@@ -6,6 +6,7 @@
 #include <unicode/uchar.h>
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -37,7 +38,7 @@ struct Decimal {
     int count = 0;
     long long exponent = 0;
     bool negative = false;
-    // The text was hexadecimal or octal, and the digits are not used.
+    // The text was hexadecimal or octal; neither the digits nor the sign are used.
     bool isBits = false;
     std::uint64_t bits = 0;
 
@@ -52,20 +53,19 @@ public:
 
     HRESULT Read() {
         ReadAround(m_before, u'(');
-        if (At(u'&')) {
-            return m_before.Any() ? DISP_E_TYPEMISMATCH : ReadBits();
-        }
-        if (!ReadDigits() || !ReadExponent()) {
+        m_result.isBits = At(u'&');
+        if (m_result.isBits ? !ReadBits() : !ReadDigits() || !ReadExponent()) {
             return DISP_E_TYPEMISMATCH;
         }
         KeepTail();
         ReadAround(m_after, u')');
         const bool signedTwice = (m_before.plus && m_after.plus) || (m_before.minus && m_after.minus);
-        if (!AtEnd() || signedTwice || m_before.bracket != m_after.bracket) {
+        const bool bitsOfMoney = m_result.isBits && (m_before.currency || m_after.currency);
+        if (!AtEnd() || signedTwice || m_before.bracket != m_after.bracket || bitsOfMoney) {
             return DISP_E_TYPEMISMATCH;
         }
         m_result.negative = m_before.minus || m_before.bracket || m_after.minus;
-        return S_OK;
+        return m_tooManyBits ? DISP_E_OVERFLOW : S_OK;
     }
 
 private:
@@ -75,8 +75,6 @@ private:
         bool minus = false;
         bool currency = false;
         bool bracket = false;
-
-        bool Any() const { return plus || minus || currency || bracket; }
     };
 
     bool AtEnd() const { return m_at == m_text.size(); }
@@ -196,28 +194,20 @@ private:
         return unit >= u'A' && unit <= u'F' ? unit - u'A' + 10 : 16;
     }
 
-    HRESULT ReadBits() {
+    bool ReadBits() {
         ++m_at;
         const bool hexadecimal = At(u'H') || At(u'h');
         if (!hexadecimal && !At(u'O') && !At(u'o')) {
-            return DISP_E_TYPEMISMATCH;
+            return false;
         }
         ++m_at;
         const int shift = hexadecimal ? 4 : 3;
         const std::size_t first = m_at;
-        bool overflow = false;
         for (; !AtEnd() && DigitValue(m_text[m_at]) < (1 << shift); ++m_at) {
-            overflow = overflow || (m_result.bits >> (64 - shift)) != 0;
+            m_tooManyBits = m_tooManyBits || (m_result.bits >> (64 - shift)) != 0;
             m_result.bits = (m_result.bits << shift) | static_cast<std::uint64_t>(DigitValue(m_text[m_at]));
         }
-        const bool any = m_at != first;
-        while (SkipBlank()) {
-        }
-        m_result.isBits = true;
-        if (!any || !AtEnd()) {
-            return DISP_E_TYPEMISMATCH;
-        }
-        return overflow ? DISP_E_OVERFLOW : S_OK;
+        return m_at != first;
     }
 
     const WideView m_text;
@@ -227,6 +217,7 @@ private:
     Side m_before;
     Side m_after;
     bool m_tail = false;
+    bool m_tooManyBits = false;
 };
 
 // Sign, whole digits and, where point is not 0, a fraction, with nothing else around and so few digits that
@@ -452,11 +443,25 @@ private:
     std::size_t m_length = 0;
 };
 
+// The words for infinities and for what is no number. The one that processors make of 0/0, with the sign and
+// no more bits than needed, has its own.
+WideView WordOf(double value) {
+    constexpr std::uint64_t Indefinite = 0xFFF8'0000'0000'0000;
+    if (std::isinf(value)) {
+        return value < 0 ? u"-1.#INF" : u"1.#INF";
+    }
+    if (std::bit_cast<std::uint64_t>(value) == Indefinite) {
+        return u"-1.#IND";
+    }
+    return std::signbit(value) ? u"-1.#QNAN" : u"1.#QNAN";
+}
+
 template <typename Real>
 WideView WriteReal(Real value, int precision, WCHAR point, NumberBuffer& buffer) {
     if (!std::isfinite(value)) {
-        const WideView text = std::isnan(value) ? u"-1.#IND" : (value < 0 ? u"-1.#INF" : u"1.#INF");
-        return text;
+        const WideView word = WordOf(static_cast<double>(value));
+        std::replace_copy(word.begin(), word.end(), buffer.begin(), u'.', point);
+        return WideView(buffer.data(), word.size());
     }
     constexpr Real SmallWhole = 1'000'000;
     if (value > -SmallWhole && value < SmallWhole) {

@@ -338,8 +338,12 @@ HRESULT Convert(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, 
 // A variant, a reference and an array of any known type are types, though nothing becomes one.
 bool IsType(VARTYPE type) {
     const auto element = static_cast<VARTYPE>(type & VT_TYPEMASK);
-    const bool isKnown = element == VT_VARIANT || KindOf(element) != VariantKind::Unknown;
-    return isKnown && (element == type || (type & (VT_BYREF | VT_ARRAY)) != 0);
+    const auto form = static_cast<VARTYPE>(type & ~VT_TYPEMASK);
+    if (form == 0) {
+        return element == VT_VARIANT || KindOf(element) != VariantKind::Unknown;
+    }
+    const bool refersToNothing = element == VT_EMPTY || element == VT_NULL;
+    return (form & ~(VT_BYREF | VT_ARRAY)) == 0 && !refersToNothing && IsType(element);
 }
 
 }  // namespace
@@ -352,6 +356,12 @@ HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale,
     }
     VARIANT referred;
     if ((source->vt & VT_BYREF) != 0) {
+        if (!IsType(source->vt) || !IsType(type)) {
+            return DISP_E_BADVARTYPE;
+        }
+        if (source->byref == nullptr) {
+            return DISP_E_TYPEMISMATCH;
+        }
         const HRESULT dereferenced = Dereference(*source, referred);
         if (FAILED(dereferenced)) {
             return dereferenced;

@@ -99,6 +99,14 @@ WideString WithoutLimit(const WideString& full) {
     return OLESTR("\\\\?\\") + full;
 }
 
+// The path as a person writes it.
+std::string ForReading(const WideString& path) {
+    if (path.starts_with(OLESTR("\\\\?\\UNC\\"))) {
+        return "\\\\" + ToUtf8(WideView(path).substr(8));
+    }
+    return ToUtf8(WideView(path).substr(path.starts_with(OLESTR("\\\\?\\")) ? 4 : 0));
+}
+
 // The error, or ERROR_SUCCESS.
 DWORD ToSystemPath(const std::string& path, WideString& wide) {
     // A path is far shorter; the limit keeps the count an int.
@@ -276,16 +284,21 @@ WideString TemporaryNameBeside(const WideString& target) {
     return path;
 }
 
-// The access list of a file, to make another one with; empty where the system does not tell.
-std::vector<BYTE> AccessListOf(const Handle& file) {
+// The access list of a file, to make another one with; none where the file system knows no such lists. The
+// error, or ERROR_SUCCESS: without the list the other file might be open to more people.
+DWORD AccessListOf(const Handle& file, std::vector<BYTE>& list) {
     DWORD size = 0;
-    GetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
-    std::vector<BYTE> list(size);
-    if (size != 0 &&
-        GetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, list.data(), size, &size) == 0) {
-        list.clear();
+    for (;;) {
+        if (GetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, list.data(), size, &size) != 0) {
+            return ERROR_SUCCESS;
+        }
+        const DWORD error = GetLastError();
+        if (error != ERROR_INSUFFICIENT_BUFFER || size <= list.size()) {
+            list.clear();
+            return error == ERROR_NOT_SUPPORTED || error == ERROR_INVALID_FUNCTION ? ERROR_SUCCESS : error;
+        }
+        list.resize(size);
     }
-    return list;
 }
 
 // Renames an open file; the error, or ERROR_SUCCESS. The class decides how: by the newer one the file takes
@@ -314,12 +327,13 @@ public:
         constexpr DWORD Kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                                FILE_ATTRIBUTE_NOT_CONTENT_INDEXED | FILE_ATTRIBUTE_ENCRYPTED;
         std::vector<BYTE> accessList;
-        if (target.m_file.IsOpen()) {
-            accessList = AccessListOf(target.m_file);
+        DWORD error = target.m_file.IsOpen() ? AccessListOf(target.m_file, accessList) : ERROR_SUCCESS;
+        if (error != ERROR_SUCCESS) {
+            return Fail(error, why);
         }
         SECURITY_ATTRIBUTES security{sizeof(SECURITY_ATTRIBUTES), accessList.data(), FALSE};
         constexpr int MostAttempts = 100;
-        DWORD error = ERROR_FILE_EXISTS;
+        error = ERROR_FILE_EXISTS;
         for (int attempt = 0; attempt < MostAttempts && error == ERROR_FILE_EXISTS; ++attempt) {
             WideString name = TemporaryNameBeside(m_target);
             m_file = Handle(CreateFileW(
@@ -356,7 +370,7 @@ public:
         }
         Fail(m_error, why);
         if (why != nullptr && !m_aside.empty()) {
-            *why += "; the old file is " + ToUtf8(m_aside);
+            *why += "; the old file is " + ForReading(m_aside);
         }
         return false;
     }
