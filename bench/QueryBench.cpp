@@ -1,5 +1,6 @@
-// Queries over a table of a million rows, beside SQLite with the same rows in memory. Both sides hand the
-// selected columns to the caller, who looks at every value.
+// Queries over a table of a million rows, beside SQLite with the same rows in memory. Both sides take the
+// text of the query and hand the selected columns to the caller, who looks at every value: SQLite row by row,
+// this library in the table that it makes of the answer.
 #include <Quillet/IQuillet.h>
 #include <sqlite3.h>
 
@@ -9,9 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "HeapUse.h"
 #include "Measure.h"
-#include "Quillet/Db_Distinct.h"
-#include "Quillet/Db_RowOrder.h"
 
 namespace {
 
@@ -21,39 +21,43 @@ using quillet::platform::WideString;
 using quillet::platform::WideView;
 
 constexpr std::uint32_t RowCount = 1000000;
-constexpr std::uint32_t LabelCount = 20000;
+constexpr LONG LabelCount = 20000;
 
 // The values of one row. The numbers that are prime to the number of rows mix their order.
 struct Part {
     explicit Part(std::uint32_t row)
         : m_number(static_cast<LONG>(std::uint64_t{row} * 7919U % RowCount)),
           m_length(static_cast<double>(std::uint64_t{row} * 611953U % RowCount) / 7),
-          m_height(static_cast<double>(row * 2654435761U % 100000U) / 10.0),
+          m_height(static_cast<double>(row * 2654435761U % HeightCount) / 10.0),
           m_name(std::string(Kinds[row % Kinds.size()]) + " " +
                  std::to_string(std::uint64_t{row} * 104729U % RowCount)),
-          m_label("M " + std::to_string(std::uint64_t{row} * 7919U % LabelCount)),
+          m_family(m_number % LabelCount),
+          m_label("M " + std::to_string(m_family)),
+          m_grade(static_cast<LONG>(row % Kinds.size())),
           m_kind(Kinds[row % Kinds.size()]) {}
 
     static constexpr std::array<const char*, 6> Kinds = {"sheet", "beam", "Tube", "angle", "flat bar", "rod"};
+    static constexpr std::uint32_t HeightCount = 100000;
 
     // Different in every row, as are the length and the name.
     LONG m_number;
     double m_length;
-    // Of 100,000 values.
+    // Of 100,000 values, from 0 to 9999.9.
     double m_height;
     quillet::CString m_name;
+    // Of 20,000 values, as is the label.
+    LONG m_family;
     quillet::CString m_label;
+    // Of six values, as is the kind.
+    LONG m_grade;
     quillet::CString m_kind;
 };
 
-enum Field : uint64 { Number, Length, Height, Name, Label, Kind };
-
-// A query as SQL, and what the words mean as positions of fields.
+// A query as either side takes it. Where SQLite compares texts, it does so by the comparison of cells, unless
+// it has one of its own that finds the same.
 struct Query {
     const char* m_sql;
-    std::vector<uint64> m_select;
-    bool m_distinct;
-    std::vector<uint64> m_order;
+    const char* m_sqlite = nullptr;
 };
 
 // What the caller has seen: how many rows, and a number that tells their values and their order.
@@ -72,61 +76,73 @@ struct Seen {
 
 class Quillet {
 public:
-    Quillet() : m_info(m_database.CreateTable("parts", DbTableInfo::Table)) {
-        DbTableDescr& descr = *m_info->GetDescr();
+    Quillet() {
+        DbTableInfo* const info = m_database.CreateTable("parts", DbTableInfo::Table);
+        DbTableDescr& descr = *info->GetDescr();
         descr.CreateField("number", false, DbFieldDescr::Long);
         descr.CreateField("length", false, DbFieldDescr::Double);
         descr.CreateField("height", false, DbFieldDescr::Double);
         descr.CreateField("name", false, DbFieldDescr::Text);
+        descr.CreateField("family", false, DbFieldDescr::Long);
         descr.CreateField("label", false, DbFieldDescr::Text);
+        descr.CreateField("grade", false, DbFieldDescr::Long);
         descr.CreateField("kind", false, DbFieldDescr::Text);
-        DbTableData& data = *m_info->GetData();
+        DbTableData& data = *info->GetData();
         data.AddRows(RowCount);
         for (std::uint32_t i = 0; i < RowCount; ++i) {
             const Part part(i);
             DbTableRow& row = data[i];
-            row[Number].GetVariant() = part.m_number;
-            row[Length].GetVariant() = part.m_length;
-            row[Height].GetVariant() = part.m_height;
-            row[Name].GetVariant() = part.m_name;
-            row[Label].GetVariant() = part.m_label;
-            row[Kind].GetVariant() = part.m_kind;
+            row[0].GetVariant() = part.m_number;
+            row[1].GetVariant() = part.m_length;
+            row[2].GetVariant() = part.m_height;
+            row[3].GetVariant() = part.m_name;
+            row[4].GetVariant() = part.m_family;
+            row[5].GetVariant() = part.m_label;
+            row[6].GetVariant() = part.m_grade;
+            row[7].GetVariant() = part.m_kind;
         }
     }
 
     Seen Answer(const Query& query) {
-        DbTableData& data = *m_info->GetData();
-        std::vector<DbTableRow*> rows(data.size());
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            rows[i] = &data[i];
-        }
+        Require(m_database.Query(query.m_sql, m_answer), "the query is not answered");
+        DbTableData& answer = *m_database.GetTableData(m_answer);
         Seen seen;
-        const std::vector<uint64> positions = query.m_distinct ? quillet::DistinctRows(rows, query.m_select)
-                                                               : quillet::OrderOfRows(rows, query.m_order);
-        for (const uint64 position : positions) {
-            const DbTableRow& row = *rows[position];
-            for (const uint64 field : query.m_select) {
-                const CComVariant& value = row[field].GetValue();
-                switch (value.vt) {
-                    case VT_I4:
-                        seen.Take(value.lVal);
-                        break;
-                    case VT_R8:
-                        seen.Take(value.dblVal);
-                        break;
-                    default:
-                        seen.Take(value.Text());
-                        break;
-                }
+        for (std::size_t i = 0; i < answer.size(); ++i) {
+            for (const DbFieldValue* const cell : answer[i]) {
+                Take(cell->GetValue(), seen);
             }
             ++seen.m_rows;
         }
         return seen;
     }
 
+    // Lets the last answer go, so that the next one is found anew. That is a change of the database, behind
+    // which the first query looks for changes in all cells; it is measured by itself.
+    void Forget() {
+        m_database.DeleteTable(m_answer);
+        Require(m_database.Query("select top 1 number from parts where number = 0", m_answer),
+                "no first query");
+    }
+
+    void Change() { (*m_database.GetTableData("parts"))[0].SetChanged(); }
+
 private:
+    static void Take(const CComVariant& value, Seen& seen) {
+        switch (value.vt) {
+            case VT_I4:
+                seen.Take(value.lVal);
+                break;
+            case VT_R8:
+                seen.Take(value.dblVal);
+                break;
+            default:
+                seen.Take(value.Text());
+                break;
+        }
+    }
+
     DbDatabase m_database;
-    DbTableInfo* m_info;
+    quillet::CString m_answer;
 };
 
 // The comparison of cells, as a collation of SQLite.
@@ -179,18 +195,20 @@ public:
         Require(sqlite3_create_collation(m_database, "cells", SQLITE_UTF16, &m_comparison,
                                          Comparison::Compare) == SQLITE_OK,
                 "SQLite does not take the collation");
-        Run("create table parts (number integer, length real, height real, name text, label text, kind "
-            "text)");
+        Run("create table parts (number integer, length real, height real, name text, family integer, "
+            "label text, grade integer, kind text)");
         Run("begin");
-        sqlite3_stmt* const insert = Prepare("insert into parts values (?, ?, ?, ?, ?, ?)");
+        sqlite3_stmt* const insert = Prepare("insert into parts values (?, ?, ?, ?, ?, ?, ?, ?)");
         for (std::uint32_t i = 0; i < RowCount; ++i) {
             const Part part(i);
             sqlite3_bind_int(insert, 1, part.m_number);
             sqlite3_bind_double(insert, 2, part.m_length);
             sqlite3_bind_double(insert, 3, part.m_height);
             Bind(insert, 4, part.m_name);
-            Bind(insert, 5, part.m_label);
-            Bind(insert, 6, part.m_kind);
+            sqlite3_bind_int(insert, 5, part.m_family);
+            Bind(insert, 6, part.m_label);
+            sqlite3_bind_int(insert, 7, part.m_grade);
+            Bind(insert, 8, part.m_kind);
             Require(sqlite3_step(insert) == SQLITE_DONE, "SQLite does not take a row");
             sqlite3_reset(insert);
         }
@@ -203,7 +221,7 @@ public:
 
     Seen Answer(const Query& query) {
         Seen seen;
-        sqlite3_stmt* const statement = Prepare(query.m_sql);
+        sqlite3_stmt* const statement = Prepare(query.m_sqlite == nullptr ? query.m_sql : query.m_sqlite);
         const int columns = sqlite3_column_count(statement);
         while (sqlite3_step(statement) == SQLITE_ROW) {
             for (int i = 0; i < columns; ++i) {
@@ -227,6 +245,8 @@ public:
         return seen;
     }
 
+    void Forget() {}
+
 private:
     void Run(const char* sql) {
         Require(sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK, sql);
@@ -248,18 +268,33 @@ private:
     Comparison m_comparison;
 };
 
-const Query OrderByDouble = {
-    "select number, name, length from parts order by length", {Number, Name, Length}, false, {Length}};
-const Query OrderByDoubleWithTies = {"select height from parts order by height", {Height}, false, {Height}};
-const Query OrderByText = {"select number, name, length from parts order by name collate cells",
-                           {Number, Name, Length},
-                           false,
-                           {Name}};
-const Query Distinct6Texts = {"select distinct kind from parts", {Kind}, true, {}};
-const Query Distinct20000Texts = {"select distinct label from parts", {Label}, true, {}};
-const Query DistinctAllNumbers = {"select distinct number from parts", {Number}, true, {}};
-const Query DistinctAllTexts = {"select distinct name from parts", {Name}, true, {}};
-const Query DistinctPairs = {"select distinct kind, label from parts", {Kind, Label}, true, {}};
+#define COLUMNS "select number, name, length from parts "
+
+constexpr Query NumberIs = {COLUMNS "where height > 5000"};
+constexpr Query NumberIsRarely = {COLUMNS "where height < 100"};
+// SQLite compares without case as fast as it can: letters of ASCII only.
+constexpr Query TextIs = {COLUMNS "where kind = 'BEAM'", COLUMNS "where kind = 'BEAM' collate nocase"};
+constexpr Query TextIsBehind = {COLUMNS "where name > 'flat'", COLUMNS "where name > 'flat' collate cells"};
+constexpr Query NumberAndTextAre = {COLUMNS "where height > 5000 and kind = 'BEAM'",
+                                    COLUMNS "where height > 5000 and kind = 'BEAM' collate nocase"};
+constexpr Query AllFields = {"select * from parts where length > 0.5"};
+constexpr Query OrderByNumber = {COLUMNS "order by length"};
+constexpr Query OrderByNumberWithTies = {"select height from parts order by height"};
+constexpr Query OrderByText = {COLUMNS "order by name", COLUMNS "order by name collate cells"};
+constexpr Query DistinctOf6Numbers = {"select distinct grade from parts"};
+constexpr Query DistinctOf20000Numbers = {"select distinct family from parts"};
+constexpr Query DistinctOfAllNumbers = {"select distinct number from parts"};
+constexpr Query DistinctOf6Texts = {"select distinct kind from parts"};
+constexpr Query DistinctOf20000Texts = {"select distinct label from parts"};
+constexpr Query DistinctOfAllTexts = {"select distinct name from parts"};
+constexpr Query DistinctOfPairs = {"select distinct kind, label from parts"};
+
+constexpr const Query* AllQueries[] = {&NumberIs,           &NumberIsRarely,         &TextIs,
+                                       &TextIsBehind,       &NumberAndTextAre,       &AllFields,
+                                       &OrderByNumber,      &OrderByNumberWithTies,  &OrderByText,
+                                       &DistinctOf6Numbers, &DistinctOf20000Numbers, &DistinctOfAllNumbers,
+                                       &DistinctOf6Texts,   &DistinctOf20000Texts,   &DistinctOfAllTexts,
+                                       &DistinctOfPairs};
 
 // The side with its table, filled once.
 template <typename Side>
@@ -271,7 +306,12 @@ Side& Filled() {
 template <typename Side>
 void MeasureAnswer(benchmark::State& state, const Query& query) {
     Measure(
-        state, []() -> Side* { return &Filled<Side>(); },
+        state,
+        [] {
+            Side& side = Filled<Side>();
+            side.Forget();
+            return &side;
+        },
         [&](Side* side) {
             const Seen seen = side->Answer(query);
             Require(seen.m_rows > 0, "no rows");
@@ -289,21 +329,65 @@ void MeasureAnswer(benchmark::State& state, const Query& query) {
     QUILLET_BENCHMARK(query##Sqlite);              \
     QUILLET_BENCHMARK(query##Quillet)
 
-QUILLET_QUERY(OrderByDouble);
-QUILLET_QUERY(OrderByDoubleWithTies);
+QUILLET_QUERY(NumberIs);
+QUILLET_QUERY(NumberIsRarely);
+QUILLET_QUERY(TextIs);
+QUILLET_QUERY(TextIsBehind);
+QUILLET_QUERY(NumberAndTextAre);
+QUILLET_QUERY(AllFields);
+QUILLET_QUERY(OrderByNumber);
+QUILLET_QUERY(OrderByNumberWithTies);
 QUILLET_QUERY(OrderByText);
-QUILLET_QUERY(Distinct6Texts);
-QUILLET_QUERY(Distinct20000Texts);
-QUILLET_QUERY(DistinctAllNumbers);
-QUILLET_QUERY(DistinctAllTexts);
-QUILLET_QUERY(DistinctPairs);
+QUILLET_QUERY(DistinctOf6Numbers);
+QUILLET_QUERY(DistinctOf20000Numbers);
+QUILLET_QUERY(DistinctOfAllNumbers);
+QUILLET_QUERY(DistinctOf6Texts);
+QUILLET_QUERY(DistinctOf20000Texts);
+QUILLET_QUERY(DistinctOfAllTexts);
+QUILLET_QUERY(DistinctOfPairs);
+
+// The first query after a cell was changed, for which the table's latest change is looked for among all
+// cells.
+void NumberIsRarelyAfterAChange(benchmark::State& state) {
+    Measure(
+        state,
+        [] {
+            Quillet& quillet = Filled<Quillet>();
+            quillet.Forget();
+            quillet.Change();
+            return &quillet;
+        },
+        [](Quillet* side) { return side->Answer(NumberIsRarely); });
+}
+QUILLET_BENCHMARK(NumberIsRarelyAfterAChange);
+
+// What an answer whose rows are the table's own takes for each of them.
+void AllFieldsHeap(benchmark::State& state) {
+    Quillet& quillet = Filled<Quillet>();
+    std::size_t before = 0;
+    Seen seen;
+    Measure(
+        state,
+        [&] {
+            quillet.Forget();
+            before = bench::HeapInUse();
+            return &quillet;
+        },
+        [&](Quillet* side) {
+            seen = side->Answer(AllFields);
+            return Seen();
+        });
+    state.counters["bytes_per_row"] =
+        static_cast<double>(bench::HeapInUse() - before) / static_cast<double>(seen.m_rows);
+}
+QUILLET_BENCHMARK(AllFieldsHeap);
 
 // Both sides give the same rows in the same order, or what is measured is not the same.
 void Agreement(benchmark::State& state) {
     while (state.KeepRunning()) {
-        for (const Query& query : {OrderByDouble, OrderByDoubleWithTies, OrderByText, Distinct6Texts,
-                                   Distinct20000Texts, DistinctAllNumbers, DistinctAllTexts, DistinctPairs}) {
-            Require(Filled<Quillet>().Answer(query) == Filled<Sqlite>().Answer(query), query.m_sql);
+        for (const Query* const query : AllQueries) {
+            Require(Filled<Quillet>().Answer(*query) == Filled<Sqlite>().Answer(*query), query->m_sql);
+            Filled<Quillet>().Forget();
         }
     }
 }

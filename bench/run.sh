@@ -1,17 +1,19 @@
 #!/bin/sh
-# Runs every benchmark in a process of its own and prints how each stands to its peer, with what is allowed.
+# Runs the benchmarks and prints how each stands to its peer, with what is allowed: those of catalogs in a process of
+# their own each, those of queries and their peers all in one.
 #
 #   bench/run.sh
 #
 # A benchmark makes one run that is not counted and five that are; the best of the five counts, since memory that is
 # touched for the first time costs more than the work on some machines. The catalogs, about 500 MB, are made in
-# build/bench. Queries are asked of a table of a million rows in memory.
+# build/bench. Queries are asked of a table of a million rows in memory; each is answered anew, and what was answered
+# before is dropped uncounted. Cursors go through the same rows.
 set -eu
 cd "$(dirname "$0")/.."
 
 scripts/bootstrap.sh build bench
 cmake --preset release -DQUILLET_BUILD_BENCH=ON >/dev/null
-cmake --build --preset release --target catalog_bench query_bench
+cmake --build --preset release --target catalog_bench query_bench cursor_bench
 mkdir -p build/bench
 QUILLET_BENCH_DIR=$PWD/build/bench
 export QUILLET_BENCH_DIR
@@ -54,14 +56,44 @@ line "save / pugixml save" "$(ratio "$save" "$save_peer")" times 4
 program=query_bench
 build/release/bin/query_bench --benchmark_filter='^Agreement/' >/dev/null 2>&1 ||
     { echo "run.sh: the answers to the queries are not SQLite's" >&2; exit 1; }
+build/release/bin/query_bench --benchmark_filter='(Sqlite|Quillet)/' --benchmark_format=csv \
+    >build/bench/queries.csv 2>/dev/null ||
+    { echo "run.sh: the queries failed" >&2; exit 1; }
+best_query() {
+    grep "^\"$1/[^_]*manual_time\"" build/bench/queries.csv | cut -d, -f3 | sort -g | head -n 1
+}
 query() { # what, benchmark
+    ours=$(best_query "$2Quillet")
+    peer=$(best_query "$2Sqlite")
+    printf '%-34s %8.0f ms, SQLite %6.0f ms %8.2f times      allowed 3\n' "$1" "$ours" "$peer" "$(ratio "$ours" "$peer")"
+}
+query "a number is large, half the rows" NumberIs
+query "a number is small, 1 row of 100" NumberIsRarely
+line "the same, the first after a change / SQLite" \
+    "$(ratio "$(best NumberIsRarelyAfterAChange)" "$(best_query NumberIsRarelySqlite)")" times "any: all cells are looked at"
+query "a text is another" TextIs
+query "a text stands behind another" TextIsBehind
+query "a number and a text" NumberAndTextAre
+query "a number, rows of the table" AllFields
+query "order by a number" OrderByNumber
+query "order by a number, ten rows alike" OrderByNumberWithTies
+query "order by a text" OrderByText
+query "distinct of 6 numbers" DistinctOf6Numbers
+query "distinct of 20,000 numbers" DistinctOf20000Numbers
+query "distinct of 1,000,000 numbers" DistinctOfAllNumbers
+query "distinct of 6 texts" DistinctOf6Texts
+query "distinct of 20,000 texts" DistinctOf20000Texts
+query "distinct of 1,000,000 texts" DistinctOfAllTexts
+query "distinct of 60,000 pairs of texts" DistinctOfPairs
+line "rows of the table as an answer, each" "$(last AllFieldsHeap)" bytes "8, beside about 1,000 for the answer itself"
+
+program=cursor_bench
+build/release/bin/cursor_bench --benchmark_filter='^CursorAgreement/' >/dev/null 2>&1 ||
+    { echo "run.sh: the order of an index is not SQLite's" >&2; exit 1; }
+cursor() { # what, benchmark
     line "$1 / SQLite" "$(ratio "$(best "$2Quillet")" "$(best "$2Sqlite")")" times 3
 }
-query "order by a number" OrderByDouble
-query "order by a number, ten rows alike" OrderByDoubleWithTies
-query "order by a text" OrderByText
-query "distinct of 6 texts" Distinct6Texts
-query "distinct of 20,000 texts" Distinct20000Texts
-query "distinct of 60,000 pairs of texts" DistinctPairs
-query "distinct of 1,000,000 numbers" DistinctAllNumbers
-query "distinct of 1,000,000 texts" DistinctAllTexts
+cursor "current index over a number" IndexByDouble
+cursor "current index over a text" IndexByText
+cursor "find that compares all rows' numbers" FindNumber
+cursor "find that compares all rows' texts" FindText

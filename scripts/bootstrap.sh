@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs what the project needs from Debian's packages and is missing.
 #
-#   scripts/bootstrap.sh [build] [test] [lint] [bench] [windows]
+#   scripts/bootstrap.sh [build] [test] [lint] [bench] [fuzz] [windows]
 #
 # Without an argument: build. Each word names what the machine will do.
 set -eu
@@ -12,9 +12,10 @@ packages_for() {
         test) echo "googletest pkg-config" ;;
         lint) echo "clang-format-14 clang-tidy-14 git" ;;
         bench) echo "libbenchmark-dev libsqlite3-dev" ;;
+        fuzz) echo "clang-14 libclang-rt-14-dev" ;;
         windows) echo "g++-mingw-w64-x86-64-posix wine64 wine64-tools dpkg-dev locales" ;;
         *)
-            echo "bootstrap.sh: unknown purpose '$1': build, test, lint, bench or windows" >&2
+            echo "bootstrap.sh: unknown purpose '$1': build, test, lint, bench, fuzz or windows" >&2
             exit 2
             ;;
     esac

@@ -53,14 +53,15 @@ differ() {
     exit 1
 }
 
-# Runs the arguments with both and compares what is printed.
+# Runs the arguments with both and compares what is printed, but for the times that a log tells.
 both() {
     locale=$1
     shift
     for port in native windows; do
         status=0
-        run "$port" "$locale" "$@" >"$work/$port.out" 2>"$work/$port.err" || status=$?
+        run "$port" "$locale" "$@" >"$work/$port.out" 2>"$work/$port.log" || status=$?
         echo "status $status" >>"$work/$port.out"
+        sed 's/ [0-9.,]* \[s\]$/ time [s]/' "$work/$port.log" >"$work/$port.err"
     done
     cmp "$work/native.out" "$work/windows.out" >&2 || differ "$*"
     cmp "$work/native.err" "$work/windows.err" >&2 || differ "$*"
@@ -97,6 +98,26 @@ for locale in C.UTF-8 de_DE.UTF-8; do
             same out.json
         done <"$work/tables"
     done
+    while IFS= read -r query; do
+        both "$locale" query ../input/european-steel.xml "$query" --log </dev/null
+        both "$locale" query ../input/european-steel.xml "$query" --explain </dev/null
+    done <<'QUERIES'
+HEB
+select * from [SHS]
+select name, h, G from heb where h >= 300 and G < 200,5
+select top 5 name from IPE where not ( h < 200 or name = 'ipe 300' ) order by name desc
+select distinct t from shs order by b, t
+select * from HEA where 'HEA 300' <= name order by A desc
+select name from upe where h = tf or b > 80.5
+select Name, höhe from heb where h > 1
+select name from [keine Träger] where name = 'ß'
+select name from heb where h > or ( b =
+select name from heb where ) h > 300 (
+select from where order by
+QUERIES
+    both "$locale" find ../input/european-steel.xml heb "h >= 300 and G < 200,5" --log
+    both "$locale" find ../input/european-steel.xml IPE "name < 'ipe 300'" --all --backward --format json
+    both "$locale" find ../input/european-steel.xml IPE "(h > 1"
     both "$locale" new "$locale-new.xml" --header "title=Größen, Maße & <Zeichen>"
     for table in "$work"/input/*.csv; do
         name=$(basename "$table" .csv)

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the command line and walks through a real catalog: opens it, lists it, reads it, asks it, and edits and saves a
-# copy.
+# Builds the command line and walks through a real catalog: opens it, lists it, reads it, asks it, finds a row in it, and
+# edits and saves a copy.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -28,6 +28,7 @@ step info "$catalog"
 step fields "$catalog" IPE
 step show "$catalog" IPE --limit 5
 step query "$catalog" "select name, h, A from HEA where h < 200 and Wply > 200"
+step find "$catalog" IPE "h >= 300"
 
 cp "$catalog" "$copy"
 printf '\nA copy to edit: %s\n' "$copy"

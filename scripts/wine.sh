@@ -3,8 +3,9 @@
 #
 #   scripts/wine.sh program.exe [arguments]
 #
-# QUILLET_WINE_PREFIX names another folder for the prefix than build/wine. Programs that run at one time in one prefix
-# share the locale. No window waits for a person: there is no display, and crashes end the program without a dialog.
+# QUILLET_WINE_PREFIX names another folder for the prefixes than build/wine. There is one for each locale: what runs in
+# one prefix shares the locale, and Wine's own services, which start late and stay a while, would bring theirs along. No
+# window waits for a person: there is no display, and crashes end the program without a dialog.
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
 
@@ -20,7 +21,7 @@ if [ -z "$wine" ]; then
     exit 127
 fi
 
-WINEPREFIX=${QUILLET_WINE_PREFIX:-$here/build/wine}
+WINEPREFIX=${QUILLET_WINE_PREFIX:-$here/build/wine}/${LC_ALL:-${LANG:-C}}
 WINEARCH=win64
 WINEDEBUG=${WINEDEBUG:--all}
 # Neither the crash dialog, nor offers to install a browser or a run-time, nor entries in the user's desktop menus.

@@ -12,6 +12,7 @@
 
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
+#include "Quillet/Db_Recordset.h"
 #include "platform/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -74,6 +75,36 @@ inline std::string Cell(DbTableData* data, uint64 row, uint64 field) {
     return CellText((*data)[row].GetField(field));
 }
 
+using Strings = std::vector<std::string>;
+
+inline Strings FieldNames(DbDatabase& database, const CString& table) {
+    const DbTableDescr* const descr = database.GetTableDescr(table);
+    Strings names;
+    for (std::size_t i = 0; descr != nullptr && i < descr->size(); ++i) {
+        names.push_back(descr->at(i)->GetName().ToUtf8());
+    }
+    return names;
+}
+
+// Each row with blanks between its cells, as far as the structure reaches.
+inline Strings RowsOf(DbTableData& data) {
+    Strings rows;
+    for (uint64 i = 0; i < data.size(); ++i) {
+        const DbTableRow* const row = data.GetRow(static_cast<int>(i));
+        std::string text;
+        for (uint64 field = 0; row != nullptr && field < data.GetTableDescr()->size(); ++field) {
+            text += (field == 0 ? "" : " ") + CellText(row->GetField(field));
+        }
+        rows.push_back(row == nullptr ? "no row" : text);
+    }
+    return rows;
+}
+
+inline Strings RowsOf(DbDatabase& database, const CString& table) {
+    DbTableData* const data = database.GetTableData(table);
+    return data == nullptr ? Strings{"no table"} : RowsOf(*data);
+}
+
 // All tables in their order: names, fields, and rows with the types of their values. A change in any of these
 // is a change of the text.
 inline std::string Dump(DbDatabase& database) {
@@ -121,6 +152,7 @@ public:
         DbSource::MaxBufferSize = m_maxBufferSize;
         DbDatabase::m_queriesCount = m_queriesCount;
         DbItem::m_changeCounter = m_changeCounter;
+        DbRecordset::bookmarkid = m_bookmark;
     }
 
 private:
@@ -128,6 +160,7 @@ private:
     std::int32_t m_maxBufferSize = DbSource::MaxBufferSize;
     std::int32_t m_queriesCount = DbDatabase::m_queriesCount;
     std::int32_t m_changeCounter = DbItem::m_changeCounter;
+    uint64 m_bookmark = DbRecordset::bookmarkid;
 };
 
 // One <table> element with the given content.

@@ -179,6 +179,15 @@ TEST_F(DistinctCost, Values_AreReadOnce) {
     EXPECT_EQ(Reads({"", [](Chance&) { return ByteArray("ab"); }}), Rows);
 }
 
+TEST_F(DistinctCost, TextsThatAreNotNormalized_AreComparedWithTheirLike) {
+    constexpr std::size_t ReadsPerComparison = 2;
+    const Filling marked = {"", [](Chance& chance) {
+                                const CString text = chance.Text({'a', 'b', 'c', 'd', 0x301, 0x323}, 12);
+                                return CComVariant(Units({0x301, 0x323}) + text);
+                            }};
+    EXPECT_LE(Reads(marked), Rows * (1 + ReadsPerComparison));
+}
+
 TEST_F(DistinctCost, TextsThatMayBeEqualInOtherCharacters_AreComparedWithTheirLike) {
     constexpr std::size_t ReadsPerComparison = 2;
     EXPECT_LE(Reads(TextsOf("", {'a', 'b', 'c', 'd', 0x627, 0x628, 0xAD}, 12)),

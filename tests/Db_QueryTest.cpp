@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <random>
@@ -23,36 +24,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
-
-using Strings = std::vector<std::string>;
-
-Strings FieldNames(DbDatabase& database, const CString& table) {
-    const DbTableDescr* const descr = database.GetTableDescr(table);
-    Strings names;
-    for (std::size_t i = 0; descr != nullptr && i < descr->size(); ++i) {
-        names.push_back(descr->at(i)->GetName().ToUtf8());
-    }
-    return names;
-}
-
-// Each row with blanks between its cells, as far as the structure reaches.
-Strings RowsOf(DbTableData& data) {
-    Strings rows;
-    for (uint64 i = 0; i < data.size(); ++i) {
-        const DbTableRow* const row = data.GetRow(static_cast<int>(i));
-        std::string text;
-        for (uint64 field = 0; row != nullptr && field < data.GetTableDescr()->size(); ++field) {
-            text += (field == 0 ? "" : " ") + CellText(row->GetField(field));
-        }
-        rows.push_back(row == nullptr ? "no row" : text);
-    }
-    return rows;
-}
-
-Strings RowsOf(DbDatabase& database, const CString& table) {
-    DbTableData* const data = database.GetTableData(table);
-    return data == nullptr ? Strings{"no table"} : RowsOf(*data);
-}
 
 // A table T: n (long), t (text), r (double), with the rows
 //   1 b 0.5 | 2 a 1.5 | 3 B 0.5 | 4 a 2.5 | 5 c 1.5
@@ -236,6 +207,53 @@ TEST_F(DbQueryTest, Query_OddTexts_AreFalse) {
     EXPECT_TRUE(Fails(CString("T") + Units({0}))) << "another name than T";
 }
 
+TEST_F(DbQueryTest, Query_RandomBytes_AreAnsweredOrRefused) {
+    constexpr int Texts = 3000;
+    constexpr std::size_t Longest = 60;
+    const std::vector<std::string> words = {"select ", " from t", " where ",   " order by ", "n", "t",
+                                            "*",       "top ",    "distinct ", "(",          ")", "'",
+                                            "\"",      "[",       "]",         " and "};
+    std::mt19937 random(11);
+    for (int text = 0; text < Texts; ++text) {
+        std::string bytes = text % 2 == 0 ? "" : "select n from t where n > 1";
+        for (std::size_t left = random() % Longest; left > 0; --left) {
+            const std::string piece = random() % 2 == 0 ? std::string(1, static_cast<char>(random() % 256))
+                                                        : words[random() % words.size()];
+            bytes.insert(random() % (bytes.size() + 1), piece);
+        }
+        CString name;
+        if (m_database.Query(CString(bytes), name)) {
+            Rows(name);
+        }
+        LinesOf(m_database);
+    }
+    EXPECT_THAT(Rows("T"), SizeIs(5));
+    EXPECT_FALSE(m_database.IsChanged());
+}
+
+TEST_F(DbQueryTest, Query_NestedBrackets_BalancedAreAnsweredAndOthersRefused) {
+    for (const std::size_t depth : {std::size_t{1000}, std::size_t{60000}}) {
+        const std::string open(depth, '(');
+        const std::string close(depth, ')');
+        const CString begin = CString("select n from t where ") + open + "n>3";
+        EXPECT_THAT(Answer(begin + close), ElementsAre("4", "5"));
+        EXPECT_TRUE(Fails(begin));
+        EXPECT_TRUE(Fails(begin + close + ")"));
+        EXPECT_TRUE(Fails(begin + close.substr(1)));
+        EXPECT_THAT(Answer("select n from t where " + CString(close) + "n>3" + open), IsEmpty())
+            << "as many, in the wrong order";
+        EXPECT_THAT(Answer("select n from t where not" + CString(open) + " n>3" + close),
+                    ElementsAre("1", "2", "3"));
+    }
+}
+
+TEST_F(DbQueryTest, Query_LineEnds_AreBlanks) {
+    EXPECT_THAT(Answer("select\rn\nfrom\r\nt\nwhere n\r\n>\n4"), ElementsAre("5"));
+    Data("T")[0].SetValue("t", CComVariant("x y"));
+    EXPECT_THAT(Answer("select n from t where t = 'x\ny'"), ElementsAre("1"));
+    EXPECT_FALSE(m_database.VerifySQL("select n\nfrom t"));
+}
+
 TEST_F(DbQueryTest, Query_UnclosedQuote_ReachesToTheEnd) {
     EXPECT_THAT(Answer("select n from t where t = 'C"), ElementsAre("5"));
     EXPECT_THAT(Answer("select n from t where t = 'c order by n"), IsEmpty());
@@ -282,6 +300,43 @@ TEST_F(DbQueryTest, Names_OfFields_InBracketsWithBlanksAndBeyondAscii) {
     EXPECT_THAT(Answer("select n from [\u0142UKI I \u0422\u0435\u0421\u0442] where n = 2"), ElementsAre("2"));
 }
 
+TEST_F(DbQueryTest, Names_WithBracketsOfTheirOwn_NeedAPairAndTwoInConditionsAndOrder) {
+    Info("T").GetDescr()->CreateField("h [mm]", false, DbFieldDescr::Long);
+    Data("T")[1].SetValue("[h [mm]]", Long(7));
+    Data("T")[2].SetValue("[h [mm]]", Long(6));
+    EXPECT_THAT(Answer("select n,[h [mm]] from t where [[h [mm]]] > 5 order by [[h [mm]]]"),
+                ElementsAre("3 6", "2 7"));
+    EXPECT_TRUE(Fails("select n from t where [h [mm]] > 5"));
+    EXPECT_TRUE(Fails("select n from t order by [h [mm]]"));
+    EXPECT_THAT(Answer("select n from t where t = [C]"), ElementsAre("5"))
+        << "a value loses its brackets too";
+    AddTable("T [mm]");
+    EXPECT_THAT(Answer("select n from [T [mm]] where n > 4"), ElementsAre("5"));
+}
+
+TEST_F(DbQueryTest, Names_WithABracketBeforeABlank_CantBeWritten) {
+    Info("T").GetDescr()->CreateField("a] b", false, DbFieldDescr::Long);
+    EXPECT_TRUE(Fails("select [a] b] from t"));
+}
+
+TEST_F(DbQueryTest, Names_WithOperatorSigns_CanBeWrittenWithBlanksAroundOrAlone) {
+    AddTable("load (kN)");
+    DbTableDescr& descr = *AddTable("b * h")->GetDescr();
+    descr.CreateField("n = t", false, DbFieldDescr::Long);
+    descr.CreateField("n=r", false, DbFieldDescr::Long);
+    EXPECT_EQ(Ask("load (kn)"), "load (kN)");
+    EXPECT_TRUE(Fails("select n from [load (kn)] where n > 4"));
+    EXPECT_THAT(Answer("select [n = t],n from [b * h] where n > 4"), ElementsAre("0 5"));
+    EXPECT_TRUE(Fails("select [n=r] from [b * h]"));
+}
+
+TEST_F(DbQueryTest, Query_OtherWordsBeforeSelect_AreRefused) {
+    EXPECT_THAT(Answer("top 2 from t select n where n > 1"), ElementsAre("2", "3"));
+    for (const char* sql : {"please select n from t", "by select n from t", "distinct select n from t"}) {
+        EXPECT_TRUE(Fails(sql)) << sql;
+    }
+}
+
 TEST_F(DbQueryTest, Names_TwiceInTheSelectList_GiveOneField) {
     const CString name = Ask("select n,t,N,[n] from t where n > 4");
     EXPECT_THAT(FieldNames(m_database, name), ElementsAre("n", "t"));
@@ -321,6 +376,27 @@ TEST_F(DbQueryTest, Reuse_AfterAnEdit_FillsTheSameTableAnew) {
     EXPECT_EQ(m_database.GetTablesCount(), 2);
 }
 
+TEST_F(DbQueryTest, Reuse_EditsBetweenAnswers_AreFollowedByAll) {
+    const CString low = Ask("select n from t where n < 3");
+    Set(0, 7);
+    const CString high = Ask("select n from t where n > 6");
+    EXPECT_THAT(Rows(high), ElementsAre("7"));
+    EXPECT_THAT(Rows(low), ElementsAre("2"));
+    Set(1, 8);
+    EXPECT_THAT(Rows(low), IsEmpty());
+    EXPECT_THAT(Rows(high), ElementsAre("7", "8"));
+    // What happens elsewhere does not count.
+    AddTable("U");
+    EXPECT_EQ(Asked([&] { Rows(low); }) + Asked([&] { Rows(high); }), 0);
+    m_database.DeleteTable("U");
+    EXPECT_EQ(Asked([&] { Rows(low); }) + Asked([&] { Rows(high); }), 0);
+    Set(0, 6);
+    m_database.DeleteTable(low);
+    EXPECT_THAT(Rows(high), ElementsAre("8"));
+    Data("T").DeleteRow(1);
+    EXPECT_THAT(Rows(high), IsEmpty());
+}
+
 TEST_F(DbQueryTest, Reuse_OfARenamedQuery_FindsItByItsText) {
     const CString sql = "select n from t where n > 3";
     ASSERT_TRUE(m_database.RenameTable(Ask(sql), "Mine"));
@@ -329,6 +405,47 @@ TEST_F(DbQueryTest, Reuse_OfARenamedQuery_FindsItByItsText) {
     EXPECT_THAT(Rows("mine"), ElementsAre("9", "4", "5"));
     EXPECT_EQ(Ask(sql), "Mine");
     EXPECT_FALSE(m_database.IsTable("Query_0"));
+}
+
+TEST_F(DbQueryTest, Reuse_OfSeveralWithOneText_IsTheFirstByName) {
+    const CString sql = "select n from t where n > 3";
+    for (const char* name : {"Second", "first", "Third"}) {
+        m_database.CreateTable(name, DbTableInfo::Query, sql, &Info("T"));
+    }
+    m_database.CreateTable("A", DbTableInfo::Table, sql);
+    EXPECT_EQ(Ask(sql), "first");
+    ASSERT_TRUE(m_database.RenameTable("first", "Zebra"));
+    EXPECT_EQ(Ask(sql), "Second");
+    ASSERT_TRUE(m_database.RenameTable("Third", "back"));
+    EXPECT_EQ(Ask(sql), "back");
+    m_database.DeleteTable("back");
+    m_database.DeleteTable("Second");
+    EXPECT_EQ(Ask(sql), "Zebra");
+    // The entry that loses its name is found no more.
+    m_database.RenameTable("Zebra", "A");
+    EXPECT_EQ(Ask(sql).Left(6), "Query_");
+    m_database.DeleteTable("T");
+    AddTable("T");
+    EXPECT_EQ(Ask(sql).Left(6), "Query_");
+}
+
+TEST_F(DbQueryTest, Reuse_OfAJoinsName_IsAnotherQuery) {
+    AddTable("select");
+    const CString join = m_database.inner_join("T", "select", "n", "=", "n");
+    ASSERT_EQ(join, "T INNER JOIN select ON n = n");
+    EXPECT_TRUE(Fails(join)) << "a text of its own";
+}
+
+TEST_F(DbQueryTest, Reuse_WhereAHostPutAnotherEntryInItsPlace_TakesNoTable) {
+    const CString sql = "select n from t where n > 3";
+    const CString name = Ask(sql);
+    AddTable("U");
+    const DbTableInfo query = Info(name);
+    Info(name) = Info("U");
+    EXPECT_NE(Ask(sql), "U");
+    EXPECT_THAT(Rows("U"), SizeIs(5));
+    Info(name) = query;
+    EXPECT_EQ(Ask(sql), name);
 }
 
 TEST_F(DbQueryTest, Reuse_WhereTheNameNowIsAnotherTable_FollowsTheName) {
@@ -348,8 +465,8 @@ TEST_F(DbQueryTest, Reuse_WhereTheNameNowIsAnotherTable_FollowsTheName) {
 
 TEST_F(DbQueryTest, WholeTable_IsAnsweredByTheTable) {
     for (const char* sql :
-         {"select * from t", "SELECT n,t,r FROM [T]", "select N, T, R from t", "select [n],[t],r from t",
-          "select distinct * from t", "select distinct n,t,r from t", "select * from t where not"}) {
+         {"select * from t", "SELECT n,t,r FROM [T]", "select N, T, R from t", "select distinct * from t",
+          "select distinct n,t,r from t", "select * from t where not"}) {
         EXPECT_EQ(Ask(sql), "T") << sql;
     }
     EXPECT_EQ(m_database.GetTablesCount(), 1);
@@ -368,6 +485,14 @@ TEST_F(DbQueryTest, WholeTable_WithAnythingElse_IsBuilt) {
                             "select n,t,r,n from t", "select * from t,u", "select n,t,r from t top 9"}) {
         EXPECT_THAT(Ask(sql), testing::Ne("T")) << sql;
     }
+}
+
+TEST_F(DbQueryTest, WholeTable_NamesAreComparedAsWritten) {
+    const CString name = Ask("select [n],[t],r from t");
+    EXPECT_EQ(name, "Query_0") << "brackets make another name";
+    EXPECT_THAT(FieldNames(m_database, name), ElementsAre("n", "t", "r"));
+    EXPECT_FALSE(Data(name).GetRows()->IsBinded());
+    EXPECT_THAT(Rows(name), SizeIs(5));
 }
 
 TEST_F(DbQueryTest, WholeTable_WhichItBecame_IsTheTableThen) {
@@ -438,6 +563,27 @@ TEST_F(DbQueryTest, Order_SeveralFields_InTurn) {
         << "desc turns all of it";
     EXPECT_THAT(Answer("select t,r,n from t where t = 'a' order by t,r desc"),
                 ElementsAre("a 2.5 4", "a 1.5 2"));
+}
+
+TEST_F(DbQueryTest, Order_NamesAgain_ChangeNothing) {
+    EXPECT_THAT(Answer("select n from t order by r,n,r,[R],n"), ElementsAre("1", "3", "2", "5", "4"));
+    EXPECT_THAT(Answer("select n from t where n < 4 order by r,t,r desc"), ElementsAre("2", "1", "3"));
+}
+
+// Each of the names is a column to be put in order, were it not looked at once.
+TEST_F(DbQueryTest, Order_ThousandsOfNames_CostNoMoreThanOne) {
+    constexpr LONG Count = 5000;
+    constexpr int Names = 8000;
+    DbTableData& data = Data("T");
+    for (LONG i = 0; i < Count; ++i) {
+        data[data.AddRow()].SetValue("n", Long(i / 2));
+    }
+    std::string names = "n";
+    for (int i = 1; i < Names; ++i) {
+        names += ",n";
+    }
+    EXPECT_EQ(Data(Ask("select n from t order by " + CString(names))).size(), Count + 5U);
+    EXPECT_EQ(Data(Ask("select distinct " + CString(names) + " from t")).size(), Count / 2U);
 }
 
 TEST_F(DbQueryTest, Distinct_LooksAtTheSelectedFieldsAndKnowsCase) {
@@ -1041,6 +1187,38 @@ TEST_F(DbQueryTest, Cycle_ThroughALaterFromTable_EndsAndFails) {
     EXPECT_THAT(Rows(first), SizeIs(4));
 }
 
+// ---- Filters that a host put on an answer
+
+TEST_F(DbQueryTest, HostsFilters_OnAnAnswer_OutliveItsRefresh) {
+    for (const char* list : {"*", "n,t"}) {
+        const CString name = Ask(CString("select ") + list + " from T where n > 0");
+        parser::QueryAnalysisParams params;
+        ASSERT_TRUE(m_database.AnalyzeSQL("select n from " + name + " where n > 1", &params));
+        const DbFilter* const own = Info(name).GetDescr()->AddFilter("t", "=", "'A'");
+        Set(0, Data("T")[0]["n"].GetVariant().lVal + 10);
+        DbTableData& data = Data(name);
+        EXPECT_TRUE(Info(name).IsQuerySync());
+        DbTableDescr& descr = *Info(name).GetDescr();
+        descr.Evaluate(data[0]);
+        EXPECT_TRUE(params.clause->evaluate());
+        EXPECT_FALSE(own->value());
+        descr.Evaluate(data[1]);
+        EXPECT_TRUE(params.clause->evaluate());
+        EXPECT_TRUE(own->value());
+        EXPECT_EQ(descr.TakeAllFilters().size(), 2U);
+    }
+}
+
+TEST_F(DbQueryTest, HostsFilters_OnAJoin_OutliveItsFillingAnew) {
+    AddTable("U");
+    const CString name = m_database.inner_join("T", "U", "n", "=", "n");
+    const DbFilter* const own = Info(name).GetDescr()->AddFilter("n", "=", "2");
+    ASSERT_NE(own, nullptr);
+    EXPECT_EQ(m_database.inner_join("T", "U", "n", "=", "n"), name);
+    Info(name).GetDescr()->Evaluate(Data(name)[1]);
+    EXPECT_TRUE(own->value());
+}
+
 // ---- Many over each other
 
 class DbQueryTower : public DbQueryTest, public testing::WithParamInterface<const char*> {};
@@ -1065,6 +1243,72 @@ TEST_P(DbQueryTower, Hundreds_FollowTheTable) {
     EXPECT_THAT(RowsOf(*Info(name).GetData()), SizeIs(5));
     m_database.DeleteTable("T");
     EXPECT_EQ(m_database.GetTablesCount(), 2) << "header and properties";
+}
+
+// CPU seconds that the call takes.
+template <typename Call>
+double Seconds(Call call) {
+    const std::clock_t start = std::clock();
+    call();
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+// A count that is eight times as large may take about eight times as long, and not 64 times.
+template <typename SecondsOf>
+void ExpectLinear(SecondsOf secondsOf, int count) {
+    constexpr int Factor = 8;
+    constexpr double Allowed = 24;
+    constexpr double SecondsOfDisturbance = 0.5;
+    const double small = secondsOf(count / Factor);
+    EXPECT_LT(secondsOf(count), Allowed * small + SecondsOfDisturbance);
+}
+
+TEST_P(DbQueryTower, Thousands_EachCostsTheSame) {
+    constexpr int Count = 1600;
+    constexpr int Edits = 4;
+    constexpr int Times = 500;
+    CString name = "T";
+    int levels = 0;
+    const auto accesses = [&](int count) {
+        for (; levels < count; ++levels) {
+            name = Ask(CString("select ") + GetParam() + " from " + name + " where n > 3");
+        }
+        return Seconds([&] {
+            for (int i = 0; i < Edits; ++i) {
+                Set(0, i + 1);
+                EXPECT_THAT(Rows(name), SizeIs(i < 3 ? 2 : 3));
+                LinesOf(m_database);
+            }
+            for (int i = 0; i < Times; ++i) {
+                Data(name);
+            }
+        });
+    };
+    ExpectLinear(accesses, Count);
+    TemporaryFolder folder;
+    Set(1, 9);
+    EXPECT_TRUE(m_database.Save(CString(Utf8(folder / "saved.xml"))));
+    m_database.DeleteTable("T");
+    EXPECT_EQ(m_database.GetTablesCount(), 2) << "header and properties";
+}
+
+TEST_F(DbQueryTest, Thousands_OfDifferentQueries_EachCostsTheSame) {
+    constexpr int Count = 8000;
+    const auto queries = [&](int count) {
+        return Seconds([&] {
+            for (int i = 0; i < count; ++i) {
+                CString sql;
+                sql.Format("select n,t from t where n > %d", i);
+                const CString name = Ask(sql);
+                EXPECT_EQ(Ask(sql), name);
+                LinesOf(m_database);
+            }
+            m_database.DeleteTable("T");
+            EXPECT_EQ(m_database.GetTablesCount(), 0);
+            AddTable("T");
+        });
+    };
+    ExpectLinear(queries, Count);
 }
 
 TEST_F(DbQueryTest, Hundreds_ThroughLaterFromTables_AreRefusedAtADepth) {

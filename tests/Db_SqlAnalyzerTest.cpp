@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "CountingDescr.h"
 #include "TestHelpers.h"
 
 namespace {
@@ -20,40 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 using Strings = std::vector<std::string>;
-
-// A filter that counts as long as it lives.
-class CountedFilter : public DbFilter {
-public:
-    CountedFilter(const DbFilter& other, int& alive) : DbFilter(other), m_alive(alive) { ++m_alive; }
-    CountedFilter(const CountedFilter&) = delete;
-    CountedFilter& operator=(const CountedFilter&) = delete;
-    ~CountedFilter() override { --m_alive; }
-
-private:
-    int& m_alive;
-};
-
-// A structure that knows how many filters it holds, and how many were made.
-class CountingDescr : public DbTableDescr {
-public:
-    using DbTableDescr::DbTableDescr;
-
-    DbFilter* AddFilter(CString left, CString op, CString right) override {
-        DbFilter* const made = DbTableDescr::AddFilter(left, op, right);
-        if (made == nullptr) {
-            return nullptr;
-        }
-        auto counted = std::make_unique<CountedFilter>(*made, m_alive);
-        DbFilter* const filter = counted.get();
-        RemoveFilters({made});
-        AppendFilter(std::move(counted));
-        ++m_made;
-        return filter;
-    }
-
-    int m_alive = 0;
-    int m_made = 0;
-};
 
 // A table T with the fields a (long), b (text), "c d" (double) and e (long), and a table U with a and x.
 class DbSqlAnalyzerTest : public testing::Test {
@@ -155,7 +122,47 @@ TEST_F(DbSqlAnalyzerTest, Analyze_IntoNoRecord_IsFalse) {
     EXPECT_THAT(LinesOf(m_database), IsEmpty());
 }
 
+TEST_F(DbSqlAnalyzerTest, Analyze_IntoARecordWithoutClause_IsFalse) {
+    QueryAnalysisParams params;
+    params.clause.reset();
+    EXPECT_FALSE(m_database.AnalyzeSQL("select a from t where a > 1", &params));
+    EXPECT_THAT(LinesOf(m_database), IsEmpty());
+    EXPECT_TRUE(params.tokens.empty());
+    EXPECT_EQ(m_t->m_made, 0);
+}
+
+TEST_F(DbSqlAnalyzerTest, Analyze_IntoARecordPreparedBehindWhere_ReadsConditionsAlone) {
+    QueryAnalysisParams params;
+    params.state = QueryAnalysisParams::Where;
+    params.fields.emplace_back("*");
+    params.tables.emplace_back("T");
+    EXPECT_TRUE(m_database.AnalyzeSQL("a > 1 and b = 'X Y'", &params));
+    EXPECT_THAT(Utf8Of(params.conditions), ElementsAre("a > 1", "b = 'X Y'"));
+    EXPECT_EQ(params.clause->GetClauseString(), "exp AND exp");
+    EXPECT_EQ(m_t->m_alive, 2);
+}
+
+TEST_F(DbSqlAnalyzerTest, Analyze_IntoARecordThatWasFilled_AddsToIt) {
+    Analyze("select a from t where a > 1");
+    EXPECT_TRUE(m_database.AnalyzeSQL("select e from t", m_params.get()));
+    EXPECT_THAT(Fields(), ElementsAre("a", "e"));
+    EXPECT_THAT(Tables(), ElementsAre("t", "t"));
+    EXPECT_THAT(Conditions(), ElementsAre("a > 1"));
+}
+
 // ---- Tokens and lists
+
+TEST_F(DbSqlAnalyzerTest, LineEnds_AreNoBlanks) {
+    // Query puts blanks in their place, the analysis does not.
+    EXPECT_FALSE(Analyze("select a\nfrom t"));
+    EXPECT_THAT(Fields(), ElementsAre("a\nfrom", "t"));
+    EXPECT_FALSE(m_database.VerifySQL("select a\r\nfrom t"));
+    EXPECT_TRUE(Analyze("select a from t where b = 'x\ny'"));
+    EXPECT_THAT(Conditions(), ElementsAre("b = 'x\ny'"));
+    CString name;
+    EXPECT_TRUE(m_database.Query("select a\r\nfrom t\nwhere a > 1", name));
+    EXPECT_EQ(m_database.GetTableData(name)->size(), 1U);
+}
 
 TEST_F(DbSqlAnalyzerTest, Tokens_KeywordsAndAllOthers_InTheOrderRead) {
     EXPECT_TRUE(Analyze("select a,b from t where a>1 and b='x y' order by a desc"));
@@ -307,6 +314,15 @@ TEST_F(DbSqlAnalyzerTest, Fields_MustBeInEveryTable_AndTheFirstTableIsNamed) {
     EXPECT_THAT(Troubles("select a,b from t,u"),
                 ElementsAre("SQL Analyze - no 'b' field found in 't' table"));
     EXPECT_THAT(Troubles("select x from t,u"), ElementsAre("SQL Analyze - no 'x' field found in 't' table"));
+}
+
+TEST_F(DbSqlAnalyzerTest, Fields_OfATableThatIsNamedAgain_AreComplainedOfAgain) {
+    constexpr const char* NoX = "SQL Analyze - no 'x' field found in 't' table";
+    EXPECT_THAT(Troubles("select a,x,e,a,x from t,u,t,[T]"),
+                ElementsAre(NoX, "SQL Analyze - no 'e' field found in 't' table", NoX, NoX));
+    EXPECT_THAT(Troubles("from t select a from t select e,a from t,u,t select x from t,u"),
+                ElementsAre("SQL Analyze - no 'e' field found in 't' table", NoX,
+                            "SQL Analyze - no 'e' field found in 't' table"));
 }
 
 TEST_F(DbSqlAnalyzerTest, Fields_AStarAlone_NeedsNoCheck) {
@@ -469,6 +485,23 @@ TEST_F(DbSqlAnalyzerTest, Filters_OfAQueryThatFailsAfterItsAnalysis_Stay) {
     EXPECT_EQ(m_t->m_alive, 2);
 }
 
+TEST_F(DbSqlAnalyzerTest, Filters_OfARefreshThatFails_Go) {
+    DbTableInfo* const table = m_database.GetTableInfo("T");
+    m_database.CreateTable("Q", DbTableInfo::Query, "select no from t where a > 1 and e < 3", table);
+    m_database.CreateTable("R", DbTableInfo::Query, "select a from t where ( a > 1", table);
+    m_database.GetTableInfo("Q")->SetSyncStamp(-1);
+    m_database.GetTableInfo("R")->SetSyncStamp(-1);
+    const DbFilter* const own = m_t->AddFilter("a", "=", "2");
+    for (int i = 0; i < 10; ++i) {
+        m_database.GetTableData("Q");
+        m_database.GetTableData("R");
+    }
+    EXPECT_EQ(m_t->m_made, 31);
+    EXPECT_EQ(m_t->m_alive, 1);
+    (*m_database.GetTableData("T"))[1].Evaluate();
+    EXPECT_TRUE(own->value());
+}
+
 TEST_F(DbSqlAnalyzerTest, Verify_IsTheResultOfTheAnalysisAndBuildsNothing) {
     const int tables = m_database.GetTablesCount();
     const std::int32_t count = DbDatabase::m_queriesCount;
@@ -517,19 +550,6 @@ TEST_F(DbSqlAnalyzerTest, Filters_OfAQueryWithinAQuery_GoAndThoseOfTheOuterOneSt
     EXPECT_EQ(PrintedText((*m_database.GetTableData(name))[0][uint64{0}]), "5");
 }
 
-TEST_F(DbSqlAnalyzerTest, RemoveFilters_OnlyThoseThatAreThere) {
-    DbFilter* const first = m_t->AddFilter("a", "=", "1");
-    DbFilter* const second = m_t->AddFilter("a", "=", "2");
-    DbFilter* const third = m_t->AddFilter("a", "=", "3");
-    DbFilter* const other = m_u->AddFilter("a", "=", "4");
-    m_t->RemoveFilters({third, other, first, first});
-    EXPECT_EQ(m_t->m_alive, 1);
-    (*m_database.GetTableData("T"))[1].Evaluate();
-    EXPECT_TRUE(second->value());
-    m_t->RemoveFilters({});
-    EXPECT_EQ(m_t->m_alive, 1);
-}
-
 // ---- Long texts
 
 // The part as often as it takes for a text of the length.
@@ -545,12 +565,20 @@ class DbSqlAnalyzerLongText : public DbSqlAnalyzerTest {
 protected:
     // Whether a text that is eight times as long takes about eight times as long, and not 64 times.
     void ExpectLinear(const CString& begin, const CString& part, const CString& end, std::size_t length) {
+        ExpectLinear([&](std::size_t wanted) { return Repeated(begin, part, end, wanted); }, length);
+    }
+    // The same for the text of about a length that the function gives.
+    template <typename TextOfLength>
+    void ExpectLinear(TextOfLength text, std::size_t length) {
         constexpr std::size_t Factor = 8;
         constexpr double Allowed = 24;
         constexpr double SecondsOfDisturbance = 0.5;
-        const double small = Seconds(Repeated(begin, part, end, length / Factor));
-        const double large = Seconds(Repeated(begin, part, end, length));
-        EXPECT_LT(large, Allowed * small + SecondsOfDisturbance) << begin << part << part << "..." << end;
+        constexpr int Shown = 40;
+        const double small = Seconds(text(length / Factor));
+        const CString longText = text(length);
+        const double large = Seconds(longText);
+        EXPECT_LT(large, Allowed * small + SecondsOfDisturbance)
+            << longText.Left(Shown) << "..." << longText.Right(Shown);
     }
 
     static constexpr std::size_t MegaByte = 1 << 20;
@@ -576,6 +604,42 @@ TEST_F(DbSqlAnalyzerLongText, OfFields) {
 TEST_F(DbSqlAnalyzerLongText, OfTables) {
     ExpectLinear("select a from t", ",t", "", Less);
     EXPECT_GT(Tables().size(), Less / 4);
+}
+
+TEST_F(DbSqlAnalyzerLongText, OfFieldsAndTables) {
+    const auto twoLists = [](const char* field) {
+        return [=](std::size_t length) {
+            const CString fields = Repeated("select a", ",a", field, length / 2);
+            return Repeated(fields + " from t", ",t", "", length);
+        };
+    };
+    ExpectLinear(twoLists(""), Less);
+    EXPECT_GT(Fields().size(), Less / 8);
+    EXPECT_GT(Tables().size(), Less / 8);
+    ExpectLinear(twoLists(",x"), Less);
+}
+
+TEST_F(DbSqlAnalyzerLongText, OfDifferentFieldsAndOneTable) {
+    constexpr std::size_t BytesOfAName = 8;
+    DbFieldDescr field(nullptr, 0);
+    for (std::size_t i = 0; i < Less / BytesOfAName; ++i) {
+        CString name;
+        name.Format("f%06d", static_cast<int>(i));
+        field.SetName(name);
+        m_u->AppendField(field);
+    }
+    ExpectLinear(
+        [](std::size_t length) {
+            quillet::WideString text(OLESTR("select a"));
+            for (std::size_t i = 0; text.size() < length / 2; ++i) {
+                CString name;
+                name.Format(",f%06d", static_cast<int>(i));
+                text += name.View();
+            }
+            return Repeated(CString(quillet::WideView(text)) + " from u", ",u", "", length);
+        },
+        Less);
+    EXPECT_GT(Fields().size(), Less / (2 * BytesOfAName) - 2);
 }
 
 TEST_F(DbSqlAnalyzerLongText, OfConditions) {

@@ -11,6 +11,7 @@
 
 namespace {
 
+using quillet::JoinLines;
 using quillet::LowerOutsideQuotes;
 using quillet::SqlTokens;
 using quillet::WideString;
@@ -54,6 +55,12 @@ TEST(DbSqlText, WithoutBrackets_EachEndLosesOneOnItsOwn) {
     EXPECT_EQ(WithoutBrackets("["), "");
     EXPECT_EQ(WithoutBrackets("]"), "");
     EXPECT_EQ(WithoutBrackets(""), "");
+}
+
+TEST(DbSqlText, JoinLines_AlsoWithinQuotes) {
+    CString text = "a\r\nb\n'c\nd'\r";
+    JoinLines(text);
+    EXPECT_EQ(text, "a  b 'c d' ");
 }
 
 TEST(DbSqlText, WithoutQuotes_EachEndLosesOneOfAnyKind) {

@@ -623,6 +623,18 @@ TEST(DbTableDescr, Load_ElementWithoutChildren_IsTrue) {
     EXPECT_TRUE(descr.empty());
 }
 
+TEST(DbTableDescrFilters, TakeAllFilters_LeavesNone) {
+    DbTableDescr descr(nullptr);
+    descr.CreateField("a", false, DbFieldDescr::Long);
+    DbFilter* const first = descr.AddFilter("a", "=", "1");
+    DbFilter* const second = descr.AddFilter("a", "=", "2");
+    const auto taken = descr.TakeAllFilters();
+    ASSERT_EQ(taken.size(), 2U);
+    EXPECT_EQ(taken[0].get(), first);
+    EXPECT_EQ(taken[1].get(), second);
+    EXPECT_TRUE(descr.TakeAllFilters().empty());
+}
+
 TEST(DbTableDescr, Load_UnknownType_KeepsTheValuesAsText) {
     DbDatabase database;
     DbTableInfo* const info = database.CreateTable("T", DbTableInfo::Table);
@@ -643,6 +655,21 @@ TEST_F(ThreeFields, SaveAndLoad_Structure_ComesBack) {
         EXPECT_EQ(read[i].IsKey(), m_descr[i].IsKey());
         EXPECT_EQ(read[i].GetIndex(), m_descr[i].GetIndex());
     }
+}
+
+TEST(DbTableDescrFilters, TakeFilters_HandsOverThoseThatAreHere) {
+    DbTableDescr descr(nullptr);
+    descr.CreateField("a", false, DbFieldDescr::Long);
+    DbFilter* const first = descr.AddFilter("a", "=", "1");
+    DbFilter* const second = descr.AddFilter("a", "=", "2");
+    DbFilter* const third = descr.AddFilter("a", "=", "3");
+    const DbFilter foreign;
+    const auto taken = descr.TakeFilters({third, const_cast<DbFilter*>(&foreign), first, first});
+    ASSERT_EQ(taken.size(), 2U);
+    EXPECT_EQ(taken[0].get(), first) << "in the order in which they were made";
+    EXPECT_EQ(taken[1].get(), third);
+    EXPECT_TRUE(descr.TakeFilters({}).empty());
+    EXPECT_EQ(descr.TakeFilters({first, second, third}).size(), 1U);
 }
 
 }  // namespace

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <random>
+#include <vector>
 
+#include "CatalogHelpers.h"
 #include "TestHelpers.h"
 
 namespace {
@@ -158,6 +162,118 @@ TEST_F(TableEntry, IsQuerySync_RowDeletedThatHeldTheLatestStamp_IsSeen) {
     query.SetSyncStamp(m_data.GetChangeId());
     m_data.DeleteRow(1);
     EXPECT_FALSE(query.IsQuerySync());
+}
+
+TEST_F(TableEntry, IsQuerySync_CellReplacedByAnOlderOne_IsSeen) {
+    DbTableRow& row = m_data[0];
+    DbFieldValue* const cell = &row[uint64(0)];
+    auto* const younger = new DbFieldValue(&row, 0);
+    younger->SetValue(Long(5));
+    row.SetFieldValuePtr(0, younger);
+    DbTableInfo query = Query(&m_table);
+    query.SetSyncStamp(m_data.GetChangeId());
+    EXPECT_TRUE(query.IsQuerySync());
+    row.SetFieldValuePtr(0, cell);
+    delete younger;
+    EXPECT_LT(m_data.GetChangeId(), query.GetSyncStamp());
+    EXPECT_FALSE(query.IsQuerySync());
+}
+
+TEST_F(TableEntry, IsQuerySync_CounterThatTheHostSetsBack_HidesNoEdit) {
+    const StaticsGuard statics;
+    m_data[0].SetValue("a", Long(1));
+    DbTableInfo query = Query(&m_table);
+    query.SetSyncStamp(m_data.GetChangeId());
+    EXPECT_TRUE(query.IsQuerySync());
+    const std::int32_t counter = DbItem::m_changeCounter;
+    m_data[0].SetValue("a", Long(2));
+    DbItem::m_changeCounter = counter;
+    EXPECT_FALSE(query.IsQuerySync());
+    m_data.AddRow();
+    query.SetSyncStamp(m_data.GetChangeId());
+    EXPECT_TRUE(query.IsQuerySync());
+}
+
+TEST_F(TableEntry, IsQuerySync_BoundElsewhere_IsSeen) {
+    DbTableData other(nullptr, &m_descr);
+    other.AddRow();
+    m_data[0].SetValue("a", Long(2));
+    m_data[0].SetChanged();
+    DbTableInfo query = Query(&m_table);
+    query.SetSyncStamp(m_data.GetChangeId());
+    EXPECT_TRUE(query.IsQuerySync());
+    std::vector<uint64> order = {0};
+    m_data.Bind(other.GetRows(), order);
+    EXPECT_EQ(query.IsQuerySync(), query.GetSyncStamp() == m_data.GetChangeId());
+    EXPECT_FALSE(query.IsQuerySync());
+}
+
+// An item that comes and goes as the test likes.
+class LooseItem : public DbItem {
+public:
+    using DbItem::DbItem;
+};
+
+TEST_F(TableEntry, IsQuerySync_AfterAnything_ComparesWithGetChangeId) {
+    const StaticsGuard statics;
+    std::mt19937 random(7);
+    const auto below = [&](std::size_t count) { return random() % count; };
+    DbTableData lender(nullptr, &m_descr);
+    lender.AddRows(3);
+    DbTableInfo query = Query(&m_table);
+    std::vector<std::unique_ptr<LooseItem>> loose;
+    constexpr int Steps = 20000;
+    constexpr int Kinds = 14;
+    for (int step = 0; step < Steps; ++step) {
+        DbRows& rows = *m_data.GetRows();
+        DbTableRow* const row = rows.GetRow(static_cast<int>(below(rows.GetRowsCount() + 1)));
+        DbTableData& any = below(2) == 0 ? m_data : lender;
+        const auto kind = below(Kinds);
+        if (kind == 0) {
+            any.AddRow();
+        } else if (kind == 1) {
+            any.DeleteRow(below(any.size() + 1));
+        } else if (kind == 2) {
+            m_descr.CreateField("b", false, DbFieldDescr::Long);
+            any.Update(1, true);
+        } else if (kind == 3 && m_descr.DeleteField("b")) {
+            any.Update(1, false);
+        } else if (kind == 4 && below(20) == 0) {
+            any.Clear();
+        } else if (kind == 5 && below(20) == 0) {
+            std::vector<uint64> order = {1, 0, 2};
+            m_data.Bind(lender.GetRows(), order);
+        } else if (kind == 6) {
+            DbItem::m_changeCounter -= static_cast<std::int32_t>(below(4));
+        } else if (kind == 7 && !loose.empty()) {
+            loose.erase(loose.begin() + static_cast<std::ptrdiff_t>(below(loose.size())));
+        } else if (row == nullptr) {
+            m_data.SetChanged();
+        } else if (kind == 8) {
+            (*row)[uint64(0)].SetValue(Long(1));
+        } else if (kind == 9) {
+            row->SetChanged();
+        } else if (kind == 10 && !row->empty()) {
+            DbFieldValue* const old = &(*row)[uint64(0)];
+            row->SetFieldValuePtr(0, new DbFieldValue(row, 0));
+            delete old;
+        } else if (kind == 11) {
+            loose.push_back(std::make_unique<LooseItem>(below(2) == 0 ? row : nullptr));
+            loose.back()->SetChanged();
+        } else if (kind == 12 && !loose.empty()) {
+            *loose[below(loose.size())] = LooseItem(row);
+        } else if (kind == 13 && loose.size() > 1) {
+            auto child = std::make_unique<LooseItem>(loose.front().get());
+            child->SetChanged();
+            child.swap(loose.back());
+        }
+        ASSERT_EQ(query.IsQuerySync(), query.GetSyncStamp() == m_data.GetChangeId())
+            << "step " << step << ", kind " << kind;
+        if (below(2) == 0) {
+            query.SetSyncStamp(m_data.GetChangeId());
+            ASSERT_TRUE(query.IsQuerySync()) << "step " << step << ", kind " << kind;
+        }
+    }
 }
 
 TEST_F(TableEntry, IsQuerySync_QueryOverAQuery_GivesTheLowerOnesAnswer) {

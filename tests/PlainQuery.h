@@ -95,13 +95,17 @@ struct PlainValue {
     char m_type = '0';
     double m_number = 0;
     std::string m_text;
+    // Goes with copies; conditions and repetitions don't look at it.
+    bool m_isFlaggedNull = false;
 
     static PlainValue Number(char type, double number) { return {type, number, {}}; }
     static PlainValue Text(const std::string& text) { return {'t', 0, text}; }
 
     bool IsNull() const { return m_type == '0'; }
     // The same value of the same type, in the same case.
-    friend bool operator==(const PlainValue&, const PlainValue&) = default;
+    friend bool operator==(const PlainValue& left, const PlainValue& right) {
+        return left.m_type == right.m_type && left.m_number == right.m_number && left.m_text == right.m_text;
+    }
 };
 
 inline std::string PlainLower(std::string text) {
@@ -504,7 +508,7 @@ private:
         }
         bool same = m_fields.size() == source.m_fields.size();
         for (std::size_t i = 0; same && i < m_fields.size(); ++i) {
-            same = PlainLower(PlainTable::Unbracketed(m_fields[i])) == PlainLower(source.m_fields[i]);
+            same = PlainLower(m_fields[i]) == PlainLower(source.m_fields[i]);
         }
         return same || m_fields.front() == "*";
     }

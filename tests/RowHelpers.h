@@ -164,6 +164,7 @@ inline std::vector<Filling> AllFillings() {
         TextsOf("Hyphens", {'a', 'A', 'b', '-', '\''}, 4),
         TextsOf("Accents", {'a', 'e', 'E', 0xE9, 0xC9, 0xE4, 'o', 0xDF, 's', 'S', 0x17F, 0xE6}, 3),
         TextsOf("Marks", {'a', 'e', 'E', 0xE9, 0xC9, 0x301, 0x308, 0x323, 0x327}, 4),
+        TextsOf("VoicedMarks", {0x304B, 0x30AB, 0x3099, 0x309A, 0x30FC, 0x31C}, 3),
         TextsOf("WithoutWeight", {'a', 'A', 'b', 0xAD, 0x200B, 0x200D, 1}, 3),
         TextsOf("Zeros", {'a', 'A', 'b', 0, 0xAD}, 3),
         TextsOf("Greek", {0x3C3, 0x3C2, 0x3A3, 0x3B1, 0x391, 0xB5, 0x3BC}, 3),

@@ -3,6 +3,7 @@
 #include "Quillet/Db_DocumentReader.h"
 #include "Quillet/Db_DocumentWriter.h"
 #include "Quillet/Db_Exception.h"
+#include "Quillet/Db_JoinBuilder.h"
 #include "Quillet/Db_LazyReader.h"
 #include "Quillet/Db_Log.h"
 #include "Quillet/Db_QueryBuilder.h"
@@ -234,11 +235,23 @@ bool DbDatabase::Query(CString sql, CString& name) {
 }
 
 bool DbDatabase::AnalyzeSQL(CString sql, parser::QueryAnalysisParams* params) {
-    return params != nullptr && m_queries->Analyze(sql, *params);
+    return params != nullptr && params->clause != nullptr && m_queries->Analyze(sql, *params);
 }
 
 bool DbDatabase::VerifySQL(CString sql) {
     return m_queries->Verify(sql);
+}
+
+CString DbDatabase::inner_join(CString first, CString second, CString left, CString op, CString right) {
+    return quillet::JoinBuilder(*this, *m_registry, *m_log).Inner({first, second, left, op, right});
+}
+
+CString DbDatabase::right_join(CString first, CString second, CString left, CString op, CString right) {
+    return quillet::JoinBuilder(*this, *m_registry, *m_log).Right({first, second, left, op, right});
+}
+
+CString DbDatabase::left_join(CString, CString, CString, CString, CString) {
+    return {};
 }
 
 bool DbDatabase::CanUpdate() const {

@@ -104,14 +104,37 @@ public:
     // from whenever its data is asked for and when the database is saved; it is not saved itself. The rows of
     // "select *" are those of the table that was searched. A query that asks for a whole table, or is nothing
     // but its name, is answered by the table itself, and one that was asked before by the same query table.
-    // False, with lines in the log, for a text that can't be answered; name has no meaning then.
+    // False for a text that can't be answered, with lines in the log, but for brackets that don't match: no
+    // line gives that reason. name has no meaning then.
     bool Query(quillet::CString sql, quillet::CString& name);
     // Takes a query text apart. The conditions become filters of the first table's descriptor, where they
-    // stay until they are cleared there. False, with lines in the log, for a text that can't be answered, and
-    // for null.
+    // stay until they are cleared there. False, with lines in the log, for a text that can't be answered;
+    // without a line for null and for a record without a clause.
     bool AnalyzeSQL(quillet::CString sql, parser::QueryAnalysisParams* params);
     // Whether AnalyzeSQL succeeds. Its filters are removed then.
     bool VerifySQL(quillet::CString sql);
+
+    // Joins two tables: name of the first, name of the second, a field of the first, one of the operators <,
+    // <=, =, ==, >=, >, != and <>, and a field of the second, which must be of the same type. A row of the
+    // answer holds the cells of a row of the first table and those of a row of the second for which the
+    // comparison is true, as a condition of a query has it; rows come in the first table's order, then in the
+    // second's. A field whose name is taken gets its table's name and a dot before its own.
+    //
+    // The answer is a table of type query, whose name is returned: "first INNER JOIN second ON left operator
+    // right". It holds copies, does not follow its tables, and is filled anew by calling the join again; it
+    // goes with the first table. Equality takes linear time, another operator a comparison for each pair.
+    // Names may stand in square brackets; the answer's name has those of the fields, not of the tables.
+    // Empty, with a line in the log, for unknown tables or fields, for a condition that can't be, where
+    // another table has the answer's name, and where one of the tables is a query that stands on the answer.
+    quillet::CString inner_join(quillet::CString first, quillet::CString second, quillet::CString left,
+                                quillet::CString op, quillet::CString right);
+    // The same, "first RIGHT JOIN second ON left operator right", followed by the rows of the second table
+    // that match none: the fields of the first are null there.
+    quillet::CString right_join(quillet::CString first, quillet::CString second, quillet::CString left,
+                                quillet::CString op, quillet::CString right);
+    // Joins nothing; empty.
+    quillet::CString left_join(quillet::CString first, quillet::CString second, quillet::CString left,
+                               quillet::CString op, quillet::CString right);
 
     bool CanUpdate() const;
     bool IsOpen() const;
@@ -130,11 +153,13 @@ public:
     // Shows them in a message box.
     void ShowErrorLog();
 
+    // Names this object as long as it lives: whoever keeps a database that somebody else owns asks here.
+    std::weak_ptr<DbDatabase*> LifeToken() const { return m_life; }
+
 private:
     friend class DbSource;
     friend class quillet::DbCallUp;
 
-    std::weak_ptr<DbDatabase*> LifeToken() const { return m_life; }
     // Back to a database that has read nothing; the log is kept.
     void Clear();
     bool SaveXml(const quillet::CString& path);

@@ -4,159 +4,13 @@
 #include "Quillet/Db_Distinct.h"
 
 #include <algorithm>
-#include <bit>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <array>
 
-#include "Quillet/Db_Numbering.h"
-#include "platform/Collation.h"
+#include "Quillet/Db_EqualityClasses.h"
 
 namespace quillet {
 
 namespace {
-
-using platform::CollationKey;
-
-struct NumberKey {
-    std::uint64_t m_bits;
-    VARTYPE m_type;
-
-    friend bool operator==(const NumberKey&, const NumberKey&) = default;
-};
-
-struct HashNumberKey {
-    std::size_t operator()(const NumberKey& key) const {
-        return static_cast<std::size_t>(key.m_bits + key.m_type);
-    }
-};
-
-// Numbers that compare equal have equal bits.
-std::uint64_t BitsOf(double number) {
-    return std::bit_cast<std::uint64_t>(number == 0 ? 0.0 : number);
-}
-
-std::uint64_t BitsOf(LONGLONG number) {
-    return static_cast<std::uint64_t>(number);
-}
-
-// The key of a number that compares by its value; none for what is no number.
-std::optional<NumberKey> KeyOfNumber(const CComVariant& value) {
-    switch (value.vt) {
-        case VT_I2:
-            return NumberKey{BitsOf(LONGLONG{value.iVal}), value.vt};
-        case VT_I4:
-            return NumberKey{BitsOf(LONGLONG{value.lVal}), value.vt};
-        case VT_I8:
-            return NumberKey{BitsOf(LONGLONG{value.llVal}), value.vt};
-        case VT_UI1:
-            return NumberKey{BitsOf(LONGLONG{value.bVal}), value.vt};
-        case VT_BOOL:
-            return NumberKey{BitsOf(LONGLONG{value.boolVal}), value.vt};
-        case VT_R4:
-            return value.fltVal == value.fltVal
-                       ? std::optional(NumberKey{BitsOf(double{value.fltVal}), value.vt})
-                       : std::nullopt;
-        case VT_R8:
-        case VT_DATE:
-            return value.dblVal == value.dblVal ? std::optional(NumberKey{BitsOf(value.dblVal), value.vt})
-                                                : std::nullopt;
-        default:
-            return std::nullopt;
-    }
-}
-
-// The classes of one field's values, handed out while the values come.
-class Classes {
-public:
-    // In place of a class: the value may equal values of any class.
-    static constexpr std::uint32_t Any = UINT32_MAX;
-
-    std::uint32_t ClassOf(const CComVariant& value) {
-        switch (value.vt) {
-            case VT_EMPTY:
-                return OneClass(m_empty);
-            case VT_NULL:
-                return OneClass(m_null);
-            case VT_BSTR:
-                return ClassOfText(value.Text());
-            default:
-                break;
-        }
-        if (const auto key = KeyOfNumber(value)) {
-            return Mapped(m_ofNumber, m_numbers.NumberOf(*key), [this] { return NewClass(); });
-        }
-        // What does not equal itself equals nothing.
-        const CComVariant& itself = value;
-        return value == itself ? AnyClass() : NewClass();
-    }
-
-    std::size_t Count() const { return m_isLoose.size(); }
-    // Whether equal values, and only they, share a class. This and the next are known once all values came.
-    bool AreSure() const { return m_areSure; }
-    // Whether the class may hold values that differ.
-    bool IsLoose(std::uint32_t number) const { return m_isLoose[number]; }
-
-private:
-    std::uint32_t NewClass() {
-        m_isLoose.push_back(false);
-        return static_cast<std::uint32_t>(m_isLoose.size() - 1);
-    }
-
-    std::uint32_t AnyClass() {
-        m_areSure = false;
-        return Any;
-    }
-
-    std::uint32_t OneClass(std::optional<std::uint32_t>& number) {
-        if (!number) {
-            number = NewClass();
-        }
-        return *number;
-    }
-
-    // The entry at the index, which is made when it is the first beyond the end.
-    template <typename Make>
-    static std::uint32_t Mapped(std::vector<std::uint32_t>& classes, std::uint32_t index, Make make) {
-        if (index == classes.size()) {
-            const std::uint32_t made = make();
-            classes.push_back(made);
-        }
-        return classes[index];
-    }
-
-    std::uint32_t ClassOfText(WideView text) {
-        const std::string_view bytes(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR));
-        return Mapped(m_ofText, m_texts.NumberOf(bytes), [&] { return ClassOfNewText(text); });
-    }
-
-    std::uint32_t ClassOfNewText(WideView text) {
-        m_key.clear();
-        const CollationKey kind = platform::AppendCollationKey(text, m_key);
-        if (kind == CollationKey::None) {
-            return AnyClass();
-        }
-        const auto found = m_keys.NumberOf(m_key);
-        const std::uint32_t number = Mapped(m_ofKey, found, [this] { return NewClass(); });
-        if (kind == CollationKey::Equality) {
-            m_isLoose[number] = true;
-            m_areSure = false;
-        }
-        return number;
-    }
-
-    std::vector<bool> m_isLoose;
-    bool m_areSure = true;
-    std::optional<std::uint32_t> m_empty;
-    std::optional<std::uint32_t> m_null;
-    Numbering<NumberKey, HashNumberKey> m_numbers;
-    std::vector<std::uint32_t> m_ofNumber;
-    Numbering<std::string_view> m_texts;
-    std::vector<std::uint32_t> m_ofText;
-    Numbering<std::string> m_keys;
-    std::vector<std::uint32_t> m_ofKey;
-    std::string m_key;
-};
 
 // What is known of the rows: equal rows of whose classes we are sure are in one group, and such a group holds
 // only equal rows.
@@ -175,9 +29,9 @@ struct Groups {
     std::size_t m_count = 1;
 };
 
-void Distrust(Groups& groups, const Classes& classes, const std::vector<std::uint32_t>& ofRow) {
+void Distrust(Groups& groups, const EqualityClasses& classes, const std::vector<std::uint32_t>& ofRow) {
     for (std::size_t row = 0; row < ofRow.size(); ++row) {
-        if (ofRow[row] == Classes::Any) {
+        if (ofRow[row] == EqualityClasses::Any) {
             groups.m_trust[row] = Groups::Trust::Nowhere;
         } else if (classes.IsLoose(ofRow[row])) {
             groups.m_trust[row] = std::max(groups.m_trust[row], Groups::Trust::NotInside);
@@ -198,11 +52,20 @@ void Divide(Groups& groups, const std::vector<std::uint32_t>& ofRow) {
 Groups GroupsOf(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
     Groups groups{std::vector<std::uint32_t>(rows.size()), std::vector<Groups::Trust>(rows.size())};
     std::vector<std::uint32_t> ofRow(rows.size());
+    // The values of some rows at a time are looked up before one is classed, so that the memory which holds
+    // them is on its way for all of them at once.
+    constexpr std::size_t RowsAtATime = 64;
+    std::array<const CComVariant*, RowsAtATime> values = {};
     for (const uint64 field : fields) {
-        Classes classes;
-        std::transform(rows.begin(), rows.end(), ofRow.begin(), [&](const DbTableRow* row) {
-            return classes.ClassOf(row->GetField(field).GetVariant());
-        });
+        EqualityClasses classes;
+        for (std::size_t first = 0; first < rows.size(); first += RowsAtATime) {
+            const auto some = rows.subspan(first, std::min(RowsAtATime, rows.size() - first));
+            const auto end =
+                std::transform(some.begin(), some.end(), values.begin(),
+                               [&](const DbTableRow* row) { return &row->GetField(field).GetVariant(); });
+            std::transform(values.begin(), end, ofRow.begin() + static_cast<std::ptrdiff_t>(first),
+                           [&](const CComVariant* value) { return classes.ClassOf(*value); });
+        }
         if (!classes.AreSure()) {
             Distrust(groups, classes, ofRow);
             Divide(groups, ofRow);

@@ -1,7 +1,6 @@
 #include "Quillet/Db_Filter.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -14,39 +13,6 @@ using quillet::CString;
 using quillet::WideString;
 
 namespace {
-
-template <HRESULT Wanted>
-bool Is(const CComVariant& left, const CComVariant& right) {
-    return quillet::Order(left, right) == Wanted;
-}
-
-// Values of two types may be less or greater than each other, but never equal.
-template <HRESULT Wanted>
-bool IsOrEqual(const CComVariant& left, const CComVariant& right) {
-    const HRESULT order = quillet::Order(left, right);
-    return order == Wanted || (left.vt == right.vt && (order == VARCMP_EQ || left.vt == VT_NULL));
-}
-
-bool Equal(const CComVariant& left, const CComVariant& right) {
-    return left == right;
-}
-
-// What has no text is equal to nothing, but null to null.
-bool EqualTexts(const CComVariant& left, const CComVariant& right) {
-    if (left.vt == VT_BSTR) {
-        return quillet::EqualIgnoringCase(left, right);
-    }
-    if (left.vt == VT_NULL) {
-        return right.vt == VT_NULL;
-    }
-    CComVariant text = left;
-    return SUCCEEDED(text.ChangeType(VT_BSTR)) && quillet::EqualIgnoringCase(text, right);
-}
-
-// Whether case counts is not up to the fields here, as it is for equality, but to the value on the left.
-bool NotEqual(const CComVariant& left, const CComVariant& right) {
-    return !quillet::EqualIgnoringCase(left, right);
-}
 
 bool IsReal(VARTYPE type) {
     return type == VT_R4 || type == VT_R8;
@@ -88,7 +54,7 @@ DbFilter::~DbFilter() = default;
 std::unique_ptr<DbFilter> DbFilter::Create(const Operand& left, const CString& op, const Operand& right) {
     const Operand& field = left.IsField() ? left : right;
     const Operand& other = left.IsField() ? right : left;
-    const Comparison comparison = ComparisonOf(op, field.m_type == VT_BSTR);
+    const quillet::Comparison comparison = quillet::ComparisonOf(op, field.m_type == VT_BSTR);
     if (comparison == nullptr || !field.IsField() || field.m_type == VT_EMPTY) {
         return nullptr;
     }
@@ -105,29 +71,6 @@ std::unique_ptr<DbFilter> DbFilter::Create(const Operand& left, const CString& o
     }
     (left.IsField() ? filter->m_rightValue : filter->m_leftValue) = *std::move(literal);
     return filter;
-}
-
-DbFilter::Comparison DbFilter::ComparisonOf(const CString& op, bool texts) {
-    static constexpr struct {
-        const char* m_operator;
-        Comparison m_ofValues;
-        Comparison m_ofTexts;
-    } Comparisons[] = {
-        {"<", Is<VARCMP_LT>, Is<VARCMP_LT>},
-        {"<=", IsOrEqual<VARCMP_LT>, IsOrEqual<VARCMP_LT>},
-        {"=", Equal, EqualTexts},
-        {"==", Equal, EqualTexts},
-        {">=", IsOrEqual<VARCMP_GT>, IsOrEqual<VARCMP_GT>},
-        {">", Is<VARCMP_GT>, Is<VARCMP_GT>},
-        {"!=", NotEqual, NotEqual},
-        {"<>", NotEqual, NotEqual},
-    };
-    const auto* const found = std::find_if(std::begin(Comparisons), std::end(Comparisons),
-                                           [&](const auto& row) { return op == row.m_operator; });
-    if (found == std::end(Comparisons)) {
-        return nullptr;
-    }
-    return texts ? found->m_ofTexts : found->m_ofValues;
 }
 
 void DbFilter::Evaluate(const DbTableRow& row) {

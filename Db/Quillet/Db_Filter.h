@@ -4,9 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "Quillet/Db_Comparison.h"
 #include "Quillet/clv/element.h"
-#include "base/CComVariant.h"
-#include "base/CString.h"
 
 class DbTableRow;
 
@@ -49,14 +48,11 @@ public:
     void EvalValOpRef(const DbTableRow& row);
 
 private:
-    using Comparison = bool (*)(const quillet::CComVariant& left, const quillet::CComVariant& right);
-
-    static Comparison ComparisonOf(const quillet::CString& op, bool texts);
     void Keep(const quillet::CComVariant* left, const quillet::CComVariant* right);
 
     quillet::CComVariant m_leftValue;
     quillet::CComVariant m_rightValue;
     std::int32_t m_leftIndex = -1;
     std::int32_t m_rightIndex = -1;
-    Comparison m_comparison = nullptr;
+    quillet::Comparison m_comparison = nullptr;
 };

@@ -90,6 +90,13 @@ void ChildList::KeepIf(Predicate predicate) {
 
 std::int32_t DbItem::m_changeCounter = 0;
 
+namespace {
+
+// Apart from the counter of stamps, which a host may set to any number.
+std::uint64_t g_stampMoves = 0;
+
+}  // namespace
+
 DbItem::DbItem(DbItem* parent) : m_parent(reinterpret_cast<std::uintptr_t>(parent)) {
     if (parent != nullptr) {
         parent->AddChild(this);
@@ -106,6 +113,7 @@ DbItem& DbItem::operator=(const DbItem& other) {
     if (this == &other) {
         return *this;
     }
+    ++g_stampMoves;
     m_changeId = other.m_changeId;
     m_syncId = other.m_syncId;
     if (ParentPointer() != other.ParentPointer()) {
@@ -142,6 +150,7 @@ void DbItem::SetChanged() {
     // Past the largest count the stamps start anew from the smallest, without undefined behaviour.
     m_changeCounter = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_changeCounter) + 1U);
     m_changeId = m_changeCounter;
+    ++g_stampMoves;
 }
 
 void DbItem::Sync() {
@@ -176,11 +185,30 @@ uint64 DbItem::CalcSize() {
     return size;
 }
 
+std::uint64_t DbItem::StampMoves() {
+    return g_stampMoves;
+}
+
+void DbItem::NoteMove(const DbItem* child) const {
+    // A stamp that is not above the parent's own is never the latest below the parent.
+    if (child != nullptr && (child->m_changeId > m_changeId || child->HasChildren())) {
+        ++g_stampMoves;
+    }
+}
+
+void DbItem::NoteChildrenGo() const {
+    if (HasChildren()) {
+        ++g_stampMoves;
+    }
+}
+
 void DbItem::AddChild(DbItem* child) {
+    NoteMove(child);
     m_children.Append(child);
 }
 
 void DbItem::RemoveChild(DbItem* child) {
+    NoteMove(child);
     m_children.Remove(child);
     if (child != nullptr && child->LiveParent() == this) {
         child->Unlist();
@@ -192,6 +220,7 @@ void DbItem::ReleaseChildren() {
 }
 
 void DbItem::ReleaseChildrenOutside(const void* begin, const void* end) {
+    NoteChildrenGo();
     for (DbItem** child = m_children.OwnBegin(); child != m_children.end(); ++child) {
         const void* const place = *child;
         if ((place < begin || place >= end) && (*child)->LiveParent() == this) {
@@ -202,5 +231,6 @@ void DbItem::ReleaseChildrenOutside(const void* begin, const void* end) {
 }
 
 void DbItem::DropUnlisted() {
+    NoteChildrenGo();
     m_children.KeepIf([this](const DbItem* child) { return child->LiveParent() == this; });
 }

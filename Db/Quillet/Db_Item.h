@@ -119,12 +119,18 @@ protected:
     // For owners of many children: makes room for them, and lets go of all of them before they are deleted,
     // so that none is searched for.
     void ReserveChildren(std::size_t count) { m_children.Reserve(count); }
-    void PlaceChildren(void* memory, std::size_t capacity) { m_children.UseMemory(memory, capacity); }
+    void PlaceChildren(void* memory, std::size_t capacity) {
+        NoteChildrenGo();
+        m_children.UseMemory(memory, capacity);
+    }
     void ReleaseChildren();
     // The same for an owner that destroys those of its children that stand in its own memory, [begin, end),
     // next.
     void ReleaseChildrenOutside(const void* begin, const void* end);
     bool HasChildren() const { return !m_children.IsEmpty(); }
+    // Grows with everything in the process that may change what GetChangeId says, other than an override of
+    // it: stamps, and items with stamps that come and go.
+    static std::uint64_t StampMoves();
     // Lets go of the children among the items of a range, in one pass over the list.
     template <typename Iterator>
     void ReleaseChildren(Iterator first, Iterator last) {
@@ -143,6 +149,9 @@ private:
     DbItem* ParentPointer() const { return reinterpret_cast<DbItem*>(m_parent & ~ListedBit); }
     void Unlist() { m_parent &= ~ListedBit; }
     void DropUnlisted();
+    // To be called before a child comes or goes, and before all of them go.
+    void NoteMove(const DbItem* child) const;
+    void NoteChildrenGo() const;
     // Whether the item is this one or stands below it.
     bool Reaches(const DbItem* item) const;
 

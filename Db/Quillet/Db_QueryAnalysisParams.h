@@ -13,6 +13,10 @@ class DbFilter;
 namespace parser {
 
 // Filled by DbDatabase::AnalyzeSQL. Names and keywords are lowered, quoted texts keep their quotation marks.
+//
+// A record is for one text: what is read is put behind what the record holds, so one that was filled before
+// is no record of the next text. Whoever has conditions alone prepares a new record to begin behind WHERE:
+// state Where, the field "*", and the table.
 struct QUILLET_API QueryAnalysisParams {
     // What the next token belongs to. ByExpected: ORDER was read, but not BY.
     enum eState : std::int32_t {
@@ -30,7 +34,7 @@ struct QUILLET_API QueryAnalysisParams {
     QueryAnalysisParams& operator=(const QueryAnalysisParams&) = delete;
     virtual ~QueryAnalysisParams();
 
-    // Owned. Its leaves are the filters.
+    // Owned. Its leaves are the filters. A record without one is not filled.
     std::unique_ptr<clv::clause> clause;
     // The SELECT list as written; "*" for all fields.
     std::vector<quillet::CString> fields;

@@ -31,8 +31,9 @@ bool IsWholeTable(const Params& params, const DbTableDescr& source) {
     if (SelectsAll(params)) {
         return true;
     }
+    // Names in brackets are other names here.
     const auto same = [](const CString& name, const DbFieldDescr* field) {
-        return WithoutBrackets(name).CompareNoCase(field->GetName()) == 0;
+        return name.CompareNoCase(field->GetName()) == 0;
     };
     return std::equal(params.fields.begin(), params.fields.end(), source.begin(), source.end(), same);
 }
@@ -73,39 +74,32 @@ void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
 // Appends a row for each position, with copies of its cells.
 void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::vector<uint64>& fields,
                DbRows& to) {
+    // The cells of some rows at a time are looked up before one is copied, so that the memory which holds
+    // them is on its way for all of them at once.
+    constexpr std::size_t RowsAtATime = 64;
+    std::vector<const DbFieldValue*> cells(RowsAtATime * fields.size());
     to.AddRows(positions.size(), false);
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        const DbTableRow& source = *from.GetRow(static_cast<int>(positions[i]));
-        DbTableRow& row = *to.GetRow(static_cast<int>(i));
-        for (std::size_t field = 0; field < fields.size(); ++field) {
-            row[field] = source[fields[field]];
+    for (std::size_t first = 0; first < positions.size(); first += RowsAtATime) {
+        const std::size_t end = std::min(first + RowsAtATime, positions.size());
+        auto found = cells.begin();
+        for (std::size_t i = first; i < end; ++i) {
+            const DbTableRow& row = *from.GetRow(static_cast<int>(positions[i]));
+            found = std::transform(fields.begin(), fields.end(), found,
+                                   [&](uint64 field) { return &row[field]; });
+        }
+        auto cell = cells.cbegin();
+        for (std::size_t i = first; i < end; ++i) {
+            DbTableRow& row = *to.GetRow(static_cast<int>(i));
+            for (std::size_t field = 0; field < fields.size(); ++field) {
+                row[field] = **cell++;
+            }
         }
     }
 }
 
-bool StandsOnAnother(const DbTableInfo& entry) {
-    return entry.GetType() == DbTableInfo::Query && entry.GetRelated() != nullptr;
-}
-
-// Whether the source is the answer, stands on it, or shares structure or contents with it.
-bool StandsOn(const DbTableInfo& source, const DbTableInfo& answer) {
-    const DbTableInfo* entry = &source;
-    while (entry->GetDescr() != answer.GetDescr() && entry->GetData() != answer.GetData()) {
-        if (!StandsOnAnother(*entry)) {
-            return false;
-        }
-        entry = entry->GetRelated();
-    }
-    return true;
-}
-
-// Whether the rows are those that the query would give now: nothing happened to its source since, nor to the
-// table below a source that is a query.
-bool IsInStep(const DbTableInfo& query) {
-    const DbTableInfo* const source = query.GetRelated();
-    const bool follows = source == nullptr || source->GetData() == nullptr ||
-                         query.GetSyncStamp() == source->GetData()->GetChangeId();
-    return follows && (source == nullptr || source->GetType() != DbTableInfo::Query || query.IsQuerySync());
+// Whether the entry's rows are computed from another's and are to be what they would be now.
+bool Follows(const DbTableInfo& entry) {
+    return entry.GetType() == DbTableInfo::Query && entry.GetRelated() != nullptr && !entry.IsJoin();
 }
 
 // Appends the fields at the positions, and drops the positions of those whose name is taken.
@@ -152,10 +146,14 @@ bool QueryBuilder::Verify(const CString& sql) {
 void QueryBuilder::Refresh(DbTableInfo& info) {
     const Call call(*this);
     for (DbTableInfo* const query : QueriesUpTo(info)) {
-        if (m_refreshed.insert(query).second && !IsInStep(*query)) {
+        if (!m_refreshed.emplace(query, nullptr).second) {
+            continue;
+        }
+        if (!IsInStep(*query)) {
             CString name;
             Ask(query->GetSql(), query, name);
         }
+        m_refreshed[query] = &LowestOf(*query);
     }
 }
 
@@ -166,13 +164,26 @@ void QueryBuilder::RefreshAll() {
     }
 }
 
-std::vector<DbTableInfo*> QueryBuilder::QueriesUpTo(DbTableInfo& info) {
+std::vector<DbTableInfo*> QueryBuilder::QueriesUpTo(DbTableInfo& info) const {
     std::vector<DbTableInfo*> queries;
-    for (DbTableInfo* query = &info; StandsOnAnother(*query); query = query->GetRelated()) {
+    for (DbTableInfo* query = &info; Follows(*query) && m_refreshed.count(query) == 0;
+         query = query->GetRelated()) {
         queries.push_back(query);
     }
     std::reverse(queries.begin(), queries.end());
     return queries;
+}
+
+const DbTableInfo& QueryBuilder::LowestOf(const DbTableInfo& query) const {
+    const auto source = m_refreshed.find(query.GetRelated());
+    return source == m_refreshed.end() || source->second == nullptr ? query.LowestQuery() : *source->second;
+}
+
+bool QueryBuilder::IsInStep(const DbTableInfo& query) const {
+    const DbTableInfo* const source = query.GetRelated();
+    const bool follows = source == nullptr || source->GetData() == nullptr ||
+                         query.GetSyncStamp() == source->GetData()->LatestStamp();
+    return follows && (source == nullptr || !Follows(*source) || LowestOf(query).IsQuerySync());
 }
 
 bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
@@ -181,8 +192,7 @@ bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
     const Call call(*this);
     name = NextName();
     CString text = sql;
-    text.Replace("\r", " ");
-    text.Replace("\n", " ");
+    JoinLines(text);
     LowerOutsideQuotes(text);
     if (text.Find("select") < 0) {
         return FindTable(WithoutBrackets(text), name);
@@ -194,6 +204,10 @@ bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
     const double start = platform::CounterSeconds();
     Params params;
     if (!Analyze(text, params) || !Answer(sql, params, answer, name)) {
+        if (answer != nullptr) {
+            // Nobody asked for this text now, and it is tried again each time.
+            RemoveFilters(params);
+        }
         return false;
     }
     RemoveFilters(params);
@@ -225,23 +239,16 @@ bool QueryBuilder::FindTable(const CString& text, CString& name) {
     return true;
 }
 
-DbTableInfo* QueryBuilder::FindAnswer(const CString& sql) {
-    for (auto& [key, entry] : m_registry.All()) {
-        if (entry.GetType() == DbTableInfo::Query && entry.GetSql() == sql) {
-            return &entry;
-        }
-    }
-    return nullptr;
-}
-
 bool QueryBuilder::Answer(const CString& sql, const Params& params, DbTableInfo* answer, CString& name) {
     DbTableInfo& source = *m_registry.Find(params.tables.front());
     const bool isRefresh = answer != nullptr;
     if (!isRefresh) {
-        answer = FindAnswer(sql);
+        answer = m_registry.FindQuery(sql);
     }
     if (answer != nullptr) {
-        if (StandsOn(source, *answer)) {
+        // A source that it stands on already does not stand on it, unless they share what they hold.
+        const bool mayBeBelow = answer->GetRelated() != &source || m_registry.IsShared(*answer);
+        if (mayBeBelow && source.StandsOn(*answer)) {
             LogCycle(sql);
             return false;
         }
@@ -280,6 +287,7 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
 
     m_reader.ReadUntil(source.GetData());
     DbRows& rows = *source.GetData()->GetRows();
+    const long stamp = source.GetData()->LatestStamp();
     std::vector<uint64> found = FindRows(params, descr, rows);
     if (!order.empty()) {
         Pick(OrderOfRows(RowsAt(rows, found), order), found);
@@ -291,11 +299,11 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
         Pick(DistinctRows(RowsAt(rows, found), fields), found);
     }
 
+    const bool isStampKnown = source.GetData()->IsLatestStampKnown();
     if (answer == nullptr) {
         answer = m_registry.Create(name, DbTableInfo::Query, sql, &source);
     } else {
-        answer->Clear();
-        m_registry.Relate(*answer, source);
+        m_registry.Renew(*answer, source);
     }
     DbTableData& data = *answer->GetData();
     if (SelectsAll(params)) {
@@ -311,7 +319,10 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
         CopyFields(descr, fields, *answer->GetDescr());
         CopyCells(rows, found, fields, *data.GetRows());
     }
-    answer->SetSyncStamp(source.GetData()->GetChangeId());
+    if (isStampKnown) {
+        source.GetData()->ConfirmLatestStamp();
+    }
+    answer->SetSyncStamp(stamp);
     // An answer is no change of the catalog.
     answer->GetDescr()->Sync();
     data.Sync();
@@ -320,6 +331,7 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
 
 bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& names,
                               const DbTableDescr& descr, std::vector<uint64>& fields) {
+    std::vector<bool> isFound(descr.size());
     for (const CString& name : names) {
         const int field = descr.GetFieldIndex(name);
         if (field < 0) {
@@ -327,14 +339,21 @@ bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& 
                         params.tables.front().ToUtf8().c_str());
             return false;
         }
-        fields.push_back(static_cast<uint64>(field));
+        const auto position = static_cast<std::size_t>(field);
+        if (!isFound[position]) {
+            isFound[position] = true;
+            fields.push_back(position);
+        }
     }
     return true;
 }
 
 void QueryBuilder::RemoveFilters(const Params& params) {
+    if (params.filters.empty()) {
+        return;
+    }
     if (const DbTableInfo* const source = m_registry.Find(params.tables.front())) {
-        source->GetDescr()->RemoveFilters(params.filters);
+        source->GetDescr()->TakeFilters(params.filters);
     }
 }
 

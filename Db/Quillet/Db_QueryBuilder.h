@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "Quillet/Db_QueryAnalysisParams.h"
@@ -35,21 +35,24 @@ public:
 private:
     class Call;
 
-    // The queries that the entry stands on and the entry itself, the lowest first.
-    static std::vector<DbTableInfo*> QueriesUpTo(DbTableInfo& info);
+    // The entry and the queries that it stands on, down to one that is in m_refreshed; the lowest first.
+    std::vector<DbTableInfo*> QueriesUpTo(DbTableInfo& info) const;
+    // The lowest of the queries that a query stands on, or it itself.
+    const DbTableInfo& LowestOf(const DbTableInfo& query) const;
+    // Whether the rows are those that the query would give now: nothing happened to its source since, nor to
+    // the table below a source that is a query.
+    bool IsInStep(const DbTableInfo& query) const;
 
     // Fills the given query table, or finds out which table answers.
     bool Ask(const CString& sql, DbTableInfo* answer, CString& name);
     static CString NextName();
     void LogCycle(const CString& sql);
     bool FindTable(const CString& text, CString& name);
-    // The query table that was made for the text; null where there is none.
-    DbTableInfo* FindAnswer(const CString& sql);
     bool Answer(const CString& sql, const parser::QueryAnalysisParams& params, DbTableInfo* answer,
                 CString& name);
     bool Build(const CString& sql, const parser::QueryAnalysisParams& params, DbTableInfo& source,
                DbTableInfo* answer, const CString& name);
-    // False, with a line in the log, where a name is no field.
+    // The positions of the fields, each once. False, with a line in the log, where a name is no field.
     bool FindFields(const parser::QueryAnalysisParams& params, const std::vector<CString>& names,
                     const DbTableDescr& descr, std::vector<uint64>& fields);
     // Deletes the filters of an analysis.
@@ -61,9 +64,11 @@ private:
     DbLog& m_log;
     // How many calls stand in each other.
     std::size_t m_depth = 0;
-    // What the outermost call has brought up to date, or tried to. It stays as it is until that call is over:
-    // neither an analysis loses its filters, nor does a query that can't be answered cost more than one try.
-    std::unordered_set<const DbTableInfo*> m_refreshed;
+    // What the outermost call has brought up to date, or tried to, and the lowest query that each stands on;
+    // null while it is being tried. Where an entry is here, so are the queries below it. They stay as they
+    // are until that call is over: neither does the structure of an analysis change, nor does a query that
+    // can't be answered cost more than one try.
+    std::unordered_map<const DbTableInfo*, const DbTableInfo*> m_refreshed;
 };
 
 }  // namespace quillet

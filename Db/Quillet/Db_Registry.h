@@ -1,7 +1,9 @@
 // Which tables a database has: by name, and by index in the order of creation.
 #pragma once
 
+#include <cstddef>
 #include <map>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -30,20 +32,27 @@ public:
                         const CString& sql, DbTableInfo* related);
     DbTableInfo* Create(const CString& name, DbTableInfo::eType type, const CString& sql,
                         DbTableInfo* related);
+    // A query whose text is its name, and that follows nothing.
+    DbTableInfo* CreateJoin(const CString& name, DbTableInfo& first);
 
-    // Deletes the entry's structure and contents and the entry; later tables move up.
-    void Delete(DbTableInfo* info);
-    // Deletes every entry that stands on the named one, then that one.
+    // Deletes every entry that stands on the named one, and that one, with structure and contents; later
+    // tables move up.
     void DeleteWithRelated(const CString& name);
     void Clear();
     // See DbDatabase::RenameTable.
     void Rename(const CString& oldName, const CString& newName);
 
-    // From now on the query stands on the other entry.
-    void Relate(DbTableInfo& query, DbTableInfo& source) { query.SetRelated(&source); }
+    // Empties a query that is to be filled anew, from the source on which it stands from now on. The filters
+    // of its structure stay: whoever made them may hold them.
+    static void Renew(DbTableInfo& query, DbTableInfo& source);
 
     DbTableInfo* Find(const CString& name);
     DbTableInfo* Find(const DbTableData* data);
+    // The query that has the text and is no join; of several the one whose lowered name comes first. Null
+    // where there is none.
+    DbTableInfo* FindQuery(const CString& sql);
+    // Whether another table has the same structure or contents.
+    bool IsShared(const DbTableInfo& info) const;
 
     std::size_t Count() const { return m_descrs.size(); }
     // The positions must be below Count.
@@ -56,6 +65,16 @@ public:
     std::vector<DbTableData*> DataOf(const DbTableDescr& descr) const;
 
 private:
+    // Structure and contents of a table that comes; one that goes leaves what nobody uses any more.
+    void Use(DbTableDescr* descr, DbTableData* data);
+    void Drop(std::size_t index);
+    // Whether nobody uses the object any more.
+    bool DropUse(const void* object);
+    std::size_t UsesOf(const void* object) const;
+    void AddText(Entries::iterator query);
+    void RemoveText(Entries::iterator query);
+    std::size_t IndexOf(const DbTableInfo& info) const;
+    std::vector<DbTableInfo*> StandingOn(DbTableInfo& doomed);
     void Renumber();
 
     DbDatabase& m_owner;
@@ -64,6 +83,12 @@ private:
     std::vector<std::pair<CString, DbTableDescr*>> m_descrs;
     std::vector<std::pair<CString, DbTableData*>> m_data;
     Entries m_entries;
+    // How many tables use each structure and each contents.
+    std::unordered_map<const void*, std::size_t> m_uses;
+    // The contents that follow each structure, one for each table, in the order of creation.
+    std::unordered_map<const DbTableDescr*, std::vector<DbTableData*>> m_followers;
+    // The queries of each text, but joins, by their lowered names.
+    std::unordered_map<CString, std::map<CString, DbTableInfo*>> m_queries;
 };
 
 }  // namespace quillet

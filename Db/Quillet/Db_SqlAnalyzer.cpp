@@ -121,14 +121,23 @@ void SqlAnalyzer::TakeTable(const CString& name) {
     }
     // A query that is answered again may have other fields then.
     m_queries.Refresh(*info);
-    const DbTableDescr& descr = *info->GetDescr();
-    if (m_params.fields.size() == 1 && m_params.fields[0] == "*") {
-        return;
+    if (m_params.fields.size() != 1 || m_params.fields[0] != "*") {
+        CheckFields(*info->GetDescr());
     }
-    const auto unknown = std::find_if(m_params.fields.begin(), m_params.fields.end(),
-                                      [&](const CString& field) { return !descr.IsField(field); });
-    if (unknown != m_params.fields.end()) {
-        FailField(*unknown);
+}
+
+// The same names and tables may come many times; each name is looked up once in each structure.
+void SqlAnalyzer::CheckFields(const DbTableDescr& descr) {
+    for (; m_fieldsTaken < m_params.fields.size(); ++m_fieldsTaken) {
+        m_fields.NumberOf(m_params.fields[m_fieldsTaken]);
+    }
+    const std::vector<CString>& fields = m_fields.Keys();
+    std::size_t& found = m_fieldsFound[&descr];
+    while (found < fields.size() && descr.IsField(fields[found])) {
+        ++found;
+    }
+    if (found < fields.size()) {
+        FailField(fields[found]);
     }
 }
 

@@ -1,6 +1,10 @@
 // Reads a query text.
 #pragma once
 
+#include <cstddef>
+#include <unordered_map>
+
+#include "Quillet/Db_Numbering.h"
 #include "Quillet/Db_QueryAnalysisParams.h"
 
 class DbDatabase;
@@ -26,6 +30,7 @@ private:
     bool Take(WideView text);
     bool TakeKeyword(WideView token);
     void TakeTable(const CString& name);
+    void CheckFields(const DbTableDescr& descr);
     void TakeCondition(const CString& token);
     void AddCondition();
     void TakeOrder(const CString& token);
@@ -40,6 +45,11 @@ private:
     QueryBuilder& m_queries;
     DbLog& m_log;
     parser::QueryAnalysisParams& m_params;
+    // The different names of the SELECT list, and how many of its names they were taken from.
+    Numbering<CString> m_fields;
+    std::size_t m_fieldsTaken = 0;
+    // How many of the different names, from the first on, each structure was found to have.
+    std::unordered_map<const DbTableDescr*, std::size_t> m_fieldsFound;
     bool m_failed = false;
 };
 

@@ -46,6 +46,11 @@ CString WithoutQuotes(const CString& text) {
     return CString(view);
 }
 
+void JoinLines(CString& text) {
+    text.Replace("\r", " ");
+    text.Replace("\n", " ");
+}
+
 void LowerOutsideQuotes(CString& text) {
     const WideString source(text.View());
     CString result;

@@ -14,6 +14,9 @@ QUILLET_API CString WithoutBrackets(CString name);
 // and either may be missing.
 QUILLET_API CString WithoutQuotes(const CString& text);
 
+// Puts a blank in place of every carriage return and line feed.
+QUILLET_API void JoinLines(CString& text);
+
 // Lowers the text outside quoted stretches. A stretch opens with ', " or U+FF91 and closes at the next
 // occurrence of the same character.
 QUILLET_API void LowerOutsideQuotes(CString& text);

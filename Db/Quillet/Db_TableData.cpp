@@ -1,6 +1,7 @@
 #include "Quillet/Db_TableData.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
@@ -45,7 +46,9 @@ DbTableData::DbTableData(DbDatabase* db, DbTableDescr* descr)
       m_descr(descr == nullptr ? nullptr : descr->LifeToken()) {
 }
 
-DbTableData::~DbTableData() = default;
+DbTableData::~DbTableData() {
+    *m_life = nullptr;
+}
 
 bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
     if (!ParseXmlData()) {
@@ -200,7 +203,7 @@ DbTableRow::eCmpResult DbTableData::SpatialIndex(DbTableDescr::DbIndex* index, c
     if (index == nullptr) {
         return DbTableRow::CmpEqual;
     }
-    const std::vector<uint64>& order = index->GetRowOrder();
+    const std::vector<uint64>& order = std::as_const(*index).GetRowOrder();
     return Search(
         order.empty() ? size() : order.size(),
         [&](uint64 i) {
@@ -208,6 +211,14 @@ DbTableRow::eCmpResult DbTableData::SpatialIndex(DbTableDescr::DbIndex* index, c
                                          (*this)[order.empty() ? i : order[i]]);
         },
         pos);
+}
+
+long DbTableData::LatestStamp() {
+    if (!IsLatestStampKnown()) {
+        m_latestStamp = GetChangeId();
+        ConfirmLatestStamp();
+    }
+    return m_latestStamp;
 }
 
 void DbTableData::LogToDatabase(const CString& line) {

@@ -1,13 +1,20 @@
 // The contents of one table.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "Quillet/Db_Rows.h"
 #include "Quillet/Db_TableDescr.h"
 
 class DbDatabase;
+class DbTableInfo;
+
+namespace quillet {
+class QueryBuilder;
+}
 
 // The rows of a table, and until their first use the XML text that they will be read from. The members that
 // say so read that text; the others see only the rows that are there.
@@ -73,13 +80,27 @@ public:
     DbTableRow::eCmpResult SpatialIndex(DbTableDescr::DbIndex* index, const quillet::CComVariant* key,
                                         int count, uint64& pos);
 
+    // Names this object as long as it lives; null in it afterwards.
+    const std::shared_ptr<DbTableData*>& LifeToken() const { return m_life; }
+
 private:
     friend class DbRows;
+    friend class DbTableInfo;
+    friend class quillet::QueryBuilder;
+
+    // What GetChangeId says. It walks over the cells only where a stamp in the process came or went since it
+    // was last asked.
+    long LatestStamp();
+    // Whether none did.
+    bool IsLatestStampKnown() const { return m_movesWhenFound == StampMoves(); }
+    // Those that did stand elsewhere.
+    void ConfirmLatestStamp() { m_movesWhenFound = StampMoves(); }
 
     void LogToDatabase(const quillet::CString& line);
     void NoteMisfit();
     void LogMisfits();
 
+    std::shared_ptr<DbTableData*> m_life = std::make_shared<DbTableData*>(this);
     std::unique_ptr<DbRows> m_rows;
     quillet::CString m_xmlSource;
     bool m_pending = false;
@@ -90,4 +111,7 @@ private:
     uint64 m_loadingRow = 0;
     uint64 m_firstMisfit = 0;
     uint64 m_misfits = 0;
+    long m_latestStamp = 0;
+    // The count of StampMoves when it was found.
+    std::optional<std::uint64_t> m_movesWhenFound;
 };

@@ -1,7 +1,9 @@
 #include "Quillet/Db_TableDescr.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_set>
+#include <utility>
 
 #include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
@@ -49,6 +51,29 @@ DbTableDescr::DbIndex::DbIndex(const CString& name, const std::vector<CString>& 
 
 DbTableDescr::DbIndex::DbIndex(const CString& name, const CString& fieldList)
     : m_name(Lowered(name)), m_fieldNames(ParseFieldList(fieldList)) {
+}
+
+DbTableDescr::DbIndex::DbIndex(const DbIndex& other)
+    : m_name(other.m_name),
+      m_fieldIndexes(other.m_fieldIndexes),
+      m_fieldNames(other.m_fieldNames),
+      m_rowOrder(other.m_rowOrder),
+      m_ascendingTypes(other.m_ascendingTypes) {
+}
+
+DbTableDescr::DbIndex& DbTableDescr::DbIndex::operator=(const DbIndex& other) {
+    if (this != &other) {
+        m_name = other.m_name;
+        m_fieldIndexes = other.m_fieldIndexes;
+        m_fieldNames = other.m_fieldNames;
+        m_rowOrder = other.m_rowOrder;
+        m_ascendingTypes = other.m_ascendingTypes;
+    }
+    return *this;
+}
+
+DbTableDescr::DbIndex::~DbIndex() {
+    *m_life = nullptr;
 }
 
 void DbTableDescr::DbIndex::AddField(CString name) {
@@ -157,12 +182,16 @@ void DbTableDescr::ClearFilters() {
     m_filters.clear();
 }
 
-void DbTableDescr::RemoveFilters(const std::vector<DbFilter*>& filters) {
+std::vector<std::unique_ptr<DbFilter>> DbTableDescr::TakeFilters(const std::vector<DbFilter*>& filters) {
     const std::unordered_set<const DbFilter*> list(filters.begin(), filters.end());
-    const auto isListed = [&](const std::unique_ptr<DbFilter>& filter) {
-        return list.count(filter.get()) != 0;
+    const auto isElsewhere = [&](const std::unique_ptr<DbFilter>& filter) {
+        return list.count(filter.get()) == 0;
     };
-    m_filters.erase(std::remove_if(m_filters.begin(), m_filters.end(), isListed), m_filters.end());
+    const auto first = std::stable_partition(m_filters.begin(), m_filters.end(), isElsewhere);
+    std::vector<std::unique_ptr<DbFilter>> taken(std::make_move_iterator(first),
+                                                 std::make_move_iterator(m_filters.end()));
+    m_filters.erase(first, m_filters.end());
+    return taken;
 }
 
 bool DbTableDescr::DeleteIndex(CString name) {
@@ -283,4 +312,8 @@ void DbTableDescr::AppendFilter(std::unique_ptr<DbFilter> filter) {
     if (filter != nullptr) {
         m_filters.push_back(std::move(filter));
     }
+}
+
+std::vector<std::unique_ptr<DbFilter>> DbTableDescr::TakeAllFilters() {
+    return std::exchange(m_filters, {});
 }

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "Quillet/Db_FieldDescr.h"
@@ -11,6 +12,10 @@
 
 class DbDatabase;
 class DbTableRow;
+
+namespace quillet {
+class CurrentIndex;
+}
 
 // The ordered fields of a table (the vector that it is: element i is the field at position i), a lookup of
 // their names without regard to case and with one pair of enclosing square brackets passed over, named
@@ -26,6 +31,9 @@ public:
         // Field names separated by commas; blanks outside square brackets are passed over. The brackets
         // around a name are removed, except around the last one.
         DbIndex(const quillet::CString& name, const quillet::CString& fieldList);
+        DbIndex(const DbIndex& other);
+        DbIndex& operator=(const DbIndex& other);
+        ~DbIndex();
 
         void AddField(quillet::CString name);
 
@@ -38,13 +46,26 @@ public:
         // The visible positions of the rows in the order of the index, for whoever keeps one; empty
         // otherwise.
         const std::vector<uint64>& GetRowOrder() const { return m_rowOrder; }
-        std::vector<uint64>& GetRowOrder() { return m_rowOrder; }
+        std::vector<uint64>& GetRowOrder() {
+            m_ascendingTypes.reset();
+            return m_rowOrder;
+        }
+
+        // Names this object as long as it lives; null in it afterwards. A copy has a token of its own.
+        const std::shared_ptr<DbIndex*>& LifeToken() const { return m_life; }
 
     private:
+        friend class quillet::CurrentIndex;
+
+        std::shared_ptr<DbIndex*> m_life = std::make_shared<DbIndex*>(this);
         quillet::CString m_name;
         std::vector<uint64> m_fieldIndexes;
         std::vector<quillet::CString> m_fieldNames;
-        std::vector<uint64> m_rowOrder;
+        // Kept with an index, and no part of it.
+        mutable std::vector<uint64> m_rowOrder;
+        // The types of the values in as many leading fields as the row order was found to ascend by; nothing
+        // while nobody looked.
+        mutable std::optional<std::vector<VARTYPE>> m_ascendingTypes;
     };
 
     // The descriptor becomes a child of the database and tells it of fields that come and go; null for a
@@ -126,10 +147,12 @@ public:
     // Names this object as long as it lives: whoever follows the structure of rows asks here.
     const std::shared_ptr<DbTableDescr*>& LifeToken() const { return m_life; }
 
+    // Hands over all filters.
+    std::vector<std::unique_ptr<DbFilter>> TakeAllFilters();
     // Puts a filter behind the others; no effect for null.
     void AppendFilter(std::unique_ptr<DbFilter> filter);
-    // Deletes those of the filters that are here.
-    void RemoveFilters(const std::vector<DbFilter*>& filters);
+    // Hands over those of the filters that are here, in the order in which they were made.
+    std::vector<std::unique_ptr<DbFilter>> TakeFilters(const std::vector<DbFilter*>& filters);
 
 private:
     void ClearAll();

@@ -24,14 +24,31 @@ bool DbTableInfo::IsRelatedWith(DbTableInfo* other) const {
     return false;
 }
 
-bool DbTableInfo::IsQuerySync() const {
+bool DbTableInfo::StandsOn(const DbTableInfo& other) const {
+    const DbTableInfo* entry = this;
+    while (entry->m_descr != other.m_descr && entry->m_data != other.m_data) {
+        if (entry->m_type != Query || entry->m_related == nullptr) {
+            return false;
+        }
+        entry = entry->m_related;
+    }
+    return true;
+}
+
+const DbTableInfo& DbTableInfo::LowestQuery() const {
     const DbTableInfo* query = this;
-    while (query->m_type == Query && query->m_related != nullptr && query->m_related->m_type == Query) {
+    while (query->m_type == Query && query->m_related != nullptr && query->m_related->m_type == Query &&
+           !query->m_related->IsJoin()) {
         query = query->m_related;
     }
-    const DbTableInfo* const base = query->m_type == Query ? query->m_related : nullptr;
+    return *query;
+}
+
+bool DbTableInfo::IsQuerySync() const {
+    const DbTableInfo& query = LowestQuery();
+    const DbTableInfo* const base = query.m_type == Query ? query.m_related : nullptr;
     return base == nullptr || base->m_type != Table || base->m_data == nullptr ||
-           query->m_syncStamp == base->m_data->GetChangeId();
+           query.m_syncStamp == base->m_data->LatestStamp();
 }
 
 void DbTableInfo::Clear() {

@@ -9,7 +9,8 @@ class DbTableDescr;
 
 namespace quillet {
 class DbRegistry;
-}
+class QueryBuilder;
+}  // namespace quillet
 
 // Owns nothing: structure and contents belong to the database. A copy shares the pointers, which live as long
 // as the table stands in the database.
@@ -40,6 +41,12 @@ public:
 
     // Whether this is a query that stands on the other entry, directly or through other queries.
     bool IsRelatedWith(DbTableInfo* other) const;
+    // Whether this entry is the other, shares structure or contents with it, or is a query that stands on
+    // such an entry.
+    bool StandsOn(const DbTableInfo& other) const;
+    // Whether this is the answer of a join. It holds copies and follows nothing: calling the join again fills
+    // it anew.
+    bool IsJoin() const { return m_isJoin; }
     // Whether a query's rows are those that its base table would give now; true for whatever is no query over
     // another entry. A query over a query gives that one's answer: its own rows follow when they are asked
     // for.
@@ -49,7 +56,10 @@ public:
 
 private:
     friend class quillet::DbRegistry;
+    friend class quillet::QueryBuilder;
 
+    // The first entry, from this one down, that stands on no query.
+    const DbTableInfo& LowestQuery() const;
     void SetIndex(uint64 index) { m_index = index; }
     void SetRelated(DbTableInfo* related) { m_related = related; }
 
@@ -61,4 +71,5 @@ private:
     DbTableData* m_data = nullptr;
     DbTableInfo* m_related = nullptr;
     std::int32_t m_syncStamp = 0;
+    bool m_isJoin = false;
 };

@@ -183,14 +183,8 @@ void DbTableRow::SetFieldValuePtr(uint64 i, DbFieldValue* v) {
     }
 }
 
-DbFieldValue& DbTableRow::operator[](uint64 i) {
-    DbFieldValue* const cell = i < size() ? at(i) : nullptr;
-    return cell == nullptr ? quillet::Nowhere<DbFieldValue>() : *cell;
-}
-
-const DbFieldValue& DbTableRow::GetField(uint64 i) const {
-    const DbFieldValue* const cell = i < size() ? at(i) : nullptr;
-    return cell == nullptr ? quillet::Nowhere<DbFieldValue>() : *cell;
+DbFieldValue& DbTableRow::NoCell() {
+    return quillet::Nowhere<DbFieldValue>();
 }
 
 DbFieldValue& DbTableRow::operator[](const CString& name) {

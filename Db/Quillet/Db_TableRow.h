@@ -43,11 +43,17 @@ public:
 
     // The cell at a position or of a field's name. Where there is none, an empty value that belongs to
     // nobody; what is written to it is lost.
-    DbFieldValue& operator[](uint64 i);
+    DbFieldValue& operator[](uint64 i) {
+        DbFieldValue* const cell = CellAt(i);
+        return cell == nullptr ? NoCell() : *cell;
+    }
     const DbFieldValue& operator[](uint64 i) const { return GetField(i); }
     DbFieldValue& operator[](const quillet::CString& name);
     DbFieldValue& GetField(uint64 i) { return (*this)[i]; }
-    const DbFieldValue& GetField(uint64 i) const;
+    const DbFieldValue& GetField(uint64 i) const {
+        const DbFieldValue* const cell = CellAt(i);
+        return cell == nullptr ? NoCell() : *cell;
+    }
 
     // Sets a cell from text, as DbFieldValue::ValueFromString of a string does, and marks the row changed.
     void SetValue(const quillet::CString& name, const quillet::CString& text);
@@ -89,6 +95,11 @@ private:
     void MakeCells(bool initValues);
     std::size_t CellsInPiece() const { return m_blockCells; }
     int FieldIndex(const quillet::CString& name) const;
+    // Null where there is none.
+    DbFieldValue* CellAt(uint64 i) const {
+        return i < size() ? std::vector<DbFieldValue*>::operator[](i) : nullptr;
+    }
+    static DbFieldValue& NoCell();
     const std::string& FieldNameInFile(std::size_t position) const;
     void InsertCell(uint64 index, const DbFieldValue& value);
     void EraseCell(uint64 index);

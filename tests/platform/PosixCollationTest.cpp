@@ -32,5 +32,21 @@ INSTANTIATE_TEST_SUITE_P(Locales, PosixCollation,
                                          "vi_VN"),
                          [](const auto& tested) { return std::string(tested.param); });
 
+TEST(PosixCollation, AppendCollationKey_MarksOutOfOrder_HaveTheKeyOfThoseInOrder) {
+    EXPECT_EQ(KeyOf(u"x\u0301\u0323").m_kind, CollationKey::Equality);
+    EXPECT_EQ(KeyOf(u"x\u0301\u0323").m_bytes, KeyOf(u"x\u0323\u0301").m_bytes);
+    EXPECT_EQ(Compared(u"x\u0301\u0323", u"x\u0323\u0301"), HRESULT{VARCMP_EQ});
+}
+
+TEST(PosixCollation, AppendCollationKey_AnyText_HasAKey) {
+    TextPairs pairs(5);
+    for (const WideString& units : OtherAlphabets()) {
+        for (int round = 0; round < 2000; ++round) {
+            pairs.Draw(units);
+            ASSERT_NE(KeyOf(pairs.Left()).m_kind, CollationKey::None) << Describe(*TextVariant(pairs.Left()));
+        }
+    }
+}
+
 }  // namespace
 }  // namespace quillet::test

@@ -68,6 +68,13 @@ TEST(LogLines, QueryComplaint_LinesOfTheAnalyzer_AreJoinedWithoutItsAccount) {
               "the brackets of the conditions don't match");
 }
 
+TEST(LogLines, QueryComplaint_QueryThatStandsOnItself_IsNoMatterOfBrackets) {
+    const std::string cycle = "Query 'select n from t' stands on itself, or on too many other queries";
+    EXPECT_EQ(QueryComplaint({"SQL Analyze - query 'x'", "SQL Analyze - ok", cycle}), cycle);
+    EXPECT_EQ(QueryComplaint({"SQL Analyze - query 'x'", "SQL Analyze - a", cycle, "SQL Analyze - failed"}),
+              "SQL Analyze - a; " + cycle);
+}
+
 TEST(LogLines, IsFault_AnyOtherLine_IsOne) {
     EXPECT_TRUE(IsFault("Invalid xml database file format"));
     EXPECT_TRUE(IsFault("Table 'x' has malformed rows"));

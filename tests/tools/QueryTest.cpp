@@ -362,6 +362,26 @@ TEST_F(Query, Explain_Grouping_PutsOperationsInBrackets) {
     EXPECT_EQ(grouping("()"), "never true: an operator or a bracket stands alone");
     EXPECT_EQ(grouping("not"), "never true: an operator or a bracket stands alone");
     EXPECT_EQ(grouping(") d > 1 ("), "never true: an operator or a bracket stands alone");
+    EXPECT_EQ(grouping("(d > 1 and (not P > 2 or s > 3)) or not d = 5"),
+              "(d > 1 AND (NOT (p > 2 OR s > 3))) OR (NOT d = 5)");
+}
+
+TEST_F(Query, Explain_Grouping_OfThousandsOfConditions_NestsThemAll) {
+    constexpr std::size_t Count = 3000;
+    std::string conditions = "d>1";
+    std::string grouping = "d > 1";
+    for (std::size_t i = 1; i < Count; ++i) {
+        conditions += " or d>1";
+        grouping += i + 1 < Count ? " OR (d > 1" : " OR d > 1";
+    }
+    grouping += std::string(Count - 2, ')');
+    EXPECT_THAT(Explained("select name from Bolts where " + conditions, "grouping"), ElementsAre(grouping));
+}
+
+TEST_F(Query, Explain_WholeTable_HasNoGrouping) {
+    EXPECT_THAT(Explained("select * from Bolts where (", "answer"), ElementsAre("the table itself"));
+    EXPECT_THAT(Explained("select * from Bolts where (", "grouping"), IsEmpty());
+    EXPECT_THAT(Explained("select * from Bolts where (", "postfix"), ElementsAre("("));
 }
 
 TEST_F(Query, Explain_FailingQuery_ShowsWhatWasReadAndFails) {

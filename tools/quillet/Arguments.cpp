@@ -77,6 +77,7 @@ constexpr const char* Examples = R"(Examples:
   quillet info steel.xml                    what the catalog holds
   quillet show steel.xml IPE --limit 5      the first rows of a table
   quillet query steel.xml "select name, A from IPE where h >= 300"
+  quillet find steel.xml IPE "h > 300"      the first row that fits
   quillet export steel.xml IPE ipe.csv      a table as a CSV file
   quillet import steel.xml Mine mine.csv    a new table from a CSV file
   quillet check steel.xml                   whether anything is wrong
@@ -102,6 +103,18 @@ is shown. The file is never changed.
 --explain shows, for a query that fails too, how it is read: its tokens and
 conditions, how these are combined, the table that is searched, and what the
 answer is: the table itself, rows of the table, or copied rows.
+
+)";
+
+constexpr const char* FindNotes =
+    R"(Examples:
+  quillet find steel.xml IPE "h > 300"                the first such row
+  quillet find steel.xml IPE "h > 300" --backward     the last one
+  quillet find steel.xml HEA "h < 200 and G > 30" --all
+
+A condition is written as behind the word where of a query; 'quillet query --help'
+tells more. Positions count from 0. The rows come in the order of the table, or
+from its end with --backward. It is a failure when no row fits.
 
 )";
 
@@ -153,6 +166,7 @@ private:
     void AddShow();
     void AddQuery();
     void AddExport();
+    void AddFind();
     void AddCheck();
     void AddNew();
     void AddSet();
@@ -187,6 +201,7 @@ CommandLine::CommandLine() {
     AddFields();
     AddShow();
     AddQuery();
+    AddFind();
     AddCheck();
     AddExport();
     AddNew();
@@ -278,6 +293,21 @@ void CommandLine::AddQuery() {
         }
     });
     Choose(command, request, Query);
+}
+
+void CommandLine::AddFind() {
+    const auto request = std::make_shared<FindRequest>();
+    CLI::App& command = Add("find", "Find rows by a condition");
+    AddFile(command, request->m_file);
+    AddTable(command, request->m_table);
+    command.add_option("WHERE", request->m_where, "Condition")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    command.add_flag("--all", request->m_all, "Find every row that fits");
+    command.add_flag("--backward", request->m_backward, "Search from the last row to the first");
+    command.footer(std::string(FindNotes) + CommonNotes);
+    Choose(command, request, Find);
 }
 
 void CommandLine::AddCheck() {

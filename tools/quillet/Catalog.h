@@ -65,6 +65,8 @@ public:
     // Answers a query. Refuses one over a table whose rows can't all be read.
     Reply Ask(const std::string& query);
 
+    // Takes the lines of the log and keeps the faults among them; returns those about a query.
+    std::vector<std::string> CollectLog();
     // What reading found wrong so far, one line each.
     const std::vector<std::string>& Faults() const { return m_faults; }
     // Says on standard error, in one line, that faults were found.
@@ -83,8 +85,6 @@ private:
     Catalog(const std::string& path, const Settings& settings, std::unique_ptr<DbDatabase> database);
 
     void TryReadStructure();
-    // Takes the lines of the log and keeps the faults among them; returns those about a query.
-    std::vector<std::string> CollectLog();
     void RefuseUnreadable();
     void RefuseMisplacedHeader();
 

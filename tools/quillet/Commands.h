@@ -34,6 +34,16 @@ struct QueryRequest {
     bool m_explain = false;
 };
 
+struct FindRequest {
+    std::string m_file;
+    std::string m_table;
+    std::string m_where;
+    // Every row that fits, not the first one only.
+    bool m_all = false;
+    // From the last row to the first.
+    bool m_backward = false;
+};
+
 struct ExportRequest {
     std::string m_file;
     std::string m_table;
@@ -83,6 +93,7 @@ int Info(const Settings& settings, const InfoRequest& request);
 int Fields(const Settings& settings, const FieldsRequest& request);
 int Show(const Settings& settings, const ShowRequest& request);
 int Query(const Settings& settings, const QueryRequest& request);
+int Find(const Settings& settings, const FindRequest& request);
 int Export(const Settings& settings, const ExportRequest& request);
 int Check(const Settings& settings, const CheckRequest& request);
 int New(const Settings& settings, const NewRequest& request);

@@ -1,10 +1,13 @@
 // Asks a catalog for rows, and shows how the question was read.
 #include <algorithm>
+#include <cstdint>
 #include <sstream>
+#include <utility>
 
 #include "Catalog.h"
 #include "Commands.h"
 #include "Printing.h"
+#include "Quillet/Db_SqlText.h"
 
 namespace quillet::tool {
 
@@ -31,8 +34,7 @@ std::vector<std::string> Narrow(const std::vector<CString>& texts) {
 
 Analysis Analyze(DbDatabase& database, const std::string& query) {
     CString text(query);
-    text.Replace("\r", " ");
-    text.Replace("\n", " ");
+    JoinLines(text);
     parser::QueryAnalysisParams params;
     database.AnalyzeSQL(text, &params);
     Analysis analysis{Narrow(params.tokens), Narrow(params.conditions), params.clause->GetClauseString(),
@@ -49,39 +51,102 @@ Analysis Analyze(DbDatabase& database, const std::string& query) {
     return analysis;
 }
 
-struct Operand {
-    std::string m_text;
-    bool m_isOperation;
+// How conditions are combined: a tree whose leaves are conditions.
+class Combination {
+public:
+    explicit Combination(const Analysis& analysis) {
+        auto condition = analysis.m_conditions.begin();
+        std::istringstream steps(analysis.m_postfix);
+        for (std::string step; m_isComplete && steps >> step;) {
+            if (step == "exp") {
+                Push({*condition++, None, None});
+            } else {
+                Combine(step);
+            }
+        }
+    }
 
-    std::string InBrackets() const { return m_isOperation ? "(" + m_text + ")" : m_text; }
+    // Each operation inside another one in brackets.
+    std::string Text() const {
+        if (!m_isComplete || m_operands.empty()) {
+            return "never true: an operator or a bracket stands alone";
+        }
+        std::string text;
+        // Further operands have no effect. Operations may stand in each other as deep as there are
+        // conditions.
+        std::vector<Piece> pieces = {{"", m_operands.back()}};
+        while (!pieces.empty()) {
+            const Piece piece = pieces.back();
+            pieces.pop_back();
+            text += piece.m_text;
+            if (piece.m_part != None) {
+                Open(m_parts[piece.m_part], pieces);
+            }
+        }
+        return text;
+    }
+
+private:
+    static constexpr std::size_t None = SIZE_MAX;
+
+    // A condition, or an operation and its operands; NOT has no left one.
+    struct Part {
+        std::string m_text;
+        std::size_t m_left;
+        std::size_t m_right;
+    };
+    // What is still to be written: a text, and behind it a part.
+    struct Piece {
+        const char* m_text;
+        std::size_t m_part;
+    };
+
+    void Push(Part part) {
+        m_operands.push_back(m_parts.size());
+        m_parts.push_back(std::move(part));
+    }
+
+    std::size_t Pop() {
+        const std::size_t operand = m_operands.back();
+        m_operands.pop_back();
+        return operand;
+    }
+
+    void Combine(const std::string& step) {
+        const bool isNot = step == "NOT";
+        if (m_operands.size() < (isNot ? 1 : 2) || step == "(" || step == ")") {
+            m_isComplete = false;
+            return;
+        }
+        const std::size_t right = Pop();
+        const std::size_t left = isNot ? None : Pop();
+        Push({(isNot ? "" : " ") + step + " ", left, right});
+    }
+
+    // Replaces a part by its pieces; what comes first is put last.
+    void Open(const Part& part, std::vector<Piece>& pieces) const {
+        if (part.m_right != None) {
+            AddOperand(part.m_right, pieces);
+        }
+        pieces.push_back({part.m_text.c_str(), None});
+        if (part.m_left != None) {
+            AddOperand(part.m_left, pieces);
+        }
+    }
+
+    void AddOperand(std::size_t operand, std::vector<Piece>& pieces) const {
+        const bool isOperation = m_parts[operand].m_right != None;
+        pieces.push_back({isOperation ? ")" : "", None});
+        pieces.push_back({isOperation ? "(" : "", operand});
+    }
+
+    std::vector<Part> m_parts;
+    std::vector<std::size_t> m_operands;
+    bool m_isComplete = true;
 };
 
-// The conditions as they are combined, each operation inside another one in brackets.
-std::string Grouping(const Analysis& analysis) {
-    constexpr const char* Incomplete = "never true: an operator or a bracket stands alone";
-    std::vector<Operand> operands;
-    auto condition = analysis.m_conditions.begin();
-    std::istringstream steps(analysis.m_postfix);
-    for (std::string step; steps >> step;) {
-        if (step == "exp") {
-            operands.push_back({*condition++, false});
-            continue;
-        }
-        const std::size_t needed = step == "NOT" ? 1 : 2;
-        if (operands.size() < needed || step == "(" || step == ")") {
-            return Incomplete;
-        }
-        std::string operation = step + " ";
-        operation += operands.back().InBrackets();
-        operands.pop_back();
-        if (needed == 2) {
-            operation.insert(0, operands.back().InBrackets() + " ");
-            operands.pop_back();
-        }
-        operands.push_back({operation, true});
-    }
-    // Further operands have no effect.
-    return operands.empty() ? Incomplete : operands.back().m_text;
+bool IsQuery(DbDatabase& database, const std::string& table) {
+    return database.GetTableInfo(table)->GetType() == DbTableInfo::Query;
 }
 
 // What the table is that holds the answer.
@@ -102,7 +167,8 @@ public:
 
     void Add(const char* part, Value value) { m_facts.Add({Value::OfText(part), std::move(value)}); }
 
-    void AddAnalysis(const Analysis& analysis, bool isAnswered) {
+    // The conditions have a meaning only where rows were searched by them.
+    void AddAnalysis(const Analysis& analysis, bool isSearched) {
         AddTokens(analysis.m_tokens);
         for (const std::string& condition : analysis.m_conditions) {
             Add("condition", Value::OfText(condition));
@@ -110,8 +176,8 @@ public:
         if (!analysis.m_clause.empty()) {
             Add("clause", Value::OfText(analysis.m_clause));
             Add("postfix", Value::OfText(analysis.m_postfix));
-            if (isAnswered) {
-                Add("grouping", Value::OfText(Grouping(analysis)));
+            if (isSearched) {
+                Add("grouping", Value::OfText(Combination(analysis).Text()));
             }
         }
     }
@@ -142,7 +208,7 @@ void Explain(const Settings& settings, Catalog& catalog, const std::string& quer
     explanation.Add("read as", Value::OfText(reply.m_isOfQuery ? "query" : "name of a table"));
     if (reply.m_isOfQuery) {
         const Analysis analysis = Analyze(database, query);
-        explanation.AddAnalysis(analysis, reply.m_isAnswered);
+        explanation.AddAnalysis(analysis, reply.m_isAnswered && IsQuery(database, reply.m_table));
         source = analysis.m_table;
     }
     if (const DbTableInfo* const info = database.GetTableInfo(source)) {

@@ -17,6 +17,10 @@ bool Contains(std::string_view line, std::string_view part) {
     return line.find(part) != std::string_view::npos;
 }
 
+bool IsCycle(std::string_view line) {
+    return line.starts_with("Query '") && line.ends_with("' stands on itself, or on too many other queries");
+}
+
 }  // namespace
 
 bool IsFault(std::string_view line) {
@@ -54,6 +58,9 @@ std::string QueryComplaint(const std::vector<std::string>& lines) {
         if (line.starts_with(Analyzer) && !IsAccount(line.substr(Analyzer.size()))) {
             complaint += complaint.empty() ? line.substr(0, Analyzer.size()) : "; ";
             complaint += line.substr(Analyzer.size());
+        } else if (IsCycle(line)) {
+            complaint += complaint.empty() ? "" : "; ";
+            complaint += line;
         }
     }
     // The analyser leaves brackets to the evaluation, which says nothing.

@@ -242,6 +242,7 @@ UCollator* OpenCollator(const std::string& name, UCollationStrength strength) {
         return nullptr;
     }
     ucol_setStrength(collator, strength);
+    ucol_setAttribute(collator, UCOL_NORMALIZATION_MODE, UCOL_ON, &status);
     if (IsFrench(name)) {
         // The last accent in which two words differ decides, whatever the country.
         ucol_setAttribute(collator, UCOL_FRENCH_COLLATION, UCOL_ON, &status);

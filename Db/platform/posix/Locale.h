@@ -36,6 +36,9 @@ struct DateStyle {
     std::array<char, 3> order = {'M', 'd', 'y'};
 };
 
+// Appends the collator's sort key of the text. False, with nothing appended, where it has none.
+bool AppendSortKey(const UCollator& collator, WideView text, std::string& key);
+
 // A locale of the cache, which lives as long as the process. Safe to use from several threads.
 class Locale {
 public:
@@ -48,7 +51,7 @@ public:
 
     const NumberSymbols& Numbers() const { return m_numbers; }
     const DateStyle& Dates() const;
-    // Null where ICU has no collation data at all.
+    // Null where ICU has no collation data at all. It takes texts as they come, normalized or not.
     const UCollator* Collator(bool ignoreCase) const;
 
 private:

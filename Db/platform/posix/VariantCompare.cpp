@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <string>
 
 #include "platform/Automation.h"
 #include "platform/posix/Locale.h"
@@ -96,6 +97,16 @@ HRESULT Order(T left, T right) {
     return left < right ? VARCMP_LT : VARCMP_GT;
 }
 
+// The collator may compare texts as equal that have different keys. Their keys decide then: it is they that
+// tell equal texts where many are sorted or hashed.
+HRESULT CompareKeys(const UCollator& collator, WideView left, WideView right) {
+    std::string leftKey;
+    std::string rightKey;
+    AppendSortKey(collator, left, leftKey);
+    AppendSortKey(collator, right, rightKey);
+    return Order(leftKey.compare(rightKey), 0);
+}
+
 HRESULT CompareTexts(BSTR left, BSTR right, LCID locale, ULONG flags) {
     const UINT leftLength = SysStringLen(left);
     const UINT rightLength = SysStringLen(right);
@@ -108,11 +119,13 @@ HRESULT CompareTexts(BSTR left, BSTR right, LCID locale, ULONG flags) {
         return E_FAIL;
     }
     // A null pointer is no text to the collator, not even an empty one.
-    const OLECHAR* leftUnits = left == nullptr ? u"" : left;
-    const OLECHAR* rightUnits = right == nullptr ? u"" : right;
-    return Order<int>(ucol_strcoll(collator, leftUnits, static_cast<std::int32_t>(leftLength), rightUnits,
-                                   static_cast<std::int32_t>(rightLength)),
-                      UCOL_EQUAL);
+    const WideView leftText(left == nullptr ? u"" : left, leftLength);
+    const WideView rightText(right == nullptr ? u"" : right, rightLength);
+    const UCollationResult result =
+        ucol_strcoll(collator, leftText.data(), static_cast<std::int32_t>(leftLength), rightText.data(),
+                     static_cast<std::int32_t>(rightLength));
+    return result == UCOL_EQUAL ? CompareKeys(*collator, leftText, rightText)
+                                : Order<int>(result, UCOL_EQUAL);
 }
 
 HRESULT CompareTextWith(const VARIANT& text, Operand other) {

@@ -1,0 +1,248 @@
+// A cursor over the rows of one table.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+#include "Quillet/Db_TableData.h"
+#include "Quillet/Db_TableDescr.h"
+
+class DbDatabase;
+class DbQueryDef;
+class DbTableDef;
+
+namespace quillet {
+class Bookmarks;
+class CurrentIndex;
+class FieldBindings;
+class RowCondition;
+}  // namespace quillet
+
+// Moves a position over the rows of a table or of a query's answer: 0 is the first row, -1 stands before it
+// (BOF), the number of rows and whatever is above behind the last one (EOF). With a current index the
+// positions follow its order. Every move that reaches a row sets the bound variables from it.
+//
+// The cursor is the caller's and owns neither table nor database, except a database that it opened itself. A
+// cursor whose table was deleted, or whose database is gone, is closed: a new table of the old name does not
+// open it. Reads and moves don't throw; what throws says so, and throws DbException by pointer.
+class QUILLET_API DbRecordset {
+public:
+    enum eFindOperation : std::int32_t { Next = 0, Previous = 1, First = 2, Last = 3 };
+    enum eFindDirection : std::int32_t { Forward = 0, Backward = 1 };
+
+    // Sets a variable from a value of the row, and a value of the row from a variable.
+    using ReadFunction = void (*)(const quillet::CComVariant& value, void* variable);
+    using WriteFunction = void (*)(quillet::CComVariant& value, const void* variable);
+
+    // The bookmark that was handed out last in the process, less 1.
+    static uint64 bookmarkid;
+
+    // Closed. The database is not owned; without one, Open makes its own.
+    explicit DbRecordset(DbDatabase* db);
+    DbRecordset(const DbRecordset&) = delete;
+    DbRecordset& operator=(const DbRecordset&) = delete;
+    virtual ~DbRecordset();
+
+    // Opens the table of that name, or the answer of a query (DbDatabase::Query), at its first row; true also
+    // where it has none. Without a database it first opens one of its own, with the file of GetDefaultDBName.
+    // A name that holds the word select is taken for a query. False where the file can't be read, the query
+    // not be answered or the database is gone; a cursor that was open stays so. One that goes over to another
+    // table drops a pending edit and the current index, and keeps bookmarks and bindings. What
+    // InitFieldExchange throws comes through.
+    virtual bool Open();
+    virtual bool Open(quillet::CString sql);
+    // Goes over to the definition's database, as SetDatabase does, and opens its table, or its query. False
+    // for a definition that is not open, and where the table or the query can't be opened: the cursor is
+    // closed then. Throws where the definition is null.
+    virtual bool Open(DbTableDef* def);
+    virtual bool Open(DbQueryDef* def);
+    // Lets go of table and database, drops a pending edit, and forgets bindings, bookmarks and the row that
+    // was updated last. A database of its own is deleted, and thereby saved where it was changed.
+    virtual void Close();
+
+    // The moves. Each drops a pending edit first. True where a row was reached and read; the position moves
+    // in any case, except that MovePrev never goes below -1 and MoveLast stays where there are no rows.
+    virtual bool Move(long rows);
+    virtual bool MoveFirst();
+    virtual bool MoveNext();
+    virtual bool MoveLast();
+    virtual bool MovePrev();
+
+    // Finds a row for which the condition holds, and moves there: the part of a query behind WHERE, such as
+    // "a > 5 and b = 'x'" (docs/query-language.md). The search begins behind the current row or before it, or
+    // at one end. All drop a pending edit. False, without a move, where there is no such row, the cursor is
+    // closed, or the text is no condition: the log says why, but for brackets that don't match, with which no
+    // row fits.
+    virtual bool Find(eFindOperation operation, quillet::CString where);
+    virtual bool FindFirst(quillet::CString where);
+    virtual bool FindNext(quillet::CString where);
+    virtual bool FindPrev(quillet::CString where);
+    virtual bool FindLast(quillet::CString where);
+
+    // Makes the named index current and moves to the first row, in its order, whose values equal the keys:
+    // the first count fields of the index, or all of them. There must be so many keys. Drops a pending edit.
+    // False where no row is equal: the position stays the same, in the order of the index now. False, without
+    // any change, where there is no such index. An index that is current
+    // already keeps its order (see SetCurrentIndex), in which rows that were changed since may be missed.
+    virtual bool Seek(quillet::CString index, quillet::CComVariant* keys, uint64 count);
+    virtual bool Seek(quillet::CString index, quillet::CComVariant* keys);
+
+    // Bookmarks are numbers that the process never hands out twice; 0 is that of the row that was updated
+    // last before the latest GetLastModifiedBookmark. They stand for a position, not for a row, and follow
+    // the deletions of this cursor only. Getting and setting drops a pending edit. SetBookmark is true for a
+    // known bookmark even where there is no row.
+    virtual bool IsBookmark(uint64 bookmark) const;
+    virtual uint64 GetBookmark();
+    virtual bool SetBookmark(uint64 bookmark);
+    virtual uint64 GetLastModifiedBookmark();
+
+    // Moves to any position and keeps a pending edit. False where there is no row; the position is set all
+    // the same.
+    virtual bool SetAbsolutePosition(long position);
+    virtual long GetAbsolutePosition();
+
+    virtual bool IsOpen();
+    // A closed cursor is behind its last row.
+    virtual bool IsEOF() const;
+    virtual bool IsBOF() const;
+    // Always false.
+    virtual bool IsDeleted();
+
+    // Whether the field that a bound variable follows is null: by its flag, or because it holds nothing. And
+    // marks it as null; a flag stays when a value is stored. Both look at the row at the position without
+    // regard to the current index, and throw outside the rows and for a variable that is not bound.
+    virtual bool IsFieldNull(void* variable);
+    virtual void SetFieldNull(void* variable);
+
+    // 0 while closed.
+    virtual long GetRecordCount() const;
+    virtual uint64 GetFieldCount() const;
+    // Whether Update and Delete are allowed: not while closed, for a read-only source, a table that was
+    // renamed, and for a query whose rows are copies.
+    virtual bool CanUpdate();
+
+    // Goes through the rows in the order of an index from now on. The order is made at once, or taken as it
+    // is where the index brought to the pointer form has one; it does not follow later changes of the rows,
+    // except deletions by this cursor. False, with that index current all the same, for one over an unknown
+    // field; for an unknown name, which leaves no index current, where one was; and for null where none is.
+    virtual bool SetCurrentIndex(quillet::CString name);
+    virtual bool SetCurrentIndex(const DbTableDescr::DbIndex* index);
+    // Lower case; empty for none.
+    virtual quillet::CString GetCurrentIndex() const;
+    // Null where the cursor is at no row; valid until the row is deleted.
+    virtual DbTableRow* GetCurrentRow() const;
+
+    // Closes the cursor and goes over to another database, which may be null. A database of its own is
+    // deleted.
+    virtual void SetDatabase(DbDatabase* db);
+
+    // The value of the current row in a field, by its position (from 0) or name. Throws outside the rows and
+    // where there is no such field.
+    virtual void GetFieldValue(uint64 index, quillet::CComVariant& value);
+    virtual void GetFieldValue(quillet::CString name, quillet::CComVariant& value);
+    virtual quillet::CComVariant GetFieldValue(quillet::CString name);
+    // Keeps the value for the next Update, which stores it as it is, whatever the type of the field. Throws
+    // without a pending Edit or AddNew, and for an unknown name; a position where no field is is ignored.
+    virtual void SetFieldValue(uint64 index, quillet::CComVariant& value);
+    virtual void SetFieldValue(quillet::CString name, quillet::CComVariant& value);
+    void SetFieldValue(uint64 index, const quillet::CComVariant& value);
+    void SetFieldValue(quillet::CString name, const quillet::CComVariant& value);
+    // Null where there is no such field. It belongs to the table.
+    virtual const DbFieldDescr* GetFieldInfo(uint64 index);
+    virtual const DbFieldDescr* GetFieldInfo(quillet::CString name);
+
+    // For derived classes: the file and the query that Open takes without others, and the place to bind
+    // variables; it is called by every Open, once the table is there.
+    virtual quillet::CString GetDefaultDBName();
+    virtual quillet::CString GetDefaultSQL();
+    virtual void InitFieldExchange();
+
+    // Begins a new row, or a change of the current one; an edit that was pending is dropped. Update finishes
+    // it; CancelUpdate and every move but SetAbsolutePosition and FindRow drop it. The rows are not touched
+    // before.
+    virtual void AddNew();
+    virtual void Edit();
+    // Deletes the current row and moves to the one before it, without reading it. Throws where CanUpdate is
+    // false.
+    virtual void Delete();
+    // Appends the new row, or takes the one at the position in the table's own order, and stores first the
+    // bound variables, then the values that were set. No index is current afterwards. Nothing is stored
+    // without a pending edit. Throws where CanUpdate is false.
+    virtual void Update();
+    virtual void CancelUpdate();
+    // Does nothing.
+    virtual void Requery();
+
+    // Writes the names of the fields and all rows in the table's own order, with "| " between the values, to
+    // a file, which is replaced. What has no text form is left out, line feeds become blanks. Only the first
+    // half of the text arrives, as UTF-16 in little-endian order without a byte-order mark. Nothing happens
+    // where the file can't be written or the cursor is closed.
+    virtual void ExportCVS(quillet::CString path);
+
+    // Searches the positions from (included) to (excluded forward, included backward). See Find; a pending
+    // edit is kept.
+    bool FindRow(const quillet::CString& where, uint64 from, uint64 to, eFindDirection direction);
+    // The position in the table's own order of the row at a position; no row's position where the current
+    // index has no such place.
+    uint64 RemapRowIndex(uint64 i) const;
+    // -1 for an unknown name.
+    int GetFieldIndex(const quillet::CString& name) const;
+
+    // Binds a variable to a field of the open table: every move to a row sets it, every Update stores it.
+    // The variable must live until Close, SetDatabase or the end of the cursor. Values are converted as the
+    // platform does; a value that can't be converted leaves the variable, or the field, as it was. Null reads
+    // as zero, false or the empty text. Throws for an unknown name.
+    void MapClassMember(quillet::CString name, short& variable);
+    void MapClassMember(quillet::CString name, int& variable);
+    // Of a long, 32 bits travel.
+    void MapClassMember(quillet::CString name, long& variable);
+    void MapClassMember(quillet::CString name, quillet::CString& variable);
+    void MapClassMember(quillet::CString name, float& variable);
+    void MapClassMember(quillet::CString name, double& variable);
+    void MapClassMember(quillet::CString name, bool& variable);
+    // The same for any other variable, by two functions, each of which may be null.
+    void MapClassMember(quillet::CString name, void* variable, ReadFunction read, WriteFunction write);
+
+private:
+    enum class EditMode { None, AddNew, Edit, Delete };
+
+    DbDatabase* Database() const;
+    DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }
+    DbTableData* Data() const { return m_data && Descr() != nullptr ? *m_data : nullptr; }
+    uint64 RowCount() const { return Data() == nullptr ? 0 : Data()->size(); }
+
+    // The database given, or one of its own; null once that is gone.
+    DbDatabase* DatabaseToOpen();
+    bool OpenTable(const quillet::CString& sql);
+    // Forgets the table and whatever refers to it.
+    void LetGo();
+
+    // Stands at a position from now on, or at the nearest that there can be.
+    void PlaceAt(std::int64_t position);
+    bool MoveTo(std::int64_t position);
+    DbTableRow* RowAt(std::int64_t position) const;
+    bool ReadTableRow(std::int64_t position);
+    bool WriteTableRow(std::int64_t position);
+    // Moves to the row where the condition holds for it.
+    bool TakeRow(quillet::RowCondition& condition, uint64 position);
+    // The cell of the row at the position without regard to the current index.
+    DbFieldValue& StoredCell(int field) const;
+    uint64 FieldOrThrow(const quillet::CString& name, int line) const;
+
+    // Whether a database was given or opened, dead or alive.
+    bool m_hasDatabase = false;
+    std::weak_ptr<DbDatabase*> m_database;
+    std::unique_ptr<DbDatabase> m_ownDatabase;
+    quillet::CString m_name;
+    std::shared_ptr<DbTableData*> m_data;
+    std::shared_ptr<DbTableDescr*> m_descr;
+    std::int32_t m_position = 0;
+    std::unique_ptr<quillet::CurrentIndex> m_index;
+    std::unique_ptr<quillet::FieldBindings> m_bindings;
+    std::unique_ptr<quillet::Bookmarks> m_bookmarks;
+    // By the positions of their fields.
+    std::map<uint64, quillet::CComVariant> m_pending;
+    std::int32_t m_lastModified = 0;
+    EditMode m_editMode = EditMode::None;
+};

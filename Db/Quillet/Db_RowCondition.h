@@ -1,0 +1,31 @@
+// A condition that rows are asked one after the other.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Quillet/Db_Filter.h"
+#include "Quillet/Db_QueryAnalysisParams.h"
+
+class DbDatabase;
+class DbTableDescr;
+
+namespace quillet {
+
+class QUILLET_API RowCondition {
+public:
+    // Reads a condition on the rows of the named table as the part of a query behind WHERE. False, with lines
+    // in the database's log, for a text that is none. An empty text holds for every row.
+    bool Read(DbDatabase& database, const CString& table, const CString& text);
+    // Whether the brackets match; a condition that is not valid holds for no row.
+    bool IsValid() const { return m_params.clause->IsValid(); }
+    // Whether the condition holds for the row.
+    bool Holds(const DbTableRow& row);
+
+private:
+    // Before the clause, whose leaves they are.
+    std::vector<std::unique_ptr<DbFilter>> m_filters;
+    parser::QueryAnalysisParams m_params;
+};
+
+}  // namespace quillet

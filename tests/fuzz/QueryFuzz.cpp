@@ -1,0 +1,19 @@
+// Query texts of random bytes. libFuzzer calls this with whatever it thinks of; a fault ends it.
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "fuzz/QueryFaults.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string faults = quillet::test::FaultsOf(std::string(data, data + size));
+    if (!faults.empty()) {
+        std::fputs(faults.c_str(), stderr);
+        std::abort();
+    }
+    return 0;
+}

@@ -1,0 +1,1 @@
+select number from parts where ) number > 1 (

@@ -1,0 +1,1 @@
+select distinct * from parts

@@ -1,0 +1,1 @@
+SELECT number, name, length, short, flag, [net weight], höhe FROM parts

@@ -1,0 +1,1 @@
+select name from parts where name = 'ÿÃ(í €ô€€'

@@ -1,0 +1,1 @@
+select by, [by] from [from] where by = 'by' order by by

@@ -1,0 +1,3 @@
+select number
+from parts
+where number = 1

@@ -1,0 +1,1 @@
+select * from parts order by höhe, length, number desc

@@ -1,0 +1,1 @@
+select name, number from few where number = 0 order by [number]

@@ -1,0 +1,1 @@
+select name from parts where name = 'BEAM' or name != "sheet 2,5"

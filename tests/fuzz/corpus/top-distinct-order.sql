@@ -1,0 +1,1 @@
+select top 4 distinct name, number from parts order by name, number desc

@@ -1,0 +1,1 @@
+select number from parts, [from], both where number = 1

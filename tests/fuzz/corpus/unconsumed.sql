@@ -1,0 +1,1 @@
+please select number from parts order parts by number

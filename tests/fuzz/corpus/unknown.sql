@@ -1,0 +1,1 @@
+select what from nowhere where why = 1 order by when
