@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -91,24 +90,16 @@ protected:
         return {lines.begin() + 1, lines.end() - 1};
     }
 
-    // Whether a text with eight times as many parts takes about eight times as long, and not 64 times.
-    void ExpectLinear(const std::string& begin, const std::string& part, const std::string& end) {
-        constexpr std::size_t Factor = 8;
-        constexpr double Allowed = 24;
-        constexpr double SecondsOfDisturbance = 0.5;
-        const std::size_t parts = MegaByte / part.size();
-        const double small = Seconds(begin + Times(parts / Factor, part) + end);
-        const double large = Seconds(begin + Times(parts, part) + end);
-        EXPECT_LT(large, Allowed * small + SecondsOfDisturbance) << begin << part << part << "..." << end;
+    // Asks for a megabyte of parts. Where the cost grew with the square, this would not end.
+    void ExpectEnd(const std::string& begin, const std::string& part, const std::string& end) {
+        Ask(begin + Times(MegaByte / part.size(), part) + end);
     }
 
-    double Seconds(const std::string& sql) {
-        const std::clock_t start = std::clock();
+    void Ask(const std::string& sql) {
         CString name;
         m_database.Query(sql, name);
         m_database.GetTableDescr("T")->ClearFilters();
-        LinesOf(m_database);
-        return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+        EXPECT_FALSE(LinesOf(m_database).empty());
     }
 
     static constexpr std::size_t MegaByte = 1 << 20;
@@ -239,50 +230,44 @@ TEST_F(BadQuery, ConditionsCutShort_AreQuoted) {
     EXPECT_THAT(Answer("select n from t where not"), IsEmpty());
 }
 
-TEST_F(BadQuery, AMegabyteOfConditions_TakesNoLongerThanItIs) {
-    ExpectLinear("select n,t from t where n=1", " or n=1", "");
-    ExpectLinear("select n,t from t where n=1", " and x=1", "");
+TEST_F(BadQuery, AMegabyteOfConditions_ComesToAnEnd) {
+    ExpectEnd("select n,t from t where n=1", " or n=1", "");
+    ExpectEnd("select n,t from t where n=1", " and x=1", "");
 }
 
-TEST_F(BadQuery, AMegabyteOfOperators_TakesNoLongerThanItIs) {
-    ExpectLinear("select n,t from t where n=1", "=<>", "");
-    ExpectLinear("select ", "*", " from t");
-    ExpectLinear("select n,t from t where ", "not ", "n=1");
+TEST_F(BadQuery, AMegabyteOfOperators_ComesToAnEnd) {
+    ExpectEnd("select n,t from t where n=1", "=<>", "");
+    ExpectEnd("select ", "*", " from t");
+    ExpectEnd("select n,t from t where ", "not ", "n=1");
 }
 
-TEST_F(BadQuery, AMegabyteOfBrackets_TakesNoLongerThanItIs) {
-    ExpectLinear("select n,t from t where ", "(", "n=1");
-    ExpectLinear("select n,t from t where ", "[", "");
-    const double small =
-        Seconds("select n,t from t where " + Times(MegaByte / 16, "(") + "n=1" + Times(MegaByte / 16, ")"));
-    const double large =
-        Seconds("select n,t from t where " + Times(MegaByte / 2, "(") + "n=1" + Times(MegaByte / 2, ")"));
-    EXPECT_LT(large, 24 * small + 0.5);
+TEST_F(BadQuery, AMegabyteOfBrackets_ComesToAnEnd) {
+    ExpectEnd("select n,t from t where ", "(", "n=1");
+    ExpectEnd("select n,t from t where ", "[", "");
+    Ask("select n,t from t where " + Times(MegaByte / 2, "(") + "n=1" + Times(MegaByte / 2, ")"));
 }
 
-TEST_F(BadQuery, AMegabyteOfNames_TakesNoLongerThanItIs) {
-    ExpectLinear("select n", ",t", " from t");
-    ExpectLinear("select distinct n", ",t", " from t order by r");
-    ExpectLinear("select n", ",x", " from t");
-    ExpectLinear("select n,t from t", ",u", "");
+TEST_F(BadQuery, AMegabyteOfNames_ComesToAnEnd) {
+    ExpectEnd("select n", ",t", " from t");
+    ExpectEnd("select distinct n", ",t", " from t order by r");
+    ExpectEnd("select n", ",x", " from t");
+    ExpectEnd("select n,t from t", ",u", "");
 }
 
 TEST_F(BadQuery, AMegabyteOfOrderNames_CostsTheRowsNothing) {
-    ExpectLinear("select n,t from t order by t", ",t", "");
+    ExpectEnd("select n,t from t order by t", ",t", "");
     EXPECT_THAT(Answer("select n from t order by t, r, t, n, r, t desc"), ElementsAre("3", "1", "2"));
-    // Each name is looked at once, or a thousand rows would take hundreds of times as long as three.
-    const std::string sql = "select n,t from t order by t" + Times(MegaByte / 16, ",t");
-    const double few = Seconds(sql);
-    m_database.GetTableData("T")->AddRows(1000);
-    EXPECT_LT(Seconds(sql), 8 * few + 0.5);
+    // Each name is looked at once, or a hundred thousand rows would take a hundred thousand columns' memory.
+    m_database.GetTableData("T")->AddRows(100000);
+    Ask("select n,t from t order by t" + Times(MegaByte / 16, ",t"));
 }
 
-TEST_F(BadQuery, AMegabyteOfQuotedText_TakesNoLongerThanItIs) {
-    ExpectLinear("select n,t from t where t='", "Abc ", "'");
-    ExpectLinear("select n,t from t where t='", "Abc ", "");
-    ExpectLinear("select n,t from t where n='", "1", "'");
-    ExpectLinear("select n,t from t where r='0.", "1", "'");
-    ExpectLinear("select n,t from t where ", "'", "");
+TEST_F(BadQuery, AMegabyteOfQuotedText_ComesToAnEnd) {
+    ExpectEnd("select n,t from t where t='", "Abc ", "'");
+    ExpectEnd("select n,t from t where t='", "Abc ", "");
+    ExpectEnd("select n,t from t where n='", "1", "'");
+    ExpectEnd("select n,t from t where r='0.", "1", "'");
+    ExpectEnd("select n,t from t where ", "'", "");
 }
 
 }  // namespace

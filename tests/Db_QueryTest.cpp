@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ctime>
 #include <functional>
 #include <memory>
 #include <random>
@@ -1245,46 +1244,25 @@ TEST_P(DbQueryTower, Hundreds_FollowTheTable) {
     EXPECT_EQ(m_database.GetTablesCount(), 2) << "header and properties";
 }
 
-// CPU seconds that the call takes.
-template <typename Call>
-double Seconds(Call call) {
-    const std::clock_t start = std::clock();
-    call();
-    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
-
-// A count that is eight times as large may take about eight times as long, and not 64 times.
-template <typename SecondsOf>
-void ExpectLinear(SecondsOf secondsOf, int count) {
-    constexpr int Factor = 8;
-    constexpr double Allowed = 24;
-    constexpr double SecondsOfDisturbance = 0.5;
-    const double small = secondsOf(count / Factor);
-    EXPECT_LT(secondsOf(count), Allowed * small + SecondsOfDisturbance);
-}
-
-TEST_P(DbQueryTower, Thousands_EachCostsTheSame) {
+TEST_P(DbQueryTower, Thousands_AreAnsweredAndFollow) {
     constexpr int Count = 1600;
     constexpr int Edits = 4;
     constexpr int Times = 500;
     CString name = "T";
-    int levels = 0;
-    const auto accesses = [&](int count) {
-        for (; levels < count; ++levels) {
-            name = Ask(CString("select ") + GetParam() + " from " + name + " where n > 3");
-        }
-        return Seconds([&] {
-            for (int i = 0; i < Edits; ++i) {
-                Set(0, i + 1);
-                EXPECT_THAT(Rows(name), SizeIs(i < 3 ? 2 : 3));
-                LinesOf(m_database);
-            }
-            for (int i = 0; i < Times; ++i) {
-                Data(name);
-            }
-        });
-    };
-    ExpectLinear(accesses, Count);
+    for (int level = 0; level < Count; ++level) {
+        name = Ask(CString("select ") + GetParam() + " from " + name + " where n > 3");
+    }
+    for (int i = 0; i < Edits; ++i) {
+        Set(0, i + 1);
+        EXPECT_THAT(Rows(name), SizeIs(i < 3 ? 2 : 3));
+        LinesOf(m_database);
+    }
+    EXPECT_EQ(Asked([&] {
+                  for (int i = 0; i < Times; ++i) {
+                      Data(name);
+                  }
+              }),
+              0);
     TemporaryFolder folder;
     Set(1, 9);
     EXPECT_TRUE(m_database.Save(CString(Utf8(folder / "saved.xml"))));
@@ -1292,23 +1270,17 @@ TEST_P(DbQueryTower, Thousands_EachCostsTheSame) {
     EXPECT_EQ(m_database.GetTablesCount(), 2) << "header and properties";
 }
 
-TEST_F(DbQueryTest, Thousands_OfDifferentQueries_EachCostsTheSame) {
+TEST_F(DbQueryTest, Thousands_OfDifferentQueries_AreAnsweredAndFound) {
     constexpr int Count = 8000;
-    const auto queries = [&](int count) {
-        return Seconds([&] {
-            for (int i = 0; i < count; ++i) {
-                CString sql;
-                sql.Format("select n,t from t where n > %d", i);
-                const CString name = Ask(sql);
-                EXPECT_EQ(Ask(sql), name);
-                LinesOf(m_database);
-            }
-            m_database.DeleteTable("T");
-            EXPECT_EQ(m_database.GetTablesCount(), 0);
-            AddTable("T");
-        });
-    };
-    ExpectLinear(queries, Count);
+    for (int i = 0; i < Count; ++i) {
+        CString sql;
+        sql.Format("select n,t from t where n > %d", i);
+        const CString name = Ask(sql);
+        EXPECT_EQ(Ask(sql), name);
+        LinesOf(m_database);
+    }
+    m_database.DeleteTable("T");
+    EXPECT_EQ(m_database.GetTablesCount(), 0);
 }
 
 TEST_F(DbQueryTest, Hundreds_ThroughLaterFromTables_AreRefusedAtADepth) {
