@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "CellCollation.h"
 #include "HeapUse.h"
 #include "Measure.h"
 
@@ -145,56 +146,13 @@ private:
     quillet::CString m_answer;
 };
 
-// The comparison of cells, as a collation of SQLite.
-class Comparison {
-public:
-    static int Compare(void* self, int leftBytes, const void* left, int rightBytes, const void* right) {
-        return static_cast<Comparison*>(self)->Compare(TextOf(left, leftBytes), TextOf(right, rightBytes));
-    }
-
-    static WideView TextOf(const void* text, int bytes) {
-        return {static_cast<const WCHAR*>(text), static_cast<std::size_t>(bytes) / sizeof(WCHAR)};
-    }
-
-private:
-    // A value of each length, so that SQLite's time is not spent on making strings.
-    using ByLength = std::vector<CComVariant>;
-
-    static const CComVariant& Set(ByLength& values, WideView text) {
-        if (values.size() <= text.size()) {
-            values.resize(text.size() + 1);
-        }
-        CComVariant& value = values[text.size()];
-        if (value.vt != VT_BSTR) {
-            value.SetText(text);
-        } else {
-            text.copy(value.bstrVal, text.size());
-        }
-        return value;
-    }
-
-    int Compare(WideView left, WideView right) {
-        const CComVariant& leftValue = Set(m_left, left);
-        const CComVariant& rightValue = Set(m_right, right);
-        if (quillet::EqualIgnoringCase(leftValue, rightValue)) {
-            return 0;
-        }
-        return leftValue > rightValue ? 1 : -1;
-    }
-
-    ByLength m_left;
-    ByLength m_right;
-};
-
 class Sqlite {
 public:
     Sqlite() {
         Require(sqlite3_open(":memory:", &m_database) == SQLITE_OK, "SQLite does not open");
         // The encoding of our cells.
         Run("pragma encoding = 'UTF-16'");
-        Require(sqlite3_create_collation(m_database, "cells", SQLITE_UTF16, &m_comparison,
-                                         Comparison::Compare) == SQLITE_OK,
-                "SQLite does not take the collation");
+        m_collation.AddTo(m_database);
         Run("create table parts (number integer, length real, height real, name text, family integer, "
             "label text, grade integer, kind text)");
         Run("begin");
@@ -234,7 +192,7 @@ public:
                         break;
                     default: {
                         const void* const text = sqlite3_column_text16(statement, i);
-                        seen.Take(Comparison::TextOf(text, sqlite3_column_bytes16(statement, i)));
+                        seen.Take(bench::CellCollation::TextOf(text, sqlite3_column_bytes16(statement, i)));
                         break;
                     }
                 }
@@ -265,7 +223,7 @@ private:
     }
 
     sqlite3* m_database = nullptr;
-    Comparison m_comparison;
+    bench::CellCollation m_collation;
 };
 
 #define COLUMNS "select number, name, length from parts "
