@@ -12,13 +12,13 @@
 
 #include "CatalogHelpers.h"
 #include "PlainCursor.h"
+#include "PlainValues.h"
 #include "TestHelpers.h"
 
 namespace {
 
 using quillet::test::LinesOf;
 using quillet::test::Long;
-using quillet::test::NullVariant;
 using quillet::test::PlainContents;
 using quillet::test::PlainCursor;
 using quillet::test::PlainDatabase;
@@ -27,7 +27,9 @@ using quillet::test::PlainLower;
 using quillet::test::PlainStoredRow;
 using quillet::test::PlainTableDef;
 using quillet::test::PlainValue;
+using quillet::test::Printed;
 using quillet::test::ThrownMessage;
+using quillet::test::VariantOf;
 
 using Index = DbTableDescr::DbIndex;
 using Strings = std::vector<std::string>;
@@ -38,40 +40,6 @@ const Strings FieldNames = {"a", "b", "c", "d"};
 DbFieldDescr::eFieldType FieldType(const std::string& field) {
     const char type = PlainContents::TypeOf(field);
     return type == 't' ? DbFieldDescr::Text : type == 'd' ? DbFieldDescr::Double : DbFieldDescr::Long;
-}
-
-CComVariant VariantOf(const PlainValue& value) {
-    switch (value.m_type) {
-        case 'l':
-            return Long(static_cast<LONG>(value.m_number));
-        case 'd':
-            return value.m_number;
-        case 't':
-            return CString(value.m_text);
-        default:
-            return NullVariant();
-    }
-}
-
-std::string Printed(const PlainValue& value) {
-    return value.IsNull()        ? "null"
-           : value.m_type == 't' ? "'" + value.m_text + "'"
-                                 : std::string(1, value.m_type) + std::to_string(value.m_number);
-}
-
-std::string Printed(const CComVariant& value) {
-    switch (value.vt) {
-        case VT_NULL:
-            return Printed(PlainValue());
-        case VT_I4:
-            return Printed(PlainValue::Number('l', value.lVal));
-        case VT_R8:
-            return Printed(PlainValue::Number('d', value.dblVal));
-        case VT_BSTR:
-            return Printed(PlainValue::Text(CString(value.Text()).ToUtf8()));
-        default:
-            return "type " + std::to_string(value.vt);
-    }
 }
 
 std::string Printed(const DbTableRow* row) {

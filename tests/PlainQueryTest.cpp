@@ -11,35 +11,16 @@
 #include <vector>
 
 #include "CatalogHelpers.h"
+#include "PlainValues.h"
 #include "TestHelpers.h"
 
 namespace {
 
 using namespace quillet::test;
 
+using quillet::test::Printed;
+
 using Strings = std::vector<std::string>;
-
-std::string Printed(const PlainValue& value) {
-    if (value.IsNull()) {
-        return "null";
-    }
-    return value.m_type == 't' ? "'" + value.m_text + "'" : value.m_type + std::to_string(value.m_number);
-}
-
-std::string Printed(const CComVariant& value) {
-    switch (value.vt) {
-        case VT_NULL:
-            return Printed(PlainValue());
-        case VT_I4:
-            return Printed(PlainValue::Number('l', value.lVal));
-        case VT_R8:
-            return Printed(PlainValue::Number('d', value.dblVal));
-        case VT_BSTR:
-            return Printed(PlainValue::Text(TextOf(value)));
-        default:
-            return "type " + std::to_string(value.vt);
-    }
-}
 
 // Fields, types and rows as text.
 Strings Printed(const PlainTable& table) {
@@ -69,19 +50,6 @@ Strings Printed(const DbTableDescr& descr, DbTableData& data) {
         }
     }
     return lines;
-}
-
-CComVariant VariantOf(const PlainValue& value) {
-    switch (value.m_type) {
-        case 'l':
-            return Long(static_cast<LONG>(value.m_number));
-        case 'd':
-            return value.m_number;
-        case 't':
-            return CString(value.m_text);
-        default:
-            return NullVariant();
-    }
 }
 
 // Texts that are queries for the most part.
