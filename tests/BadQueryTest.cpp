@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "TestHelpers.h"
+#include "TestPaths.h"
 #include "fuzz/QueryFaults.h"
 
 namespace {

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "CatalogHelpers.h"
+#include "TestPaths.h"
 #include "xml/Document.h"
 #include "xml/Face.h"
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "CatalogHelpers.h"
+#include "TestPaths.h"
 
 namespace {
 

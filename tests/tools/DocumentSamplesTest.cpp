@@ -3,6 +3,7 @@
 
 #include <sstream>
 
+#include "TestPaths.h"
 #include "tools/RunProgram.h"
 
 namespace quillet::test {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Quillet/Db_Database.h"
+#include "TestPaths.h"
 #include "platform/TemporaryFolder.h"
 
 namespace quillet::tool {

@@ -1,6 +1,7 @@
 // The fixture of all tests that run the program: a folder of their own with copies of the example catalogs.
 #pragma once
 
+#include "TestPaths.h"
 #include "platform/File.h"
 #include "tools/RunProgram.h"
 
