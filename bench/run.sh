@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 
 scripts/bootstrap.sh build bench
 cmake --preset release -DQUILLET_BUILD_BENCH=ON >/dev/null
-cmake --build --preset release --target catalog_bench query_bench cursor_bench
+cmake --build --preset release --target catalog_bench query_bench query_growth_bench cursor_bench
 mkdir -p build/bench
 QUILLET_BENCH_DIR=$PWD/build/bench
 export QUILLET_BENCH_DIR
@@ -86,6 +86,18 @@ query "distinct of 20,000 texts" DistinctOf20000Texts
 query "distinct of 1,000,000 texts" DistinctOfAllTexts
 query "distinct of 60,000 pairs of texts" DistinctOfPairs
 line "rows of the table as an answer, each" "$(last AllFieldsHeap)" bytes "8, beside about 1,000 for the answer itself"
+
+program=query_growth_bench
+growth() { # what, benchmark
+    line "eight times as many $1" "$(ratio "$(best "$2Many")" "$(best "$2Few")")" "times" "24 (8 is linear, 64 quadratic)"
+}
+growth "queries over each other" QueriesOverQueries
+growth "different queries" DifferentTexts
+growth "conditions" Conditions
+growth "brackets" Brackets
+growth "selected fields" SelectedFields
+growth "tables" FromTables
+growth "order names" OrderNames
 
 program=cursor_bench
 build/release/bin/cursor_bench --benchmark_filter='^CursorAgreement/' >/dev/null 2>&1 ||
