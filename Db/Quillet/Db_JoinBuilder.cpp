@@ -296,7 +296,7 @@ bool JoinBuilder::FindTable(const CString& name, Side& side) {
     side.m_name = WithoutBrackets(name);
     // A query that is out of step is answered again here, and its fields may be others after that.
     if (m_database.GetTableData(side.m_name) == nullptr) {
-        m_log.Print("SQL Analyze - no table '%s' found", side.m_name.ToUtf8().c_str());
+        m_log.Add(NoTableLine(side.m_name));
         return false;
     }
     side.m_table = m_registry.Find(side.m_name);
@@ -306,8 +306,7 @@ bool JoinBuilder::FindTable(const CString& name, Side& side) {
 bool JoinBuilder::FindField(const CString& name, Side& side) {
     side.m_field = side.m_table->GetDescr()->GetFieldIndex(name);
     if (side.m_field < 0) {
-        m_log.Print("SQL Analyze - no '%s' field found in '%s' table", name.ToUtf8().c_str(),
-                    side.m_name.ToUtf8().c_str());
+        m_log.Add(NoFieldLine(name, side.m_name));
         return false;
     }
     return true;

@@ -335,8 +335,7 @@ bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& 
     for (const CString& name : names) {
         const int field = descr.GetFieldIndex(name);
         if (field < 0) {
-            m_log.Print("SQL Analyze - no '%s' field found in '%s' table", name.ToUtf8().c_str(),
-                        params.tables.front().ToUtf8().c_str());
+            m_log.Add(NoFieldLine(name, params.tables.front()));
             return false;
         }
         const auto position = static_cast<std::size_t>(field);

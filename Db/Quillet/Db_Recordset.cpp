@@ -13,6 +13,7 @@
 #include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_QueryDef.h"
 #include "Quillet/Db_RowCondition.h"
+#include "Quillet/Db_SqlText.h"
 #include "Quillet/Db_TableDef.h"
 #include "platform/Clock.h"
 #include "platform/File.h"
@@ -345,9 +346,7 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
         return false;
     }
     if (database->GetTableDescr(m_name) != Descr()) {
-        CString line;
-        line.Format("SQL Analyze - no table '%s' found", m_name.ToUtf8().c_str());
-        quillet::DbCallUp::Log(database, line);
+        quillet::DbCallUp::Log(database, quillet::NoTableLine(m_name));
         return false;
     }
     quillet::RowCondition condition;

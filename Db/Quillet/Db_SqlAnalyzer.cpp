@@ -211,14 +211,13 @@ void SqlAnalyzer::FailTable(const CString& name) {
     if (m_params.tables.empty()) {
         m_log.Print("SQL Analyze - no tables defined, check 'FROM' statement");
     } else {
-        m_log.Print("SQL Analyze - no table '%s' found", name.ToUtf8().c_str());
+        m_log.Add(NoTableLine(name));
     }
     m_failed = true;
 }
 
 void SqlAnalyzer::FailField(const CString& field) {
-    m_log.Print("SQL Analyze - no '%s' field found in '%s' table", field.ToUtf8().c_str(),
-                m_params.tables.front().ToUtf8().c_str());
+    m_log.Add(NoFieldLine(field, m_params.tables.front()));
     m_failed = true;
 }
 

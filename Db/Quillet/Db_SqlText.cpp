@@ -103,6 +103,19 @@ CString WithBlanksAroundOperators(const CString& sql) {
     return CString(WideView(result));
 }
 
+CString NoTableLine(const CString& table) {
+    CString line;
+    line.Format("SQL Analyze - no table '%s' found", table.ToUtf8().c_str());
+    return line;
+}
+
+CString NoFieldLine(const CString& field, const CString& table) {
+    CString line;
+    line.Format("SQL Analyze - no '%s' field found in '%s' table", field.ToUtf8().c_str(),
+                table.ToUtf8().c_str());
+    return line;
+}
+
 bool SqlTokens::Next() {
     WCHAR closing = 0;
     while (!m_atEnd) {

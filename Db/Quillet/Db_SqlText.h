@@ -25,6 +25,10 @@ QUILLET_API void LowerOutsideQuotes(CString& text);
 // <=, >=, == and <> stay together, and so does != behind a blank. The first two characters are left alone.
 QUILLET_API CString WithBlanksAroundOperators(const CString& sql);
 
+// The lines of the log about a name in a query text that means nothing.
+CString NoTableLine(const CString& table);
+CString NoFieldLine(const CString& field, const CString& table);
+
 // Cuts a query text into tokens at blanks, commas and semicolons. A token may hold quoted stretches, in ', ",
 // [ ] or U+FF91, in which nothing separates; the quotation marks stay.
 class QUILLET_API SqlTokens {
