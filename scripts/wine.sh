@@ -28,13 +28,14 @@ WINEDEBUG=${WINEDEBUG:--all}
 WINEDLLOVERRIDES="winedbg.exe=d;mshtml=d;mscoree=d;winemenubuilder.exe=d"
 export WINEPREFIX WINEARCH WINEDEBUG WINEDLLOVERRIDES
 unset DISPLAY WAYLAND_DISPLAY
-if [ ! -f "$WINEPREFIX/system.reg" ]; then
-    # Made once, before the first program; what that prints belongs to no test.
-    mkdir -p "$WINEPREFIX"
-    if ! "$wine" wineboot --init >/dev/null 2>&1; then
-        echo "wine.sh: Wine can't make the prefix $WINEPREFIX" >&2
-        rm -f "$WINEPREFIX/system.reg"
-        exit 1
-    fi
+# Made once, by whichever program comes first while the others wait; what that prints belongs to no test.
+mkdir -p "$WINEPREFIX"
+exec 9>"$WINEPREFIX/making.lock"
+flock 9
+if [ ! -f "$WINEPREFIX/system.reg" ] && ! "$wine" wineboot --init >/dev/null 2>&1 9>&-; then
+    echo "wine.sh: Wine can't make the prefix $WINEPREFIX" >&2
+    rm -f "$WINEPREFIX/system.reg"
+    exit 1
 fi
+exec 9>&-
 exec "$wine" "$@"
