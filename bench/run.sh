@@ -7,13 +7,13 @@
 # A benchmark makes one run that is not counted and five that are; the best of the five counts, since memory that is
 # touched for the first time costs more than the work on some machines. The catalogs, about 500 MB, are made in
 # build/bench. Queries are asked of a table of a million rows in memory; each is answered anew, and what was answered
-# before is dropped uncounted. Cursors go through the same rows.
+# before is dropped uncounted. Cursors go through the same rows. An Access file is read where ../shared/data has one.
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/bootstrap.sh build bench
+scripts/bootstrap.sh build test bench
 cmake --preset release -DQUILLET_BUILD_BENCH=ON >/dev/null
-cmake --build --preset release --target catalog_bench query_bench query_growth_bench cursor_bench
+cmake --build --preset release --target catalog_bench query_bench query_growth_bench cursor_bench access_bench
 mkdir -p build/bench
 QUILLET_BENCH_DIR=$PWD/build/bench
 export QUILLET_BENCH_DIR
@@ -109,3 +109,14 @@ cursor "current index over a number" IndexByDouble
 cursor "current index over a text" IndexByText
 cursor "find that compares all rows' numbers" FindNumber
 cursor "find that compares all rows' texts" FindText
+
+program=access_bench
+QUILLET_BENCH_ACCESS_FILE=$PWD/../shared/data/aisc.mdb
+export QUILLET_BENCH_ACCESS_FILE
+if [ -f "$QUILLET_BENCH_ACCESS_FILE" ]; then
+    build/release/bin/access_bench --benchmark_filter='^AccessAgreement/' >/dev/null 2>&1 ||
+        { echo "run.sh: the reading of an Access file is not that of bare calls" >&2; exit 1; }
+    line "reading an Access file / bare calls to its driver" "$(ratio "$(best AccessQuillet)" "$(best AccessBare)")" times 1.5
+else
+    echo "run.sh: no $QUILLET_BENCH_ACCESS_FILE: no reading of an Access file is measured"
+fi

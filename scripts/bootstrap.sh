@@ -3,17 +3,18 @@
 #
 #   scripts/bootstrap.sh [build] [test] [lint] [bench] [fuzz] [windows]
 #
-# Without an argument: build. Each word names what the machine will do.
+# Without an argument: build. Each word names what the machine will do. The driver for Access files that comes with test is
+# registered for the user who runs this.
 set -eu
 
 packages_for() {
     case $1 in
-        build) echo "g++ cmake ninja-build libpugixml-dev libicu-dev libcli11-dev nlohmann-json3-dev libcsv-dev" ;;
-        test) echo "googletest pkg-config" ;;
+        build) echo "g++ cmake ninja-build libpugixml-dev libicu-dev unixodbc-dev libcli11-dev nlohmann-json3-dev libcsv-dev" ;;
+        test) echo "googletest pkg-config odbcinst odbc-mdbtools libsqliteodbc" ;;
         lint) echo "clang-format-14 clang-tidy-14 git" ;;
         bench) echo "libbenchmark-dev libsqlite3-dev" ;;
         fuzz) echo "clang-14 libclang-rt-14-dev" ;;
-        windows) echo "g++-mingw-w64-x86-64-posix wine64 wine64-tools dpkg-dev locales" ;;
+        windows) echo "g++-mingw-w64-x86-64-posix wine64 wine64-tools libwine-dev dpkg-dev locales" ;;
         *)
             echo "bootstrap.sh: unknown purpose '$1': build, test, lint, bench, fuzz or windows" >&2
             exit 2
@@ -32,8 +33,16 @@ for purpose in "${@:-build}"; do
         is_installed "$package" || missing="$missing $package"
     done
 done
-[ -n "$missing" ] || exit 0
+register_drivers() {
+    case " $* " in
+        *" test "*) "$(dirname "$0")/odbc-drivers.sh" ;;
+    esac
+}
 
+if [ -z "$missing" ]; then
+    register_drivers "$@"
+    exit 0
+fi
 if ! command -v apt-get >/dev/null 2>&1; then
     echo "bootstrap.sh: no apt-get here; install by hand:$missing" >&2
     exit 1
@@ -46,3 +55,4 @@ echo "bootstrap.sh: installing$missing"
 $as_root apt-get update -qq
 # shellcheck disable=SC2086 # a list of words
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null </dev/null
+register_drivers "$@"

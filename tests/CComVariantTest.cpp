@@ -350,6 +350,15 @@ TEST(CComVariant, EqualIgnoringCase_OtherTypesOnTheLeft_AreEqualByTypeAndValue) 
     EXPECT_TRUE(quillet::EqualIgnoringCase(NullVariant(), NullVariant()));
 }
 
+TEST(CComVariant, Dereferenced_ReferenceToNothing_IsEmpty) {
+    for (const VARTYPE type : {VT_VARIANT, VT_BSTR, VT_I2, VT_I4, VT_R8, VT_BOOL}) {
+        CComVariant reference;
+        reference.vt = static_cast<VARTYPE>(VT_BYREF | type);
+        reference.byref = nullptr;
+        EXPECT_EQ(quillet::Dereferenced(reference).vt, VT_EMPTY) << type;
+    }
+}
+
 TEST(CComPtr, LifeOfAPointer_CountsItsReferences) {
     CountedObject object;
     {

@@ -329,6 +329,31 @@ TEST(DbFieldDescr, Assign_OfAField_KeepsIndexParentAndStamps) {
     EXPECT_FALSE(target.IsChanged());
 }
 
+TEST(DbFieldDescr, LifeToken_NamesTheFieldAsLongAsItLives) {
+    auto field = std::make_unique<DbFieldDescr>();
+    const auto token = field->LifeToken();
+    EXPECT_EQ(*token, field.get());
+    EXPECT_EQ(field->LifeToken(), token);
+    field.reset();
+    EXPECT_EQ(*token, nullptr);
+}
+
+TEST(DbFieldDescr, LifeToken_OfACopy_IsItsOwn) {
+    auto field = std::make_unique<DbFieldDescr>();
+    const auto token = field->LifeToken();
+    DbFieldDescr copy(*field);
+    EXPECT_EQ(*copy.LifeToken(), &copy);
+    DbFieldDescr assigned;
+    const auto ofAssigned = assigned.LifeToken();
+    assigned = *field;
+    EXPECT_EQ(assigned.LifeToken(), ofAssigned);
+    *field = copy;
+    EXPECT_EQ(*token, field.get());
+    field.reset();
+    EXPECT_EQ(*ofAssigned, &assigned);
+    EXPECT_EQ(*token, nullptr);
+}
+
 TEST(DbFieldDescr, Save_Field_WritesFourAttributesInOrder) {
     DbFieldDescr field = FieldOf(VT_I2);
     field.SetName("a b");

@@ -581,6 +581,52 @@ TEST_F(RowsTest, Parent_DiesBeforeTheRows_RowsWorkOn) {
     EXPECT_EQ(Visible(rows), (Numbers{1}));
 }
 
+TEST_F(RowsTest, LifeToken_RowIsDeleted_NamesNothing) {
+    AddNumbers(m_rows, 0, 3);
+    const auto first = m_rows.LifeTokenOf(0);
+    const auto second = m_rows.LifeTokenOf(1);
+    EXPECT_EQ(*first, m_rows.GetRow(0));
+    EXPECT_EQ(m_rows.LifeTokenOf(0), first);
+    m_rows.DeleteRow(0);
+    EXPECT_EQ(*first, nullptr);
+    // The row moved up; its token goes with it.
+    EXPECT_EQ(*second, m_rows.GetRow(0));
+    // A row that takes the place in memory is another one.
+    AddNumbers(m_rows, 3, 1);
+    EXPECT_EQ(*first, nullptr);
+    EXPECT_EQ(*m_rows.LifeTokenOf(2), m_rows.GetRow(2));
+}
+
+TEST_F(RowsTest, LifeToken_WhereThereIsNoRow_IsNull) {
+    EXPECT_EQ(m_rows.LifeTokenOf(0), nullptr);
+    AddNumbers(m_rows, 0, 1);
+    EXPECT_EQ(m_rows.LifeTokenOf(-1), nullptr);
+    EXPECT_EQ(m_rows.LifeTokenOf(1), nullptr);
+}
+
+TEST_F(RowsTest, LifeToken_OfBoundRows_LivesAsLongAsSomebodySharesTheStorage) {
+    auto lender = std::make_unique<DbRows>(nullptr, &m_descr);
+    AddNumbers(*lender, 0, 2);
+    DbRows view(nullptr, &m_descr);
+    Order order = {1};
+    view.Bind(lender.get(), order);
+    const auto row = view.LifeTokenOf(0);
+    EXPECT_EQ(row, lender->LifeTokenOf(1));
+    lender.reset();
+    EXPECT_EQ(*row, view.GetRow(0));
+    view.DeleteRow(0);
+    EXPECT_EQ(*row, nullptr);
+}
+
+TEST_F(RowsTest, LifeToken_RowsAreDestroyed_NamesNothing) {
+    auto rows = std::make_unique<DbRows>(nullptr, &m_descr);
+    AddNumbers(*rows, 0, 1);
+    const auto row = rows->LifeTokenOf(0);
+    EXPECT_EQ(row.use_count(), 1);
+    rows.reset();
+    EXPECT_EQ(*row, nullptr);
+}
+
 TEST_F(RowsTest, FieldChange_TablesThatShareStructureAndRows_AddsOneCell) {
     DbDatabase database;
     DbTableInfo* const table = database.CreateTable("T", DbTableInfo::Table);

@@ -6,6 +6,8 @@ public:
     int m_ofTheHost = 7;
 };
 class CComVariant {};
+class CByteArray {};
+class CDBVariant {};
 class CException {};
 class CObject {};
 

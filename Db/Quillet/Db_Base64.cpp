@@ -29,25 +29,6 @@ constexpr std::array<signed char, 128> MakeValues() {
 
 constexpr std::array<signed char, 128> Values = MakeValues();
 
-std::vector<BYTE> BytesOf(const CComVariant& value) {
-    std::vector<BYTE> bytes;
-    LONG lower = 0;
-    LONG upper = -1;
-    if (FAILED(SafeArrayGetLBound(value.parray, 1, &lower)) ||
-        FAILED(SafeArrayGetUBound(value.parray, 1, &upper)) || upper < 0) {
-        return bytes;
-    }
-    bytes.resize(static_cast<std::size_t>(upper) + 1);
-    const LONGLONG held = static_cast<LONGLONG>(upper) - lower + 1;
-    void* data = nullptr;
-    if (held > 0 && SUCCEEDED(SafeArrayAccessData(value.parray, &data))) {
-        const auto* first = static_cast<const BYTE*>(data);
-        std::copy_n(first, std::min(static_cast<std::size_t>(held), bytes.size()), bytes.begin());
-        SafeArrayUnaccessData(value.parray);
-    }
-    return bytes;
-}
-
 // Gives the values of the base64 characters of a text one by one.
 class Reader {
 public:
@@ -96,6 +77,25 @@ std::vector<BYTE> Decode(WideView text) {
 }
 
 }  // namespace
+
+std::vector<BYTE> BytesOf(const CComVariant& value) {
+    std::vector<BYTE> bytes;
+    LONG lower = 0;
+    LONG upper = -1;
+    if (FAILED(SafeArrayGetLBound(value.parray, 1, &lower)) ||
+        FAILED(SafeArrayGetUBound(value.parray, 1, &upper)) || upper < 0) {
+        return bytes;
+    }
+    bytes.resize(static_cast<std::size_t>(upper) + 1);
+    const LONGLONG held = static_cast<LONGLONG>(upper) - lower + 1;
+    void* data = nullptr;
+    if (held > 0 && SUCCEEDED(SafeArrayAccessData(value.parray, &data))) {
+        const auto* first = static_cast<const BYTE*>(data);
+        std::copy_n(first, std::min(static_cast<std::size_t>(held), bytes.size()), bytes.begin());
+        SafeArrayUnaccessData(value.parray);
+    }
+    return bytes;
+}
 
 void AppendBase64(const CComVariant& value, std::string& out) {
     const std::vector<BYTE> bytes = BytesOf(value);

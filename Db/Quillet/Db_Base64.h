@@ -2,14 +2,17 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/CComVariant.h"
 
 namespace quillet {
 
-// Appends the text of a byte array: carriage return, line feed and blank after every 19 full groups of four
-// characters, never after a padded one. As many bytes are taken as the upper bound plus one says; those past
-// the array's end count as zero.
+// The bytes of a byte array, as many as its upper bound plus one says; those past its end count as zero.
+std::vector<BYTE> BytesOf(const CComVariant& value);
+
+// Appends the text of what BytesOf gives: carriage return, line feed and blank after every 19 full groups of
+// four characters, never after a padded one.
 QUILLET_API void AppendBase64(const CComVariant& bytes, std::string& out);
 
 // Replaces value by the byte array (lower bound 0) that the text stands for. Characters outside the alphabet

@@ -1,13 +1,16 @@
 #include "Quillet/Db_Database.h"
 
+#include "Quillet/Db_AccessImporter.h"
 #include "Quillet/Db_DocumentReader.h"
 #include "Quillet/Db_DocumentWriter.h"
 #include "Quillet/Db_Exception.h"
+#include "Quillet/Db_HeaderTables.h"
 #include "Quillet/Db_JoinBuilder.h"
 #include "Quillet/Db_LazyReader.h"
 #include "Quillet/Db_Log.h"
 #include "Quillet/Db_QueryBuilder.h"
 #include "Quillet/Db_Registry.h"
+#include "Quillet/Db_TableRecords.h"
 #include "platform/MessageBox.h"
 #include "xml/Document.h"
 #include "xml/Face.h"
@@ -26,7 +29,8 @@ DbDatabase::DbDatabase(const CString& path)
       m_log(std::make_unique<quillet::DbLog>()),
       m_registry(std::make_unique<quillet::DbRegistry>(*this, *m_log)),
       m_source(std::make_unique<DbSource>(this)),
-      m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_log)),
+      m_importer(std::make_unique<quillet::AccessImporter>(*m_source, *m_registry, *m_log)),
+      m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_importer, *m_log)),
       m_queries(std::make_unique<quillet::QueryBuilder>(*this, *m_registry, *m_reader, *m_log)) {
     m_source->SetFile(path, false);
     ++m_openDbCount;
@@ -96,8 +100,8 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
         throw new DbException("Invalid pointer");
     }
     LoadTables();
-    m_reader->CreateHeader();
-    m_reader->CreateProperties();
+    quillet::CreateHeaderTable(*m_registry);
+    quillet::CreatePropertiesTable(*m_registry);
     try {
         return quillet::DbDocumentWriter(*m_registry, *m_log)
             .Write(quillet::xml::Node(document), quillet::xml::Node(parent));
@@ -108,8 +112,8 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
 
 bool DbDatabase::Create(CString path) {
     m_source->Create(path);
-    m_reader->CreateHeader();
-    m_reader->CreateProperties();
+    quillet::CreateHeaderTable(*m_registry);
+    quillet::CreatePropertiesTable(*m_registry);
     m_reader->MarkRead();
     return true;
 }
@@ -228,6 +232,42 @@ DbTableData* DbDatabase::GetHeaderData() {
 void DbDatabase::LoadTables() {
     m_reader->ReadStructure();
     m_reader->ReadAll();
+}
+
+void DbDatabase::CopyFrom(const DBACCESS_ALL& all) {
+    // Rows that still stand in the file would come back over those that are copied.
+    LoadTables();
+    m_importer->CopyFrom(all);
+    m_reader->MarkRead();
+}
+
+void DbDatabase::CopyTableFrom(const std::pair<CString, DBACCESS_VECTOR>& table) {
+    // As above.
+    GetTableData(table.first);
+    m_importer->CopyTable(table.first, table.second);
+}
+
+void DbDatabase::CopyTableFrom(const DBACCESS_ALL& all, int index) {
+    const auto position = static_cast<std::size_t>(index);
+    if (position < all.size()) {
+        CopyTableFrom(all[position]);
+    }
+}
+
+void DbDatabase::GetTable(DbTableInfo* info, DBACCESS_VECTOR& out) {
+    if (info == nullptr || info->GetDescr() == nullptr || info->GetData() == nullptr) {
+        return;
+    }
+    GetTableData(info->GetName());
+    quillet::CopyRecords(*info, out);
+}
+
+void DbDatabase::GetTable(const CString& name, DBACCESS_VECTOR& out) {
+    GetTable(GetTableInfo(name), out);
+}
+
+const std::vector<CString>& DbDatabase::ImportReport() const {
+    return m_importer->Report();
 }
 
 bool DbDatabase::Query(CString sql, CString& name) {

@@ -3,14 +3,17 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "Quillet/Db_QueryAnalysisParams.h"
 #include "Quillet/Db_Source.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableInfo.h"
+#include "Quillet/dbaccess/DBACCESS_ALL.h"
 
 namespace quillet {
+class AccessImporter;
 class DbCallUp;
 class DbLazyReader;
 class DbLog;
@@ -46,6 +49,9 @@ public:
 protected:
     // Writes an Access file; false, for no such file is written by this class.
     virtual bool SaveMdb(const quillet::CString& path);
+
+    // The lines about tables without rows that copying records left, in the order in which they were copied.
+    const std::vector<quillet::CString>& ImportReport() const;
 
 public:
     // Reads what was not read yet, refreshes the queries and writes everything but the queries to an XML
@@ -98,6 +104,26 @@ public:
 
     // Reads the rows of every table that still stand in the file.
     void LoadTables();
+
+    // Copies every table of the records into the database: the header and the properties first, whose tables
+    // are made where neither the records nor the database have them, then the others in their order.
+    void CopyFrom(const DBACCESS_ALL& all);
+    // Copies one table. One of an unknown name is made, with a field for each column of its first record,
+    // whose type follows from the column's: a 16-bit column gives a 32-bit field. One that is there keeps its
+    // fields and loses its rows. Values are stored by position and with the type that they have in the
+    // record, whatever the field's is; columns beyond the fields are left out, with a line in the log, and
+    // cells beyond the columns keep the field's default. Records of a table without rows make fields and no
+    // row, and a line in the import report.
+    void CopyTableFrom(const std::pair<quillet::CString, DBACCESS_VECTOR>& table);
+    // The same for the table at an index of the list; nothing where there is none.
+    void CopyTableFrom(const DBACCESS_ALL& all, int index);
+    // Replaces the records of out by the rows of a table, which are read first; nothing for null. Values have
+    // the columns' codes, with their fields' names; values of other types have none. A 16-bit integer comes
+    // without its sign. A row that has more or fewer cells than the table has fields becomes nameless 16-bit
+    // columns of -1.
+    void GetTable(DbTableInfo* info, DBACCESS_VECTOR& out);
+    // The same by name; out stays as it is where there is no such table.
+    void GetTable(const quillet::CString& name, DBACCESS_VECTOR& out);
 
     // Answers a query (docs/query-language.md): name receives the name of the table that holds the answer.
     // That is a table of type query, named Query_0 and so on, which follows the tables that it was computed
@@ -169,6 +195,7 @@ private:
     std::unique_ptr<quillet::DbLog> m_log;
     std::unique_ptr<quillet::DbRegistry> m_registry;
     std::unique_ptr<DbSource> m_source;
+    std::unique_ptr<quillet::AccessImporter> m_importer;
     std::unique_ptr<quillet::DbLazyReader> m_reader;
     std::unique_ptr<quillet::QueryBuilder> m_queries;
 };

@@ -120,11 +120,41 @@ DbFieldDescr::DbFieldDescr() = default;
 DbFieldDescr::DbFieldDescr(DbItem* parent, int index) : DbFieldValue(parent, index) {
 }
 
-DbFieldDescr::DbFieldDescr(const DbFieldDescr& other) = default;
+DbFieldDescr::DbFieldDescr(const DbFieldDescr& other)
+    : DbFieldValue(other),
+      m_required(other.m_required),
+      m_key(other.m_key),
+      m_name(other.m_name),
+      m_safeName(other.m_safeName),
+      m_safeNameUtf8(other.m_safeNameUtf8),
+      m_converter(other.m_converter) {
+}
 
-DbFieldDescr& DbFieldDescr::operator=(const DbFieldDescr& other) = default;
+DbFieldDescr& DbFieldDescr::operator=(const DbFieldDescr& other) {
+    if (this != &other) {
+        DbFieldValue::operator=(other);
+        m_required = other.m_required;
+        m_key = other.m_key;
+        m_name = other.m_name;
+        m_safeName = other.m_safeName;
+        m_safeNameUtf8 = other.m_safeNameUtf8;
+        m_converter = other.m_converter;
+    }
+    return *this;
+}
 
-DbFieldDescr::~DbFieldDescr() = default;
+DbFieldDescr::~DbFieldDescr() {
+    if (m_life) {
+        *m_life = nullptr;
+    }
+}
+
+const std::shared_ptr<DbFieldDescr*>& DbFieldDescr::LifeToken() {
+    if (!m_life) {
+        m_life = std::make_shared<DbFieldDescr*>(this);
+    }
+    return m_life;
+}
 
 uint64 DbFieldDescr::GetSize() const {
     constexpr uint64 FlagsEstimate = 2;

@@ -1,6 +1,7 @@
 // One column of a table.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "Quillet/Db_FieldValue.h"
@@ -72,7 +73,12 @@ public:
     // The safe name in UTF-8, for writers that need it row after row; empty where it has no such form.
     const std::string& SafeNameUtf8() const { return m_safeNameUtf8; }
 
+    // Names this object as long as it lives; null in it afterwards. A copy has a token of its own.
+    const std::shared_ptr<DbFieldDescr*>& LifeToken();
+
 private:
+    // Made when it is first asked for.
+    std::shared_ptr<DbFieldDescr*> m_life;
     bool m_required = false;
     bool m_key = false;
     quillet::CString m_name;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <string>
 
+#include "Quillet/Db_AccessImporter.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_DocumentReader.h"
+#include "Quillet/Db_HeaderTables.h"
 #include "Quillet/Db_Log.h"
 #include "Quillet/Db_Registry.h"
 #include "platform/Clock.h"
@@ -18,13 +20,6 @@ constexpr const char* HeaderStructurePath = "\\database\\header\\structure";
 constexpr const char* HeaderDataPath = "\\database\\header\\data";
 constexpr const char* BodyStructurePath = "\\database\\body\\structure";
 constexpr const char* BodyTablePath = "\\database\\body\\data\\table";
-
-constexpr const char* HeaderName = "Header";
-constexpr const char* PropertiesName = "Properties";
-
-constexpr const char* HeaderFields[] = {"category",     "symbol",     "title",
-                                        "catalog_type", "units_type", "version"};
-constexpr const char* PropertiesFields[] = {"units", "unit_long", "unit_sect", "unit_weight", "material"};
 
 }  // namespace
 
@@ -43,14 +38,13 @@ void DbLazyReader::ReadStructure() {
     }
     m_pending = false;
     if (m_source.IsMdbBased()) {
-        m_log.Print("File '%s' is an Access file, which is not read yet",
-                    m_source.GetFile().ToUtf8().c_str());
+        m_importer.Import();
     } else if (m_source.IsSequentialAccess()) {
         ReadSequentially();
     } else {
         DbDocumentReader(m_registry, m_log).ReadDatabase(m_source.GetFile());
-        CreateHeader();
-        CreateProperties();
+        CreateHeaderTable(m_registry);
+        CreatePropertiesTable(m_registry);
     }
     m_owner.Sync();
 }
@@ -72,16 +66,16 @@ void DbLazyReader::ReadSequentially() {
     good = good && m_source.ExtractXmlNode(BodyStructurePath, xml);
     if (!good) {
         reader.LogInvalidFormat();
-        CreateHeader();
-        CreateProperties();
+        CreateHeaderTable(m_registry);
+        CreatePropertiesTable(m_registry);
         return;
     }
     // The fixed tables come before those of the body, unless they stand there.
-    if (!DbDocumentReader::DescribesTable(xml, HeaderName)) {
-        CreateHeader();
+    if (!DbDocumentReader::DescribesTable(xml, HeaderTable)) {
+        CreateHeaderTable(m_registry);
     }
-    if (!DbDocumentReader::DescribesTable(xml, PropertiesName)) {
-        CreateProperties();
+    if (!DbDocumentReader::DescribesTable(xml, PropertiesTable)) {
+        CreatePropertiesTable(m_registry);
     }
     const std::size_t first = m_registry.Count();
     reader.ReadStructureText(xml);
@@ -167,30 +161,6 @@ void DbLazyReader::Forget(const DbTableData* data) {
 
 bool DbLazyReader::IsUnread(const DbTableData* data) const {
     return std::find(m_unread.begin(), m_unread.end(), data) != m_unread.end();
-}
-
-namespace {
-
-template <std::size_t Count>
-void CreateOneRowTable(DbRegistry& registry, const char* name, const char* const (&fields)[Count]) {
-    if (registry.Find(name) != nullptr) {
-        return;
-    }
-    const DbTableInfo* const info = registry.Create(name, DbTableInfo::Table, "", nullptr);
-    for (const char* field : fields) {
-        info->GetDescr()->CreateField(field, false, DbFieldDescr::Text);
-    }
-    info->GetData()->AddRow();
-}
-
-}  // namespace
-
-void DbLazyReader::CreateHeader() {
-    CreateOneRowTable(m_registry, HeaderName, HeaderFields);
-}
-
-void DbLazyReader::CreateProperties() {
-    CreateOneRowTable(m_registry, PropertiesName, PropertiesFields);
 }
 
 }  // namespace quillet

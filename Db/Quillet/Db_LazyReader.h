@@ -13,21 +13,23 @@ class DbTableDescr;
 
 namespace quillet {
 
+class AccessImporter;
 class DbLog;
 class DbRegistry;
 
 class DbLazyReader {
 public:
-    DbLazyReader(DbDatabase& owner, DbSource& source, DbRegistry& registry, DbLog& log)
-        : m_owner(owner), m_source(source), m_registry(registry), m_log(log) {}
+    DbLazyReader(DbDatabase& owner, DbSource& source, DbRegistry& registry, AccessImporter& importer,
+                 DbLog& log)
+        : m_owner(owner), m_source(source), m_registry(registry), m_importer(importer), m_log(log) {}
 
     // Everything is still to be read, or nothing is.
     void Reset();
     void MarkRead();
 
-    // Reads the header and the structure of the body of a sequential source, or the whole of another one;
-    // adds the header and properties tables where the file has none. What was read counts as unchanged. Once
-    // only.
+    // Reads the header and the structure of the body of a sequential source, or the whole of another one,
+    // also of an Access file; adds the header and properties tables where the file has none. What was read
+    // counts as unchanged. Once only.
     void ReadStructure();
     // Cuts the next table's rows out of a sequential source and hands them to the table that they name.
     // Null, with the source released, when no table is unread or the file has no more; in that case with a
@@ -39,9 +41,6 @@ public:
     // The table is about to be deleted: its rows are no more waited for.
     void Forget(const DbTableData* data);
 
-    void CreateHeader();
-    void CreateProperties();
-
 private:
     void ReadSequentially();
     void CheckEnd();
@@ -51,6 +50,7 @@ private:
     DbDatabase& m_owner;
     DbSource& m_source;
     DbRegistry& m_registry;
+    AccessImporter& m_importer;
     DbLog& m_log;
     bool m_pending = true;
     // The tables of a sequential source whose rows still stand in the file, in the order of the structure.

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "Quillet/Db_RowArena.h"
+#include "Quillet/Db_RowTokens.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
 
@@ -33,6 +34,7 @@ struct DbRows::Storage {
 
     void Delete(std::size_t position) {
         DbTableRow* const row = m_rows[position];
+        m_tokens.RowGoes(*row);
         m_rows.erase(m_rows.begin() + static_cast<std::ptrdiff_t>(position));
         const std::size_t bytes = DbTableRow::PieceBytes(row->CellsInPiece());
         row->~DbTableRow();
@@ -41,6 +43,7 @@ struct DbRows::Storage {
 
     quillet::RowArena m_arena;
     std::vector<DbTableRow*> m_rows;
+    quillet::RowTokens m_tokens;
 };
 
 DbRows::DbRows(DbItem* parent, DbTableDescr* descr)
@@ -173,6 +176,11 @@ DbTableRow* DbRows::RowAt(uint64 pos) const {
 
 DbTableRow* DbRows::GetRow(int pos) {
     return pos < 0 ? nullptr : RowAt(static_cast<uint64>(pos));
+}
+
+std::shared_ptr<DbTableRow*> DbRows::LifeTokenOf(int pos) {
+    DbTableRow* const row = GetRow(pos);
+    return row == nullptr ? nullptr : m_storage->m_tokens.Of(*row);
 }
 
 DbTableRow* DbRows::GetLastRow() {

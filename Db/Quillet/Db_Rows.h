@@ -44,6 +44,10 @@ public:
     // Where the row at a visible position stands in the storage; the position itself where there is none.
     uint64 GetStoragePosition(uint64 pos) const { return pos < m_order.size() ? m_order[pos] : pos; }
 
+    // Names the visible row at a position as long as the row lives, wherever it stands then; null in it
+    // afterwards. No token where there is no row.
+    std::shared_ptr<DbTableRow*> LifeTokenOf(int pos);
+
 private:
     friend class DbTableRow;
 

@@ -119,9 +119,12 @@ CComVariant Dereferenced(const CComVariant& value) {
     if ((value.vt & VT_BYREF) == 0) {
         return value;
     }
+    if (value.byref == nullptr) {
+        return {};
+    }
     if (value.vt == (VT_BYREF | VT_VARIANT)) {
         // No variant refers to one that refers to another variant.
-        const bool isEnd = value.pvarVal == nullptr || value.pvarVal->vt == (VT_BYREF | VT_VARIANT);
+        const bool isEnd = value.pvarVal->vt == (VT_BYREF | VT_VARIANT);
         return isEnd ? CComVariant() : Dereferenced(CComVariant(*value.pvarVal));
     }
     CComVariant result;

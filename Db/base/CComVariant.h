@@ -47,14 +47,28 @@ public:
             Reset();
             return S_OK;
         }
-        return VariantClear(this);
+        const HRESULT result = VariantClear(this);
+        if (SUCCEEDED(result)) {
+            Reset();
+        }
+        return result;
     }
 
     // Whether the value holds a string, an array or an interface, and not just bits.
     bool OwnsMemory() const { return vt > VT_DATE && vt != VT_BOOL; }
 
     // Converts in place; on failure the value stays as it was.
-    HRESULT ChangeType(VARTYPE type) { return vt == type ? S_OK : VariantChangeType(this, this, 0, type); }
+    HRESULT ChangeType(VARTYPE type) {
+        if (vt == type) {
+            return S_OK;
+        }
+        const HRESULT result = VariantChangeType(this, this, 0, type);
+        if (SUCCEEDED(result) && type == VT_I2) {
+            // The bits behind a short number are zeros, which the platform does not promise.
+            SetNumber(iVal);
+        }
+        return result;
+    }
 
     // The text of a string; empty for every other type.
     WideView Text() const {
@@ -113,8 +127,8 @@ private:
     }
 };
 
-// The value that a reference refers to, copied; any other value as it is. Empty for a reference of an unknown
-// kind.
+// The value that a reference refers to, copied; any other value as it is. Empty for a reference to
+// nothing, and for one of an unknown kind.
 QUILLET_API CComVariant Dereferenced(const CComVariant& value);
 
 // The platform's comparison of two values: VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL where a side is null,

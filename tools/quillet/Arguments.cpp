@@ -81,6 +81,7 @@ constexpr const char* Examples = R"(Examples:
   quillet export steel.xml IPE ipe.csv      a table as a CSV file
   quillet import steel.xml Mine mine.csv    a new table from a CSV file
   quillet check steel.xml                   whether anything is wrong
+  quillet convert aisc.mdb aisc.xml         a catalog from an Access file
 
 'quillet COMMAND --help' tells more about a command. Options may stand before or
 behind the command. Table names match without regard to case.
@@ -133,6 +134,18 @@ Keys of the properties: units, unit_long, unit_sect, unit_weight, material.
 
 )";
 
+constexpr const char* ConvertNotes =
+    R"(Examples:
+  quillet convert aisc.mdb aisc.xml         a catalog from an Access file
+  quillet convert steel.xml steel.mdb       the tables of a catalog into an Access file
+
+An Access file is read and written by an ODBC driver, and not every driver can
+write. It has to be there before: an empty one will do. Each table takes the
+place of the one of its name, other tables stay. The work is done on a copy; the
+file changes only if every table was written.
+
+)";
+
 constexpr const char* CommonNotes =
     "'quillet --help' tells the options of every command: --format, --sequential, --log.";
 
@@ -173,6 +186,7 @@ private:
     void AddImport();
     void AddDrop();
     void AddRename();
+    void AddConvert();
 
     // Runs the function with the request that the parser has filled by then.
     template <typename Request>
@@ -209,6 +223,7 @@ CommandLine::CommandLine() {
     AddImport();
     AddDrop();
     AddRename();
+    AddConvert();
     m_app.footer(Examples);
 }
 
@@ -402,6 +417,22 @@ void CommandLine::AddRename() {
         ->check(CheckNotEmpty)
         ->type_name("");
     Choose(command, request, Rename);
+}
+
+void CommandLine::AddConvert() {
+    const auto request = std::make_shared<ConvertRequest>();
+    CLI::App& command = Add("convert", "Make a catalog from an Access file, or fill one from a catalog");
+    command.add_option("IN", request->m_source, "IN.mdb or IN.xml")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    command.add_option("OUT", request->m_target, "OUT.xml or OUT.mdb")
+        ->required()
+        ->check(CheckNotEmpty)
+        ->type_name("");
+    command.add_flag("--replace", request->m_replace, "Overwrite OUT.xml");
+    command.footer(std::string(ConvertNotes) + CommonNotes);
+    Choose(command, request, Convert);
 }
 
 // In this program's own words where the parser's are no help.

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
+#include "AccessFile.h"
 #include "CellText.h"
 #include "LogLines.h"
 #include "Names.h"
 #include "PlainText.h"
 #include "Progress.h"
+#include "TableProgress.h"
 #include "base/CException.h"
 #include "platform/File.h"
 #include "xml/Document.h"
@@ -17,12 +20,6 @@ namespace quillet::tool {
 namespace {
 
 constexpr const char* IncompleteCatalog = "no catalog: its header or its body is not complete";
-
-// The part of a path that people call the file.
-std::string FileName(const std::string& path) {
-    const std::size_t slash = path.find_last_of("/\\");
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
 
 void WriteToStandardError(const std::string& line) {
     const std::string visible = Visible(line) + "\n";
@@ -92,10 +89,7 @@ Catalog Catalog::OpenForEditing(const std::string& path, const Settings& setting
     }
     catalog.ReadAll();
     catalog.RefuseUnreadable();
-    if (!catalog.m_faults.empty()) {
-        throw catalog.Failed("not changed, for it has faults that 'quillet check' lists: " +
-                             catalog.m_faults.front());
-    }
+    catalog.RefuseFaults("not changed");
     catalog.RefuseMisplacedHeader();
     return catalog;
 }
@@ -107,12 +101,22 @@ void Catalog::ReadStructure() {
 
 void Catalog::TryReadStructure() {
     {
-        const RunningProgress progress(ScreenBesideFiles(), "Reading " + FileName(m_path));
+        const TableProgress progress("Reading " + FileName(m_path));
         m_database->GetTablesCount();
     }
     CollectLog();
-    if (!IsXml() && m_database->GetTablesCount() == 0) {
-        throw Failed("Access files can't be read yet");
+    if (IsXml() || std::exchange(m_isCompared, true)) {
+        return;
+    }
+    // An Access file that can't be read leaves no more than the tables that every catalog has.
+    if (m_database->GetTablesCount() <= 2) {
+        const std::string why = WhyNoAccess(m_path);
+        if (!why.empty()) {
+            throw Failed(why);
+        }
+    }
+    for (std::string& line : MissingRows(m_path, *m_database)) {
+        m_faults.push_back(std::move(line));
     }
 }
 
@@ -203,20 +207,26 @@ void Catalog::RefuseUncarriable(const std::string& what, const std::string& text
     }
 }
 
-void Catalog::Save() {
+void Catalog::RefuseFaults(const std::string& consequence) const {
+    if (!m_faults.empty()) {
+        throw Failed(consequence + ", for it has faults that 'quillet check' lists: " + m_faults.front());
+    }
+}
+
+void Catalog::SaveAs(const std::string& path) {
     bool isSaved = false;
     {
-        const RunningProgress progress(ScreenBesideFiles(), "Saving " + FileName(m_path));
-        isSaved = m_database->Save(m_path);
+        const RunningProgress progress(ScreenBesideFiles(), "Saving " + FileName(path));
+        isSaved = m_database->Save(path);
     }
     m_faults.clear();
     CollectLog();
     if (!isSaved) {
         std::string reasons;
         for (const std::string& fault : m_faults) {
-            reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, m_path);
+            reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, path);
         }
-        throw Failed("not saved" + reasons);
+        throw Failure(path + ": not saved" + reasons);
     }
 }
 
@@ -273,6 +283,11 @@ std::vector<std::string> FieldNames(const DbTableDescr& descr) {
         names.push_back(field->GetName().ToUtf8());
     }
     return names;
+}
+
+std::string FileName(const std::string& path) {
+    const std::size_t slash = path.find_last_of("/\\");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 bool HasXmlEnding(const std::string& path) {

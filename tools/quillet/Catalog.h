@@ -73,7 +73,12 @@ public:
     void WarnOfFaults() const;
 
     // Writes the file.
-    void Save();
+    void Save() { SaveAs(m_path); }
+    // Writes another file. Throws Failure, which names it, and the file is as it was.
+    void SaveAs(const std::string& path);
+
+    // Throws Failure where reading found anything wrong: the consequence, why, and how to learn more.
+    void RefuseFaults(const std::string& consequence) const;
 
     // Refuses a text with a character that the file can't carry; what says whose it is.
     void RefuseUncarriable(const std::string& what, const std::string& text) const;
@@ -92,6 +97,8 @@ private:
     bool m_showsLog;
     // Whether the whole file was found to be XML.
     bool m_isWellFormed = false;
+    // Whether an Access file was asked for what it should hold.
+    bool m_isCompared = false;
     std::unique_ptr<DbDatabase> m_database;
     std::vector<std::string> m_faults;
 };
@@ -105,6 +112,9 @@ std::vector<std::string> FieldNames(const DbTableDescr& descr);
 
 // Whether the path ends as XML catalogs do.
 bool HasXmlEnding(const std::string& path);
+
+// The part of a path that people call the file.
+std::string FileName(const std::string& path);
 
 // Puts a line of the program's own on standard error: "quillet: message".
 void Complain(const std::string& message);

@@ -89,6 +89,13 @@ struct ImportRequest {
     bool m_replace = false;
 };
 
+struct ConvertRequest {
+    // A catalog and an Access file, or the other way round.
+    std::string m_source;
+    std::string m_target;
+    bool m_replace = false;
+};
+
 int Info(const Settings& settings, const InfoRequest& request);
 int Fields(const Settings& settings, const FieldsRequest& request);
 int Show(const Settings& settings, const ShowRequest& request);
@@ -101,5 +108,6 @@ int Set(const Settings& settings, const SetRequest& request);
 int Drop(const Settings& settings, const DropRequest& request);
 int Rename(const Settings& settings, const RenameRequest& request);
 int Import(const Settings& settings, const ImportRequest& request);
+int Convert(const Settings& settings, const ConvertRequest& request);
 
 }  // namespace quillet::tool

@@ -146,7 +146,7 @@ void CheckDatabase(const std::string& path, const Settings& settings, Findings& 
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
         const Table table = {database.GetTableName(i).ToUtf8(), database.GetTableDescr(i),
                              database.GetTableData(i)};
-        if (!table.m_data->IsInitialized() && !IsHeaderOrProperties(table.m_name)) {
+        if (catalog.IsXml() && !table.m_data->IsInitialized() && !IsHeaderOrProperties(table.m_name)) {
             findings.push_back({"its rows are missing from the file", 0, table.m_name});
         }
         CheckFieldNames(table, findings);

@@ -29,7 +29,8 @@ bool IsFault(std::string_view line) {
                           (Contains(line, "xml source extracted in ") || Contains(line, "data parsed in: "));
     const bool isChange =
         line.ends_with("'") && (Contains(line, "' created, index = ") || Contains(line, "' renamed to '"));
-    return !(line.starts_with("Table '") && (isTiming || isChange));
+    const bool isImport = line.starts_with("Importing mdb file '") && line.ends_with("'");
+    return !isImport && !(line.starts_with("Table '") && (isTiming || isChange));
 }
 
 bool IsInvalidFormat(std::string_view line) {

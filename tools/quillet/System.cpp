@@ -47,6 +47,14 @@ bool IsStandardErrorTerminal() {
     return _isatty(_fileno(stderr)) != 0;
 }
 
+std::string ReadingDriverHint() {
+    return "the 64-bit Microsoft Access Database Engine brings it";
+}
+
+std::string WritingDriverHint() {
+    return "that of the 64-bit Microsoft Access Database Engine does";
+}
+
 #else
 
 std::vector<std::string> ProgramArguments(int argc, char** argv) {
@@ -62,6 +70,14 @@ bool IsStandardOutputTerminal() {
 
 bool IsStandardErrorTerminal() {
     return ::isatty(STDERR_FILENO) != 0;
+}
+
+std::string ReadingDriverHint() {
+    return "the package odbc-mdbtools brings one, which odbcinst registers under this name";
+}
+
+std::string WritingDriverHint() {
+    return "that of the package odbc-mdbtools only reads, and none that writes is known outside Windows";
 }
 
 #endif

@@ -15,4 +15,8 @@ void PrepareStandardStreams();
 bool IsStandardOutputTerminal();
 bool IsStandardErrorTerminal();
 
+// What brings an ODBC driver that reads Access files, and one that writes them.
+std::string ReadingDriverHint();
+std::string WritingDriverHint();
+
 }  // namespace quillet::tool

@@ -1,0 +1,38 @@
+#include "Quillet/Db_HeaderTables.h"
+
+#include <cstddef>
+
+#include "Quillet/Db_Registry.h"
+#include "Quillet/Db_TableData.h"
+
+namespace quillet {
+
+namespace {
+
+constexpr const char* HeaderFields[] = {"category",     "symbol",     "title",
+                                        "catalog_type", "units_type", "version"};
+constexpr const char* PropertiesFields[] = {"units", "unit_long", "unit_sect", "unit_weight", "material"};
+
+template <std::size_t Count>
+void CreateOneRowTable(DbRegistry& registry, const char* name, const char* const (&fields)[Count]) {
+    if (registry.Find(name) != nullptr) {
+        return;
+    }
+    const DbTableInfo* const info = registry.Create(name, DbTableInfo::Table, "", nullptr);
+    for (const char* field : fields) {
+        info->GetDescr()->CreateField(field, false, DbFieldDescr::Text);
+    }
+    info->GetData()->AddRow();
+}
+
+}  // namespace
+
+void CreateHeaderTable(DbRegistry& registry) {
+    CreateOneRowTable(registry, HeaderTable, HeaderFields);
+}
+
+void CreatePropertiesTable(DbRegistry& registry) {
+    CreateOneRowTable(registry, PropertiesTable, PropertiesFields);
+}
+
+}  // namespace quillet

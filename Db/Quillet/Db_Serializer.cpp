@@ -1,0 +1,127 @@
+#include "Quillet/Db_Serializer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/Db_Exception.h"
+#include "Quillet/dbaccess/DBACCESS.h"
+#include "platform/MessageBox.h"
+
+using quillet::CString;
+
+namespace {
+
+DbSerializer::StepHandler& Handler() {
+    static DbSerializer::StepHandler s_handler;
+    return s_handler;
+}
+
+void Tell(std::size_t done, std::size_t count, const CString& table, bool isWhole) {
+    if (Handler()) {
+        Handler()({done, count, table, isWhole});
+    }
+}
+
+bool IsXml(const CString& path) {
+    return path.Right(3).CompareNoCase("xml") == 0;
+}
+
+bool LoadAccess(const CString& path, DBACCESS_ALL& all) {
+    DBACCESS access(path.GetString());
+    std::vector<CString> names;
+    access.GetTables(names);
+    bool good = true;
+    all.resize(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        auto& [name, rows] = all[i];
+        name = names[i];
+        rows.clear();
+        const bool isWhole = access.GetTableData(name, rows);
+        good = good && isWhole;
+        Tell(i + 1, names.size(), name, isWhole);
+    }
+    return good;
+}
+
+void LoadXml(const CString& path, DBACCESS_ALL& all) {
+    DbDatabase database;
+    database.GetSource()->SetFile(path, false);
+    database.GetSource()->SetSequentialAccess(false);
+    database.LoadTables();
+    all.resize(static_cast<std::size_t>(database.GetTablesCount()));
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        auto& [name, rows] = all[i];
+        name = database.GetTableName(i);
+        // What the list held before says nothing about this table's rows.
+        rows = {};
+        database.GetTable(name, rows);
+    }
+}
+
+// The first table of the name; the end of the list where there is none.
+template <typename Tables>
+auto FindTable(Tables& all, const CString& name) {
+    return std::find_if(all.begin(), all.end(), [&](const auto& table) { return table.first == name; });
+}
+
+}  // namespace
+
+DbSerializer::StepHandler DbSerializer::SetStepHandler(StepHandler handler) {
+    return std::exchange(Handler(), std::move(handler));
+}
+
+bool DbSerializer::Load(const CString& path, DBACCESS_ALL& all) {
+    try {
+        if (!IsXml(path)) {
+            return LoadAccess(path, all);
+        }
+        LoadXml(path, all);
+        return true;
+    } catch (DbException* exception) {
+        exception->Delete();
+        CString text;
+        text.Format("Error while trying to read '%s' file. Check if file exists on given path.",
+                    path.ToUtf8().c_str());
+        quillet::platform::ShowMessage(text.View(), {});
+        return false;
+    }
+}
+
+bool DbSerializer::Save(const CString& path, const DBACCESS_ALL& all) {
+    if (IsXml(path)) {
+        // The database is changed, and writes its file when it goes.
+        DbDatabase database;
+        database.Create(path);
+        database.CopyFrom(all);
+        return true;
+    }
+    DBACCESS access(path.GetString(), DBACCESS::NoDialog);
+    std::size_t done = 0;
+    for (const auto& [name, rows] : all) {
+        const bool isWhole = access.SetTableData(name, rows);
+        Tell(++done, all.size(), name, isWhole);
+    }
+    return true;
+}
+
+bool DbSerializer::CopyTableFromDatabase(const DBACCESS_ALL& all, const CString& table,
+                                         DBACCESS_VECTOR& rows) {
+    const auto found = FindTable(all, table);
+    if (found == all.end()) {
+        rows.clear();
+        return false;
+    }
+    rows = found->second;
+    return true;
+}
+
+bool DbSerializer::CopyTableToDatabase(DBACCESS_ALL& all, const CString& table, const DBACCESS_VECTOR& rows) {
+    const auto found = FindTable(all, table);
+    if (found == all.end()) {
+        all.emplace_back(table, rows);
+    } else {
+        found->second = rows;
+    }
+    return true;
+}

@@ -1,0 +1,13 @@
+// A table of a database as records.
+#pragma once
+
+class DBACCESS_VECTOR;
+class DbTableInfo;
+
+namespace quillet {
+
+// Replaces the records of out by the table's rows, as DbDatabase::GetTable says; the flag and the remarks of
+// out stay.
+void CopyRecords(const DbTableInfo& table, DBACCESS_VECTOR& out);
+
+}  // namespace quillet

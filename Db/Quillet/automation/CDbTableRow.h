@@ -1,0 +1,28 @@
+// A row of a table, for automation clients.
+#pragma once
+
+#include "Quillet/automation/CDbFieldValue.h"
+
+namespace quillet::automation {
+
+// Shows nothing until it is told what. It keeps one wrapper for its cells, and shows another cell through it
+// at each request.
+class CDbTableRow final : public Dispatch<IDbTableRow> {
+public:
+    explicit CDbTableRow(IUnknown* outer) : Dispatch(outer) {}
+
+    void Show(Watch<DbTableRow> row) { m_row = std::move(row); }
+
+    HRESULT STDMETHODCALLTYPE FieldByIndex(long fieldIdx, IDbFieldValue** pVal) override;
+    HRESULT STDMETHODCALLTYPE get_FieldsCount(long* pVal) override;
+    HRESULT STDMETHODCALLTYPE FieldByName(BSTR fieldName, IDbFieldValue** pVal) override;
+
+private:
+    // The wrapper, on the cell at a position or on nothing.
+    CDbFieldValue* CellAt(std::int64_t position);
+
+    Watch<DbTableRow> m_row;
+    CComPtr<CDbFieldValue> m_cell{new CDbFieldValue(nullptr)};
+};
+
+}  // namespace quillet::automation

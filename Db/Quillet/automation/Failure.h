@@ -1,0 +1,33 @@
+// How a method fails: by an exception inside, by a result and error information outside.
+#pragma once
+
+#include "base/CString.h"
+#include "platform/Automation.h"
+
+namespace quillet::automation {
+
+// Ends a method with a result and a message for the caller.
+struct Failure {
+    HRESULT m_result;
+    CString m_message;
+};
+
+// To be called while an exception is handled: the result for the caller. Its message becomes the thread's
+// error information, on behalf of the interface. Exceptions thrown by pointer are deleted.
+HRESULT ResultOfException(REFIID interfaceId) noexcept;
+
+// Calls the body, and lets nothing out: S_OK, or the result of what it threw.
+template <typename Body>
+HRESULT Guarded(REFIID interfaceId, Body body) noexcept {
+    try {
+        body();
+        return S_OK;
+    } catch (...) {
+        return ResultOfException(interfaceId);
+    }
+}
+
+// Throws Failure for a failure of the system.
+void Check(HRESULT result);
+
+}  // namespace quillet::automation

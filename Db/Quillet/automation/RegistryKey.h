@@ -1,0 +1,31 @@
+// One key of the registry.
+#pragma once
+
+#include "base/CString.h"
+#include "platform/Automation.h"
+
+namespace quillet::automation {
+
+class RegistryKey {
+public:
+    // Opens the key, or makes it. Throws Failure.
+    RegistryKey(HKEY parent, const CString& path);
+    RegistryKey(const RegistryKey&) = delete;
+    RegistryKey& operator=(const RegistryKey&) = delete;
+    ~RegistryKey();
+
+    HKEY Get() const { return m_key; }
+    // The value without a name, or a named one. Throws Failure.
+    void SetText(const CString& text) const { SetText(CString(), text); }
+    void SetText(const CString& name, const CString& text) const;
+
+    // Deletes a key and all below it; there may be none. Throws Failure.
+    static void Delete(HKEY parent, const CString& path);
+    // Deletes a key that has neither values nor keys below it; leaves any other.
+    static void DeleteEmpty(HKEY parent, const CString& path);
+
+private:
+    HKEY m_key = nullptr;
+};
+
+}  // namespace quillet::automation

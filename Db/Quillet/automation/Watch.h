@@ -1,0 +1,47 @@
+// What a wrapper shows, as long as it lives.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "Quillet/automation/Failure.h"
+
+class DbDatabase;
+
+namespace quillet::automation {
+
+// Nothing, or an object of the model that somebody else owns, by its token.
+template <typename Model, typename Token = std::shared_ptr<Model*>>
+class Watch {
+public:
+    Watch() = default;
+    // Nothing for a null token.
+    explicit Watch(Token token) : m_token(std::move(token)), m_shows(Shown(m_token) != nullptr) {}
+
+    // Whether it was never told what to show.
+    bool IsAtNothing() const { return !m_shows; }
+    // Null at nothing, and once the object is gone.
+    Model* Get() const { return Shown(m_token); }
+    // Throws Failure where there is no object.
+    Model& operator*() const {
+        Model* const model = Get();
+        if (model == nullptr) {
+            throw Failure{CO_E_OBJNOTCONNECTED,
+                          m_shows ? "What the object showed is gone" : "The object shows nothing"};
+        }
+        return *model;
+    }
+    Model* operator->() const { return &**this; }
+
+private:
+    static Model* Shown(const std::shared_ptr<Model*>& token) { return token == nullptr ? nullptr : *token; }
+    static Model* Shown(const std::weak_ptr<Model*>& token) { return Shown(token.lock()); }
+
+    Token m_token;
+    bool m_shows = false;
+};
+
+// The token of a database dies with it.
+using WatchedDatabase = Watch<DbDatabase, std::weak_ptr<DbDatabase*>>;
+
+}  // namespace quillet::automation

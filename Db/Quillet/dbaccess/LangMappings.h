@@ -1,0 +1,81 @@
+// Which language the texts of an Access file are written in, by the names of its tables and fields.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "base/CComVariant.h"
+#include "base/CString.h"
+
+class DBACCESS_COLUMN;
+
+namespace quillet::platform {
+class CharacterLocale;
+}
+
+// One language: its number, its locale as the C library calls it, and the texts that betray it in a name.
+struct LanguageMapping {
+    std::uint32_t m_code = 0;
+    const WCHAR* m_locale = nullptr;
+    std::vector<quillet::CString> m_markers;
+};
+
+// The languages in the order in which they are tried, and the one that is current, if any. The current one
+// stays from one name to the next until a name betrays another or Reset is called. The process has one such
+// table, Instance, which imports use: one at a time.
+class QUILLET_API LangMappings {
+public:
+    LangMappings();
+    LangMappings(const LangMappings&) = delete;
+    LangMappings& operator=(const LangMappings&) = delete;
+    virtual ~LangMappings();
+
+    static LangMappings& Instance();
+
+    // Makes the first language current that has a marker in the name. The name is lowered and the markers are
+    // not, so one with a capital letter is never found. Where there is none, the current language stays;
+    // where nothing was current, the default does ("C").
+    void Select(quillet::CString name);
+    // The two halves of Select, for names that come again and again: the language that the name betrays, null
+    // for none; and what follows from it.
+    const LanguageMapping* Find(quillet::CString name) const;
+    void SelectFound(const LanguageMapping* found);
+    // Nothing is current.
+    void Reset() { m_current = nullptr; }
+
+    // Null where nothing is current. It lives as long as the table.
+    const LanguageMapping* Current() const { return m_current; }
+    bool IsDefault(const LanguageMapping* mapping) const { return mapping == &m_default; }
+
+    // Replaces value by that of the column: a boolean (true where the number is exactly 1), a 32-bit integer
+    // for both integer codes, a single or double real, a byte array with lower bound 0, a text; empty for any
+    // other code. A text that is not empty is made under the current language's character type locale, which
+    // is "C" afterwards, unless the default is current or nothing is.
+    void Convert(const DBACCESS_COLUMN& column, quillet::CComVariant& value) const;
+
+    // Converts many columns, without setting the locale back between texts of one language: that takes far
+    // longer than a conversion. It is set back at the end.
+    class QUILLET_API Run {
+    public:
+        explicit Run(const LangMappings& mappings);
+        Run(const Run&) = delete;
+        Run& operator=(const Run&) = delete;
+        ~Run();
+        // As LangMappings::Convert.
+        void Convert(const DBACCESS_COLUMN& column, quillet::CComVariant& value);
+
+    private:
+        void EnterLocale();
+
+        const LangMappings& m_mappings;
+        // The language whose locale is set; null for none.
+        const LanguageMapping* m_entered = nullptr;
+        std::unique_ptr<quillet::platform::CharacterLocale> m_locale;
+    };
+
+private:
+    LanguageMapping m_default;
+    std::vector<LanguageMapping> m_mappings;
+    const LanguageMapping* m_current = nullptr;
+};

@@ -1,0 +1,35 @@
+# Runs the example clients on copies of the catalog: each has to print what stands in the expected file, and what they
+# save has to be equal.
+#
+# EXAMPLES is their folder, PROGRAM the one that is compiled, EMULATOR what runs programs of another system, CATALOG the
+# catalog, EXPECTED what each prints, WORK_DIR a folder of its own.
+file(READ ${EXPECTED} expected)
+file(SHA256 ${CATALOG} original)
+set(first_copy "")
+foreach(client catalog.vbs catalog.js catalog.exe)
+  set(folder ${WORK_DIR}/${client})
+  file(REMOVE_RECURSE ${folder})
+  file(MAKE_DIRECTORY ${folder})
+  configure_file(${CATALOG} ${folder}/steel.xml COPYONLY)
+  if(client STREQUAL "catalog.exe")
+    set(command ${PROGRAM})
+  else()
+    configure_file(${EXAMPLES}/${client} ${folder}/${client} COPYONLY)
+    set(command cscript.exe //nologo ${client})
+  endif()
+  execute_process(COMMAND ${EMULATOR} ${command} steel.xml copy.xml WORKING_DIRECTORY ${folder}
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+  string(REPLACE "\r\n" "\n" output "${output}")
+  if(NOT result EQUAL 0 OR NOT output STREQUAL expected)
+    message(FATAL_ERROR "${client} ended with ${result}\n${errors}\nprinted:\n${output}\ninstead of:\n${expected}")
+  endif()
+  file(SHA256 ${folder}/steel.xml after)
+  if(NOT after STREQUAL original)
+    message(FATAL_ERROR "${client} changed the catalog that it opened")
+  endif()
+  file(SHA256 ${folder}/copy.xml copy)
+  if(first_copy AND NOT copy STREQUAL first_copy)
+    message(FATAL_ERROR "the copy of ${client} is another than that of the client before")
+  endif()
+  set(first_copy ${copy})
+endforeach()

@@ -1,0 +1,137 @@
+// The automation server as a client gets it that doesn't ask the registry: through the entry points of
+// IQuillet.dll, and members by name, as scripts call them.
+#pragma once
+
+#include <Quillet/automation/IQuillet.h>
+
+#include <filesystem>
+#include <string>
+
+#include "MsxmlDocument.h"
+#include "TestHelpers.h"
+#include "platform/TemporaryFolder.h"
+
+namespace quillet::test {
+
+constexpr int LongField = FieldType::Long;
+constexpr int TextField = FieldType::Text;
+
+template <typename Function>
+Function* EntryPoint(const char* name) {
+    const FARPROC found = GetProcAddress(GetModuleHandleW(L"IQuillet.dll"), name);
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(found));
+}
+
+inline HRESULT GetClassObject(REFCLSID classId, REFIID interfaceId, void** object) {
+    return EntryPoint<HRESULT STDAPICALLTYPE(REFCLSID, REFIID, void**)>("DllGetClassObject")(
+        classId, interfaceId, object);
+}
+
+inline HRESULT CanUnloadNow() {
+    return EntryPoint<HRESULT STDAPICALLTYPE()>("DllCanUnloadNow")();
+}
+
+// An object of a class; null where there is none.
+inline CComPtr<IDispatch> NewObject(REFCLSID classId) {
+    void* factory = nullptr;
+    if (FAILED(GetClassObject(classId, IID_IClassFactory, &factory))) {
+        return {};
+    }
+    CComPtr<IClassFactory> owned;
+    owned.Attach(static_cast<IClassFactory*>(factory));
+    void* made = nullptr;
+    CComPtr<IDispatch> object;
+    if (SUCCEEDED(owned->CreateInstance(nullptr, IID_IDispatch, &made))) {
+        object.Attach(static_cast<IDispatch*>(made));
+    }
+    return object;
+}
+
+// What a member gives, as text: the value, "nothing" for no object, "object" for one, "failed" where it
+// fails.
+inline std::string Said(const CComPtr<IDispatch>& object, const char* member,
+                        std::vector<CComVariant> arguments = {}) {
+    Answer answer = Ask(object.Get(), member, std::move(arguments));
+    if (!answer.Succeeded()) {
+        return "failed";
+    }
+    if (answer.m_value.vt == VT_DISPATCH) {
+        return answer.IsNothing() ? "nothing" : "object";
+    }
+    return SUCCEEDED(answer.m_value.ChangeType(VT_BSTR)) ? answer.Text() : "no text";
+}
+
+// The object that a member gives; null, and a failure of the test, where it fails.
+inline CComPtr<IDispatch> Given(const CComPtr<IDispatch>& object, const char* member,
+                                std::vector<CComVariant> arguments = {}) {
+    const Answer answer = Ask(object.Get(), member, std::move(arguments));
+    EXPECT_EQ(answer.m_result, S_OK) << member;
+    return answer.Object();
+}
+
+inline HRESULT Put(const CComPtr<IDispatch>& object, const char* member, const CComVariant& value) {
+    return Ask(object.Get(), member, {value}, DISPATCH_PROPERTYPUT).m_result;
+}
+
+// A new catalog with a table T: a long field n, a text field t, and the rows 1 a, 2 b, 3 c.
+class ServerTest : public testing::Test {
+protected:
+    ServerTest() {
+        Given(m_catalog, "Create", {CComVariant(CString(Path()))});
+        MakeTable("T");
+        AddRow("T", 1, "a");
+        AddRow("T", 2, "b");
+        AddRow("T", 3, "c");
+    }
+    ~ServerTest() override {
+        // One that was changed would save itself.
+        if (m_catalog) {
+            Given(m_catalog, "Save", {CComVariant(CString(Path()))});
+        }
+    }
+
+    std::string Path(const char* name = "catalog.xml") const { return Utf8(m_folder / name); }
+
+    void MakeTable(const char* name) const {
+        Given(m_catalog, "CreateTable", {name});
+        const auto structure = Structure(name);
+        Given(structure, "CreateField", {"n", LongField});
+        Given(structure, "CreateField", {"t", TextField});
+    }
+    void AddRow(const char* table, int number, const char* text) const {
+        const auto row = Given(Contents(table), "AddRow");
+        EXPECT_EQ(Put(Given(row, "FieldByName", {"n"}), "Value", number), S_OK);
+        EXPECT_EQ(Put(Given(row, "FieldByName", {"t"}), "Value", text), S_OK);
+    }
+
+    CComPtr<IDispatch> Structure(const char* table) const { return Given(m_catalog, "TableDescr", {table}); }
+    CComPtr<IDispatch> Contents(const char* table) const { return Given(m_catalog, "TableData", {table}); }
+    CComPtr<IDispatch> Row(const char* table, int position) const {
+        return Given(Contents(table), "Row", {position});
+    }
+    // A row's cells with blanks between them.
+    static std::string CellsOf(const CComPtr<IDispatch>& row) {
+        const Answer count = Ask(row.Get(), "FieldsCount");
+        std::string text = count.Succeeded() ? "" : "failed";
+        for (LONG i = 0; count.Succeeded() && i < count.m_value.lVal; ++i) {
+            text += (i == 0 ? "" : " ") + Said(Given(row, "FieldByIndex", {i}), "Value");
+        }
+        return text;
+    }
+    // The name of the query's answer.
+    CComVariant Asked(const char* sql) const {
+        CComVariant name("");
+        CComVariant reference;
+        reference.vt = VT_BYREF | VT_VARIANT;
+        reference.pvarVal = &name;
+        EXPECT_EQ(Said(m_catalog, "Query", {sql, reference}), "-1") << sql;
+        reference.vt = VT_EMPTY;
+        return name;
+    }
+
+    TemporaryFolder m_folder;
+    ComApartment m_apartment;
+    CComPtr<IDispatch> m_catalog = NewObject(__uuidof(DbDatabase));
+};
+
+}  // namespace quillet::test

@@ -1,0 +1,72 @@
+// A catalog from an Access file, and an Access file filled from a catalog.
+#include "AccessFile.h"
+#include "Catalog.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Output.h"
+#include "PlainText.h"
+#include "TableRecords.h"
+#include "platform/File.h"
+
+namespace quillet::tool {
+
+namespace {
+
+constexpr int Done = 0;
+
+// Fields of dates, money and the like come without a type and without values.
+void WarnOfLostValues(Catalog& catalog) {
+    DbDatabase& database = catalog.Database();
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        for (const DbFieldDescr* field : *database.GetTableDescr(i)) {
+            if (field->GetType() == VT_EMPTY) {
+                Complain("warning: " + catalog.Path() + ": table " +
+                         Quoted(database.GetTableName(i).ToUtf8()) + ", field " +
+                         Quoted(field->GetName().ToUtf8()) + ": values of its type are left out");
+            }
+        }
+    }
+}
+
+int ToXml(const Settings& settings, const ConvertRequest& request) {
+    if (platform::PathExists(request.m_target) && !request.m_replace) {
+        throw Failure(request.m_target + ": already there; --replace overwrites it");
+    }
+    Catalog catalog(request.m_source, settings);
+    catalog.ReadAll();
+    catalog.RefuseFaults("not converted");
+    WarnOfLostValues(catalog);
+    const std::size_t tables = catalog.TableNames().size();
+    catalog.SaveAs(request.m_target);
+    Say(settings, request.m_target + ": " + Counted(tables, "table") + " converted");
+    return Done;
+}
+
+int ToAccess(const Settings& settings, const ConvertRequest& request) {
+    if (!platform::PathExists(request.m_target)) {
+        throw Failure(
+            request.m_target +
+            ": not there; tables can only be put into an Access file that exists, an empty one will do");
+    }
+    Catalog catalog(request.m_source, settings);
+    catalog.ReadAll();
+    catalog.RefuseFaults("not converted");
+    const DBACCESS_ALL tables = ReadRecords(catalog);
+    FillAccessFile(request.m_target, tables);
+    Say(settings, request.m_target + ": " + Counted(tables.size(), "table") + " converted");
+    return Done;
+}
+
+}  // namespace
+
+int Convert(const Settings& settings, const ConvertRequest& request) {
+    if (HasAccessEnding(request.m_source) && HasXmlEnding(request.m_target)) {
+        return ToXml(settings, request);
+    }
+    if (HasXmlEnding(request.m_source) && HasAccessEnding(request.m_target)) {
+        return ToAccess(settings, request);
+    }
+    throw UsageError("convert makes OUT.xml of IN.mdb, or fills OUT.mdb from IN.xml");
+}
+
+}  // namespace quillet::tool
