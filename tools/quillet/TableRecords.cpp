@@ -63,7 +63,7 @@ DBACCESS_ALL ReadRecords(Catalog& catalog) {
             continue;
         }
         const DbTableDescr& descr = *database.GetTableDescr(info->GetIndex());
-        if (descr.size() == 0) {
+        if (descr.empty()) {
             throw catalog.Failed("not converted: table " + Quoted(name) +
                                  " has no fields, and an Access file takes no such table");
         }
