@@ -38,10 +38,10 @@ if [ ! -f "$WINEPREFIX/system.reg" ] && ! "$wine" wineboot --init >/dev/null 2>&
     exit 1
 fi
 # Wine's server goes a few seconds after its last program, and a program that begins in that moment fails. So it stays for
-# a minute; where one runs already, a second has no effect.
+# ten seconds; where one runs already, a second has no effect.
 for candidate in wineserver64 /usr/lib/wine/wineserver64 wineserver; do
     if command -v "$candidate" >/dev/null 2>&1; then
-        "$candidate" -p60 </dev/null >/dev/null 2>&1 9>&- || true
+        "$candidate" -p10 </dev/null >/dev/null 2>&1 9>&- || true
         break
     fi
 done
