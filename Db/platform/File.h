@@ -1,7 +1,9 @@
 // Files: reading in blocks, and replacing a file whole. Paths are UTF-8.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +12,24 @@
 #include "platform/Export.h"
 
 namespace quillet::platform {
+
+// Which file something is, whatever paths lead to it: equal for one file, by device and inode or by volume
+// and file number. The identity of a file that exists no more may become that of a new one; as long as a
+// ReadableFile is open, its identity is its own.
+class QUILLET_API FileIdentity {
+public:
+    // Of the file that the path leads to, links followed; nothing where no file is, as for a folder.
+    static std::optional<FileIdentity> Of(const std::string& path);
+
+    FileIdentity(std::uint64_t device, const std::array<std::uint64_t, 2>& number)
+        : m_device(device), m_number(number) {}
+
+    bool operator==(const FileIdentity&) const = default;
+
+private:
+    std::uint64_t m_device;
+    std::array<std::uint64_t, 2> m_number;
+};
 
 // A file open for reading, without sharing restrictions: others may read, write or replace it meanwhile.
 class QUILLET_API ReadableFile {
@@ -21,8 +41,15 @@ public:
     ReadableFile& operator=(const ReadableFile&) = delete;
     virtual ~ReadableFile();
 
-    // Reads up to capacity bytes; 0 at the end of the file and on an error.
+    // Reads up to capacity bytes; 0 at the end of the file and on an error, after which every call gives 0.
     virtual std::size_t Read(char* buffer, std::size_t capacity) = 0;
+
+    // Whether a Read ended by an error, and so the bytes before it are not the whole file; why, if asked,
+    // says the reason then.
+    virtual bool HasFailed(std::string* why = nullptr) const = 0;
+
+    // Nothing where the system can't tell.
+    virtual std::optional<FileIdentity> Identity() const = 0;
 
 protected:
     ReadableFile();

@@ -14,6 +14,7 @@ namespace {
 
 using platform::AtomicFile;
 using platform::CanWriteFile;
+using platform::FileIdentity;
 using platform::ReadableFile;
 using platform::ReadWholeFile;
 
@@ -153,6 +154,55 @@ TEST_F(File, Read_WhileTheFileIsReplaced_GoesOnWithTheOldContents) {
     const std::size_t count = reader->Read(block, sizeof block);
     EXPECT_EQ(std::string(block, count), "old contents");
     EXPECT_EQ(ReadWholeFile(path), "new");
+}
+
+TEST_F(File, Read_ToTheEnd_HasNotFailed) {
+    const auto file = ReadableFile::Open(Existing("text", "abc"));
+    ASSERT_NE(file, nullptr);
+    char block[8];
+    std::string why = "before";
+    EXPECT_FALSE(file->HasFailed());
+    ASSERT_EQ(file->Read(block, sizeof block), 3U);
+    ASSERT_EQ(file->Read(block, sizeof block), 0U);
+    EXPECT_FALSE(file->HasFailed(&why));
+    EXPECT_EQ(why, "before");
+}
+
+TEST_F(File, Identity_OfOneFile_IsTheSameByEveryPath) {
+    const std::string path = Existing("text", "contents");
+    std::filesystem::create_directory(m_folder / "below");
+    const auto identity = FileIdentity::Of(path);
+    ASSERT_TRUE(identity.has_value());
+    EXPECT_EQ(FileIdentity::Of(Missing("below/../text")), identity);
+    EXPECT_EQ(ReadableFile::Open(path)->Identity(), identity);
+    const CurrentFolder current(m_folder.Path());
+    EXPECT_EQ(FileIdentity::Of("text"), identity);
+    WriteBytes(m_folder / "text", "other contents, in the same file");
+    EXPECT_EQ(FileIdentity::Of("text"), identity);
+    std::filesystem::rename(m_folder / "text", m_folder / "renamed");
+    EXPECT_EQ(FileIdentity::Of("renamed"), identity);
+}
+
+TEST_F(File, Identity_OfTwoFiles_IsNotTheSame) {
+    const auto identity = FileIdentity::Of(Existing("text", "contents"));
+    EXPECT_NE(FileIdentity::Of(Existing("copy", "contents")), identity);
+}
+
+TEST_F(File, Identity_WithoutAFile_IsNone) {
+    EXPECT_EQ(FileIdentity::Of(Missing("none")), std::nullopt);
+    EXPECT_EQ(FileIdentity::Of(Missing("none/text")), std::nullopt);
+    EXPECT_EQ(FileIdentity::Of(Folder()), std::nullopt);
+    EXPECT_EQ(FileIdentity::Of(""), std::nullopt);
+    EXPECT_EQ(FileIdentity::Of(Existing("text", "x") + std::string("\0more", 5)), std::nullopt);
+}
+
+TEST_F(File, Identity_OfAReplacedFile_IsThatOfTheNewOne) {
+    const std::string path = Existing("text", "old");
+    const auto reader = ReadableFile::Open(path);
+    ASSERT_EQ(reader->Identity(), FileIdentity::Of(path));
+    ASSERT_EQ(Replace(path, "new"), "");
+    EXPECT_NE(FileIdentity::Of(path), std::nullopt);
+    EXPECT_NE(reader->Identity(), FileIdentity::Of(path));
 }
 
 TEST_F(File, PathExists_FileOrFolder_IsThere) {

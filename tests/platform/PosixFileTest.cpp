@@ -254,6 +254,34 @@ TEST_F(PosixFile, Paths_AsLongAsTheyMayBe_Work) {
     EXPECT_TRUE(CanWriteFile(path));
 }
 
+TEST_F(PosixFile, Identity_Links_LeadToTheirTarget) {
+    WriteBytes(m_folder / "text", "contents");
+    fs::create_symlink("text", m_folder / "link");
+    fs::create_symlink("none", m_folder / "dangling");
+    fs::create_hard_link(m_folder / "text", m_folder / "other name");
+    const auto identity = platform::FileIdentity::Of(At("text"));
+    ASSERT_TRUE(identity.has_value());
+    EXPECT_EQ(platform::FileIdentity::Of(At("link")), identity);
+    EXPECT_EQ(platform::FileIdentity::Of(At("other name")), identity);
+    EXPECT_EQ(platform::FileIdentity::Of(At("dangling")), std::nullopt);
+}
+
+TEST_F(PosixFile, Read_Error_IsToldFromTheEnd) {
+    // Nothing is mapped at the beginning of a process's memory.
+    const auto file = ReadableFile::Open("/proc/self/mem");
+    if (file == nullptr) {
+        GTEST_SKIP() << "the system has no such file";
+    }
+    char block[8];
+    EXPECT_FALSE(file->HasFailed());
+    EXPECT_EQ(file->Read(block, sizeof block), 0U);
+    std::string why;
+    EXPECT_TRUE(file->HasFailed(&why));
+    EXPECT_EQ(why, "Input/output error");
+    EXPECT_EQ(file->Read(block, sizeof block), 0U);
+    EXPECT_TRUE(file->HasFailed());
+}
+
 TEST_F(PosixFile, ReadWhole_FileWithoutASize_IsReadToItsEnd) {
     const auto text = ReadWholeFile("/proc/self/limits");
     ASSERT_TRUE(text.has_value());

@@ -25,6 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 using platform::AtomicFile;
 using platform::CanWriteFile;
+using platform::FileIdentity;
 using platform::ReadableFile;
 using platform::ReadWholeFile;
 
@@ -293,6 +294,31 @@ TEST_F(WindowsFile, Atomic_TargetWithItsOwnAccessList_KeepsIt) {
     EXPECT_EQ(Replace(At("other"), "new"), "");
     EXPECT_EQ(AccessList("other"), before);
     EXPECT_EQ(ReadWholeFile(At("text")), "newer");
+}
+
+TEST_F(WindowsFile, Identity_FileThatSomebodyKeepsForHimself_IsKnown) {
+    const auto identity = FileIdentity::Of(At("text"));
+    ASSERT_NE(identity, std::nullopt);
+    const WindowsHandle holder(m_folder / "text", GENERIC_READ | GENERIC_WRITE, 0);
+    EXPECT_EQ(FileIdentity::Of(At("text")), identity);
+    EXPECT_EQ(FileIdentity::Of(At("TEXT")), identity);
+}
+
+TEST_F(WindowsFile, Read_Error_IsToldFromTheEnd) {
+    const std::string path = "\\\\.\\pipe\\quillet-test-" + std::to_string(GetCurrentProcessId());
+    const HANDLE server =
+        CreateNamedPipeW(fs::path(path).c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 64, 64, 0, nullptr);
+    ASSERT_NE(server, INVALID_HANDLE_VALUE);
+    const auto file = ReadableFile::Open(path);
+    ASSERT_NE(file, nullptr);
+    EXPECT_NE(DisconnectNamedPipe(server), 0);
+    char block[8];
+    EXPECT_FALSE(file->HasFailed());
+    EXPECT_EQ(file->Read(block, sizeof block), 0U);
+    std::string why;
+    EXPECT_TRUE(file->HasFailed(&why));
+    EXPECT_NE(why, "");
+    CloseHandle(server);
 }
 
 TEST_F(WindowsFile, Devices_AreNoTargets) {

@@ -90,17 +90,33 @@ ssize_t ReadSome(const Descriptor& file, char* buffer, std::size_t capacity) {
     return Retried([&] { return ::read(file.Get(), buffer, capacity); });
 }
 
+FileIdentity IdentityOf(const struct stat& status) {
+    return {static_cast<std::uint64_t>(status.st_dev), {static_cast<std::uint64_t>(status.st_ino), 0}};
+}
+
 class PosixReadableFile final : public ReadableFile {
 public:
     explicit PosixReadableFile(Descriptor file) : m_file(std::move(file)) {}
 
     std::size_t Read(char* buffer, std::size_t capacity) override {
-        const ssize_t count = ReadSome(m_file, buffer, capacity);
-        return count < 0 ? 0 : static_cast<std::size_t>(count);
+        const ssize_t count = m_error != 0 ? 0 : ReadSome(m_file, buffer, capacity);
+        if (count < 0) {
+            m_error = errno;
+            return 0;
+        }
+        return static_cast<std::size_t>(count);
+    }
+
+    bool HasFailed(std::string* why) const override { return m_error != 0 && !Fail(m_error, why); }
+
+    std::optional<FileIdentity> Identity() const override {
+        struct stat status {};
+        return ::fstat(m_file.Get(), &status) == -1 ? std::nullopt : std::optional(IdentityOf(status));
     }
 
 private:
     Descriptor m_file;
+    int m_error = 0;
 };
 
 // Where a path leads once every link is followed: a name in an open folder. The name need not exist.
@@ -291,6 +307,15 @@ private:
 };
 
 }  // namespace
+
+std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
+    struct stat status {};
+    if (path.find('\0') != std::string::npos || ::stat(path.c_str(), &status) == -1 ||
+        S_ISDIR(status.st_mode)) {
+        return std::nullopt;
+    }
+    return IdentityOf(status);
+}
 
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;

@@ -186,17 +186,44 @@ bool ReadSome(const Handle& file, char* buffer, std::size_t capacity, std::size_
     return succeeded || GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_HANDLE_EOF;
 }
 
+// Nothing where the file system has no numbers of files.
+std::optional<FileIdentity> IdentityOf(const Handle& file) {
+    FILE_ID_INFO id;
+    if (GetFileInformationByHandleEx(file.Get(), FileIdInfo, &id, sizeof id) != 0) {
+        std::array<std::uint64_t, 2> number;
+        std::memcpy(number.data(), &id.FileId, sizeof number);
+        return FileIdentity(id.VolumeSerialNumber, number);
+    }
+    BY_HANDLE_FILE_INFORMATION information;
+    if (GetFileInformationByHandle(file.Get(), &information) == 0) {
+        return std::nullopt;
+    }
+    const std::uint64_t high = information.nFileIndexHigh;
+    return FileIdentity(information.dwVolumeSerialNumber, {high << 32 | information.nFileIndexLow, 0});
+}
+
 class WindowsReadableFile final : public ReadableFile {
 public:
     explicit WindowsReadableFile(Handle file) : m_file(std::move(file)) {}
 
     std::size_t Read(char* buffer, std::size_t capacity) override {
         std::size_t count = 0;
-        return ReadSome(m_file, buffer, capacity, count) ? count : 0;
+        if (m_error == ERROR_SUCCESS && !ReadSome(m_file, buffer, capacity, count)) {
+            m_error = GetLastError();
+            return 0;
+        }
+        return count;
     }
+
+    bool HasFailed(std::string* why) const override {
+        return m_error != ERROR_SUCCESS && !Fail(m_error, why);
+    }
+
+    std::optional<FileIdentity> Identity() const override { return IdentityOf(m_file); }
 
 private:
     Handle m_file;
+    DWORD m_error = ERROR_SUCCESS;
 };
 
 // What is replaced: the file that the path leads to once every link is followed. It need not exist.
@@ -438,6 +465,16 @@ private:
 };
 
 }  // namespace
+
+std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
+    WideString wide;
+    if (ToSystemPath(path, wide) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    // Folders can't be opened this way. Whoever keeps the file for himself does not hinder.
+    const Handle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
+    return file.IsOpen() ? IdentityOf(file) : std::nullopt;
+}
 
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
