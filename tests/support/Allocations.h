@@ -1,0 +1,26 @@
+// Between the plan and the functions that stand in front of the system's. Private to both.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace quillet::test {
+
+// Counts an allocation; false where it is to fail. The caller is an address in the code that asks for memory.
+bool MayAllocate(const void* caller) noexcept;
+
+// Keeps the number of live blocks.
+void AddLiveBlocks(std::ptrdiff_t count) noexcept;
+
+// The rest is the port's.
+
+// From its return on, allocations pass by MayAllocate.
+void InterposeAllocations();
+
+// A number that no other running thread has, and never 0. Allocates nothing.
+std::uintptr_t ThisThread() noexcept;
+
+// Whether the caller is one of those that Callers::Ours means.
+bool IsOurs(const void* caller) noexcept;
+
+}  // namespace quillet::test
