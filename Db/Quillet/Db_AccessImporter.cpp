@@ -65,7 +65,7 @@ std::vector<const LanguageMapping*> LanguagesOf(const DbTableDescr& descr) {
 
 }  // namespace
 
-void AccessImporter::Import() {
+bool AccessImporter::Import() {
     m_log.Print("Importing mdb file '%s'", m_source.GetFile().ToUtf8().c_str());
     DBACCESS_ALL all;
     bool loaded = false;
@@ -76,6 +76,7 @@ void AccessImporter::Import() {
     if (loaded) {
         CopyFrom(all);
     }
+    return loaded;
 }
 
 void AccessImporter::CopyFrom(const DBACCESS_ALL& all) {

@@ -15,15 +15,15 @@ namespace quillet {
 class DbLog;
 class DbRegistry;
 
-// Rows of a replaced table that still stand in a file are its user's to read before.
+// The caller first reads rows of a replaced table that still stand in a file.
 class AccessImporter {
 public:
     AccessImporter(const DbSource& source, DbRegistry& registry, DbLog& log)
         : m_source(source), m_registry(registry), m_log(log) {}
 
-    // Reads the whole of the source's file, with a line in the log, and copies it. Nothing is copied where a
-    // table can't be read.
-    void Import();
+    // Reads the whole of the source's file, with a line in the log, and copies it. False where a table can't
+    // be read: nothing is copied then.
+    bool Import();
     // See DbDatabase::CopyFrom and DbDatabase::CopyTableFrom.
     void CopyFrom(const DBACCESS_ALL& all);
     void CopyTable(const CString& name, const DBACCESS_VECTOR& records);

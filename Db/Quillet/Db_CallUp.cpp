@@ -30,10 +30,10 @@ void DbCallUp::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 ind
     }
 }
 
-bool DbCallUp::ParseRows(DbItem* item, const CString& xml) {
+bool DbCallUp::ParseRows(DbItem* item, const DbTableData& data, const CString& xml) {
     auto* const database = dynamic_cast<DbDatabase*>(item);
     if (database != nullptr) {
-        database->ParseXmlTableData(xml);
+        database->m_reader->ParseRows(data, xml);
     }
     return database != nullptr;
 }

@@ -22,9 +22,9 @@ public:
     // A field was added at the index, or removed from there: the rows follow.
     static void FieldsChanged(DbItem* database, const DbTableDescr& descr, uint64 index, bool added);
 
-    // Reads the rows in an XML text into the table that it names; throws as DbDatabase::ParseXmlTableData.
-    // False where there is no database to read them.
-    static bool ParseRows(DbItem* database, const CString& xml);
+    // Reads the rows in the XML text that a table kept into the table that it names; throws as
+    // DbDatabase::ParseXmlTableData. False where there is no database to read them.
+    static bool ParseRows(DbItem* database, const DbTableData& data, const CString& xml);
 
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);

@@ -6,8 +6,10 @@
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_HeaderTables.h"
 #include "Quillet/Db_JoinBuilder.h"
+#include "Quillet/Db_LastError.h"
 #include "Quillet/Db_LazyReader.h"
 #include "Quillet/Db_Log.h"
+#include "Quillet/Db_Omissions.h"
 #include "Quillet/Db_QueryBuilder.h"
 #include "Quillet/Db_Registry.h"
 #include "Quillet/Db_TableRecords.h"
@@ -16,6 +18,20 @@
 #include "xml/Face.h"
 
 using quillet::CString;
+
+namespace {
+
+enum class Ending { Xml, Mdb, Other };
+
+Ending EndingOf(const CString& path) {
+    const CString ending = path.Right(3);
+    if (ending.CompareNoCase("xml") == 0) {
+        return Ending::Xml;
+    }
+    return ending.CompareNoCase("mdb") == 0 ? Ending::Mdb : Ending::Other;
+}
+
+}  // namespace
 
 std::int32_t DbDatabase::m_openDbCount = 0;
 std::int32_t DbDatabase::m_queriesCount = 0;
@@ -31,7 +47,8 @@ DbDatabase::DbDatabase(const CString& path)
       m_source(std::make_unique<DbSource>(this)),
       m_importer(std::make_unique<quillet::AccessImporter>(*m_source, *m_registry, *m_log)),
       m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_importer, *m_log)),
-      m_queries(std::make_unique<quillet::QueryBuilder>(*this, *m_registry, *m_reader, *m_log)) {
+      m_queries(std::make_unique<quillet::QueryBuilder>(*this, *m_registry, *m_reader, *m_log)),
+      m_saveError(std::make_unique<quillet::LastError>()) {
     m_source->SetFile(path, false);
     ++m_openDbCount;
 }
@@ -58,24 +75,74 @@ bool DbDatabase::SaveMdb(const CString&) {
 }
 
 bool DbDatabase::Save(const CString& path) {
+    m_saveError->Clear();
+    const std::size_t lines = m_log->Added();
+    bool isSaved = false;
     try {
-        m_queries->RefreshAll();
-        LoadTables();
-        const CString ending = path.Right(3);
-        if (ending.CompareNoCase("mdb") == 0) {
-            if (!SaveMdb(path)) {
+        isSaved = TrySave(path);
+    } catch (quillet::CException* exception) {
+        m_saveError->SetToCurrentException();
+        exception->Delete();
+    } catch (...) {
+        m_saveError->SetToCurrentException();
+    }
+    if (!isSaved) {
+        LogFailedSave(path, m_log->Added() > lines);
+    }
+    return isSaved;
+}
+
+bool DbDatabase::TrySave(const CString& path) {
+    m_queries->RefreshAll();
+    LoadTables();
+    const CString lost = m_reader->ReadRest(path);
+    if (!lost.IsEmpty()) {
+        m_saveError->Set("what was not read from it would be lost: " + lost);
+        return false;
+    }
+    switch (EndingOf(path)) {
+        case Ending::Xml:
+            if (!SaveXml(path)) {
                 return false;
             }
-        } else if (ending.CompareNoCase("xml") != 0 || !SaveXml(path)) {
+            break;
+        case Ending::Mdb:
+            if (!SaveMdb(path)) {
+                m_saveError->Set("this database writes no Access files");
+                return false;
+            }
+            break;
+        default:
+            m_saveError->Set("its name ends neither in xml nor in mdb");
             return false;
+    }
+    Sync();
+    m_reader->MarkWritten(path);
+    if (IsChanged()) {
+        m_log->Print("File '%s' was written, but the database still counts as changed",
+                     path.ToUtf8().c_str());
+        return false;
+    }
+    return true;
+}
+
+// hasReason: a line of the log tells already what failed.
+void DbDatabase::LogFailedSave(const CString& path, bool hasReason) noexcept {
+    try {
+        if (EndingOf(path) == Ending::Other) {
+            return;
         }
-        Sync();
-        return !IsChanged();
-    } catch (quillet::CException* exception) {
-        exception->Delete();
-        return false;
-    } catch (...) {
-        return false;
+        if (!m_saveError->IsSet() && hasReason) {
+            m_saveError->Set(m_log->Last());
+            return;
+        }
+        if (!m_saveError->IsSet()) {
+            m_saveError->Set("the document was not made");
+        }
+        m_log->Print("File '%s' could not be written: %s", path.ToUtf8().c_str(),
+                     m_saveError->Text().ToUtf8().c_str());
+    } catch (const std::bad_alloc&) {
+        m_saveError->SetToCurrentException();
     }
 }
 
@@ -88,11 +155,11 @@ bool DbDatabase::SaveXml(const CString& path) {
         return false;
     }
     std::string why;
-    if (!document.SaveFile(path.ToUtf8(), &why)) {
-        m_log->Print("File '%s' could not be written: %s", path.ToUtf8().c_str(), why.c_str());
-        return false;
+    const bool isWritten = document.SaveFile(path.ToUtf8(), &why);
+    if (!isWritten) {
+        m_saveError->Set(why);
     }
-    return true;
+    return isWritten;
 }
 
 bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
@@ -105,7 +172,8 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
     try {
         return quillet::DbDocumentWriter(*m_registry, *m_log)
             .Write(quillet::xml::Node(document), quillet::xml::Node(parent));
-    } catch (const quillet::xml::DomError&) {
+    } catch (const quillet::xml::DomError& error) {
+        m_log->Print("The document could not be made: %s", error.m_message.c_str());
         return false;
     }
 }
@@ -237,13 +305,24 @@ void DbDatabase::LoadTables() {
 void DbDatabase::CopyFrom(const DBACCESS_ALL& all) {
     // Rows that still stand in the file would come back over those that are copied.
     LoadTables();
+    for (const auto& [name, records] : all) {
+        ForgetRows(name);
+    }
     m_importer->CopyFrom(all);
     m_reader->MarkRead();
+}
+
+// What the file holds of the table's rows is not wanted any more.
+void DbDatabase::ForgetRows(const CString& name) {
+    if (const DbTableInfo* const info = m_registry->Find(name)) {
+        m_reader->Forget(info->GetData());
+    }
 }
 
 void DbDatabase::CopyTableFrom(const std::pair<CString, DBACCESS_VECTOR>& table) {
     // As above.
     GetTableData(table.first);
+    ForgetRows(table.first);
     m_importer->CopyTable(table.first, table.second);
 }
 
@@ -307,7 +386,8 @@ const CString& DbDatabase::GetName() const {
 }
 
 void DbDatabase::ParseXmlTableData(const CString& xml) {
-    quillet::DbDocumentReader(*m_registry, *m_log).ReadTableText(xml);
+    quillet::Omissions ofThisText;
+    quillet::DbDocumentReader(*m_registry, *m_log, ofThisText).ReadTableText(xml);
 }
 
 void DbDatabase::GetError(std::vector<CString>& out) {
@@ -316,6 +396,22 @@ void DbDatabase::GetError(std::vector<CString>& out) {
 
 CString DbDatabase::GetErrorLog() {
     return m_log->Joined();
+}
+
+void DbDatabase::ClearLog() {
+    m_log->Clear();
+}
+
+void DbDatabase::SetLogLimit(std::size_t lines) {
+    m_log->SetLimit(lines);
+}
+
+CString DbDatabase::LastSaveError() const {
+    return m_saveError->Text();
+}
+
+CString DbDatabase::LastReadError() const {
+    return m_reader->LastReadError();
 }
 
 void DbDatabase::ShowErrorLog() {

@@ -18,6 +18,7 @@ class DbCallUp;
 class DbLazyReader;
 class DbLog;
 class DbRegistry;
+class LastError;
 class QueryBuilder;
 }  // namespace quillet
 
@@ -57,7 +58,10 @@ public:
     // Reads what was not read yet, refreshes the queries and writes everything but the queries to an XML
     // file, in one step: until then, and on failure, the file is what it was. True when it was written and
     // the database counts as unchanged. False for a name that ends otherwise than in "xml", when a table
-    // fails (the log says which) and when the file can't be written.
+    // fails, when the file can't be written, and when it is the file that the database was read from and
+    // holds tables or rows that could not be read, which would be lost. The last line of the log says what
+    // failed, but for a name that ends otherwise; LastSaveError does so in any case. Throws nothing: running
+    // out of memory is such a failure.
     virtual bool Save(const quillet::CString& path);
     // Appends the <database> element to parent, or to the document itself when parent is null. False when a
     // table failed, which leaves its incomplete element, or the document refused. Throws DbException
@@ -65,7 +69,7 @@ public:
     virtual bool Save(IDispatch* document, IDispatch* parent);
 
     // Makes this a new database for a file that need not exist yet, with an empty header and properties
-    // table. Always true; Save, or the destructor, writes it.
+    // table. Always true; Save, or the destructor, writes it, also over a file that can't be read.
     bool Create(quillet::CString path);
 
     // Adds an empty table or query. Null, with a line in the log, where the name is taken. The entry lives
@@ -172,12 +176,21 @@ public:
     // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
     void ParseXmlTableData(const quillet::CString& xml);
 
+    // Why the last Save(path) failed, in one line; empty after one that succeeded and before the first.
+    quillet::CString LastSaveError() const;
+    // Why the last reading of the file did not bring everything in it, in one line; empty after one that did.
+    quillet::CString LastReadError() const;
+
     // Appends the lines of the log to out and empties the log.
     void GetError(std::vector<quillet::CString>& out);
     // All lines of the log with "\r\n" between them.
     quillet::CString GetErrorLog();
     // Shows them in a message box.
     void ShowErrorLog();
+    // Empties the log.
+    void ClearLog();
+    // From now on the log keeps so many lines, the latest ones; 0, as it begins, keeps all.
+    void SetLogLimit(std::size_t lines);
 
     // Names this object as long as it lives: whoever keeps a database that somebody else owns asks here.
     std::weak_ptr<DbDatabase*> LifeToken() const { return m_life; }
@@ -188,7 +201,10 @@ private:
 
     // Back to a database that has read nothing; the log is kept.
     void Clear();
+    bool TrySave(const quillet::CString& path);
     bool SaveXml(const quillet::CString& path);
+    void LogFailedSave(const quillet::CString& path, bool hasReason) noexcept;
+    void ForgetRows(const quillet::CString& name);
 
     // Names this object as long as it lives.
     std::shared_ptr<DbDatabase*> m_life;
@@ -198,4 +214,5 @@ private:
     std::unique_ptr<quillet::AccessImporter> m_importer;
     std::unique_ptr<quillet::DbLazyReader> m_reader;
     std::unique_ptr<quillet::QueryBuilder> m_queries;
+    std::unique_ptr<quillet::LastError> m_saveError;
 };

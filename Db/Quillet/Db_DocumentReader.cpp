@@ -1,9 +1,15 @@
 #include "Quillet/Db_DocumentReader.h"
 
+#include <algorithm>
+#include <array>
+#include <set>
+
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_Log.h"
+#include "Quillet/Db_Omissions.h"
 #include "Quillet/Db_Registry.h"
 #include "Quillet/Db_TableData.h"
+#include "platform/File.h"
 #include "xml/Document.h"
 #include "xml/Face.h"
 
@@ -19,15 +25,33 @@ xml::Node Required(xml::Node node) {
     return node;
 }
 
-// The last child of the document that is called "database", in any case.
-xml::Node FindDatabase(const xml::Document& document) {
-    xml::Node database;
-    for (xml::Node child = document.Root().FirstChild(); !child.IsNull(); child = child.NextSibling()) {
-        if (CString(child.Name()).CompareNoCase("database") == 0) {
-            database = child;
+bool IsDatabase(const xml::Node& node) {
+    return CString(node.Name()).CompareNoCase("database") == 0;
+}
+
+// Whether the element is one of those of which a catalog has one in each place.
+bool IsOfSkeleton(const xml::Node& node) {
+    const CString name(node.Name());
+    constexpr std::array<const char*, 4> Names = {"header", "body", "structure", "data"};
+    return std::any_of(Names.begin(), Names.end(),
+                       [&](const char* known) { return name.CompareNoCase(known) == 0; });
+}
+
+// Whether the file has nothing to lose. A byte-order mark is nothing.
+bool IsBlankFile(const CString& path) {
+    const std::unique_ptr<platform::ReadableFile> file = platform::ReadableFile::Open(path.ToUtf8());
+    if (file == nullptr) {
+        return false;
+    }
+    constexpr std::string_view Blanks = " \t\r\n\xEF\xBB\xBF";
+    std::array<char, 4096> block{};
+    std::size_t count = 0;
+    while ((count = file->Read(block.data(), block.size())) > 0) {
+        if (std::string_view(block.data(), count).find_first_not_of(Blanks) != std::string_view::npos) {
+            return false;
         }
     }
-    return database;
+    return !file->HasFailed();
 }
 
 CString NameOf(const xml::Node& table) {
@@ -40,21 +64,114 @@ CString NameOf(const xml::Node& table) {
 
 }  // namespace
 
+// Hands over the two structures and the two lists of rows, each before the next one is looked for. The walk
+// goes by position; of several roots the last one is taken. Throws DbException, by pointer, where it leads
+// into nothing.
+template <typename OnStructure, typename OnData>
+void DbDocumentReader::Walk(const xml::Document& document, OnStructure onStructure, OnData onData) {
+    xml::Node database;
+    for (xml::Node child = document.Root().FirstChild(); !child.IsNull(); child = child.NextSibling()) {
+        if (IsDatabase(child)) {
+            NotePassedOver(database, "the file");
+            database = child;
+        }
+    }
+    const xml::Node header = Required(Required(database).FirstChild());
+    const xml::Node headerStructure = Required(header.FirstChild());
+    onStructure(headerStructure);
+    const xml::Node headerData = Required(headerStructure.NextSibling());
+    onData(headerData);
+    NoteSiblings(headerData, "<header>");
+    const xml::Node body = Required(header.NextSibling());
+    const xml::Node bodyStructure = Required(body.FirstChild());
+    onStructure(bodyStructure);
+    const xml::Node bodyData = Required(bodyStructure.NextSibling());
+    onData(bodyData);
+    NoteSiblings(bodyData, "<body>");
+    NoteSiblings(body, "<database>");
+}
+
+void DbDocumentReader::NoteSiblings(const xml::Node& last, const char* parent) {
+    for (xml::Node node = last.NextSibling(); !node.IsNull(); node = node.NextSibling()) {
+        if (IsOfSkeleton(node)) {
+            NotePassedOver(node, parent);
+        }
+    }
+}
+
+// An element that stands where there is one already. Nothing is lost with one that is empty.
+void DbDocumentReader::NotePassedOver(const xml::Node& node, const char* parent) {
+    if (node.IsNull()) {
+        return;
+    }
+    CString line;
+    line.Format("A surplus <%s> in %s is left out", node.Name().c_str(), parent);
+    m_log.Add(line);
+    if (!node.FirstChild().IsNull()) {
+        m_omissions.Note(line);
+    }
+}
+
 void DbDocumentReader::ReadDatabase(const CString& path) {
     xml::Document document;
     document.LoadFile(path.ToUtf8());
     try {
-        const xml::Node header = Required(Required(FindDatabase(document)).FirstChild());
-        const xml::Node headerStructure = Required(header.FirstChild());
-        ReadStructure(headerStructure);
-        ReadData(Required(headerStructure.NextSibling()));
-        const xml::Node body = Required(header.NextSibling());
-        const xml::Node bodyStructure = Required(body.FirstChild());
-        ReadStructure(bodyStructure);
-        ReadData(Required(bodyStructure.NextSibling()));
+        Walk(
+            document, [this](const xml::Node& structure) { ReadStructure(structure); },
+            [this](const xml::Node& data) { ReadData(data); });
     } catch (DbException* exception) {
         exception->Delete();
-        LogInvalidFormat();
+        LogUnreadable(path, document);
+    }
+}
+
+void DbDocumentReader::ReadUnread(const CString& path, std::size_t described, Unread& unread) {
+    xml::Document document;
+    document.LoadFile(path.ToUtf8());
+    std::set<CString> names;
+    std::size_t found = 0;
+    try {
+        Walk(
+            document,
+            [&](const xml::Node& structure) {
+                for (xml::Node table = structure.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+                    names.insert(Lowered(NameOf(table)));
+                    ++found;
+                }
+            },
+            [&](const xml::Node& data) { ReadUnreadData(data, names, unread); });
+    } catch (DbException* exception) {
+        exception->Delete();
+        LogUnreadable(path, document);
+        return;
+    }
+    if (found != described) {
+        m_omissions.Note("tables that sequential reading did not reach");
+    }
+}
+
+// names are those of the structure that stand for rows to come; each is taken once.
+void DbDocumentReader::ReadUnreadData(const xml::Node& data, std::set<CString>& names, Unread& unread) {
+    for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+        const CString name = NameOf(table);
+        if (names.erase(Lowered(name)) == 0) {
+            OmitRows(name);
+            continue;
+        }
+        const auto found = std::find_if(unread.begin(), unread.end(), [&](const UnreadTable& waiting) {
+            return waiting.m_name.CompareNoCase(name) == 0;
+        });
+        if (found == unread.end()) {
+            continue;
+        }
+        DbTableData& rows = *found->m_data;
+        const bool changed = rows.IsChanged();
+        ReadRows(rows, table, name);
+        rows.Sync();
+        if (changed) {
+            rows.SetChanged();
+        }
+        unread.erase(found);
     }
 }
 
@@ -66,7 +183,7 @@ std::size_t DbDocumentReader::ReadStructureText(const CString& xml) {
         return ReadStructure(Required(document.Root().FirstChild()));
     } catch (DbException* exception) {
         exception->Delete();
-        LogInvalidFormat();
+        Omit(InvalidFormat);
         return 0;
     }
 }
@@ -92,7 +209,7 @@ void DbDocumentReader::ReadDataText(const CString& xml) {
         ReadData(Required(document.Root().FirstChild()));
     } catch (DbException* exception) {
         exception->Delete();
-        LogInvalidFormat();
+        Omit(InvalidFormat);
     }
 }
 
@@ -116,8 +233,10 @@ std::size_t DbDocumentReader::ReadStructure(const xml::Node& structure) {
         ++tables;
         const CString name = NameOf(table);
         const DbTableInfo* const info = m_registry.Create(name, DbTableInfo::Table, "", nullptr);
-        if (info != nullptr && !info->GetDescr()->Load(face.Show(table))) {
-            m_log.Print("Table '%s' has a malformed structure", name.ToUtf8().c_str());
+        if (info == nullptr) {
+            m_omissions.Note("Table '" + name + "' stands twice in the structure");
+        } else if (!info->GetDescr()->Load(face.Show(table))) {
+            Omit("Table '" + name + "' has a malformed structure", info->GetData());
         }
     }
     return tables;
@@ -127,11 +246,8 @@ void DbDocumentReader::ReadData(const xml::Node& data) {
     for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
         const CString name = NameOf(table);
         const DbTableInfo* const info = m_registry.Find(name);
-        if (info == nullptr) {
-            m_log.Print("Table '%s' has rows but no structure, they are left out", name.ToUtf8().c_str());
-        } else if (info->GetData()->IsInitialized()) {
-            m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out",
-                        name.ToUtf8().c_str());
+        if (info == nullptr || info->GetData()->IsInitialized()) {
+            OmitRows(name);
         } else {
             ReadRows(*info->GetData(), table, name);
         }
@@ -141,12 +257,32 @@ void DbDocumentReader::ReadData(const xml::Node& data) {
 void DbDocumentReader::ReadRows(DbTableData& data, const xml::Node& table, const CString& name) {
     xml::Face face(table);
     if (!data.Load(face.Get())) {
-        m_log.Print("Table '%s' has malformed rows", name.ToUtf8().c_str());
+        Omit("Table '" + name + "' has malformed rows", &data);
     }
 }
 
-void DbDocumentReader::LogInvalidFormat() {
-    m_log.Add("Invalid xml database file format");
+void DbDocumentReader::OmitRows(const CString& name) {
+    Omit(m_registry.Find(name) == nullptr
+             ? "Table '" + name + "' has rows but no structure, they are left out"
+             : "Table '" + name + "' has rows in two places of the file, the later ones are left out");
+}
+
+void DbDocumentReader::Omit(const CString& line, const DbTableData* table) {
+    m_log.Add(line);
+    m_omissions.Note(line, table);
+}
+
+void DbDocumentReader::LogUnreadable(const CString& path, const xml::Document& document) {
+    const xml::ReadError& error = document.Error();
+    const std::string place = error.m_line == 0 ? "" : "line " + std::to_string(error.m_line) + ": ";
+    m_log.Add(InvalidFormat);
+    NoteUnreadable(path, error.m_message.empty() ? CString() : CString(place + error.m_message));
+}
+
+void DbDocumentReader::NoteUnreadable(const CString& path, const CString& why) {
+    if (!IsBlankFile(path)) {
+        m_omissions.Note(why.IsEmpty() ? CString(InvalidFormat) : why);
+    }
 }
 
 }  // namespace quillet

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
+#include <set>
 
 #include "base/CString.h"
 #include "xml/Node.h"
@@ -10,16 +12,38 @@ class DbTableData;
 
 namespace quillet {
 
+namespace xml {
+class Document;
+}
+
 class DbLog;
 class DbRegistry;
+class Omissions;
 
+// A table whose rows still stand in the file, and its name there.
+struct UnreadTable {
+    CString m_name;
+    DbTableData* m_data;
+    // Whether the log says that it was not reached.
+    bool m_isReported = false;
+};
+using Unread = std::deque<UnreadTable>;
+
+// What is passed over leaves a line in the log and is noted as an omission. Only running out of memory is
+// thrown, and what a member says.
 class DbDocumentReader {
 public:
-    DbDocumentReader(DbRegistry& registry, DbLog& log) : m_registry(registry), m_log(log) {}
+    DbDocumentReader(DbRegistry& registry, DbLog& log, Omissions& omissions)
+        : m_registry(registry), m_log(log), m_omissions(omissions) {}
 
     // Registers the tables of a file and reads their rows. A file that is no catalog leaves a line in the log
     // and the tables that were read until the fault.
     void ReadDatabase(const CString& path);
+
+    // Reads the rows of the unread tables from the whole of a file whose header and body were read to
+    // describe so many tables; leaves those for which the file has none. Notes what else of the file nobody
+    // has read. What was read counts as unchanged.
+    void ReadUnread(const CString& path, std::size_t described, Unread& unread);
 
     // Registers the tables of a <structure> element's text; returns how many it describes. Text that is none
     // leaves a line in the log.
@@ -35,15 +59,30 @@ public:
     // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
     void ReadTableText(const CString& xml);
 
-    void LogInvalidFormat();
+    // The rows of a table for which none waits: it has no structure, or has rows already.
+    void OmitRows(const CString& name);
+
+    // The file is no complete catalog, for a reason that may be empty; nothing is omitted where it is blank.
+    void NoteUnreadable(const CString& path, const CString& why);
+
+    // The line about what is no complete catalog.
+    static constexpr const char* InvalidFormat = "Invalid xml database file format";
 
 private:
+    template <typename OnStructure, typename OnData>
+    void Walk(const xml::Document& document, OnStructure onStructure, OnData onData);
+    void NoteSiblings(const xml::Node& last, const char* parent);
+    void NotePassedOver(const xml::Node& node, const char* parent);
     std::size_t ReadStructure(const xml::Node& structure);
     void ReadData(const xml::Node& data);
+    void ReadUnreadData(const xml::Node& data, std::set<CString>& names, Unread& unread);
     void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
+    void Omit(const CString& line, const DbTableData* table = nullptr);
+    void LogUnreadable(const CString& path, const xml::Document& document);
 
     DbRegistry& m_registry;
     DbLog& m_log;
+    Omissions& m_omissions;
 };
 
 }  // namespace quillet

@@ -19,10 +19,15 @@ void CreateOneRowTable(DbRegistry& registry, const char* name, const char* const
         return;
     }
     const DbTableInfo* const info = registry.Create(name, DbTableInfo::Table, "", nullptr);
-    for (const char* field : fields) {
-        info->GetDescr()->CreateField(field, false, DbFieldDescr::Text);
+    try {
+        for (const char* field : fields) {
+            info->GetDescr()->CreateField(field, false, DbFieldDescr::Text);
+        }
+        info->GetData()->AddRow();
+    } catch (...) {
+        registry.DeleteWithRelated(name);
+        throw;
     }
-    info->GetData()->AddRow();
 }
 
 }  // namespace

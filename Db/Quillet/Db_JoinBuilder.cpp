@@ -276,11 +276,16 @@ CString JoinBuilder::Answer(const Texts& texts, const char* kind, bool withUnmat
 
     DbTableInfo& answer = MakeTable(name, *first.m_table);
     DbTableDescr& descr = *answer.GetDescr();
-    FieldList fields(descr);
-    fields.Append(*first.m_table);
-    const std::size_t fieldsOfFirst = descr.size();
-    fields.Append(*second.m_table);
-    Fill(*answer.GetData()->GetRows(), rowsOfFirst, rowsOfSecond, fieldsOfFirst, pairs, unmatched);
+    try {
+        FieldList fields(descr);
+        fields.Append(*first.m_table);
+        const std::size_t fieldsOfFirst = descr.size();
+        fields.Append(*second.m_table);
+        Fill(*answer.GetData()->GetRows(), rowsOfFirst, rowsOfSecond, fieldsOfFirst, pairs, unmatched);
+    } catch (...) {
+        m_registry.DeleteWithRelated(name);
+        throw;
+    }
     answer.SetSyncStamp(first.m_table->GetData()->GetChangeId());
     // An answer is no change of the catalog.
     descr.Sync();
@@ -300,6 +305,10 @@ bool JoinBuilder::FindTable(const CString& name, Side& side) {
         return false;
     }
     side.m_table = m_registry.Find(side.m_name);
+    if (!side.m_table->GetData()->ParseXmlData()) {
+        m_log.Add(UnreadRowsLine(side.m_name, m_database.LastReadError()));
+        return false;
+    }
     return true;
 }
 

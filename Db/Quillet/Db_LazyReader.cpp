@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "Quillet/Db_AccessImporter.h"
 #include "Quillet/Db_Database.h"
-#include "Quillet/Db_DocumentReader.h"
 #include "Quillet/Db_HeaderTables.h"
 #include "Quillet/Db_Log.h"
 #include "Quillet/Db_Registry.h"
@@ -26,6 +26,13 @@ constexpr const char* BodyTablePath = "\\database\\body\\data\\table";
 void DbLazyReader::Reset() {
     m_pending = true;
     m_unread.clear();
+    m_handedOut.clear();
+    m_cut = 0;
+    m_passed = 0;
+    m_described.reset();
+    m_endIsLogged = false;
+    m_identity.reset();
+    m_omissions.Clear();
 }
 
 void DbLazyReader::MarkRead() {
@@ -36,25 +43,45 @@ void DbLazyReader::ReadStructure() {
     if (!m_pending || (!m_source.IsXmlBased() && !m_source.IsMdbBased())) {
         return;
     }
+    const bool wasEof = m_source.IsEof();
+    const std::size_t lines = m_log.Added();
     m_pending = false;
-    if (m_source.IsMdbBased()) {
-        m_importer.Import();
-    } else if (m_source.IsSequentialAccess()) {
-        ReadSequentially();
-    } else {
-        DbDocumentReader(m_registry, m_log).ReadDatabase(m_source.GetFile());
-        CreateHeaderTable(m_registry);
-        CreatePropertiesTable(m_registry);
+    try {
+        Read();
+    } catch (...) {
+        m_error.SetToCurrentException();
+        m_registry.Clear();
+        Reset();
+        m_source.Rewind(wasEof);
+        m_log.BackTo(lines);
+        throw;
     }
+    m_error.Clear();
     m_owner.Sync();
 }
 
+void DbLazyReader::Read() {
+    m_identity = platform::FileIdentity::Of(m_source.GetFile().ToUtf8());
+    if (m_source.IsMdbBased()) {
+        if (!m_importer.Import()) {
+            m_omissions.Note("a table that can't be read");
+        }
+    } else if (m_source.IsSequentialAccess()) {
+        ReadSequentially();
+    } else {
+        DbDocumentReader(m_registry, m_log, m_omissions).ReadDatabase(m_source.GetFile());
+        CreateHeaderTable(m_registry);
+        CreatePropertiesTable(m_registry);
+    }
+}
+
 void DbLazyReader::ReadSequentially() {
-    DbDocumentReader reader(m_registry, m_log);
+    DbDocumentReader reader(m_registry, m_log, m_omissions);
     CString xml;
+    std::size_t described = 0;
     bool good = m_source.ExtractXmlNode(HeaderStructurePath, xml);
     if (good) {
-        reader.ReadStructureText(xml);
+        described = reader.ReadStructureText(xml);
     }
     // A search for rows that are not announced would run to the end of the file, past the body.
     if (m_registry.Count() > 0) {
@@ -65,7 +92,8 @@ void DbLazyReader::ReadSequentially() {
     }
     good = good && m_source.ExtractXmlNode(BodyStructurePath, xml);
     if (!good) {
-        reader.LogInvalidFormat();
+        LogEnd();
+        reader.NoteUnreadable(m_source.GetFile(), m_source.ReadFailure());
         CreateHeaderTable(m_registry);
         CreatePropertiesTable(m_registry);
         return;
@@ -78,9 +106,9 @@ void DbLazyReader::ReadSequentially() {
         CreatePropertiesTable(m_registry);
     }
     const std::size_t first = m_registry.Count();
-    reader.ReadStructureText(xml);
+    m_described = described + reader.ReadStructureText(xml);
     for (std::size_t i = first; i < m_registry.Count(); ++i) {
-        m_unread.push_back(m_registry.DataAt(i));
+        m_unread.push_back({m_registry.NameAt(i), m_registry.DataAt(i)});
     }
     CheckEnd();
 }
@@ -89,63 +117,97 @@ DbTableData* DbLazyReader::ReadNextTable() {
     if (m_source.IsEof()) {
         return nullptr;
     }
+    try {
+        DbTableData* const data = CutNextTable();
+        m_error.Clear();
+        return data;
+    } catch (...) {
+        m_error.SetToCurrentException();
+        m_source.Rewind(false);
+        m_passed = 0;
+        throw;
+    }
+}
+
+DbTableData* DbLazyReader::CutNextTable() {
     while (!m_unread.empty()) {
         const double start = platform::CounterSeconds();
         CString xml;
         if (!m_source.ExtractXmlNode(BodyTablePath, xml)) {
             break;
         }
-        DbTableData* const data = TakeUnread(xml);
-        CheckEnd();
-        if (data != nullptr) {
-            data->SetXmlSource(xml);
-            m_log.Print("Table '%s' xml source extracted in %.4f [s]",
-                        m_registry.Find(data)->GetName().ToUtf8().c_str(),
-                        platform::CounterSeconds() - start);
-            return data;
+        if (++m_passed <= m_cut) {
+            // Read before, through a file that had to be opened anew.
+            continue;
         }
+        const auto table = UnreadOf(xml);
+        if (table == m_unread.end()) {
+            ++m_cut;
+            CheckEnd();
+            continue;
+        }
+        DbTableData* const data = table->m_data;
+        m_handedOut.insert(data);
+        data->SetXmlSource(xml);
+        m_unread.erase(table);
+        ++m_cut;
+        CheckEnd();
+        m_log.Print("Table '%s' xml source extracted in %.4f [s]",
+                    m_registry.Find(data)->GetName().ToUtf8().c_str(), platform::CounterSeconds() - start);
+        return data;
     }
-    CheckEnd();
     if (m_source.IsSequentialAccess()) {
         m_source.Release();
     }
+    CheckEnd();
     return nullptr;
 }
 
 // Reading has come to the end of a file that lacks the rows of some tables.
 void DbLazyReader::CheckEnd() {
-    if (m_source.IsEof() && !m_unread.empty()) {
-        m_unread.clear();
-        DbDocumentReader(m_registry, m_log).LogInvalidFormat();
+    if (m_source.IsEof() && !m_unread.empty() && !m_endIsLogged) {
+        m_endIsLogged = true;
+        LogEnd();
     }
+}
+
+void DbLazyReader::LogEnd() {
+    const CString& why = m_source.ReadFailure();
+    if (why.IsEmpty()) {
+        m_log.Add(DbDocumentReader::InvalidFormat);
+        return;
+    }
+    m_log.Print("File '%s' could not be read: %s", m_source.GetFile().ToUtf8().c_str(), why.ToUtf8().c_str());
 }
 
 // Which table the rows belong to. The format puts them in the order of the structure; where a file does not,
-// the name decides. Null for rows that no unread table waits for.
-DbTableData* DbLazyReader::TakeUnread(const CString& xml) {
+// the name decides. The end for rows that no unread table waits for.
+Unread::iterator DbLazyReader::UnreadOf(const CString& xml) {
     std::string storage;
     std::string name;
-    auto place = m_unread.begin();
-    if (xml::FirstAttributeOfText(xml.ViewUtf8(storage), name)) {
-        const DbTableInfo* const named = m_registry.Find(CString(name));
-        if (named == nullptr) {
-            m_log.Print("Table '%s' has rows but no structure, they are left out", name.c_str());
-            return nullptr;
-        }
-        place = std::find(m_unread.begin(), m_unread.end(), named->GetData());
-        if (place == m_unread.end()) {
-            m_log.Print("Table '%s' has rows in two places of the file, the later ones are left out",
-                        name.c_str());
-            return nullptr;
-        }
+    if (!xml::FirstAttributeOfText(xml.ViewUtf8(storage), name)) {
+        return m_unread.begin();
     }
-    DbTableData* const data = *place;
-    m_unread.erase(place);
-    return data;
+    const auto found = std::find_if(m_unread.begin(), m_unread.end(), [&](const UnreadTable& table) {
+        return table.m_name.CompareNoCase(name) == 0;
+    });
+    if (found == m_unread.end()) {
+        DbDocumentReader(m_registry, m_log, m_omissions).OmitRows(name);
+    }
+    return found;
+}
+
+void DbLazyReader::Reach(const DbTableData* data) {
+    while (IsUnread(data) && ReadNextTable() != nullptr) {
+    }
 }
 
 void DbLazyReader::ReadUntil(const DbTableData* data) {
-    while (IsUnread(data) && ReadNextTable() != nullptr) {
+    Reach(data);
+    const auto table = IsUnread(data) ? FindUnread(data) : m_unread.end();
+    if (table != m_unread.end() && !std::exchange(table->m_isReported, true)) {
+        m_log.Print("Table '%s' was not reached in the file, its rows are missing",
+                    table->m_name.ToUtf8().c_str());
     }
 }
 
@@ -154,13 +216,75 @@ void DbLazyReader::ReadAll() {
     }
 }
 
-void DbLazyReader::Forget(const DbTableData* data) {
-    ReadUntil(data);
-    m_unread.erase(std::remove(m_unread.begin(), m_unread.end(), data), m_unread.end());
+void DbLazyReader::ParseRows(const DbTableData& data, const CString& xml) {
+    Omissions ofOtherText;
+    const bool isOfFile = m_handedOut.count(&data) > 0;
+    try {
+        DbDocumentReader(m_registry, m_log, isOfFile ? m_omissions : ofOtherText).ReadTableText(xml);
+    } catch (...) {
+        m_error.SetToCurrentException();
+        throw;
+    }
+    m_handedOut.erase(&data);
+    m_error.Clear();
 }
 
-bool DbLazyReader::IsUnread(const DbTableData* data) const {
-    return std::find(m_unread.begin(), m_unread.end(), data) != m_unread.end();
+void DbLazyReader::Forget(const DbTableData* data) {
+    Reach(data);
+    const auto table = FindUnread(data);
+    if (table != m_unread.end()) {
+        m_unread.erase(table);
+    }
+    m_handedOut.erase(data);
+    m_omissions.Forget(data);
+}
+
+CString DbLazyReader::ReadRest(const CString& path) {
+    const bool isAllRead = !m_described && m_handedOut.empty();
+    if ((isAllRead && m_omissions.IsEmpty()) || !IsSourceFile(path)) {
+        return {};
+    }
+    for (std::size_t i = 0; i < m_registry.Count(); ++i) {
+        const bool isText = m_handedOut.count(m_registry.DataAt(i)) > 0;
+        if (isText && !m_registry.DataAt(i)->ParseXmlData() && !m_error.IsOutOfMemory()) {
+            // No rows can be made of the text: saving the table fails, and says which it is.
+            return m_omissions.First();
+        }
+    }
+    if (m_described && m_omissions.IsEmpty()) {
+        DbDocumentReader(m_registry, m_log, m_omissions).ReadUnread(path, *m_described, m_unread);
+    }
+    return m_omissions.First();
+}
+
+// A path at which no file is any more leads to nothing that could be lost.
+bool DbLazyReader::IsSourceFile(const CString& path) const {
+    const auto target = platform::FileIdentity::Of(path.ToUtf8());
+    return target &&
+           (target == m_identity || target == platform::FileIdentity::Of(m_source.GetFile().ToUtf8()));
+}
+
+void DbLazyReader::MarkWritten(const CString& path) {
+    const auto written = platform::FileIdentity::Of(path.ToUtf8());
+    if (written && written == platform::FileIdentity::Of(m_source.GetFile().ToUtf8())) {
+        m_identity = written;
+        m_described.reset();
+        m_unread.clear();
+    }
+}
+
+CString DbLazyReader::LastReadError() const {
+    return m_error.IsSet() ? m_error.Text() : m_omissions.First();
+}
+
+Unread::iterator DbLazyReader::FindUnread(const DbTableData* data) {
+    return std::find_if(m_unread.begin(), m_unread.end(),
+                        [&](const UnreadTable& table) { return table.m_data == data; });
+}
+
+// Rows that a program gave the table itself are not waited for.
+bool DbLazyReader::IsUnread(const DbTableData* data) {
+    return !data->IsInitialized() && FindUnread(data) != m_unread.end();
 }
 
 }  // namespace quillet

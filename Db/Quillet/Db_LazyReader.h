@@ -2,9 +2,14 @@
 // then one table's rows after the other.
 #pragma once
 
-#include <deque>
+#include <optional>
+#include <unordered_set>
 
+#include "Quillet/Db_DocumentReader.h"
+#include "Quillet/Db_LastError.h"
+#include "Quillet/Db_Omissions.h"
 #include "base/CString.h"
+#include "platform/File.h"
 
 class DbDatabase;
 class DbSource;
@@ -17,6 +22,8 @@ class AccessImporter;
 class DbLog;
 class DbRegistry;
 
+// Whatever is thrown out of a member that reads, the database is then what it was before, and the same is
+// read when it is next asked for.
 class DbLazyReader {
 public:
     DbLazyReader(DbDatabase& owner, DbSource& source, DbRegistry& registry, AccessImporter& importer,
@@ -35,17 +42,36 @@ public:
     // Null, with the source released, when no table is unread or the file has no more; in that case with a
     // line in the log.
     DbTableData* ReadNextTable();
-    // Reads tables in the order of the file until the given one has its rows.
+    // Reads tables in the order of the file until the given one has its rows. A line in the log says that it
+    // was not reached.
     void ReadUntil(const DbTableData* data);
     void ReadAll();
+    // Reads the rows in the text of a <table> element that the table kept. Throws as
+    // DbDatabase::ParseXmlTableData.
+    void ParseRows(const DbTableData& data, const CString& xml);
     // The table is about to be deleted: its rows are no more waited for.
     void Forget(const DbTableData* data);
 
+    // Before the file of a path is replaced: where it is the one that was read, every table that still lacks
+    // its rows gets them. What would be lost all the same, in one line; empty for nothing.
+    CString ReadRest(const CString& path);
+    // The file that was read is now what the model is.
+    void MarkWritten(const CString& path);
+
+    // Why the last reading did not bring everything; not set after one that did.
+    CString LastReadError() const;
+
 private:
+    void Read();
     void ReadSequentially();
+    DbTableData* CutNextTable();
+    void Reach(const DbTableData* data);
     void CheckEnd();
-    bool IsUnread(const DbTableData* data) const;
-    DbTableData* TakeUnread(const CString& xml);
+    void LogEnd();
+    bool IsSourceFile(const CString& path) const;
+    Unread::iterator FindUnread(const DbTableData* data);
+    bool IsUnread(const DbTableData* data);
+    Unread::iterator UnreadOf(const CString& xml);
 
     DbDatabase& m_owner;
     DbSource& m_source;
@@ -53,8 +79,20 @@ private:
     AccessImporter& m_importer;
     DbLog& m_log;
     bool m_pending = true;
-    // The tables of a sequential source whose rows still stand in the file, in the order of the structure.
-    std::deque<DbTableData*> m_unread;
+    // Of a sequential source: the tables whose rows still stand in the file, in the order of the structure,
+    // those whose text was handed out, and how many <table> elements of the body's rows were cut out.
+    Unread m_unread;
+    std::unordered_set<const DbTableData*> m_handedOut;
+    std::size_t m_cut = 0;
+    // How many of those the source has passed since it was last opened.
+    std::size_t m_passed = 0;
+    // How many tables the structures of a sequential source describe, while the file as a whole was not
+    // looked at.
+    std::optional<std::size_t> m_described;
+    bool m_endIsLogged = false;
+    std::optional<platform::FileIdentity> m_identity;
+    Omissions m_omissions;
+    LastError m_error;
 };
 
 }  // namespace quillet

@@ -1,36 +1,68 @@
 #include "Quillet/Db_Log.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <iterator>
+#include <new>
 
 namespace quillet {
 
-void DbLog::Add(const CString& line) {
-    m_lines.push_back(line);
+void DbLog::Add(const CString& line) noexcept {
+    try {
+        m_lines.push_back(line);
+        ++m_added;
+        Trim();
+    } catch (const std::bad_alloc&) {
+        // Left out.
+    }
 }
 
-void DbLog::Print(const char* format, ...) {
+void DbLog::Print(const char* format, ...) noexcept {
     va_list arguments;
     va_start(arguments, format);
-    CString line;
-    line.FormatV(format, arguments);
+    try {
+        CString line;
+        line.FormatV(format, arguments);
+        Add(line);
+    } catch (const std::bad_alloc&) {
+        // Left out.
+    }
     va_end(arguments);
-    m_lines.push_back(std::move(line));
+}
+
+void DbLog::SetLimit(std::size_t lines) {
+    m_limit = lines;
+    Trim();
+}
+
+void DbLog::Trim() {
+    while (m_limit > 0 && m_lines.size() > m_limit) {
+        m_lines.pop_front();
+    }
+}
+
+void DbLog::BackTo(std::size_t added) {
+    while (m_added > added && !m_lines.empty()) {
+        m_lines.pop_back();
+        --m_added;
+    }
+    m_added = std::min(m_added, added);
 }
 
 CString DbLog::Joined() const {
     CString text;
+    const char* separator = "";
     for (const CString& line : m_lines) {
-        if (&line != m_lines.data()) {
-            text += "\r\n";
-        }
+        text += separator;
         text += line;
+        separator = "\r\n";
     }
     return text;
 }
 
 void DbLog::MoveTo(std::vector<CString>& out) {
-    out.insert(out.end(), std::make_move_iterator(m_lines.begin()), std::make_move_iterator(m_lines.end()));
+    out.reserve(out.size() + m_lines.size());
+    std::move(m_lines.begin(), m_lines.end(), std::back_inserter(out));
     m_lines.clear();
 }
 

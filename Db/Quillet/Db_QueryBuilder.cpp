@@ -97,6 +97,9 @@ void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::ve
     }
 }
 
+// No change has this stamp.
+constexpr long NoStamp = -1;
+
 // Whether the entry's rows are computed from another's and are to be what they would be now.
 bool Follows(const DbTableInfo& entry) {
     return entry.GetType() == DbTableInfo::Query && entry.GetRelated() != nullptr && !entry.IsJoin();
@@ -286,6 +289,10 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
     }
 
     m_reader.ReadUntil(source.GetData());
+    if (!source.GetData()->ParseXmlData()) {
+        m_log.Add(UnreadRowsLine(params.tables.front(), m_reader.LastReadError()));
+        return false;
+    }
     DbRows& rows = *source.GetData()->GetRows();
     const long stamp = source.GetData()->LatestStamp();
     std::vector<uint64> found = FindRows(params, descr, rows);
@@ -300,24 +307,22 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
     }
 
     const bool isStampKnown = source.GetData()->IsLatestStampKnown();
-    if (answer == nullptr) {
+    const bool isNew = answer == nullptr;
+    if (isNew) {
         answer = m_registry.Create(name, DbTableInfo::Query, sql, &source);
-    } else {
-        m_registry.Renew(*answer, source);
     }
-    DbTableData& data = *answer->GetData();
-    if (SelectsAll(params)) {
-        // Rows show their cells by position, so every field is there, whatever its name.
-        for (const DbFieldDescr* const field : descr) {
-            answer->GetDescr()->AppendField(*field);
+    try {
+        // Until it is complete the answer is out of step.
+        answer->SetSyncStamp(NoStamp);
+        if (!isNew) {
+            m_registry.Renew(*answer, source);
         }
-        for (uint64& position : found) {
-            position = rows.GetStoragePosition(position);
+        Fill(*answer, params, descr, rows, fields, found);
+    } catch (...) {
+        if (isNew) {
+            m_registry.DeleteWithRelated(name);
         }
-        data.Bind(rows.GetLender(), found);
-    } else {
-        CopyFields(descr, fields, *answer->GetDescr());
-        CopyCells(rows, found, fields, *data.GetRows());
+        throw;
     }
     if (isStampKnown) {
         source.GetData()->ConfirmLatestStamp();
@@ -325,8 +330,26 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
     answer->SetSyncStamp(stamp);
     // An answer is no change of the catalog.
     answer->GetDescr()->Sync();
-    data.Sync();
+    answer->GetData()->Sync();
     return true;
+}
+
+void QueryBuilder::Fill(DbTableInfo& answer, const Params& params, DbTableDescr& descr, DbRows& rows,
+                        std::vector<uint64>& fields, std::vector<uint64>& found) {
+    DbTableData& data = *answer.GetData();
+    if (!SelectsAll(params)) {
+        CopyFields(descr, fields, *answer.GetDescr());
+        CopyCells(rows, found, fields, *data.GetRows());
+        return;
+    }
+    // Rows show their cells by position, so every field is there, whatever its name.
+    for (const DbFieldDescr* const field : descr) {
+        answer.GetDescr()->AppendField(*field);
+    }
+    for (uint64& position : found) {
+        position = rows.GetStoragePosition(position);
+    }
+    data.Bind(rows.GetLender(), found);
 }
 
 bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& names,

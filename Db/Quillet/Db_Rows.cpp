@@ -119,6 +119,27 @@ void DbRows::DeleteRow(uint64 pos) {
     }
 }
 
+void DbRows::Truncate(uint64 count) {
+    if (count >= m_order.size()) {
+        return;
+    }
+    DbRows* const boundTo = BoundTo();
+    DbRows* const owner = boundTo == nullptr ? this : boundTo;
+    std::vector<DbTableRow*>& rows = m_storage->m_rows;
+    const uint64 first = m_order[count];
+    owner->ReleaseChildren(rows.begin() + static_cast<std::ptrdiff_t>(first), rows.end());
+    while (rows.size() > first) {
+        m_storage->Delete(rows.size() - 1);
+    }
+    m_order.resize(count);
+    if (boundTo != nullptr) {
+        std::vector<uint64>& order = boundTo->m_order;
+        order.erase(
+            std::remove_if(order.begin(), order.end(), [&](uint64 stored) { return stored >= first; }),
+            order.end());
+    }
+}
+
 void DbRows::RemoveFromOrder(uint64 pos) {
     m_order.erase(std::remove(m_order.begin(), m_order.end(), pos), m_order.end());
     for (uint64& entry : m_order) {

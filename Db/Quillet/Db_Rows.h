@@ -49,7 +49,11 @@ public:
     std::shared_ptr<DbTableRow*> LifeTokenOf(int pos);
 
 private:
+    friend class DbTableData;
     friend class DbTableRow;
+
+    // Deletes the visible rows from a position on, which are the last ones of the storage.
+    void Truncate(uint64 count);
 
     struct Storage;
 

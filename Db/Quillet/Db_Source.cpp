@@ -83,6 +83,8 @@ void DbSource::CloseFile() {
     m_scanner.reset();
     m_file.reset();
     m_opened = false;
+    m_identity.reset();
+    m_readFailure.Empty();
     m_blockSize = MaxBufferSize;
 }
 
@@ -127,10 +129,31 @@ void DbSource::Release() {
     m_eof = true;
 }
 
+void DbSource::Rewind(bool isEof) {
+    m_scanner.reset();
+    m_file.reset();
+    m_opened = false;
+    m_eof = isEof;
+}
+
+// Always false.
+bool DbSource::Fail(const CString& why) {
+    m_readFailure = why;
+    Release();
+    return false;
+}
+
 void DbSource::OpenForScanning() {
     m_opened = true;
     m_file = quillet::platform::ReadableFile::Open(m_path.ToUtf8());
     if (m_file) {
+        const auto identity = m_file->Identity();
+        if (identity && !m_identity) {
+            m_identity = std::make_unique<quillet::platform::FileIdentity>(*identity);
+        } else if (m_identity && identity != *m_identity) {
+            Fail("it was replaced by another file meanwhile");
+            return;
+        }
         m_scanner = std::make_unique<quillet::XmlScanner>(
             [file = m_file.get()](char* buffer, std::size_t capacity) {
                 return file->Read(buffer, capacity);
@@ -155,6 +178,11 @@ bool DbSource::ExtractXmlNode(const CString& path, CString& text) {
     }
     std::string bytes;
     const bool found = m_scanner->Extract(path, bytes);
+    std::string why;
+    if (m_file->HasFailed(&why)) {
+        text.Empty();
+        return Fail(why);
+    }
     if (m_scanner->IsEof()) {
         Release();
     }

@@ -11,10 +11,12 @@
 class DbDatabase;
 
 namespace quillet {
+class DbLazyReader;
 class XmlScanner;
 namespace platform {
+class FileIdentity;
 class ReadableFile;
-}
+}  // namespace platform
 }  // namespace quillet
 
 // Decides from the last three characters of the file's name what the file is, checks that it can be read, and
@@ -69,12 +71,19 @@ public:
     bool ExtractXmlNode(const quillet::CString& path, quillet::CString& text);
 
 private:
+    friend class quillet::DbLazyReader;
+
     enum class Type : std::uint32_t { None = 0, Xml = 1, Mdb = 2 };
 
     void CloseFile();
     void ClearOwner();
     bool CheckSource();
     void OpenForScanning();
+    // Sequential reading starts anew, at the beginning of the file, or is over.
+    void Rewind(bool isEof);
+    // Why sequential reading ended before the end of the file; empty where it did not.
+    const quillet::CString& ReadFailure() const { return m_readFailure; }
+    bool Fail(const quillet::CString& why);
 
     // Names the owner as long as it lives.
     std::weak_ptr<DbDatabase*> m_owner;
@@ -82,6 +91,9 @@ private:
     quillet::CString m_path;
     std::unique_ptr<quillet::platform::ReadableFile> m_file;
     std::unique_ptr<quillet::XmlScanner> m_scanner;
+    // The file that sequential reading began with, and why it failed.
+    std::unique_ptr<quillet::platform::FileIdentity> m_identity;
+    quillet::CString m_readFailure;
     bool m_opened = false;
     std::int32_t m_blockSize;
     bool m_eof = false;

@@ -116,6 +116,13 @@ CString NoFieldLine(const CString& field, const CString& table) {
     return line;
 }
 
+CString UnreadRowsLine(const CString& table, const CString& why) {
+    CString line;
+    line.Format("SQL Analyze - the rows of '%s' can't be read: %s", table.ToUtf8().c_str(),
+                why.ToUtf8().c_str());
+    return line;
+}
+
 bool SqlTokens::Next() {
     WCHAR closing = 0;
     while (!m_atEnd) {

@@ -29,6 +29,9 @@ QUILLET_API CString WithBlanksAroundOperators(const CString& sql);
 CString NoTableLine(const CString& table);
 CString NoFieldLine(const CString& field, const CString& table);
 
+// The line about a table whose rows can't be read, for the reason given.
+CString UnreadRowsLine(const CString& table, const CString& why);
+
 // Cuts a query text into tokens at blanks, commas and semicolons. A token may hold quoted stretches, in ', ",
 // [ ] or U+FF91, in which nothing separates; the quotation marks stay.
 class QUILLET_API SqlTokens {

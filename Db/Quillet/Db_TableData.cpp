@@ -65,6 +65,22 @@ bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
 }
 
 bool DbTableData::Load(IDispatch* element) {
+    const uint64 rows = m_rows->GetRowsCount();
+    const bool wasInitialized = m_initialized;
+    const bool wasChanged = IsChanged();
+    try {
+        return LoadRows(element);
+    } catch (...) {
+        m_rows->Truncate(rows);
+        m_initialized = wasInitialized;
+        if (!wasChanged) {
+            Sync();
+        }
+        throw;
+    }
+}
+
+bool DbTableData::LoadRows(IDispatch* element) {
     const double start = quillet::platform::CounterSeconds();
     try {
         const quillet::xml::Node node(element);
@@ -122,7 +138,7 @@ bool DbTableData::ParseXmlData() {
     // Rows that were added before count as changed all the same.
     const bool changed = IsChanged();
     try {
-        if (!quillet::DbCallUp::ParseRows(LiveParent(), m_xmlSource)) {
+        if (!quillet::DbCallUp::ParseRows(LiveParent(), *this, m_xmlSource)) {
             return false;
         }
     } catch (quillet::CException* exception) {

@@ -30,7 +30,7 @@ public:
     // database's log, when a row fails; false when the text can't be read.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Appends one row for each child of the element and logs the time that it took. A row that fails ends the
-    // load with false.
+    // load with false. Where memory runs out std::bad_alloc is thrown, and no row is appended.
     bool Load(IDispatch* element) override;
     // Deletes all rows and the pending text.
     virtual void Clear();
@@ -40,7 +40,7 @@ public:
     uint64 GetSize() const override;
 
     // Reads the pending text. True where nothing is pending or the text was read: the rows then count as
-    // unchanged. False where it can't be read; it stays pending.
+    // unchanged. False where it can't be read, also for want of memory; it stays pending and no row is added.
     bool ParseXmlData();
     // Whether data was ever given, by SetXmlSource or Load.
     bool IsInitialized() const { return m_initialized; }
@@ -96,6 +96,7 @@ private:
     // Those that did stand elsewhere.
     void ConfirmLatestStamp() { m_movesWhenFound = StampMoves(); }
 
+    bool LoadRows(IDispatch* element);
     void LogToDatabase(const quillet::CString& line);
     void NoteMisfit();
     void LogMisfits();
