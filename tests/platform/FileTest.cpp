@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -36,6 +37,23 @@ protected:
             return why.empty() ? "no reason" : why;
         }
         return {};
+    }
+
+    // What a save of this target leaves in the folder when its process is killed.
+    std::filesystem::path LeaveTemporaryBehind(const std::string& target) const {
+        const std::vector<std::filesystem::path> before = m_folder.Names();
+        std::filesystem::path temporary;
+        {
+            const auto file = AtomicFile::Create(target);
+            for (const std::filesystem::path& name : m_folder.Names()) {
+                if (std::find(before.begin(), before.end(), name) == before.end()) {
+                    temporary = m_folder / name;
+                }
+            }
+        }
+        EXPECT_FALSE(temporary.empty());
+        WriteBytes(temporary, "half a fi");
+        return temporary;
     }
 
     // A file of this path can be made, read, looked at and replaced.
@@ -283,6 +301,42 @@ TEST_F(File, Atomic_TwoForOneTarget_TheLastCommitCounts) {
     ASSERT_TRUE(first->Commit());
     EXPECT_EQ(ReadBytes(m_folder / "text"), "first");
     EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(File, Atomic_TemporaryFileThatNobodyHolds_IsClearedByTheNextSaveOfItsTarget) {
+    for (const std::string& name : {std::string("text"), std::string(255, 'n')}) {
+        const std::filesystem::path left = LeaveTemporaryBehind(Missing(name));
+        ASSERT_EQ(Replace(Missing("another"), "text"), "");
+        EXPECT_TRUE(std::filesystem::exists(left)) << "it is none of another file's";
+        ASSERT_EQ(Replace(Missing(name), "text"), "");
+        EXPECT_FALSE(std::filesystem::exists(left));
+        EXPECT_EQ(m_folder.Names().size(), 2U);
+        RemoveTree(m_folder / name);
+    }
+}
+
+TEST_F(File, Atomic_TemporaryFileOfALivingWriter_IsLeftAlone) {
+    const auto living = AtomicFile::Create(Missing("text"));
+    ASSERT_NE(living, nullptr);
+    ASSERT_TRUE(living->Write("living"));
+    EXPECT_EQ(Replace(Missing("text"), "other"), "");
+    EXPECT_EQ(m_folder.Names().size(), 2U);
+    EXPECT_TRUE(living->Commit());
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "living");
+}
+
+TEST_F(File, Atomic_FilesThatOnlyLookLikeTemporaryOnes_AreLeftAlone) {
+    const std::filesystem::path left = LeaveTemporaryBehind(Missing("text"));
+    const std::string name = Utf8(left.filename());
+    for (const std::string& other :
+         {name + "x", "x" + name, std::string(".quillet-x.tmp"), name.substr(0, name.size() - 4)}) {
+        Existing(other, "mine");
+    }
+    std::filesystem::remove(left);
+    std::filesystem::create_directory(left);
+    EXPECT_EQ(Replace(Missing("text"), "new"), "");
+    EXPECT_EQ(m_folder.Names().size(), 6U);
+    EXPECT_TRUE(std::filesystem::is_directory(left));
 }
 
 TEST_F(File, Atomic_ManyLargeBlocks_AreComplete) {

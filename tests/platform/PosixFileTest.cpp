@@ -3,11 +3,17 @@
 #include <limits.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "AsOrdinaryUser.h"
 #include "TemporaryFolder.h"
@@ -55,6 +61,15 @@ private:
     const mode_t m_before;
 };
 
+// Who an entry of an access list is about, and what he may.
+enum AccessTag : std::uint32_t { UserObject = 1, User = 2, GroupObject = 4, Mask = 16, Other = 32 };
+struct AccessEntry {
+    std::uint32_t m_tag;
+    std::uint32_t m_rights;
+    // Of no use where the tag says who.
+    std::uint32_t m_id = 0xFFFFFFFF;
+};
+
 class PosixFile : public testing::Test {
 protected:
     std::string At(const fs::path& name) const { return Utf8(m_folder / name); }
@@ -66,6 +81,30 @@ protected:
     }
 
     mode_t Mode(const fs::path& name) const { return Status(name).st_mode & 07777; }
+
+    // Nothing where the file has no such attribute.
+    std::optional<std::string> Attribute(const fs::path& name, const char* attribute) const {
+        std::string value(65536, '\0');
+        const ssize_t size = getxattr((m_folder / name).c_str(), attribute, value.data(), value.size());
+        if (size < 0) {
+            return std::nullopt;
+        }
+        return value.substr(0, static_cast<std::size_t>(size));
+    }
+
+    // An access list as the system keeps it, little-endian.
+    static std::string AccessList(const std::vector<AccessEntry>& entries) {
+        std::string list("\2\0\0\0", 4);
+        for (const AccessEntry& entry : entries) {
+            for (const auto& [value, bytes] :
+                 {std::pair(entry.m_tag, 2U), std::pair(entry.m_rights, 2U), std::pair(entry.m_id, 4U)}) {
+                for (unsigned i = 0; i < bytes; ++i) {
+                    list += static_cast<char>(value >> (8 * i) & 0xFF);
+                }
+            }
+        }
+        return list;
+    }
 
     // Replaces the file and says why that failed; empty where it did not.
     static std::string Replace(const std::string& path, const std::string& text) {
@@ -167,6 +206,81 @@ TEST_F(PosixFile, Atomic_FullDisk_LeavesTheOldFileWhole) {
     }
     EXPECT_EQ(ReadBytes(m_folder / "text"), old);
     EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+TEST_F(PosixFile, Atomic_WriterIsKilled_NextSaveClearsWhatItLeft) {
+    WriteBytes(m_folder / "text", "old");
+    int written[2];
+    ASSERT_EQ(pipe(written), 0);
+    const pid_t writer = fork();
+    if (writer == 0) {
+        const auto file = AtomicFile::Create(At("text"));
+        const bool good = file != nullptr && file->Write("half a fi");
+        static_cast<void>(!write(written[1], &good, 1));
+        pause();
+    }
+    char good = 0;
+    ASSERT_EQ(read(written[0], &good, 1), 1);
+    ASSERT_EQ(good, 1);
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(m_folder.Names().size(), 2U) << "the writer lives";
+    ASSERT_EQ(kill(writer, SIGKILL), 0);
+    ASSERT_EQ(waitpid(writer, nullptr, 0), writer);
+    EXPECT_EQ(m_folder.Names().size(), 2U);
+    EXPECT_EQ(Replace(At("text"), "newer"), "");
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+    close(written[0]);
+    close(written[1]);
+}
+
+TEST_F(PosixFile, Atomic_ExistingFile_KeepsItsExtendedAttributes) {
+    const std::string path = At("text");
+    WriteBytes(path, "old");
+    const std::string large(3000, 'v');
+    if (setxattr(path.c_str(), "user.origin", "a\0b", 3, 0) != 0) {
+        GTEST_SKIP() << "the file system has no extended attributes of users";
+    }
+    ASSERT_EQ(setxattr(path.c_str(), "user.empty", "", 0, 0), 0);
+    ASSERT_EQ(setxattr(path.c_str(), "user.large", large.data(), large.size(), 0), 0);
+    chmod(path.c_str(), 0600);
+    EXPECT_EQ(Replace(path, "new"), "");
+    EXPECT_EQ(ReadBytes(m_folder / "text"), "new");
+    EXPECT_EQ(Attribute("text", "user.origin"), std::string("a\0b", 3));
+    EXPECT_EQ(Attribute("text", "user.empty"), "");
+    EXPECT_EQ(Attribute("text", "user.large"), large);
+    EXPECT_EQ(Mode("text"), mode_t{0600});
+    EXPECT_EQ(Replace(At("other"), "new"), "");
+    EXPECT_EQ(Attribute("other", "user.origin"), std::nullopt);
+}
+
+// Of a file with an access list the mode tells the most that the list allows, not what the group may do.
+TEST_F(PosixFile, Atomic_FileWithAnAccessList_KeepsItAndOpensToNobodyElse) {
+    WriteBytes(m_folder / "text", "old");
+    const std::string list =
+        AccessList({{UserObject, 6}, {User, 6, 12345}, {GroupObject, 0}, {Mask, 6}, {Other, 0}});
+    if (setxattr(At("text").c_str(), "system.posix_acl_access", list.data(), list.size(), 0) != 0) {
+        GTEST_SKIP() << "the file system has no access lists";
+    }
+    ASSERT_EQ(Mode("text"), mode_t{0660});
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(Attribute("text", "system.posix_acl_access"), list);
+    EXPECT_EQ(Mode("text"), mode_t{0660});
+}
+
+TEST_F(PosixFile, Atomic_FolderThatGivesAccessLists_GivesNoneToAFileWithout) {
+    WriteBytes(m_folder / "text", "old");
+    chmod(At("text").c_str(), 0660);
+    const std::string list =
+        AccessList({{UserObject, 7}, {User, 7, 12345}, {GroupObject, 7}, {Mask, 7}, {Other, 7}});
+    if (setxattr(m_folder.Path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0) != 0) {
+        GTEST_SKIP() << "the file system has no access lists";
+    }
+    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(Attribute("text", "system.posix_acl_access"), std::nullopt);
+    EXPECT_EQ(Mode("text"), mode_t{0660});
+    EXPECT_EQ(Replace(At("other"), "new"), "");
+    EXPECT_NE(Attribute("other", "system.posix_acl_access"), std::nullopt)
+        << "a new file has what the folder gives";
 }
 
 TEST_F(PosixFile, Permissions_TargetThatMayNotBeWritten_IsRefused) {

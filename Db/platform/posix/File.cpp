@@ -3,75 +3,22 @@
 // harm.
 #include "platform/File.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <cstdio>
-#include <system_error>
 #include <utility>
+
+#include "platform/FileNames.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/FileAttributes.h"
 
 namespace quillet::platform {
 namespace {
-
-std::string Reason(int error) {
-    return std::generic_category().message(error);
-}
-
-// Reports the error, if asked; always false.
-bool Fail(int error, std::string* why) {
-    if (why != nullptr) {
-        *why = Reason(error);
-    }
-    return false;
-}
-
-template <typename Call>
-auto Retried(Call call) {
-    auto result = call();
-    while (result == -1 && errno == EINTR) {
-        result = call();
-    }
-    return result;
-}
-
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int value) : m_value(value) {}
-    Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_value, other.m_value);
-        return *this;
-    }
-    ~Descriptor() { Close(); }
-
-    bool IsOpen() const { return m_value != -1; }
-    int Get() const { return m_value; }
-
-    // The error that closing reported, or 0. It is closed in every case.
-    int Close() {
-        const int value = std::exchange(m_value, -1);
-        return value != -1 && ::close(value) == -1 && errno != EINTR ? errno : 0;
-    }
-
-private:
-    int m_value = -1;
-};
-
-// Refuses names that the system would cut at a zero byte.
-Descriptor OpenAt(int folder, const std::string& path, int flags, mode_t mode = 0) {
-    if (path.find('\0') != std::string::npos) {
-        errno = EINVAL;
-        return Descriptor();
-    }
-    return Descriptor(Retried([&] { return ::openat(folder, path.c_str(), flags | O_CLOEXEC, mode); }));
-}
 
 Descriptor OpenForReading(const std::string& path, struct stat& status, std::string* why) {
     Descriptor file = OpenAt(AT_FDCWD, path, O_RDONLY | O_NOCTTY);
@@ -176,8 +123,8 @@ int Locate(std::string path, Location& location) {
     return ELOOP;
 }
 
-// Whether the name stands for a regular file that may be written; the error, or 0.
-int CheckWritable(const Location& location, struct stat& status) {
+// Opens the regular file that the name stands for, to see whether it may be written; the error, or 0.
+int OpenWritable(const Location& location, Descriptor& file, struct stat& status) {
     if (::fstatat(location.folder.Get(), location.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == -1) {
         return errno;
     }
@@ -187,18 +134,41 @@ int CheckWritable(const Location& location, struct stat& status) {
     if (!S_ISREG(status.st_mode)) {
         return ENOTSUP;
     }
-    const Descriptor file = OpenAt(location.folder.Get(), location.name, O_WRONLY | O_NOCTTY);
+    file = OpenAt(location.folder.Get(), location.name, O_WRONLY | O_NOCTTY);
     return file.IsOpen() ? 0 : errno;
 }
 
-// Does not depend on the target's name, which may be as long as a name can be.
-std::string TemporaryName() {
-    static std::atomic<unsigned> s_counter{0};
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    std::array<char, 64> name;
-    std::snprintf(name.data(), name.size(), ".quillet-%lx-%x-%llx.tmp",
-                  static_cast<unsigned long>(::getpid()), s_counter++, static_cast<unsigned long long>(now));
-    return name.data();
+// Whether the name in the folder stands for the open file.
+bool IsNameOf(const Descriptor& folder, const std::string& name, const Descriptor& file) {
+    struct stat named {};
+    struct stat open {};
+    return ::fstatat(folder.Get(), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           ::fstat(file.Get(), &open) == 0 && IdentityOf(named) == IdentityOf(open);
+}
+
+// Who writes a temporary file holds it, so what can be held here was left behind.
+void RemoveUnlessHeld(const Descriptor& folder, const char* name) {
+    struct stat status {};
+    const Descriptor file = OpenAt(folder.Get(), name, O_RDWR | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK);
+    if (file.IsOpen() && ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && Hold(file) == 0) {
+        ::unlinkat(folder.Get(), name, 0);
+    }
+}
+
+// Clears what writers of this target left when they were killed. What can't be removed stays.
+void RemoveAbandoned(const Location& target) {
+    const int listed =
+        Retried([&] { return ::openat(target.folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    const std::unique_ptr<DIR, int (*)(DIR*)> list(listed == -1 ? nullptr : ::fdopendir(listed), ::closedir);
+    if (!list) {
+        Descriptor(listed).Close();
+        return;
+    }
+    while (const dirent* const entry = ::readdir(list.get())) {
+        if (IsTemporaryBeside(entry->d_name, target.name)) {
+            RemoveUnlessHeld(target.folder, entry->d_name);
+        }
+    }
 }
 
 class PosixAtomicFile final : public AtomicFile {
@@ -207,16 +177,17 @@ public:
     ~PosixAtomicFile() override { Remove(); }
 
     bool Open(std::string* why) {
+        Descriptor old;
         struct stat status {};
-        const int error = CheckWritable(m_target, status);
+        const int error = OpenWritable(m_target, old, status);
         if (error != 0 && error != ENOENT) {
             return Fail(error, why);
         }
-        const bool replaces = error == 0;
-        if (!MakeTemporary(replaces, why)) {
+        RemoveAbandoned(m_target);
+        if (!MakeTemporary(old.IsOpen(), why)) {
             return false;
         }
-        return !replaces || TakeOver(status, why);
+        return !old.IsOpen() || TakeOver(old, status, why);
     }
 
     bool Write(std::string_view bytes, std::string* why) override {
@@ -248,30 +219,45 @@ private:
         constexpr mode_t Private = S_IRUSR | S_IWUSR;
         constexpr mode_t AsTheMaskAllows = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
         constexpr int MostAttempts = 100;
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            std::string name = TemporaryName();
+        errno = EEXIST;
+        for (int attempt = 0; attempt < MostAttempts && errno == EEXIST; ++attempt) {
+            const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+            std::string name =
+                NewNameBeside(m_target.name, static_cast<unsigned long>(::getpid()), now, TemporaryEnding);
             m_file = OpenAt(m_target.folder.Get(), name, O_WRONLY | O_CREAT | O_EXCL,
                             replaces ? Private : AsTheMaskAllows);
             if (m_file.IsOpen()) {
                 m_temporary = std::move(name);
-                return true;
-            }
-            if (errno != EEXIST) {
-                break;
+                if (HoldTemporary()) {
+                    return true;
+                }
+                Remove();
+                errno = EEXIST;
             }
         }
         return Fail(errno, why);
     }
 
-    // Owner and group are kept where the system lets us; the mode always. The bits that lend an identity are
-    // dropped, as a write into the file itself would drop them.
-    bool TakeOver(const struct stat& old, std::string* why) {
+    // False where somebody cleared the file away, or is about to, before it was held. Where nothing can be
+    // held, nobody clears it.
+    bool HoldTemporary() {
+        const int error = Hold(m_file);
+        return error == 0 ? IsNameOf(m_target.folder, m_temporary, m_file) : error != EWOULDBLOCK;
+    }
+
+    // Owner and group are kept where the system lets us; the mode and the access list always. The bits that
+    // lend an identity are dropped, as a write into the file itself would drop them.
+    bool TakeOver(const Descriptor& old, const struct stat& status, std::string* why) {
         constexpr mode_t Permissions = S_IRWXU | S_IRWXG | S_IRWXO;
         constexpr auto AnyOwner = static_cast<uid_t>(-1);
         const int file = m_file.Get();
         [[maybe_unused]] const bool kept =
-            ::fchown(file, old.st_uid, old.st_gid) == 0 || ::fchown(file, AnyOwner, old.st_gid) == 0;
-        return ::fchmod(file, old.st_mode & Permissions) != -1 || Fail(errno, why);
+            ::fchown(file, status.st_uid, status.st_gid) == 0 || ::fchown(file, AnyOwner, status.st_gid) == 0;
+        const int error = CopyAttributes(old.Get(), file);
+        if (error != 0) {
+            return Fail(error, why);
+        }
+        return ::fchmod(file, status.st_mode & Permissions) != -1 || Fail(errno, why);
     }
 
     // The error, or 0.
@@ -279,7 +265,9 @@ private:
         if (Retried([&] { return ::fsync(m_file.Get()); }) == -1) {
             return errno;
         }
-        const int closed = m_file.Close();
+        // Closing a copy says what closing would say, and the file stays held.
+        Descriptor copy(::fcntl(m_file.Get(), F_DUPFD_CLOEXEC, 0));
+        const int closed = copy.IsOpen() ? copy.Close() : errno;
         if (closed != 0) {
             return closed;
         }
@@ -298,6 +286,7 @@ private:
             ::unlinkat(m_target.folder.Get(), m_temporary.c_str(), 0);
             m_temporary.clear();
         }
+        m_file.Close();
     }
 
     Location m_target;
@@ -336,8 +325,9 @@ bool PathExists(const std::string& path) {
 
 bool CanWriteFile(const std::string& path) {
     Location location;
+    Descriptor file;
     struct stat status {};
-    return Locate(path, location) == 0 && CheckWritable(location, status) == 0;
+    return Locate(path, location) == 0 && OpenWritable(location, file, status) == 0;
 }
 
 std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why) {

@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 #include <vector>
 
-#include "platform/Text.h"
+#include "platform/FileNames.h"
+#include "platform/windows/FileHandle.h"
 
 namespace quillet::platform {
 namespace {
@@ -19,128 +18,8 @@ namespace {
 constexpr DWORD DirectoryNotSupported = 336;                               // ERROR_DIRECTORY_NOT_SUPPORTED
 constexpr auto RenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);  // FileRenameInfoEx
 
-constexpr DWORD ShareEverything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 // No call to the system takes more at a time.
 constexpr std::size_t MostBytesAtOnce = std::size_t{1} << 30;
-
-std::string ToUtf8(WideView wide) {
-    std::string text(wide.size() * 3, '\0');
-    const int length = WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()),
-                                           text.data(), static_cast<int>(text.size()), nullptr, nullptr);
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
-
-// The system's words, without the line end and the full stop behind them.
-std::string Reason(DWORD error) {
-    std::array<WCHAR, 512> buffer;
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                        error, 0, buffer.data(), static_cast<DWORD>(buffer.size()), nullptr);
-    std::string reason = ToUtf8(WideView(buffer.data(), length));
-    reason.erase(reason.find_last_not_of(".\r\n ") + 1);
-    return reason.empty() ? "system error " + std::to_string(error) : reason;
-}
-
-// Reports the error, if asked; always false.
-bool Fail(DWORD error, std::string* why) {
-    if (why != nullptr) {
-        *why = Reason(error);
-    }
-    return false;
-}
-
-class Handle {
-public:
-    Handle() = default;
-    explicit Handle(HANDLE value) : m_value(value) {}
-    Handle(Handle&& other) noexcept : m_value(std::exchange(other.m_value, INVALID_HANDLE_VALUE)) {}
-    Handle& operator=(Handle&& other) noexcept {
-        std::swap(m_value, other.m_value);
-        return *this;
-    }
-    ~Handle() { Close(); }
-
-    bool IsOpen() const { return m_value != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_value; }
-
-    void Close() {
-        if (IsOpen()) {
-            CloseHandle(std::exchange(m_value, INVALID_HANDLE_VALUE));
-        }
-    }
-
-private:
-    HANDLE m_value = INVALID_HANDLE_VALUE;
-};
-
-// Asks for a text whose length the call tells: the length without the zero when it fits, the room it needs
-// otherwise, 0 on an error.
-template <typename Call>
-WideString TextOf(Call call) {
-    WideString text(MAX_PATH, 0);
-    for (;;) {
-        const DWORD length = call(text.data(), static_cast<DWORD>(text.size()));
-        const bool fits = length < text.size();
-        text.resize(length);
-        if (fits) {
-            return text;
-        }
-    }
-}
-
-// The full path in the form that may be longer than MAX_PATH; devices keep the form of theirs.
-WideString WithoutLimit(const WideString& full) {
-    if (full.starts_with(OLESTR("\\\\?\\")) || full.starts_with(OLESTR("\\\\.\\"))) {
-        return full;
-    }
-    if (full.starts_with(OLESTR("\\\\"))) {
-        return OLESTR("\\\\?\\UNC\\") + full.substr(2);
-    }
-    return OLESTR("\\\\?\\") + full;
-}
-
-// The path as a person writes it.
-std::string ForReading(const WideString& path) {
-    if (path.starts_with(OLESTR("\\\\?\\UNC\\"))) {
-        return "\\\\" + ToUtf8(WideView(path).substr(8));
-    }
-    return ToUtf8(WideView(path).substr(path.starts_with(OLESTR("\\\\?\\")) ? 4 : 0));
-}
-
-// The error, or ERROR_SUCCESS.
-DWORD ToSystemPath(const std::string& path, WideString& wide) {
-    // A path is far shorter; the limit keeps the count an int.
-    constexpr std::size_t LongestPath = 0x20000;
-    if (path.empty()) {
-        return ERROR_PATH_NOT_FOUND;
-    }
-    if (path.size() > LongestPath) {
-        return ERROR_FILENAME_EXCED_RANGE;
-    }
-    if (path.find('\0') != std::string::npos) {
-        return ERROR_INVALID_NAME;
-    }
-    wide.resize(path.size());
-    const int length =
-        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path.data(), static_cast<int>(path.size()),
-                            wide.data(), static_cast<int>(wide.size()));
-    if (length == 0) {
-        return GetLastError();
-    }
-    wide.resize(static_cast<std::size_t>(length));
-    const WideString full = TextOf(
-        [&](WCHAR* text, DWORD capacity) { return GetFullPathNameW(wide.c_str(), capacity, text, nullptr); });
-    // Blanks alone are no path, without an error that says so.
-    if (full.empty()) {
-        return ERROR_INVALID_NAME;
-    }
-    wide = WithoutLimit(full);
-    return ERROR_SUCCESS;
-}
-
-Handle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
-    return Handle(CreateFileW(path.c_str(), access, ShareEverything, nullptr, OPEN_EXISTING, flags, nullptr));
-}
 
 // None where the path names nothing.
 DWORD AttributesOf(const WideString& path) {
@@ -234,12 +113,6 @@ struct Target {
     DWORD m_attributes = 0;
 };
 
-WideString FinalPath(const Handle& file) {
-    return TextOf([&](WCHAR* text, DWORD capacity) {
-        return GetFinalPathNameByHandleW(file.Get(), text, capacity, FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
-    });
-}
-
 // Why nothing with these attributes is replaced, or ERROR_SUCCESS. Where rights let a file be written that is
 // marked read-only, the mark counts.
 DWORD RefusalOf(DWORD attributes) {
@@ -297,18 +170,42 @@ DWORD FollowDanglingLink(WideString& path) {
     return path.empty() ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
-// Does not depend on the target's name, which may be as long as a name can be.
-WideString TemporaryNameBeside(const WideString& target) {
-    static std::atomic<unsigned> s_counter{0};
+std::size_t NameStart(const WideString& path) {
+    return path.find_last_of(OLESTR("\\/")) + 1;
+}
+
+WideString InFolderOf(const WideString& target, const std::string& name) {
+    WideString path = target.substr(0, NameStart(target));
+    path.append(name.begin(), name.end());
+    return path;
+}
+
+std::string NameOf(const WideString& target) {
+    return ToUtf8(WideView(target).substr(NameStart(target)));
+}
+
+WideString NewPathBeside(const WideString& target, const char* ending) {
     LARGE_INTEGER now;
     QueryPerformanceCounter(&now);
-    std::array<char, 64> name;
-    const int length =
-        std::snprintf(name.data(), name.size(), ".quillet-%lx-%x-%llx.tmp", GetCurrentProcessId(),
-                      s_counter++, static_cast<unsigned long long>(now.QuadPart));
-    WideString path = target.substr(0, target.find_last_of(OLESTR("\\/")) + 1);
-    path.append(name.begin(), name.begin() + length);
-    return path;
+    return InFolderOf(target, NewNameBeside(NameOf(target), GetCurrentProcessId(), now.QuadPart, ending));
+}
+
+// Clears what writers of this target left when they were killed. Who writes a temporary file has it open for
+// writing, so what can be opened without sharing that was left behind.
+void RemoveAbandoned(const WideString& target) {
+    const WideString pattern = InFolderOf(target, NamesBeside(NameOf(target)) + "-*" + TemporaryEnding);
+    WIN32_FIND_DATAW found;
+    const HANDLE first = FindFirstFileW(pattern.c_str(), &found);
+    if (first == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    const std::unique_ptr<void, decltype(&FindClose)> list(first, FindClose);
+    do {
+        const WideString path = target.substr(0, NameStart(target)) + found.cFileName;
+        const Handle file(CreateFileW(path.c_str(), GENERIC_READ | DELETE,
+                                      FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    } while (FindNextFileW(list.get(), &found) != 0);
 }
 
 // The access list of a file, to make another one with; none where the file system knows no such lists. The
@@ -359,10 +256,11 @@ public:
             return Fail(error, why);
         }
         SECURITY_ATTRIBUTES security{sizeof(SECURITY_ATTRIBUTES), accessList.data(), FALSE};
+        RemoveAbandoned(m_target);
         constexpr int MostAttempts = 100;
         error = ERROR_FILE_EXISTS;
         for (int attempt = 0; attempt < MostAttempts && error == ERROR_FILE_EXISTS; ++attempt) {
-            WideString name = TemporaryNameBeside(m_target);
+            WideString name = NewPathBeside(m_target, TemporaryEnding);
             m_file = Handle(CreateFileW(
                 name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
                 accessList.empty() ? nullptr : &security, CREATE_NEW, target.m_attributes & Kept, nullptr));
@@ -430,9 +328,10 @@ private:
         return error;
     }
 
-    // An open file lets itself be renamed where it can't be replaced. Why it can't be is given.
+    // An open file lets itself be renamed where it can't be replaced. Why it can't be is given. The old file
+    // has an ending that nobody clears: if the process ends here, it is the only whole one.
     DWORD ReplaceOpenTarget(DWORD error) {
-        const WideString aside = TemporaryNameBeside(m_target);
+        const WideString aside = NewPathBeside(m_target, ".old");
         if (MoveFileExW(m_target.c_str(), aside.c_str(), 0) == 0) {
             // The words for this one tell that somebody has the target open.
             return GetLastError() == ERROR_SHARING_VIOLATION ? ERROR_SHARING_VIOLATION : error;

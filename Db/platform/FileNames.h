@@ -1,0 +1,49 @@
+// The names of files that stand beside a target for a while: short whatever the target's name is, and telling
+// whose they are. Private to the ports.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace quillet::platform {
+
+// A digest of bytes that follow others, which before is the digest of.
+constexpr std::uint64_t NoBytes = 0xcbf29ce484222325;
+constexpr std::uint64_t Digest(std::string_view bytes, std::uint64_t before = NoBytes) {
+    constexpr std::uint64_t Prime = 0x100000001b3;
+    for (const char byte : bytes) {
+        before = (before ^ static_cast<unsigned char>(byte)) * Prime;
+    }
+    return before;
+}
+
+// How all names beside a target begin, whose own name has no folder in it.
+inline std::string NamesBeside(std::string_view target) {
+    std::array<char, 32> name;
+    std::snprintf(name.data(), name.size(), ".quillet-%016llx",
+                  static_cast<unsigned long long>(Digest(target)));
+    return name.data();
+}
+
+// A name that nobody else takes, as long as now comes from a clock that nobody sets back.
+inline std::string NewNameBeside(std::string_view target, unsigned long process, long long now,
+                                 const char* ending) {
+    static std::atomic<unsigned> s_counter{0};
+    std::array<char, 64> rest;
+    std::snprintf(rest.data(), rest.size(), "-%lx-%x-%llx%s", process, s_counter++,
+                  static_cast<unsigned long long>(now), ending);
+    return NamesBeside(target) + rest.data();
+}
+
+constexpr const char* TemporaryEnding = ".tmp";
+
+// Whether a file of this name is the beginning of a new target.
+inline bool IsTemporaryBeside(std::string_view name, std::string_view target) {
+    return name.starts_with(NamesBeside(target) + "-") && name.ends_with(TemporaryEnding);
+}
+
+}  // namespace quillet::platform
