@@ -13,6 +13,8 @@
 
 namespace quillet::platform {
 
+class FileVersion;
+
 // Which file something is, whatever paths lead to it: equal for one file, by device and inode or by volume
 // and file number. The identity of a file that exists no more may become that of a new one; as long as a
 // ReadableFile is open, its identity is its own.
@@ -29,6 +31,16 @@ public:
 private:
     std::uint64_t m_device;
     std::array<std::uint64_t, 2> m_number;
+};
+
+// What tells a file from what it is after a change, as far as the system keeps it.
+struct FileStamp {
+    FileIdentity m_identity;
+    std::uint64_t m_size;
+    // When its bytes were last changed, in the system's own units.
+    std::int64_t m_changed;
+
+    bool operator==(const FileStamp&) const = default;
 };
 
 // A file open for reading, without sharing restrictions: others may read, write or replace it meanwhile.
@@ -48,8 +60,9 @@ public:
     // says the reason then.
     virtual bool HasFailed(std::string* why = nullptr) const = 0;
 
-    // Nothing where the system can't tell.
-    virtual std::optional<FileIdentity> Identity() const = 0;
+    // As the file is now; nothing where the system can't tell.
+    virtual std::optional<FileStamp> Stamp() const = 0;
+    std::optional<FileIdentity> Identity() const;
 
 protected:
     ReadableFile();
@@ -82,6 +95,11 @@ public:
 
     // Flushes and replaces the target. No further call is allowed but destruction.
     virtual bool Commit(std::string* why = nullptr) = 0;
+
+    // The same, if the target still is what seen tells, a file or none, and seen becomes what was written.
+    // The target is looked at after the flush, just before it is replaced; where none was seen, none is
+    // replaced.
+    virtual bool CommitOver(FileVersion& seen, std::string* why = nullptr) = 0;
 
 protected:
     AtomicFile();

@@ -14,8 +14,10 @@
 #include <utility>
 
 #include "platform/FileNames.h"
+#include "platform/FileVersion.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/FileAttributes.h"
+#include "platform/posix/FileStatus.h"
 
 namespace quillet::platform {
 namespace {
@@ -37,10 +39,6 @@ ssize_t ReadSome(const Descriptor& file, char* buffer, std::size_t capacity) {
     return Retried([&] { return ::read(file.Get(), buffer, capacity); });
 }
 
-FileIdentity IdentityOf(const struct stat& status) {
-    return {static_cast<std::uint64_t>(status.st_dev), {static_cast<std::uint64_t>(status.st_ino), 0}};
-}
-
 class PosixReadableFile final : public ReadableFile {
 public:
     explicit PosixReadableFile(Descriptor file) : m_file(std::move(file)) {}
@@ -56,10 +54,7 @@ public:
 
     bool HasFailed(std::string* why) const override { return m_error != 0 && !Fail(m_error, why); }
 
-    std::optional<FileIdentity> Identity() const override {
-        struct stat status {};
-        return ::fstat(m_file.Get(), &status) == -1 ? std::nullopt : std::optional(IdentityOf(status));
-    }
+    std::optional<FileStamp> Stamp() const override { return StampOf(m_file); }
 
 private:
     Descriptor m_file;
@@ -200,18 +195,15 @@ public:
                 m_error = errno;
                 return Fail(m_error, why);
             }
-            bytes.remove_prefix(static_cast<std::size_t>(count));
+            const auto written = static_cast<std::size_t>(count);
+            m_digest = Digest(bytes.substr(0, written), m_digest);
+            bytes.remove_prefix(written);
         }
         return true;
     }
 
-    bool Commit(std::string* why) override {
-        if (m_error == 0) {
-            m_error = Publish();
-        }
-        Remove();
-        return m_error == 0 || Fail(m_error, why);
-    }
+    bool Commit(std::string* why) override { return Finish(nullptr, why); }
+    bool CommitOver(FileVersion& seen, std::string* why) override { return Finish(&seen, why); }
 
 private:
     bool MakeTemporary(bool replaces, std::string* why) {
@@ -260,38 +252,88 @@ private:
         return ::fchmod(file, status.st_mode & Permissions) != -1 || Fail(errno, why);
     }
 
+    bool Finish(FileVersion* seen, std::string* why) {
+        if (m_error == 0) {
+            m_error = Flush();
+        }
+        if (m_error == 0 && seen != nullptr && !seen->Matches(TargetNow(), why)) {
+            Remove();
+            return false;
+        }
+        if (m_error == 0) {
+            m_error = seen != nullptr && seen->IsOfNothing() ? PutWhereNothingIs() : Replace();
+        }
+        if (m_error == 0 && seen != nullptr) {
+            *seen = FileVersion(StampOf(m_file), m_digest);
+        }
+        Remove();
+        return m_error == 0 || Fail(m_error, why);
+    }
+
+    FileVersion TargetNow() const {
+        Descriptor file =
+            OpenAt(m_target.folder.Get(), m_target.name, O_RDONLY | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK);
+        if (!file.IsOpen()) {
+            return errno == ENOENT ? FileVersion() : FileVersion(std::nullopt, NoBytes);
+        }
+        PosixReadableFile target(std::move(file));
+        return FileVersion::Of(target);
+    }
+
     // The error, or 0.
-    int Publish() {
+    int Flush() {
         if (Retried([&] { return ::fsync(m_file.Get()); }) == -1) {
             return errno;
         }
         // Closing a copy says what closing would say, and the file stays held.
         Descriptor copy(::fcntl(m_file.Get(), F_DUPFD_CLOEXEC, 0));
-        const int closed = copy.IsOpen() ? copy.Close() : errno;
-        if (closed != 0) {
-            return closed;
-        }
+        return copy.IsOpen() ? copy.Close() : errno;
+    }
+
+    // The error, or 0.
+    int Replace() {
         const int folder = m_target.folder.Get();
         if (::renameat(folder, m_temporary.c_str(), folder, m_target.name.c_str()) == -1) {
             return errno;
         }
         m_temporary.clear();
-        // The target is replaced now, so a failure to flush its folder is none of the commit.
-        static_cast<void>(Retried([&] { return ::fsync(folder); }));
+        FlushFolder();
         return 0;
     }
 
-    void Remove() noexcept {
+    // The error, or 0: a second name is given only where nothing has it.
+    int PutWhereNothingIs() {
+        const int folder = m_target.folder.Get();
+        if (::linkat(folder, m_temporary.c_str(), folder, m_target.name.c_str(), 0) == -1) {
+            // Some file systems have no second names. There the look that was just taken counts.
+            return errno == EPERM || errno == ENOTSUP || errno == ENOSYS ? Replace() : errno;
+        }
+        RemoveTemporary();
+        FlushFolder();
+        return 0;
+    }
+
+    // The target is in its place by now, so a failure is none of the commit.
+    void FlushFolder() const {
+        static_cast<void>(Retried([&] { return ::fsync(m_target.folder.Get()); }));
+    }
+
+    void RemoveTemporary() noexcept {
         if (!m_temporary.empty()) {
             ::unlinkat(m_target.folder.Get(), m_temporary.c_str(), 0);
             m_temporary.clear();
         }
+    }
+
+    void Remove() noexcept {
+        RemoveTemporary();
         m_file.Close();
     }
 
     Location m_target;
     Descriptor m_file;
     std::string m_temporary;
+    std::uint64_t m_digest = NoBytes;
     int m_error = 0;
 };
 
@@ -308,6 +350,11 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
 
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
+
+std::optional<FileIdentity> ReadableFile::Identity() const {
+    const std::optional<FileStamp> stamp = Stamp();
+    return stamp ? std::optional(stamp->m_identity) : std::nullopt;
+}
 
 std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::string* why) {
     struct stat status {};

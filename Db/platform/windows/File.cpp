@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/FileNames.h"
+#include "platform/FileVersion.h"
 #include "platform/windows/FileHandle.h"
 
 namespace quillet::platform {
@@ -65,20 +66,28 @@ bool ReadSome(const Handle& file, char* buffer, std::size_t capacity, std::size_
     return succeeded || GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_HANDLE_EOF;
 }
 
-// Nothing where the file system has no numbers of files.
-std::optional<FileIdentity> IdentityOf(const Handle& file) {
-    FILE_ID_INFO id;
-    if (GetFileInformationByHandleEx(file.Get(), FileIdInfo, &id, sizeof id) != 0) {
-        std::array<std::uint64_t, 2> number;
-        std::memcpy(number.data(), &id.FileId, sizeof number);
-        return FileIdentity(id.VolumeSerialNumber, number);
-    }
+std::uint64_t Joined(DWORD high, DWORD low) {
+    return std::uint64_t{high} << 32 | low;
+}
+
+// Nothing where the system can't tell.
+std::optional<FileStamp> StampOf(const Handle& file) {
     BY_HANDLE_FILE_INFORMATION information;
     if (GetFileInformationByHandle(file.Get(), &information) == 0) {
         return std::nullopt;
     }
-    const std::uint64_t high = information.nFileIndexHigh;
-    return FileIdentity(information.dwVolumeSerialNumber, {high << 32 | information.nFileIndexLow, 0});
+    std::uint64_t volume = information.dwVolumeSerialNumber;
+    std::array<std::uint64_t, 2> number{Joined(information.nFileIndexHigh, information.nFileIndexLow), 0};
+    // Newer file systems have longer numbers.
+    FILE_ID_INFO id;
+    if (GetFileInformationByHandleEx(file.Get(), FileIdInfo, &id, sizeof id) != 0) {
+        volume = id.VolumeSerialNumber;
+        std::memcpy(number.data(), &id.FileId, sizeof number);
+    }
+    const FILETIME& changed = information.ftLastWriteTime;
+    return FileStamp{{volume, number},
+                     Joined(information.nFileSizeHigh, information.nFileSizeLow),
+                     static_cast<std::int64_t>(Joined(changed.dwHighDateTime, changed.dwLowDateTime))};
 }
 
 class WindowsReadableFile final : public ReadableFile {
@@ -98,7 +107,7 @@ public:
         return m_error != ERROR_SUCCESS && !Fail(m_error, why);
     }
 
-    std::optional<FileIdentity> Identity() const override { return IdentityOf(m_file); }
+    std::optional<FileStamp> Stamp() const override { return StampOf(m_file); }
 
 private:
     Handle m_file;
@@ -170,30 +179,16 @@ DWORD FollowDanglingLink(WideString& path) {
     return path.empty() ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
-std::size_t NameStart(const WideString& path) {
-    return path.find_last_of(OLESTR("\\/")) + 1;
-}
-
-WideString InFolderOf(const WideString& target, const std::string& name) {
-    WideString path = target.substr(0, NameStart(target));
-    path.append(name.begin(), name.end());
-    return path;
-}
-
-std::string NameOf(const WideString& target) {
-    return ToUtf8(WideView(target).substr(NameStart(target)));
-}
-
 WideString NewPathBeside(const WideString& target, const char* ending) {
     LARGE_INTEGER now;
     QueryPerformanceCounter(&now);
-    return InFolderOf(target, NewNameBeside(NameOf(target), GetCurrentProcessId(), now.QuadPart, ending));
+    return PathBeside(target, NewNameBeside(NameOf(target), GetCurrentProcessId(), now.QuadPart, ending));
 }
 
 // Clears what writers of this target left when they were killed. Who writes a temporary file has it open for
 // writing, so what can be opened without sharing that was left behind.
 void RemoveAbandoned(const WideString& target) {
-    const WideString pattern = InFolderOf(target, NamesBeside(NameOf(target)) + "-*" + TemporaryEnding);
+    const WideString pattern = PathBeside(target, NamesBeside(NameOf(target)) + "-*" + TemporaryEnding);
     WIN32_FIND_DATAW found;
     const HANDLE first = FindFirstFileW(pattern.c_str(), &found);
     if (first == INVALID_HANDLE_VALUE) {
@@ -201,7 +196,7 @@ void RemoveAbandoned(const WideString& target) {
     }
     const std::unique_ptr<void, decltype(&FindClose)> list(first, FindClose);
     do {
-        const WideString path = target.substr(0, NameStart(target)) + found.cFileName;
+        const WideString path = FolderOf(target) + found.cFileName;
         const Handle file(CreateFileW(path.c_str(), GENERIC_READ | DELETE,
                                       FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
@@ -280,14 +275,29 @@ public:
             if (WriteFile(m_file.Get(), bytes.data(), most, &written, nullptr) == 0) {
                 m_error = GetLastError();
             }
+            m_digest = Digest(bytes.substr(0, written), m_digest);
             bytes.remove_prefix(written);
         }
         return m_error == ERROR_SUCCESS || Fail(m_error, why);
     }
 
-    bool Commit(std::string* why) override {
+    bool Commit(std::string* why) override { return Finish(nullptr, why); }
+    bool CommitOver(FileVersion& seen, std::string* why) override { return Finish(&seen, why); }
+
+private:
+    bool Finish(FileVersion* seen, std::string* why) {
+        if (m_error == ERROR_SUCCESS && FlushFileBuffers(m_file.Get()) == 0) {
+            m_error = GetLastError();
+        }
+        if (m_error == ERROR_SUCCESS && seen != nullptr && !seen->Matches(TargetNow(), why)) {
+            Remove();
+            return false;
+        }
         if (m_error == ERROR_SUCCESS) {
-            m_error = Publish();
+            m_error = seen != nullptr && seen->IsOfNothing() ? PutWhereNothingIs() : Publish();
+        }
+        if (m_error == ERROR_SUCCESS && seen != nullptr) {
+            *seen = Written();
         }
         Remove();
         if (m_error == ERROR_SUCCESS) {
@@ -300,12 +310,40 @@ public:
         return false;
     }
 
-private:
+    FileVersion TargetNow() const {
+        Handle file = OpenExisting(m_target, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
+        if (!file.IsOpen()) {
+            return GetLastError() == ERROR_FILE_NOT_FOUND ? FileVersion()
+                                                          : FileVersion(std::nullopt, NoBytes);
+        }
+        WindowsReadableFile target(std::move(file));
+        return FileVersion::Of(target);
+    }
+
+    // The time of the last change is sure once no writer has the file open. Who takes its name until then has
+    // another file.
+    FileVersion Written() {
+        std::optional<FileStamp> stamp = StampOf(m_file);
+        m_file.Close();
+        const Handle file = OpenExisting(m_target, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
+        const std::optional<FileStamp> now = file.IsOpen() ? StampOf(file) : std::nullopt;
+        if (stamp && now && now->m_identity == stamp->m_identity) {
+            stamp->m_changed = now->m_changed;
+        }
+        return {stamp, m_digest};
+    }
+
+    // The error, or ERROR_SUCCESS.
+    DWORD PutWhereNothingIs() {
+        const DWORD error = Rename(m_file, m_target, FileRenameInfo, FALSE);
+        if (error == ERROR_SUCCESS) {
+            m_temporary.clear();
+        }
+        return error;
+    }
+
     // The error, or ERROR_SUCCESS.
     DWORD Publish() {
-        if (FlushFileBuffers(m_file.Get()) == 0) {
-            return GetLastError();
-        }
         // Something else may stand there by now.
         const DWORD refusal = RefusalOf(AttributesOf(m_target));
         if (refusal != ERROR_SUCCESS) {
@@ -360,6 +398,7 @@ private:
     WideString m_aside;
     Handle m_file;
     WideString m_temporary;
+    std::uint64_t m_digest = NoBytes;
     DWORD m_error = ERROR_SUCCESS;
 };
 
@@ -372,11 +411,17 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
     }
     // Folders can't be opened this way. Whoever keeps the file for himself does not hinder.
     const Handle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
-    return file.IsOpen() ? IdentityOf(file) : std::nullopt;
+    const std::optional<FileStamp> stamp = file.IsOpen() ? StampOf(file) : std::nullopt;
+    return stamp ? std::optional(stamp->m_identity) : std::nullopt;
 }
 
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
+
+std::optional<FileIdentity> ReadableFile::Identity() const {
+    const std::optional<FileStamp> stamp = Stamp();
+    return stamp ? std::optional(stamp->m_identity) : std::nullopt;
+}
 
 std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::string* why) {
     Handle file = OpenForReading(path, why);

@@ -31,6 +31,10 @@ WideString WithoutLimit(const WideString& full) {
     return OLESTR("\\\\?\\") + full;
 }
 
+std::size_t NameStart(const WideString& path) {
+    return path.find_last_of(OLESTR("\\/")) + 1;
+}
+
 }  // namespace
 
 std::string ToUtf8(WideView wide) {
@@ -55,6 +59,20 @@ bool Fail(DWORD error, std::string* why) {
         *why = Reason(error);
     }
     return false;
+}
+
+WideString FolderOf(const WideString& path) {
+    return path.substr(0, NameStart(path));
+}
+
+std::string NameOf(const WideString& path) {
+    return ToUtf8(WideView(path).substr(NameStart(path)));
+}
+
+WideString PathBeside(const WideString& path, const std::string& name) {
+    WideString beside = FolderOf(path);
+    beside.append(name.begin(), name.end());
+    return beside;
 }
 
 std::string ForReading(const WideString& path) {

@@ -46,6 +46,11 @@ private:
 // The path in full and without the limit of its length; the error, or ERROR_SUCCESS.
 DWORD ToSystemPath(const std::string& path, WideString& wide);
 
+// Of a system path: its folder with the separator, its last name, and the path of another name beside it.
+WideString FolderOf(const WideString& path);
+std::string NameOf(const WideString& path);
+WideString PathBeside(const WideString& path, const std::string& name);
+
 // The path as a person writes it.
 std::string ForReading(const WideString& path);
 

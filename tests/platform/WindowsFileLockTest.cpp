@@ -1,0 +1,56 @@
+// Locks of files as Windows has them: in a file beside, which goes with its holder.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <string>
+
+#include "TemporaryFolder.h"
+#include "platform/FileLock.h"
+
+namespace quillet::test {
+namespace {
+
+using platform::FileLock;
+using std::chrono::milliseconds;
+
+class WindowsFileLock : public testing::Test {
+protected:
+    std::string At(const std::filesystem::path& name) const { return Utf8(m_folder / name); }
+
+    void SetUp() override { WriteBytes(m_folder / "text", "contents"); }
+
+    std::unique_ptr<FileLock> Take(const std::string& path) {
+        return FileLock::Take(path, milliseconds(0), m_refusal);
+    }
+
+    TemporaryFolder m_folder;
+    FileLock::Refusal m_refusal;
+};
+
+TEST_F(WindowsFileLock, Take_HeldFile_NamesTheProcess) {
+    const auto lock = Take(At("text"));
+    ASSERT_NE(lock, nullptr) << m_refusal.m_why;
+    for (const char* name : {"text", "TEXT"}) {
+        EXPECT_EQ(Take(At(name)), nullptr);
+        EXPECT_EQ(m_refusal.m_holder, GetCurrentProcessId());
+    }
+}
+
+TEST_F(WindowsFileLock, Take_LockLeftByACrashOfTheSystem_IsFreeAndGoes) {
+    std::filesystem::path name;
+    {
+        const auto lock = Take(At("text"));
+        for (const std::filesystem::path& entry : m_folder.Names()) {
+            name = entry == "text" ? name : entry;
+        }
+    }
+    ASSERT_FALSE(name.empty());
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+    WriteBytes(m_folder / name, "12345");
+    EXPECT_NE(Take(At("text")), nullptr) << m_refusal.m_why;
+    EXPECT_EQ(m_folder.Names().size(), 1U);
+}
+
+}  // namespace
+}  // namespace quillet::test
