@@ -434,4 +434,47 @@ TEST_F(XmlScannerOf, BlockSizeTooSmall_CountsAsTwo) {
     }
 }
 
+// A stream that gives the text again and again, as if it had no end, and counts what was taken of it.
+class EndlessText {
+public:
+    explicit EndlessText(std::string text) : m_text(std::move(text)) {}
+
+    std::size_t Read(char* buffer, std::size_t capacity) {
+        for (std::size_t i = 0; i < capacity; ++i) {
+            buffer[i] = m_text[m_taken++ % m_text.size()];
+        }
+        return capacity;
+    }
+    std::size_t Taken() const { return m_taken; }
+
+private:
+    std::string m_text;
+    std::size_t m_taken = 0;
+};
+
+TEST(XmlScanner, EndlessMarkupOutsideOfTheElement_IsGivenUp) {
+    for (const char* text : {"<a>", "a", "<a b=\"c\">text"}) {
+        EndlessText endless(text);
+        bool isStarted = false;
+        XmlScanner scanner(
+            [&](char* buffer, std::size_t capacity) {
+                // A name that has begun, for the text that is none.
+                if (!isStarted) {
+                    isStarted = true;
+                    buffer[0] = '<';
+                    buffer[1] = 'x';
+                    return std::size_t{2};
+                }
+                return endless.Read(buffer, capacity);
+            },
+            4096);
+        std::string bytes = "before";
+        EXPECT_FALSE(scanner.Extract("\\database\\body", bytes)) << text;
+        EXPECT_TRUE(scanner.IsEof());
+        EXPECT_NE(scanner.Refusal(), nullptr);
+        EXPECT_EQ(bytes, "");
+        EXPECT_LT(endless.Taken(), 200'000U) << text;
+    }
+}
+
 }  // namespace

@@ -111,4 +111,18 @@ TEST_P(PosixBadInput, FullDiskWhenDestroyed_LeavesTheOldFile) {
     ExpectUntouched();
 }
 
+// The memory of a process can be opened and not be read at its beginning, where nothing is mapped.
+TEST_P(PosixBadInput, AnErrorOfReading_IsToldFromACatalogThatIsNone) {
+    std::filesystem::create_symlink("/proc/self/mem", m_folder / "memory.xml");
+    const auto database = Open(m_folder / "memory.xml", GetParam());
+    database->SetChanged();
+    EXPECT_EQ(database->GetTablesCount(), 2);
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("Input/output error"));
+    if (GetParam() == Reading::Sequential) {
+        EXPECT_TRUE(LogHolds(*database, "memory.xml' could not be read: Input/output error"));
+        EXPECT_FALSE(LogHolds(*database, "Invalid xml database file format"));
+    }
+    EXPECT_FALSE(database->Save(CString(Utf8(m_folder / "memory.xml"))));
+}
+
 }  // namespace

@@ -172,12 +172,12 @@ void DbLazyReader::CheckEnd() {
 }
 
 void DbLazyReader::LogEnd() {
-    const CString& why = m_source.ReadFailure();
-    if (why.IsEmpty()) {
+    if (m_source.IsFileBad()) {
+        m_log.Print("File '%s' could not be read: %s", m_source.GetFile().ToUtf8().c_str(),
+                    m_source.ReadFailure().ToUtf8().c_str());
+    } else {
         m_log.Add(DbDocumentReader::InvalidFormat);
-        return;
     }
-    m_log.Print("File '%s' could not be read: %s", m_source.GetFile().ToUtf8().c_str(), why.ToUtf8().c_str());
 }
 
 // Which table the rows belong to. The format puts them in the order of the structure; where a file does not,

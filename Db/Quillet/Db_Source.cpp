@@ -85,6 +85,7 @@ void DbSource::CloseFile() {
     m_opened = false;
     m_identity.reset();
     m_readFailure.Empty();
+    m_isFileBad = false;
     m_blockSize = MaxBufferSize;
 }
 
@@ -151,6 +152,7 @@ void DbSource::OpenForScanning() {
         if (identity && !m_identity) {
             m_identity = std::make_unique<quillet::platform::FileIdentity>(*identity);
         } else if (m_identity && identity != *m_identity) {
+            m_isFileBad = true;
             Fail("it was replaced by another file meanwhile");
             return;
         }
@@ -178,9 +180,14 @@ bool DbSource::ExtractXmlNode(const CString& path, CString& text) {
     }
     std::string bytes;
     const bool found = m_scanner->Extract(path, bytes);
+    if (const char* const refusal = m_scanner->Refusal()) {
+        text.Empty();
+        return Fail(refusal);
+    }
     std::string why;
     if (m_file->HasFailed(&why)) {
         text.Empty();
+        m_isFileBad = true;
         return Fail(why);
     }
     if (m_scanner->IsEof()) {

@@ -83,6 +83,8 @@ private:
     void Rewind(bool isEof);
     // Why sequential reading ended before the end of the file; empty where it did not.
     const quillet::CString& ReadFailure() const { return m_readFailure; }
+    // Whether that was the file's fault, and not that of what stands in it.
+    bool IsFileBad() const { return m_isFileBad; }
     bool Fail(const quillet::CString& why);
 
     // Names the owner as long as it lives.
@@ -94,6 +96,7 @@ private:
     // The file that sequential reading began with, and why it failed.
     std::unique_ptr<quillet::platform::FileIdentity> m_identity;
     quillet::CString m_readFailure;
+    bool m_isFileBad = false;
     bool m_opened = false;
     std::int32_t m_blockSize;
     bool m_eof = false;

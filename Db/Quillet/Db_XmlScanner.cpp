@@ -2,12 +2,17 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
+
+#include "xml/Nesting.h"
 
 namespace quillet {
 
 namespace {
 
 constexpr char PathSeparator = '\\';
+constexpr std::size_t LongestName = std::size_t{1} << 16;
+constexpr auto LargestElement = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
 
 // The bytes of a path as names are compared: each byte of the stream stands for the character of its signed
 // value. False where the path holds a character that no byte stands for.
@@ -79,6 +84,9 @@ bool XmlScanner::Extract(const CString& path, std::string& bytes) {
         if (!cut.m_done && !cut.m_tagPending) {
             SkipPlain(cut);
         }
+        if (bytes.size() > LargestElement) {
+            Refuse(cut, "an element is larger than 2 GB");
+        }
     }
     return cut.m_capturing;
 }
@@ -114,6 +122,8 @@ void XmlScanner::Step(Cut& cut, char current) {
     } else if (cut.m_tagPending) {
         if (m_previous == ' ' || m_previous == '>') {
             FinishTag(cut);
+        } else if (cut.m_tag.size() == LongestName) {
+            Refuse(cut, "an element's name is longer than 64 KB");
         } else if (m_previous != '<') {
             cut.m_tag += m_previous;
         }
@@ -124,6 +134,10 @@ void XmlScanner::FinishTag(Cut& cut) {
     cut.m_tagPending = false;
     m_path += PathSeparator;
     m_path += cut.m_tag;
+    if (++m_depth > xml::MaxDepth) {
+        Refuse(cut, "elements are nested too deep");
+        return;
+    }
     if (m_path == cut.m_wanted) {
         cut.m_depth = 1;
         cut.m_capturing = true;
@@ -170,6 +184,15 @@ void XmlScanner::Ascend() {
     if (last != std::string::npos) {
         m_path.resize(last);
     }
+    m_depth = std::max(m_depth - 1, 0);
+}
+
+void XmlScanner::Refuse(Cut& cut, const char* why) {
+    m_refusal = why;
+    m_eof = true;
+    cut.m_done = true;
+    cut.m_capturing = false;
+    cut.m_bytes.clear();
 }
 
 }  // namespace quillet

@@ -27,8 +27,11 @@ public:
     // there was when the stream ends inside the element. The next call continues behind the element.
     bool Extract(const CString& path, std::string& bytes);
 
-    // Whether the stream has ended; nothing more will be found.
+    // Whether the stream has ended, or was given up; nothing more will be found.
     bool IsEof() const { return m_eof; }
+    // Why the stream was given up; null where it was not. Elements nested deeper than xml::MaxDepth, a name
+    // longer than any, and an element that no string can hold are not followed further.
+    const char* Refusal() const { return m_refusal; }
 
 private:
     struct Cut;
@@ -39,6 +42,7 @@ private:
     void SkipPlain(Cut& cut);
     std::size_t NextMarkup();
     void Ascend();
+    void Refuse(Cut& cut, const char* why);
 
     ReadBytes m_read;
     std::vector<char> m_block;
@@ -51,6 +55,9 @@ private:
     std::size_t m_nextOpen = 0;
     std::size_t m_nextClose = 0;
     std::string m_path;
+    // The elements of the path.
+    int m_depth = 0;
+    const char* m_refusal = nullptr;
     bool m_started = false;
     bool m_eof = false;
 };

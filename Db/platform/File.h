@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -74,8 +75,11 @@ QUILLET_API bool PathExists(const std::string& path);
 // Whether the path names an existing file that can be opened for writing. Nothing is created or changed.
 QUILLET_API bool CanWriteFile(const std::string& path);
 
-// The whole file as bytes; nothing where it can't be read, and why says the reason.
-QUILLET_API std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why = nullptr);
+// The whole file as bytes; nothing where it can't be read, and why says the reason. After each block goesOn
+// is given all bytes up to there; nothing where it returns false.
+QUILLET_API std::optional<std::string> ReadWholeFile(
+    const std::string& path, std::string* why = nullptr,
+    const std::function<bool(std::string_view)>& goesOn = nullptr);
 
 // Writes a file beside its target and puts it in the target's place in one step, flushed to the disk. Until
 // Commit succeeds, and for ever if it does not, the target is what it was. Links are followed and the mode of

@@ -44,13 +44,18 @@ Document::Document() : m_tree(std::make_shared<Tree>()) {
 Document::~Document() = default;
 
 bool Document::LoadFile(const std::string& path) {
-    std::optional<std::string> text = platform::ReadWholeFile(path, &m_error.m_message);
+    m_error = {};
+    Nesting nesting;
+    std::optional<std::string> text = platform::ReadWholeFile(
+        path, &m_error.m_message, [&](std::string_view bytes) { return nesting.Follow(bytes); });
     if (!text) {
-        m_error.m_line = 0;
+        if (!nesting.Refusal().empty()) {
+            m_error.m_message = nesting.Refusal();
+        }
         m_tree = std::make_shared<Tree>();
         return false;
     }
-    const bool loaded = Load(std::move(*text));
+    const bool loaded = Load(std::move(*text), nesting.IsLookedAt());
     if (!loaded) {
         // The parser works in place, so the place of a fault is looked up in the file as it was.
         LocateError(platform::ReadWholeFile(path).value_or(std::string()));
@@ -59,14 +64,20 @@ bool Document::LoadFile(const std::string& path) {
 }
 
 bool Document::LoadText(std::string_view text) {
-    const bool loaded = Load(std::string(text));
+    Nesting nesting;
+    if (!nesting.Follow(text)) {
+        m_error = {nesting.Refusal()};
+        m_tree = std::make_shared<Tree>();
+        return false;
+    }
+    const bool loaded = Load(std::string(text), nesting.IsLookedAt());
     if (!loaded) {
         LocateError(text);
     }
     return loaded;
 }
 
-bool Document::Load(std::string text) {
+bool Document::Load(std::string text, bool isNestingKnown) {
     m_error = {};
     m_tree = std::make_shared<Tree>();
     const bool isUtf8 = IsValidUtf8(text);
@@ -77,7 +88,7 @@ bool Document::Load(std::string text) {
     } else if (!isUtf8 && result.encoding == pugi::encoding_utf8) {
         m_error.m_message = "Invalid UTF-8";
         m_errorOffset = FindMalformed;
-    } else if (IsTooDeep(m_tree->Root())) {
+    } else if (!isNestingKnown && IsTooDeep(m_tree->Root())) {
         m_error.m_message = "Elements are nested deeper than " + std::to_string(MaxDepth);
         m_errorOffset = NoPlace;
     } else {

@@ -11,12 +11,10 @@
 #include <string_view>
 
 #include "platform/Export.h"
+#include "xml/Nesting.h"
 #include "xml/Node.h"
 
 namespace quillet::xml {
-
-// Elements nested deeper than this are refused.
-constexpr int MaxDepth = 256;
 
 // Why a document could not be read, and where.
 struct ReadError {
@@ -36,7 +34,7 @@ public:
 
     // Replaces the content by that of a file (path in UTF-8) or of a text. False, with an empty document and
     // the reason in Error, when it can't be read, is not well-formed (as far as pugixml looks), is not valid
-    // in its encoding or is nested too deep.
+    // in its encoding or goes beyond a limit of Nesting.h; a file that does is not read any further.
     bool LoadFile(const std::string& path);
     bool LoadText(std::string_view text);
     const ReadError& Error() const { return m_error; }
@@ -58,7 +56,7 @@ public:
     std::string SaveText() const;
 
 private:
-    bool Load(std::string text);
+    bool Load(std::string text, bool isNestingKnown);
     void LocateError(std::string_view text);
 
     std::shared_ptr<Tree> m_tree;

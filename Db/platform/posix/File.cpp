@@ -351,11 +351,6 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
 
-std::optional<FileIdentity> ReadableFile::Identity() const {
-    const std::optional<FileStamp> stamp = Stamp();
-    return stamp ? std::optional(stamp->m_identity) : std::nullopt;
-}
-
 std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::string* why) {
     struct stat status {};
     Descriptor file = OpenForReading(path, status, why);
@@ -375,33 +370,6 @@ bool CanWriteFile(const std::string& path) {
     Descriptor file;
     struct stat status {};
     return Locate(path, location) == 0 && OpenWritable(location, file, status) == 0;
-}
-
-std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why) {
-    struct stat status {};
-    const Descriptor file = OpenForReading(path, status, why);
-    if (!file.IsOpen()) {
-        return std::nullopt;
-    }
-    constexpr std::size_t Block = std::size_t{64} * 1024;
-    // One byte more than the size, so that a file which does not grow ends in the first block.
-    std::string bytes(status.st_size > 0 ? static_cast<std::size_t>(status.st_size) + 1 : Block, '\0');
-    std::size_t length = 0;
-    for (;;) {
-        if (length == bytes.size()) {
-            bytes.resize(bytes.size() * 2);
-        }
-        const ssize_t count = ReadSome(file, bytes.data() + length, bytes.size() - length);
-        if (count < 0) {
-            Fail(errno, why);
-            return std::nullopt;
-        }
-        if (count == 0) {
-            bytes.resize(length);
-            return bytes;
-        }
-        length += static_cast<std::size_t>(count);
-    }
 }
 
 AtomicFile::AtomicFile() = default;

@@ -418,11 +418,6 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
 
-std::optional<FileIdentity> ReadableFile::Identity() const {
-    const std::optional<FileStamp> stamp = Stamp();
-    return stamp ? std::optional(stamp->m_identity) : std::nullopt;
-}
-
 std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::string* why) {
     Handle file = OpenForReading(path, why);
     if (!file.IsOpen()) {
@@ -440,34 +435,6 @@ bool PathExists(const std::string& path) {
 bool CanWriteFile(const std::string& path) {
     Target target;
     return OpenTarget(path, target) == ERROR_SUCCESS;
-}
-
-std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why) {
-    const Handle file = OpenForReading(path, why);
-    if (!file.IsOpen()) {
-        return std::nullopt;
-    }
-    constexpr std::size_t Block = std::size_t{64} * 1024;
-    LARGE_INTEGER size{};
-    GetFileSizeEx(file.Get(), &size);
-    // One byte more than the size, so that a file which does not grow ends in the first block.
-    std::string bytes(size.QuadPart > 0 ? static_cast<std::size_t>(size.QuadPart) + 1 : Block, '\0');
-    std::size_t length = 0;
-    for (;;) {
-        if (length == bytes.size()) {
-            bytes.resize(bytes.size() * 2);
-        }
-        std::size_t count = 0;
-        if (!ReadSome(file, bytes.data() + length, bytes.size() - length, count)) {
-            Fail(GetLastError(), why);
-            return std::nullopt;
-        }
-        if (count == 0) {
-            bytes.resize(length);
-            return bytes;
-        }
-        length += count;
-    }
 }
 
 AtomicFile::AtomicFile() = default;

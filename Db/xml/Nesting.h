@@ -1,0 +1,49 @@
+// How deep a document's elements stand in each other, while it is being read.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/Export.h"
+
+namespace quillet::xml {
+
+// Elements nested deeper than this are refused.
+constexpr int MaxDepth = 256;
+// A document of more elements is refused.
+constexpr std::size_t MaxElements = 100'000'000;
+
+// Looks at the markup of a text that grows, so that a file which no document can be made of is given up long
+// before it is read to its end. It does not tell whether the text is well-formed. Text in an encoding of more
+// than one byte a character is not looked at.
+class QUILLET_API Nesting {
+public:
+    // The limit of elements is a parameter for tests.
+    explicit Nesting(std::size_t mostElements = MaxElements) : m_mostElements(mostElements) {}
+
+    // text is what there is up to now: what was given before, and more behind it. False, with the reason in
+    // Refusal, when it goes beyond a limit.
+    bool Follow(std::string_view text);
+    const std::string& Refusal() const { return m_refusal; }
+    // False for text in an encoding that is not looked at.
+    bool IsLookedAt() const { return m_isLookedAt; }
+
+private:
+    bool IsWorthATry(std::size_t size) const;
+    bool Pass(std::string_view text, std::size_t& position);
+    bool PassStartTag(std::string_view text, std::size_t& position);
+
+    std::size_t m_mostElements;
+    // The first byte that was not passed.
+    std::size_t m_position = 0;
+    // How much text there was when the markup at that byte was last found to be incomplete.
+    std::size_t m_tried = 0;
+    int m_depth = 0;
+    int m_deepest = 0;
+    std::size_t m_elements = 0;
+    std::string m_refusal;
+    bool m_isLookedAt = true;
+};
+
+}  // namespace quillet::xml
