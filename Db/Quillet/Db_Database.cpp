@@ -12,6 +12,7 @@
 #include "Quillet/Db_Omissions.h"
 #include "Quillet/Db_QueryBuilder.h"
 #include "Quillet/Db_Registry.h"
+#include "Quillet/Db_SaveGuard.h"
 #include "Quillet/Db_TableRecords.h"
 #include "platform/MessageBox.h"
 #include "xml/Document.h"
@@ -155,7 +156,8 @@ bool DbDatabase::SaveXml(const CString& path) {
         return false;
     }
     std::string why;
-    const bool isWritten = document.SaveFile(path.ToUtf8(), &why);
+    const bool isWritten =
+        document.SaveFile(path.ToUtf8(), &why, m_guard ? m_guard->For(path.ToUtf8()) : nullptr);
     if (!isWritten) {
         m_saveError->Set(why);
     }
@@ -176,6 +178,14 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
         m_log->Print("The document could not be made: %s", error.m_message.c_str());
         return false;
     }
+}
+
+void DbDatabase::RefuseForeignChanges(bool on) {
+    m_guard = on ? std::make_unique<quillet::SaveGuard>(m_source->GetFile().ToUtf8()) : nullptr;
+}
+
+void DbDatabase::RefuseForeignChangesOf(const CString& path) {
+    m_guard = std::make_unique<quillet::SaveGuard>(path.ToUtf8());
 }
 
 bool DbDatabase::Create(CString path) {

@@ -20,6 +20,7 @@ class DbLog;
 class DbRegistry;
 class LastError;
 class QueryBuilder;
+class SaveGuard;
 }  // namespace quillet
 
 // Owns the source behind it, and every table's structure and contents. Tables are found by name, without
@@ -67,6 +68,14 @@ public:
     // table failed, which leaves its incomplete element, or the document refused. Throws DbException
     // "Invalid pointer", by pointer, where there is no document.
     virtual bool Save(IDispatch* document, IDispatch* parent);
+
+    // While on, a save over the database's own file, the destructor's too, is refused with a line in the log
+    // where that is no longer what it was at this call: changed, replaced, removed, or there by now. A save
+    // that succeeds makes the new file the one that counts. Off at first. Ask before the database is read,
+    // and anew after Create and SetFile; the file is read once for it.
+    void RefuseForeignChanges(bool on);
+    // The same for the file at another path, in place of the database's own.
+    void RefuseForeignChangesOf(const quillet::CString& path);
 
     // Makes this a new database for a file that need not exist yet, with an empty header and properties
     // table. Always true; Save, or the destructor, writes it, also over a file that can't be read.
@@ -215,4 +224,6 @@ private:
     std::unique_ptr<quillet::DbLazyReader> m_reader;
     std::unique_ptr<quillet::QueryBuilder> m_queries;
     std::unique_ptr<quillet::LastError> m_saveError;
+    // Null where any file is saved over.
+    std::unique_ptr<quillet::SaveGuard> m_guard;
 };

@@ -116,11 +116,11 @@ CComPtr<IDispatch> Document::Automation() const {
     return MakeNodeObject(Root().Native());
 }
 
-bool Document::SaveFile(const std::string& path, std::string* why) const {
+bool Document::SaveFile(const std::string& path, std::string* why, platform::FileVersion* seen) const {
     const std::unique_ptr<platform::AtomicFile> file = platform::AtomicFile::Create(path, why);
     return file &&
            m_tree->Write(m_tree->Root(), [&](std::string_view piece) { return file->Write(piece, why); }) &&
-           file->Commit(why);
+           (seen != nullptr ? file->CommitOver(*seen, why) : file->Commit(why));
 }
 
 std::string Document::SaveText() const {

@@ -14,6 +14,10 @@
 #include "xml/Nesting.h"
 #include "xml/Node.h"
 
+namespace quillet::platform {
+class FileVersion;
+}
+
 namespace quillet::xml {
 
 // Why a document could not be read, and where.
@@ -49,8 +53,10 @@ public:
     CComPtr<IDispatch> Automation() const;
 
     // Writes the file in one step; the file is what it was until that step. False, with the reason in why, on
-    // failure.
-    bool SaveFile(const std::string& path, std::string* why = nullptr) const;
+    // failure. With seen it is written only if what stands there still is that, which then becomes what was
+    // written.
+    bool SaveFile(const std::string& path, std::string* why = nullptr,
+                  platform::FileVersion* seen = nullptr) const;
 
     // The text that SaveFile writes.
     std::string SaveText() const;
