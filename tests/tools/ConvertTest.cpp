@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/dbaccess/DBACCESS.h"
+#include "platform/FileLock.h"
 #include "tools/ToolTest.h"
 
 namespace {
@@ -37,9 +38,10 @@ protected:
     static void UseSqlite() { DBACCESS::m_connectFormat = "Database=%s;Driver={SQLite3}"; }
 
     // Converts in this process, in silence; gives the complaint, or nothing.
-    static std::string ConvertHere(const std::string& source, const std::string& target,
-                                   bool replace = false) {
+    static std::string ConvertHere(const std::string& source, const std::string& target, bool replace = false,
+                                   bool waits = true) {
         quillet::tool::Settings settings;
+        settings.m_waits = waits;
         settings.m_format = quillet::tool::Format::Json;
         try {
             EXPECT_EQ(quillet::tool::Convert(settings, {source, target, replace}), 0);
@@ -82,6 +84,23 @@ protected:
 private:
     const quillet::CString m_connectFormat;
 };
+
+TEST_F(Convert, TargetThatSomebodyChanges_IsRefusedAndStays) {
+    UseSqlite();
+    const std::string catalog = CopyExample("materials.xml");
+    const std::string access = Write("materials.mdb", "");
+    ASSERT_EQ(ConvertHere(catalog, access), "");
+    for (const auto& [source, target] : {std::pair(access, catalog), std::pair(catalog, access)}) {
+        const std::string contents = Read(target == access ? "materials.mdb" : "materials.xml");
+        quillet::platform::FileLock::Refusal refusal;
+        auto lock = quillet::platform::FileLock::Take(target, std::chrono::milliseconds(0), refusal);
+        ASSERT_NE(lock, nullptr) << refusal.m_why;
+        EXPECT_THAT(ConvertHere(source, target, true, false), StartsWith(target + ": locked by "));
+        EXPECT_EQ(Read(target == access ? "materials.mdb" : "materials.xml"), contents);
+        lock.reset();
+        EXPECT_EQ(ConvertHere(source, target, true, false), "");
+    }
+}
 
 constexpr const char* AiscTables[] = {"C",  "DBL_L", "HP",   "HSS_R", "HSS", "L",  "MC",
                                       "MT", "M",     "PIPE", "ST",    "S",   "WT", "W"};

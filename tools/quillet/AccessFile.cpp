@@ -16,20 +16,23 @@
 #include "odbc/Connection.h"
 #include "odbc/DatabaseError.h"
 #include "platform/File.h"
+#include "platform/FileVersion.h"
 #include "platform/MessageBox.h"
 
 namespace quillet::tool {
 
 namespace {
 
-void CopyFile(const std::string& source, const std::string& target) {
+// Over what was seen of the target, if anything was.
+void CopyFile(const std::string& source, const std::string& target, platform::FileVersion* seen = nullptr) {
     std::string why;
     const std::optional<std::string> bytes = platform::ReadWholeFile(source, &why);
     if (!bytes) {
         throw Failure(source + ": " + why);
     }
     const std::unique_ptr<platform::AtomicFile> file = platform::AtomicFile::Create(target, &why);
-    if (!file || !file->Write(*bytes, &why) || !file->Commit(&why)) {
+    if (!file || !file->Write(*bytes, &why) ||
+        !(seen != nullptr ? file->CommitOver(*seen, &why) : file->Commit(&why))) {
         throw Failure(target + ": " + why);
     }
 }
@@ -213,6 +216,7 @@ std::vector<std::string> MissingRows(const std::string& path, DbDatabase& databa
 }
 
 void FillAccessFile(const std::string& path, const DBACCESS_ALL& tables) {
+    platform::FileVersion seen = platform::FileVersion::Of(path);
     const WorkingCopy copy(path);
     {
         DBACCESS access(CString(copy.Path()).GetString(), DBACCESS::NoDialog);
@@ -231,7 +235,7 @@ void FillAccessFile(const std::string& path, const DBACCESS_ALL& tables) {
         CheckWritten(path, access, tables);
     }
     WriteTables(path, copy.Path(), EmptyTables(tables));
-    CopyFile(copy.Path(), path);
+    CopyFile(copy.Path(), path, &seen);
 }
 
 bool HasAccessEnding(const std::string& path) {

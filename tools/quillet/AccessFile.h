@@ -21,8 +21,8 @@ std::string WhyNoAccess(const std::string& path);
 std::vector<std::string> MissingRows(const std::string& path, DbDatabase& database);
 
 // Puts tables into an existing Access file, in the place of those of their names; other tables stay. The work
-// is done on a copy, which takes the place of the file only when all was written. Throws Failure, and the
-// file is as it was.
+// is done on a copy, which takes the place of the file only when all was written and nobody else has changed
+// the file meanwhile. Throws Failure, and the file is as it was.
 void FillAccessFile(const std::string& path, const DBACCESS_ALL& tables);
 
 }  // namespace quillet::tool

@@ -169,6 +169,7 @@ private:
     CLI::App& Add(const char* name, const char* description);
     static CLI::Option& AddFile(CLI::App& command, std::string& file);
     static CLI::Option& AddTable(CLI::App& command, std::string& table);
+    void AddNoWait(CLI::App& command);
     static void AddStretch(CLI::App& command, Stretch& rows);
     static CLI::Option& AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
                                 const char* form, const char* description);
@@ -252,6 +253,12 @@ CLI::Option& CommandLine::AddFile(CLI::App& command, std::string& file) {
 
 CLI::Option& CommandLine::AddTable(CLI::App& command, std::string& table) {
     return *command.add_option("TABLE", table, "Table name")->required()->check(CheckNotEmpty)->type_name("");
+}
+
+void CommandLine::AddNoWait(CLI::App& command) {
+    command.add_flag_callback(
+        "--no-wait", [this] { m_settings.m_waits = false; },
+        "Fail at once while another program is changing the file");
 }
 
 void CommandLine::AddStretch(CLI::App& command, Stretch& rows) {
@@ -376,6 +383,7 @@ void CommandLine::AddSet() {
         ->check(CheckKeyValue)
         ->type_name("");
     command.parse_complete_callback([request, values] { request->m_values = SplitValues(*values); });
+    AddNoWait(command);
     Choose(command, request, Set);
 }
 
@@ -393,6 +401,7 @@ void CommandLine::AddImport() {
                      "Replace a table of this name; fields that stay remain keys");
     command.footer(ImportNotes + TypeWords() + ".\n\n" + CommonNotes);
     command.parse_complete_callback([request, types] { request->m_types = SplitTypes(*types); });
+    AddNoWait(command);
     Choose(command, request, Import);
 }
 
@@ -401,6 +410,7 @@ void CommandLine::AddDrop() {
     CLI::App& command = Add("drop", "Delete a table");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
+    AddNoWait(command);
     Choose(command, request, Drop);
 }
 
@@ -416,6 +426,7 @@ void CommandLine::AddRename() {
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
+    AddNoWait(command);
     Choose(command, request, Rename);
 }
 
@@ -432,6 +443,7 @@ void CommandLine::AddConvert() {
         ->type_name("");
     command.add_flag("--replace", request->m_replace, "Overwrite OUT.xml");
     command.footer(std::string(ConvertNotes) + CommonNotes);
+    AddNoWait(command);
     Choose(command, request, Convert);
 }
 

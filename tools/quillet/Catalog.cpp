@@ -11,6 +11,7 @@
 #include "PlainText.h"
 #include "Progress.h"
 #include "TableProgress.h"
+#include "WriteLock.h"
 #include "base/CException.h"
 #include "platform/File.h"
 #include "xml/Document.h"
@@ -76,6 +77,7 @@ Catalog Catalog::Create(const std::string& path, const Settings& settings) {
     DbSource::ForceXML = false;
     Catalog catalog(path, settings, std::make_unique<DbDatabase>());
     catalog.m_database->Create(path);
+    catalog.m_database->RefuseForeignChanges(true);
     return catalog;
 }
 
@@ -87,6 +89,8 @@ Catalog Catalog::OpenForEditing(const std::string& path, const Settings& setting
     if (!catalog.m_database->CanUpdate()) {
         throw catalog.Failed("the file is read-only");
     }
+    catalog.m_lock = LockForWriting(path, settings);
+    catalog.m_database->RefuseForeignChanges(true);
     catalog.ReadAll();
     catalog.RefuseUnreadable();
     catalog.RefuseFaults("not changed");

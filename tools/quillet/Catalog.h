@@ -8,6 +8,7 @@
 #include "Failure.h"
 #include "Quillet/Db_Database.h"
 #include "Settings.h"
+#include "platform/FileLock.h"
 
 namespace quillet::tool {
 
@@ -40,10 +41,12 @@ public:
     Catalog& operator=(const Catalog&) = delete;
     ~Catalog();
 
-    // A catalog for a file that does not exist yet.
+    // A catalog for a file that does not exist yet. It is saved only if nobody else has made the file until
+    // then.
     static Catalog Create(const std::string& path, const Settings& settings);
     // Opens a file to be changed and reads all of it. Refuses a file that can't be written, and one that was
-    // not understood completely: writing it would make the loss permanent.
+    // not understood completely: writing it would make the loss permanent. Other writers are kept out as long
+    // as the catalog lives, and the file is saved only if it still is the one that was read.
     static Catalog OpenForEditing(const std::string& path, const Settings& settings);
 
     DbDatabase& Database() { return *m_database; }
@@ -99,6 +102,8 @@ private:
     bool m_isWellFormed = false;
     // Whether an Access file was asked for what it should hold.
     bool m_isCompared = false;
+    // Let go when the database is.
+    std::unique_ptr<platform::FileLock> m_lock;
     std::unique_ptr<DbDatabase> m_database;
     std::vector<std::string> m_faults;
 };

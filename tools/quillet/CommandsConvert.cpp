@@ -6,6 +6,7 @@
 #include "Output.h"
 #include "PlainText.h"
 #include "TableRecords.h"
+#include "WriteLock.h"
 #include "platform/File.h"
 
 namespace quillet::tool {
@@ -29,10 +30,13 @@ void WarnOfLostValues(Catalog& catalog) {
 }
 
 int ToXml(const Settings& settings, const ConvertRequest& request) {
+    const std::unique_ptr<platform::FileLock> lock =
+        request.m_replace ? LockForWriting(request.m_target, settings) : nullptr;
+    Catalog catalog(request.m_source, settings);
+    catalog.Database().RefuseForeignChangesOf(request.m_target);
     if (platform::PathExists(request.m_target) && !request.m_replace) {
         throw Failure(request.m_target + ": already there; --replace overwrites it");
     }
-    Catalog catalog(request.m_source, settings);
     catalog.ReadAll();
     catalog.RefuseFaults("not converted");
     WarnOfLostValues(catalog);
@@ -48,6 +52,7 @@ int ToAccess(const Settings& settings, const ConvertRequest& request) {
             request.m_target +
             ": not there; tables can only be put into an Access file that exists, an empty one will do");
     }
+    const std::unique_ptr<platform::FileLock> lock = LockForWriting(request.m_target, settings);
     Catalog catalog(request.m_source, settings);
     catalog.ReadAll();
     catalog.RefuseFaults("not converted");

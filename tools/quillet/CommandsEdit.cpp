@@ -42,10 +42,10 @@ int New(const Settings& settings, const NewRequest& request) {
     if (!HasXmlEnding(file)) {
         throw Failure(file + ": the name of a new catalog must end in .xml");
     }
+    Catalog catalog = Catalog::Create(file, settings);
     if (platform::PathExists(file)) {
         throw Failure(file + ": already there, and not overwritten");
     }
-    Catalog catalog = Catalog::Create(file, settings);
     SetValues(catalog, HeaderName, request.m_header);
     SetValues(catalog, PropertiesName, request.m_properties);
     catalog.Save();

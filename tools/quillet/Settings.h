@@ -11,6 +11,8 @@ struct Settings {
     bool m_sequential = false;
     // The database's log lines go to standard error.
     bool m_log = false;
+    // Commands that write wait for a file that another program is changing.
+    bool m_waits = true;
 };
 
 }  // namespace quillet::tool
