@@ -254,6 +254,69 @@ TEST_F(DbRecordsetTest, Open_NullTableDefinition_Throws) {
               Report(334, "tableDef object not defined"));
 }
 
+// ---- Tables by their names alone
+
+TEST_F(DbRecordsetTest, OpenTable_NameThatHoldsSelect_Opens) {
+    AddNumbers(*m_database, "Selection", {4});
+    EXPECT_FALSE(m_rs.Open("Selection")) << "read as a query";
+    LinesOf(*m_database);
+    EXPECT_TRUE(m_rs.OpenTable("SELECTION"));
+    EXPECT_EQ(Number(), 4);
+    EXPECT_EQ(m_rs.GetTableName(), "Selection");
+    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_TRUE(m_rs.FindFirst("a = 4"));
+    EXPECT_TRUE(m_rs.CanUpdate());
+}
+
+TEST_F(DbRecordsetTest, OpenTable_UnknownName_IsFalseAndKeepsTheCursor) {
+    OnTable().MoveLast();
+    EXPECT_FALSE(m_rs.OpenTable("nosuchtable"));
+    EXPECT_FALSE(m_rs.OpenTable("select * from empty"));
+    EXPECT_FALSE(m_rs.OpenTable("[empty]")) << "brackets are letters of a name";
+    EXPECT_FALSE(m_rs.OpenTable(""));
+    EXPECT_EQ(Number(), 3);
+    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    m_database.reset();
+    EXPECT_FALSE(m_rs.OpenTable("t"));
+}
+
+TEST_F(DbRecordsetTest, OpenTable_BindsVariablesAndReadsTheFirstRow) {
+    struct Bound : DbRecordset {
+        using DbRecordset::DbRecordset;
+        void InitFieldExchange() override { MapClassMember("a", m_number); }
+        int m_number = 0;
+    };
+    Bound bound(m_database.get());
+    EXPECT_TRUE(bound.OpenTable("t"));
+    EXPECT_EQ(bound.m_number, 1);
+}
+
+TEST_F(DbRecordsetTest, OpenTable_AnswerOfAQuery_IsBroughtUpToDate) {
+    CString name;
+    ASSERT_TRUE(m_database->Query("select a from t where a > 1", name));
+    Data()[0].SetValue("a", CComVariant(9));
+    EXPECT_TRUE(m_rs.OpenTable(name));
+    EXPECT_EQ(m_rs.GetRecordCount(), 3);
+}
+
+TEST_F(DbRecordsetTest, GetTableName_FollowsTheTable) {
+    EXPECT_EQ(m_rs.GetTableName(), "");
+    OnTable("T");
+    EXPECT_EQ(m_rs.GetTableName(), "t") << "as it is registered";
+    m_database->RenameTable("t", "T");
+    EXPECT_EQ(m_rs.GetTableName(), "T");
+    m_database->RenameTable("T", "u");
+    EXPECT_EQ(m_rs.GetTableName(), "u");
+    AddNumbers(*m_database, "t", {1});
+    EXPECT_EQ(m_rs.GetTableName(), "u");
+    m_database->RenameTable("u", "empty");
+    EXPECT_EQ(m_rs.GetTableName(), "") << "the name stayed with the table that had it";
+    EXPECT_TRUE(m_rs.Open("select a from t"));
+    EXPECT_THAT(m_rs.GetTableName().ToUtf8(), StartsWith("Query_"));
+    m_rs.Close();
+    EXPECT_EQ(m_rs.GetTableName(), "");
+}
+
 TEST_F(DbRecordsetTest, Open_AQueryDefinition_ShowsItsAnswer) {
     DbQueryDef def(m_database.get());
     def.Create("q", "select a from t where a < 3");
@@ -723,6 +786,20 @@ TEST_F(DbRecordsetTest, FindRow_OperatorAmongTheFirstTwoCharacters_NeedsBlanks) 
     EXPECT_EQ(Number(), 2);
 }
 
+TEST_F(DbRecordsetTest, Condition_ReadsATextFromItsFirstCharacterOn) {
+    OnTable();
+    EXPECT_EQ(DbRecordset::Condition("a=2"), "  a=2");
+    EXPECT_TRUE(m_rs.FindFirst(DbRecordset::Condition("a=2")));
+    EXPECT_EQ(Number(), 2);
+    EXPECT_TRUE(m_rs.FindLast(DbRecordset::Condition("(a = 1)")));
+    EXPECT_EQ(Number(), 1);
+    EXPECT_TRUE(m_rs.FindNext(DbRecordset::Condition("3<=a")));
+    EXPECT_EQ(Number(), 3);
+    EXPECT_TRUE(m_rs.FindFirst(DbRecordset::Condition("")));
+    EXPECT_EQ(Number(), 1);
+    EXPECT_FALSE(m_rs.FindFirst(DbRecordset::Condition("a")));
+}
+
 TEST_F(DbRecordsetTest, FindRow_EmptyText_MatchesEveryRow) {
     EXPECT_TRUE(OnTable().FindLast(""));
     EXPECT_EQ(Number(), 3);
@@ -765,14 +842,36 @@ TEST_F(DbRecordsetTest, FindRow_InTheAnswerOfAQuery) {
     EXPECT_FALSE(m_rs.FindFirst("a = 1"));
 }
 
-TEST_F(DbRecordsetTest, FindRow_InARenamedTable_IsFalseAndSaysSo) {
+TEST_F(DbRecordsetTest, FindRow_InARenamedTable_IsAnalysedAndSaysSo) {
+    const std::vector<std::string> lines = {"SQL Analyze - query 'a = 1'", "SQL Analyze - no table 't' found",
+                                            "SQL Analyze - failed"};
     OnTable();
     m_database->RenameTable("t", "u");
     LinesOf(*m_database);
     EXPECT_FALSE(m_rs.FindFirst("a = 1"));
-    EXPECT_THAT(LinesOf(*m_database), ElementsAre("SQL Analyze - no table 't' found"));
-    AddNumbers(*m_database, "t", {1});
+    EXPECT_EQ(LinesOf(*m_database), lines);
+    DbTableDescr& taken = *AddNumbers(*m_database, "t", {1})->GetDescr();
+    DbFilter* const filter = taken.AddFilter("a", "=", "2");
+    LinesOf(*m_database);
     EXPECT_FALSE(m_rs.FindFirst("a = 1")) << "another table has the name now";
+    EXPECT_EQ(LinesOf(*m_database), lines);
+    EXPECT_THAT(taken.TakeFilters({filter}), SizeIs(1)) << "nobody touched the other table";
+}
+
+TEST_F(DbRecordsetTest, FindRow_EmptyText_MatchesEveryRowOfARenamedTable) {
+    OnTable();
+    m_database->RenameTable("t", "u");
+    EXPECT_TRUE(m_rs.FindLast(""));
+    EXPECT_EQ(Number(), 3);
+    AddNumbers(*m_database, "t", {7});
+    LinesOf(*m_database);
+    EXPECT_TRUE(m_rs.FindFirst(""));
+    EXPECT_EQ(Number(), 1);
+    EXPECT_TRUE(m_rs.FindNext(""));
+    EXPECT_EQ(Number(), 2);
+    const auto lines = LinesOf(*m_database);
+    EXPECT_THAT(lines, Contains("SQL Analyze - ok"));
+    EXPECT_THAT(lines.back(), StartsWith("FindRow '' processed in "));
 }
 
 TEST_F(DbRecordsetTest, FindRow_TextThatNamesTheTableAgain_IsSafe) {
@@ -895,6 +994,10 @@ TEST_F(DbRecordsetTest, GetFieldValue_ByIndexAndName) {
     m_rs.GetFieldValue("[A]", value);
     EXPECT_EQ(value, Long(1));
     EXPECT_EQ(TextOf(m_rs.GetFieldValue("b")), "x");
+    EXPECT_EQ(m_rs.GetFieldValue(0), Long(1));
+    EXPECT_EQ(TextOf(m_rs.GetFieldValue(uint64(1))), "x");
+    EXPECT_EQ(ThrownMessage([&] { m_rs.GetFieldValue(3); }),
+              Report(1311, "Column '3' not found in table 't'"));
 }
 
 TEST_F(DbRecordsetTest, GetFieldValue_OutsideTheRows_Throws) {

@@ -26,10 +26,14 @@ protected:
     }
 
     DbTableRow& Row() { return (*m_database.GetTableData("t"))[0]; }
+    const DbTableDescr& Structure() { return *m_database.GetTableDescr("t"); }
+    bool Read(RowCondition& condition, const CString& text) {
+        return condition.Read(m_database, "T", Structure(), text);
+    }
     // Nothing where the text is no condition.
     std::optional<bool> Holds(const CString& text) {
         RowCondition condition;
-        return condition.Read(m_database, "t", text) ? std::optional(condition.Holds(Row())) : std::nullopt;
+        return Read(condition, text) ? std::optional(condition.Holds(Row())) : std::nullopt;
     }
 
     DbDatabase m_database;
@@ -37,7 +41,7 @@ protected:
 
 TEST_F(RowConditionTest, Holds_FollowsTheRow) {
     RowCondition condition;
-    ASSERT_TRUE(condition.Read(m_database, "T", "a > 5"));
+    ASSERT_TRUE(Read(condition, "a > 5"));
     EXPECT_FALSE(condition.Holds(Row()));
     Row().SetValue("a", CComVariant(6));
     EXPECT_TRUE(condition.Holds(Row()));
@@ -65,15 +69,25 @@ TEST_F(RowConditionTest, Read_WhatIsNoCondition_IsFalseAndTheLogSaysWhy) {
 
 TEST_F(RowConditionTest, Read_UnknownTable_IsFalse) {
     RowCondition condition;
-    EXPECT_FALSE(condition.Read(m_database, "u", "a = 1"));
+    EXPECT_FALSE(condition.Read(m_database, "u", Structure(), "a = 1"));
     EXPECT_THAT(LinesOf(m_database), Contains("SQL Analyze - no table 'u' found"));
+}
+
+TEST_F(RowConditionTest, Read_NameOfAnotherTable_IsUnknownToConditionsOnly) {
+    const DbTableDescr other(nullptr);
+    RowCondition condition;
+    EXPECT_FALSE(condition.Read(m_database, "t", other, "a = 0"));
+    EXPECT_THAT(LinesOf(m_database), ElementsAre("SQL Analyze - query 'a = 0'",
+                                                 "SQL Analyze - no table 't' found", "SQL Analyze - failed"));
+    EXPECT_TRUE(RowCondition().Read(m_database, "t", other, ""));
+    EXPECT_TRUE(RowCondition().Read(m_database, "u", other, " "));
 }
 
 TEST_F(RowConditionTest, Read_LeavesNoFilterBehind) {
     DbFilter* const filter = m_database.GetTableDescr("t")->AddFilter("a", "=", "1");
     {
         RowCondition condition;
-        ASSERT_TRUE(condition.Read(m_database, "t", "a = 1 or a = 2"));
+        ASSERT_TRUE(Read(condition, "a = 1 or a = 2"));
         m_database.GetTableDescr("t")->ClearFilters();
         EXPECT_FALSE(condition.Holds(Row())) << "its filters are its own";
     }
@@ -82,7 +96,7 @@ TEST_F(RowConditionTest, Read_LeavesNoFilterBehind) {
 
 TEST_F(RowConditionTest, Holds_OutlivesTheTable) {
     RowCondition condition;
-    ASSERT_TRUE(condition.Read(m_database, "t", "a = 0"));
+    ASSERT_TRUE(Read(condition, "a = 0"));
     DbTableDescr descr(nullptr);
     descr.CreateField("a", false, DbFieldDescr::Long);
     DbTableData data(nullptr, &descr);

@@ -9,6 +9,7 @@
 #include "base/CString.h"
 
 class DbFilter;
+class DbTableDescr;
 
 namespace parser {
 
@@ -57,6 +58,9 @@ struct QUILLET_API QueryAnalysisParams {
     std::int32_t top = -1;
     // The conditions as filters, in the order read. The descriptor of the first table owns them.
     std::vector<DbFilter*> filters;
+    // Where this is not null, the first table has to have this structure: a name that means another one by
+    // now is as good as unknown. Not owned.
+    const DbTableDescr* searched = nullptr;
 };
 
 }  // namespace parser

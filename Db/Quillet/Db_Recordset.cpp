@@ -13,7 +13,6 @@
 #include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_QueryDef.h"
 #include "Quillet/Db_RowCondition.h"
-#include "Quillet/Db_SqlText.h"
 #include "Quillet/Db_TableDef.h"
 #include "platform/Clock.h"
 #include "platform/File.h"
@@ -70,6 +69,21 @@ void AppendLine(const List& list, TextOf textOf, quillet::WideString& out) {
     }
 }
 
+// The table that answers a text; false where none does.
+bool NameOfAnswer(DbDatabase& database, const CString& sql, CString& name) {
+    return database.Query(sql, name);
+}
+
+// The table of that name as it is registered; false where there is none.
+bool NameOfTable(DbDatabase& database, const CString& text, CString& name) {
+    const DbTableInfo* const info = database.GetTableInfo(text);
+    if (info == nullptr) {
+        return false;
+    }
+    name = info->GetName();
+    return true;
+}
+
 // As many bytes of the text as it has characters.
 std::string FirstHalf(const quillet::WideString& text) {
     std::string bytes;
@@ -103,12 +117,11 @@ bool DbRecordset::Open() {
 }
 
 bool DbRecordset::Open(CString sql) {
-    if (!OpenTable(sql)) {
-        return false;
-    }
-    InitFieldExchange();
-    MoveTo(0);
-    return true;
+    return OpenBy(NameOfAnswer, sql);
+}
+
+bool DbRecordset::OpenTable(CString name) {
+    return OpenBy(NameOfTable, name);
 }
 
 bool DbRecordset::Open(DbTableDef* def) {
@@ -156,11 +169,30 @@ bool DbRecordset::IsOpen() {
     return Data() != nullptr;
 }
 
-bool DbRecordset::OpenTable(const CString& sql) {
+CString DbRecordset::GetTableName() const {
+    DbDatabase* const database = Database();
+    if (database == nullptr || Data() == nullptr) {
+        return {};
+    }
+    const DbTableInfo* const info = database->GetTableInfo(m_name);
+    return info != nullptr && info->GetData() == Data() ? info->GetName()
+                                                        : quillet::DbCallUp::TableName(database, *Data());
+}
+
+bool DbRecordset::OpenBy(NameFunction nameOf, const CString& text) {
+    if (!StandOn(nameOf, text)) {
+        return false;
+    }
+    InitFieldExchange();
+    MoveTo(0);
+    return true;
+}
+
+bool DbRecordset::StandOn(NameFunction nameOf, const CString& text) {
     try {
         DbDatabase* const database = DatabaseToOpen();
         CString name;
-        if (database == nullptr || !database->Query(sql, name)) {
+        if (database == nullptr || !nameOf(*database, text, name)) {
             return false;
         }
         const DbTableData* const data = database->GetTableData(name);
@@ -303,6 +335,10 @@ bool DbRecordset::ReadTableRow(std::int64_t position) {
 
 // ---- Find
 
+CString DbRecordset::Condition(const CString& text) {
+    return CString("  ") + text;
+}
+
 bool DbRecordset::Find(eFindOperation operation, CString where) {
     CancelUpdate();
     switch (operation) {
@@ -345,12 +381,8 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
     if (database == nullptr || Data() == nullptr) {
         return false;
     }
-    if (database->GetTableDescr(m_name) != Descr()) {
-        quillet::DbCallUp::Log(database, quillet::NoTableLine(m_name));
-        return false;
-    }
     quillet::RowCondition condition;
-    if (!condition.Read(*database, m_name, where)) {
+    if (!condition.Read(*database, m_name, *Descr(), where)) {
         return false;
     }
     const uint64 rows = RowCount();
@@ -502,6 +534,12 @@ void DbRecordset::GetFieldValue(CString name, CComVariant& value) {
 CComVariant DbRecordset::GetFieldValue(CString name) {
     CComVariant value;
     GetFieldValue(std::move(name), value);
+    return value;
+}
+
+CComVariant DbRecordset::GetFieldValue(uint64 index) {
+    CComVariant value;
+    GetFieldValue(index, value);
     return value;
 }
 

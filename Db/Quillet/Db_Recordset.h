@@ -20,7 +20,7 @@ class RowCondition;
 }  // namespace quillet
 
 // Moves a position over the rows of a table or of a query's answer: 0 is the first row, -1 stands before it
-// (BOF), the number of rows and whatever is above behind the last one (EOF). With a current index the
+// (BOF), the number of rows and whatever is above after the last one (EOF). With a current index the
 // positions follow its order. Every move that reaches a row sets the bound variables from it.
 //
 // The cursor is the caller's and owns neither table nor database, except a database that it opened itself. A
@@ -46,15 +46,20 @@ public:
 
     // Opens the table of that name, or the answer of a query (DbDatabase::Query), at its first row; true also
     // where it has none. Without a database it first opens one of its own, with the file of GetDefaultDBName.
-    // A name that holds the word select is taken for a query. False where the file can't be read, the query
-    // not be answered or the database is gone; a cursor that was open stays so. One that goes over to another
-    // table drops a pending edit and the current index, and keeps bookmarks and bindings. What
-    // InitFieldExchange throws comes through.
+    // A text in which "select" occurs, be it as a part of a word, is a query: for a table called Selection
+    // there is OpenTable. False where the file can't be read, the query can't be answered or the database is
+    // gone; a cursor that was open stays so. One that goes over to another table drops a pending edit and the
+    // current index, and keeps bookmarks and bindings. What InitFieldExchange throws comes through.
     virtual bool Open();
     virtual bool Open(quillet::CString sql);
-    // Goes over to the definition's database, as SetDatabase does, and opens its table, or its query. False
-    // for a definition that is not open, and where the table or the query can't be opened: the cursor is
-    // closed then. Throws where the definition is null.
+    // The same for the table, or the answer, of that name, whatever the name is: found without regard to
+    // case, and never read as a query. Square brackets are letters of the name. False for an unknown name,
+    // without a line in the log.
+    bool OpenTable(quillet::CString name);
+    // Goes over to the definition's database, as SetDatabase does, and opens its table, or its query, by the
+    // form above: of a table called Selection the name is read as a query here too. False for a definition
+    // that is not open, and where the table or the query can't be opened: the cursor is closed then. Throws
+    // where the definition is null.
     virtual bool Open(DbTableDef* def);
     virtual bool Open(DbQueryDef* def);
     // Lets go of table and database, drops a pending edit, and forgets bindings, bookmarks and the row that
@@ -69,16 +74,30 @@ public:
     virtual bool MoveLast();
     virtual bool MovePrev();
 
-    // Finds a row for which the condition holds, and moves there: the part of a query behind WHERE, such as
-    // "a > 5 and b = 'x'" (docs/query-language.md). The search begins behind the current row or before it, or
-    // at one end. All drop a pending edit. False, without a move, where there is no such row, the cursor is
-    // closed, or the text is no condition: the log says why, but for brackets that don't match, with which no
-    // row fits.
+    // Finds a row for which the condition holds, and moves there: the part of a query after WHERE, such as
+    // "a > 5 and b = 'x'" (docs/query-language.md). An empty text holds for every row. The search begins
+    // after the current row or before it, or at one end. All drop a pending edit.
+    //
+    // An operator or bracket at the first or second character of the text is not parted from what stands
+    // beside it: "a=1" and "(a = 1)" are no conditions. Condition("a=1") is one; pass every text that a user
+    // types through it.
+    //
+    // False, without a move, where there is no such row, the cursor is closed, or the text is no condition:
+    // the log says why, but for brackets that don't match, with which no row fits. A table that was renamed
+    // since it was opened is unknown to its conditions, even where another table has taken the name: open it
+    // again (GetTableName).
     virtual bool Find(eFindOperation operation, quillet::CString where);
+    // The first row for which the condition holds. Condition(where) puts blanks before an operator in front.
     virtual bool FindFirst(quillet::CString where);
+    // The next one after the current row. Condition(where) puts blanks before an operator in front.
     virtual bool FindNext(quillet::CString where);
+    // The next one before the current row. Condition(where) puts blanks before an operator in front.
     virtual bool FindPrev(quillet::CString where);
+    // The last row for which the condition holds. Condition(where) puts blanks before an operator in front.
     virtual bool FindLast(quillet::CString where);
+    // The text as a condition for the finds that is read from its first character on: with two blanks in
+    // front, which mean nothing.
+    static quillet::CString Condition(const quillet::CString& text);
 
     // Makes the named index current and moves to the first row, in its order, whose values equal the keys:
     // the first count fields of the index, or all of them. There must be so many keys. Drops a pending edit.
@@ -103,7 +122,10 @@ public:
     virtual long GetAbsolutePosition();
 
     virtual bool IsOpen();
-    // A closed cursor is behind its last row.
+    // The name of the table, or of the answer, on which the cursor stands, as it is now: also after a rename.
+    // Empty while closed, and for a table that lost its name to another one.
+    quillet::CString GetTableName() const;
+    // A closed cursor is after its last row.
     virtual bool IsEOF() const;
     virtual bool IsBOF() const;
     // Always false.
@@ -142,6 +164,7 @@ public:
     virtual void GetFieldValue(uint64 index, quillet::CComVariant& value);
     virtual void GetFieldValue(quillet::CString name, quillet::CComVariant& value);
     virtual quillet::CComVariant GetFieldValue(quillet::CString name);
+    quillet::CComVariant GetFieldValue(uint64 index);
     // Keeps the value for the next Update, which stores it as it is, whatever the type of the field. Throws
     // without a pending Edit or AddNew, and for an unknown name; a position where no field is is ignored.
     virtual void SetFieldValue(uint64 index, quillet::CComVariant& value);
@@ -175,13 +198,14 @@ public:
     virtual void Requery();
 
     // Writes the names of the fields and all rows in the table's own order, with "| " between the values, to
-    // a file, which is replaced. What has no text form is left out, line feeds become blanks. Only the first
-    // half of the text arrives, as UTF-16 in little-endian order without a byte-order mark. Nothing happens
-    // where the file can't be written or the cursor is closed.
+    // a file, which is replaced in one step, so that its folder has to take new files. What has no text form
+    // is left out, line feeds become blanks. Only the first half of the text arrives, as UTF-16 in
+    // little-endian order without a byte-order mark. Nothing happens where the file can't be written or the
+    // cursor is closed.
     virtual void ExportCVS(quillet::CString path);
 
-    // Searches the positions from (included) to (excluded forward, included backward). See Find; a pending
-    // edit is kept.
+    // Searches the positions from (included) to (excluded forward, included backward). See Find, also for an
+    // operator in front (Condition); a pending edit is kept.
     bool FindRow(const quillet::CString& where, uint64 from, uint64 to, eFindDirection direction);
     // The position in the table's own order of the row at a position; no row's position where the current
     // index has no such place.
@@ -214,7 +238,10 @@ private:
 
     // The database given, or one of its own; null once that is gone.
     DbDatabase* DatabaseToOpen();
-    bool OpenTable(const quillet::CString& sql);
+    // The name of the table that a text asks for; false where there is none.
+    using NameFunction = bool (*)(DbDatabase& database, const quillet::CString& text, quillet::CString& name);
+    bool OpenBy(NameFunction nameOf, const quillet::CString& text);
+    bool StandOn(NameFunction nameOf, const quillet::CString& text);
     // Forgets the table and whatever refers to it.
     void LetGo();
 

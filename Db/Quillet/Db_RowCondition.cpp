@@ -5,11 +5,13 @@
 
 namespace quillet {
 
-bool RowCondition::Read(DbDatabase& database, const CString& table, const CString& text) {
+bool RowCondition::Read(DbDatabase& database, const CString& table, const DbTableDescr& structure,
+                        const CString& text) {
     CString condition = text;
     JoinLines(condition);
     m_params.fields = {"*"};
     m_params.tables = {table};
+    m_params.searched = &structure;
     m_params.state = parser::QueryAnalysisParams::Where;
     if (!database.AnalyzeSQL(condition, &m_params)) {
         return false;

@@ -14,9 +14,11 @@ namespace quillet {
 
 class QUILLET_API RowCondition {
 public:
-    // Reads a condition on the rows of the named table as the part of a query behind WHERE. False, with lines
-    // in the database's log, for a text that is none. An empty text holds for every row.
-    bool Read(DbDatabase& database, const CString& table, const CString& text);
+    // Reads a condition on the rows of the named table, which has the structure, as the part of a query after
+    // WHERE; DbRecordset::Condition puts blanks in front where they are needed. False, with lines in the
+    // database's log, for a text that is none, and for conditions where the name means no table, or another
+    // one. An empty text holds for every row.
+    bool Read(DbDatabase& database, const CString& table, const DbTableDescr& structure, const CString& text);
     // Whether the brackets match; a condition that is not valid holds for no row.
     bool IsValid() const { return m_params.clause->IsValid(); }
     // Whether the condition holds for the row.

@@ -201,8 +201,9 @@ void SqlAnalyzer::Finish() {
 DbTableDescr* SqlAnalyzer::SearchedTable() {
     const CString name = m_params.tables.empty() ? CString() : m_params.tables.front();
     DbTableDescr* const descr = m_params.tables.empty() ? nullptr : m_database.GetTableDescr(name);
-    if (descr == nullptr) {
+    if (descr == nullptr || (m_params.searched != nullptr && m_params.searched != descr)) {
         FailTable(name);
+        return nullptr;
     }
     return descr;
 }

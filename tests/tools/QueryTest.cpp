@@ -231,6 +231,18 @@ TEST_F(Query, Query_AnyQuery_LeavesTheFileAsItIs) {
     }
 }
 
+TEST_F(Query, Query_NameOfATableWithSelectInIt_GivesThatTable) {
+    const std::string file = CopyExample("materials.xml");
+    const std::size_t all = Answers(file, "Timber").size();
+    Output({"rename", file, "Timber", "Selection"});
+    EXPECT_THAT(Answers(file, "selection"), SizeIs(all));
+    EXPECT_THAT(Answers(file, "[Selection]", {"--sequential"}), SizeIs(all));
+    EXPECT_THAT(Output({"query", file, "Selection", "--explain"}), HasSubstr("name of a table"));
+    EXPECT_THAT(Answers(file, "select name from Selection where fm_k >= 35"), ElementsAre("C35", "C40"));
+    Output({"rename", file, "Selection", "Select * from Bolts"});
+    EXPECT_THAT(Answers(file, "select * from bolts"), SizeIs(all)) << "the table of that name";
+}
+
 TEST_F(Query, Query_SequentialAccess_GivesTheSame) {
     const std::string file = CopyExample("materials.xml");
     const std::string query = "select name, d from Bolts where d > 20 order by name";

@@ -10,6 +10,8 @@
 #include "Names.h"
 #include "PlainText.h"
 #include "Progress.h"
+#include "Quillet/Db_Recordset.h"
+#include "Quillet/Db_SqlText.h"
 #include "TableProgress.h"
 #include "WriteLock.h"
 #include "base/CException.h"
@@ -184,7 +186,13 @@ Reply Catalog::Ask(const std::string& query) {
     bool isAnswered = false;
     {
         const RunningProgress progress(ScreenBesideFiles(), "Reading " + FileName(m_path));
-        isAnswered = m_database->Query(query, name);
+        DbRecordset cursor(m_database.get());
+        if (cursor.OpenTable(query) || cursor.OpenTable(WithoutBrackets(query))) {
+            name = cursor.GetTableName();
+            isAnswered = true;
+        } else {
+            isAnswered = m_database->Query(query, name);
+        }
     }
     const std::vector<std::string> lines = CollectLog();
     RefuseUnreadable();

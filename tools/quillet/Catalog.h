@@ -65,7 +65,8 @@ public:
     Table TableAt(std::size_t index);
     Table FindTable(const std::string& name);
 
-    // Answers a query. Refuses one over a table whose rows can't all be read.
+    // Answers a query. A text that is the name of a table, as it stands or in square brackets, asks for that
+    // table, whatever words are in it. Refuses a query over a table whose rows can't all be read.
     Reply Ask(const std::string& query);
 
     // Takes the lines of the log and keeps the faults among them; returns those about a query.

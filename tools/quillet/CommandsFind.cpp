@@ -6,6 +6,7 @@
 #include "LogLines.h"
 #include "PlainText.h"
 #include "Printing.h"
+#include "Quillet/Db_Recordset.h"
 #include "Quillet/Db_RowCondition.h"
 
 namespace quillet::tool {
@@ -14,7 +15,7 @@ namespace {
 
 constexpr int Done = 0;
 
-// The columns of the table behind one for the position, whose name no field has.
+// The columns of the table after one for the position, whose name no field has.
 std::vector<Column> WithPosition(const std::vector<Column>& columns) {
     std::string name = "position";
     const auto isTaken = [&](const Column& column) {
@@ -48,10 +49,9 @@ private:
     mutable std::vector<Value> m_cells;
 };
 
-void ReadCondition(Catalog& catalog, const std::string& table, const std::string& where,
-                   RowCondition& condition) {
-    // The first two characters of a text are never parted from what follows, a bracket neither.
-    const bool isRead = condition.Read(catalog.Database(), table, "  " + where);
+void ReadCondition(Catalog& catalog, const Table& table, const std::string& where, RowCondition& condition) {
+    const bool isRead =
+        condition.Read(catalog.Database(), table.m_name, *table.m_descr, DbRecordset::Condition(where));
     const std::vector<std::string> lines = catalog.CollectLog();
     if (!isRead || !condition.IsValid()) {
         throw catalog.Failed(QueryComplaint(lines));
@@ -78,7 +78,7 @@ int Find(const Settings& settings, const FindRequest& request) {
     catalog.ReadStructure();
     const Table table = catalog.FindTable(request.m_table);
     RowCondition condition;
-    ReadCondition(catalog, table.m_name, request.m_where, condition);
+    ReadCondition(catalog, table, request.m_where, condition);
     const std::vector<std::size_t> positions = FindRows(*table.m_data, condition, request);
     if (positions.empty()) {
         throw catalog.Failed("no row of " + Quoted(table.m_name) + " fits");

@@ -139,7 +139,7 @@ DbRecordset* CDbDatabase::CursorOn(const CString& table) {
     if (m_cursor == nullptr || m_cursorData.Get() != data) {
         m_cursorData = {};
         m_cursor = std::make_unique<DbRecordset>(m_database.get());
-        if (!m_cursor->Open(table)) {
+        if (!m_cursor->OpenTable(table)) {
             m_cursor.reset();
             return nullptr;
         }
