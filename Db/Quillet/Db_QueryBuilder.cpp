@@ -7,6 +7,7 @@
 #include "Quillet/Db_Distinct.h"
 #include "Quillet/Db_LazyReader.h"
 #include "Quillet/Db_Log.h"
+#include "Quillet/Db_QueryFields.h"
 #include "Quillet/Db_Registry.h"
 #include "Quillet/Db_RowOrder.h"
 #include "Quillet/Db_SqlAnalyzer.h"
@@ -354,9 +355,10 @@ void QueryBuilder::Fill(DbTableInfo& answer, const Params& params, DbTableDescr&
 
 bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& names,
                               const DbTableDescr& descr, std::vector<uint64>& fields) {
+    const QueryFields known(descr);
     std::vector<bool> isFound(descr.size());
     for (const CString& name : names) {
-        const int field = descr.GetFieldIndex(name);
+        const int field = known.Find(name);
         if (field < 0) {
             m_log.Add(NoFieldLine(name, params.tables.front()));
             return false;

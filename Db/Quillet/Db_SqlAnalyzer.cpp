@@ -121,6 +121,7 @@ void SqlAnalyzer::TakeTable(const CString& name) {
     }
     // A query that is answered again may have other fields then.
     m_queries.Refresh(*info);
+    m_searchedFields.reset();
     if (m_params.fields.size() != 1 || m_params.fields[0] != "*") {
         CheckFields(*info->GetDescr());
     }
@@ -132,12 +133,12 @@ void SqlAnalyzer::CheckFields(const DbTableDescr& descr) {
         m_fields.NumberOf(m_params.fields[m_fieldsTaken]);
     }
     const std::vector<CString>& fields = m_fields.Keys();
-    std::size_t& found = m_fieldsFound[&descr];
-    while (found < fields.size() && descr.IsField(fields[found])) {
-        ++found;
+    Checked& checked = m_checked.try_emplace(&descr, descr).first->second;
+    while (checked.m_found < fields.size() && checked.m_fields.Find(fields[checked.m_found]) >= 0) {
+        ++checked.m_found;
     }
-    if (found < fields.size()) {
-        FailField(fields[found]);
+    if (checked.m_found < fields.size()) {
+        FailField(fields[checked.m_found]);
     }
 }
 
@@ -166,7 +167,11 @@ void SqlAnalyzer::AddCondition() {
     parts.front() = WithoutBrackets(parts.front());
     parts.back() = WithoutBrackets(parts.back());
     if (DbTableDescr* const descr = SearchedTable()) {
-        DbFilter* const filter = descr->AddFilter(parts[0], parts[1], parts[2]);
+        if (!m_searchedFields || !m_searchedFields->AreOf(*descr)) {
+            m_searchedFields.emplace(*descr);
+        }
+        DbFilter* const filter =
+            descr->AddFilter(m_searchedFields->Side(parts[0]), parts[1], m_searchedFields->Side(parts[2]));
         if (filter != nullptr) {
             m_params.filters.push_back(filter);
             m_params.clause->expr(filter);

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <unordered_map>
 
 #include "Quillet/Db_Numbering.h"
 #include "Quillet/Db_QueryAnalysisParams.h"
+#include "Quillet/Db_QueryFields.h"
 
 class DbDatabase;
 class DbTableDescr;
@@ -36,7 +38,8 @@ private:
     void TakeOrder(const CString& token);
     void Finish();
 
-    // The descriptor of the first FROM table; null, with a line in the log, where there is none.
+    // The descriptor of the first FROM table; null, with a line in the log, where there is none, or another
+    // one than the record asks for.
     DbTableDescr* SearchedTable();
     void FailTable(const CString& name);
     void FailField(const CString& field);
@@ -48,8 +51,16 @@ private:
     // The different names of the SELECT list, and how many of its names they were taken from.
     Numbering<CString> m_fields;
     std::size_t m_fieldsTaken = 0;
-    // How many of the different names, from the first on, each structure was found to have.
-    std::unordered_map<const DbTableDescr*, std::size_t> m_fieldsFound;
+    // How many of the different names, from the first on, a structure was found to have.
+    struct Checked {
+        explicit Checked(const DbTableDescr& descr) : m_fields(descr) {}
+        QueryFields m_fields;
+        std::size_t m_found = 0;
+    };
+    std::unordered_map<const DbTableDescr*, Checked> m_checked;
+    // Those of the table that is searched, until another table is read: that one may be what this one stands
+    // on.
+    std::optional<QueryFields> m_searchedFields;
     bool m_failed = false;
 };
 

@@ -7,6 +7,7 @@ namespace quillet {
 namespace {
 
 constexpr WideView QuoteMarks = OLESTR("'\"\uFF91");
+constexpr WideView Operators = OLESTR("*)(<>=");
 
 bool IsOneOf(WideView marks, WCHAR unit) {
     return marks.find(unit) != WideView::npos;
@@ -17,7 +18,7 @@ bool IsPair(WCHAR first, WCHAR second) {
     return (second == '=' && IsOneOf(OLESTR("<>="), first)) || (first == '<' && second == '>');
 }
 
-// The position behind the stretch that a quotation mark opens at the position.
+// The position after the stretch that a quotation mark opens at the position.
 std::size_t EndOfQuote(WideView text, std::size_t open) {
     const std::size_t close = text.find(text[open], open + 1);
     return close == WideView::npos ? text.size() : close + 1;
@@ -81,7 +82,7 @@ CString WithBlanksAroundOperators(const CString& sql) {
             at = end;
             continue;
         }
-        if (!IsOneOf(OLESTR("*)(<>="), unit)) {
+        if (!IsOneOf(Operators, unit)) {
             result += unit;
             ++at;
             continue;
@@ -101,6 +102,16 @@ CString WithBlanksAroundOperators(const CString& sql) {
         }
     }
     return CString(WideView(result));
+}
+
+CString SpacedName(const CString& name, bool isAtBeginning) {
+    const CString front = isAtBeginning ? "[" : "  [";
+    const CString text = WithBlanksAroundOperators(front + name + "]");
+    return text.Mid(front.GetLength(), text.GetLength() - front.GetLength() - 1);
+}
+
+bool HoldsOperator(const CString& text) {
+    return text.View().find_first_of(Operators) != WideView::npos;
 }
 
 CString NoTableLine(const CString& table) {

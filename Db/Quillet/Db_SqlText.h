@@ -22,8 +22,15 @@ QUILLET_API void JoinLines(CString& text);
 QUILLET_API void LowerOutsideQuotes(CString& text);
 
 // Puts blanks around the operators * ) ( < > = outside quoted stretches, so that each is a token of its own.
-// <=, >=, == and <> stay together, and so does != behind a blank. The first two characters are left alone.
+// <=, >=, == and <> stay together, and so does != after a blank. The first two characters are left alone.
 QUILLET_API CString WithBlanksAroundOperators(const CString& sql);
+
+// A name as it comes out of a query text in which it stands in square brackets: with blanks around operators.
+// At the beginning of the text the first character of the name is left alone.
+QUILLET_API CString SpacedName(const CString& name, bool isAtBeginning);
+
+// Whether blanks may have been put into the text.
+bool HoldsOperator(const CString& text);
 
 // The lines of the log about a name in a query text that means nothing.
 CString NoTableLine(const CString& table);
