@@ -19,12 +19,9 @@ using testing::IsEmpty;
 
 using Table = std::pair<CString, DBACCESS_VECTOR>;
 
-// The database with its import report.
-class Reporting : public DbDatabase {
-public:
-    using DbDatabase::DbDatabase;
-    Strings Report() const { return Utf8Of(ImportReport()); }
-};
+Strings ReportOf(const DbDatabase& database) {
+    return Utf8Of(database.ImportReport());
+}
 
 Strings TableNames(DbDatabase& database) {
     Strings names;
@@ -141,49 +138,49 @@ TEST(CopyTableFrom, MoreColumnsThanFields_LoseTheSurplusWithOneLine) {
 }
 
 TEST(CopyTableFrom, WithoutRows_MakesFieldsAndNoRowAndAReportLine) {
-    Reporting database;
+    DbDatabase database;
     database.CopyTableFrom(TableWithoutRows("T", "a"));
     EXPECT_THAT(FieldNames(database, "T"), ElementsAre("a"));
     EXPECT_EQ(database.GetTableData("T")->size(), 0U);
-    EXPECT_THAT(database.Report(), ElementsAre("table 'T' found in ''"));
+    EXPECT_THAT(ReportOf(database), ElementsAre("table 'T' found in ''"));
 }
 
 TEST(CopyTableFrom, WithoutRows_OntoAKnownTable_EmptiesIt) {
-    Reporting database;
+    DbDatabase database;
     database.CopyTableFrom(TextTable("T", "a", {"old"}));
     database.CopyTableFrom(TableWithoutRows("T", "b"));
     EXPECT_THAT(FieldNames(database, "T"), ElementsAre("a"));
     EXPECT_EQ(database.GetTableData("T")->size(), 0U);
-    EXPECT_EQ(database.Report().size(), 1U);
+    EXPECT_EQ(ReportOf(database).size(), 1U);
 }
 
 TEST(CopyTableFrom, WithoutRows_RemarksStandBetweenBraces) {
     const TemporaryFolder folder;
     WriteBytes(folder / "small.xml", SmallCatalog());
-    Reporting database{CString(Utf8(folder / "small.xml"))};
+    DbDatabase database{CString(Utf8(folder / "small.xml"))};
     Table table = TableWithoutRows("T", "a");
     table.second.m_remarks = Names({"one", "two"});
     database.CopyTableFrom(table);
-    EXPECT_THAT(database.Report(), ElementsAre("table 'T' found in '" + Utf8(folder / "small.xml") + "'", "{",
-                                               "   one", "   two", "}"));
+    EXPECT_THAT(ReportOf(database), ElementsAre("table 'T' found in '" + Utf8(folder / "small.xml") + "'",
+                                                "{", "   one", "   two", "}"));
     database.GetSource()->SetFile("", false);
 }
 
 TEST(CopyTableFrom, WithRows_ReportsNothing) {
-    Reporting database;
+    DbDatabase database;
     Table table = TextTable("T", "a", {"x"});
     table.second.m_remarks = Names({"one"});
     database.CopyTableFrom(table);
-    EXPECT_THAT(database.Report(), IsEmpty());
+    EXPECT_THAT(ReportOf(database), IsEmpty());
 }
 
 TEST(CopyTableFrom, RecordsThatJoinedATableWithoutRows_AreRows) {
-    Reporting database;
+    DbDatabase database;
     Table table = TextTable("T", "a", {"one", "two"});
     table.second.m_noRows = true;
     database.CopyTableFrom(table);
     EXPECT_THAT(RowsOf(database, "T"), ElementsAre("one", "two"));
-    EXPECT_EQ(database.Report().size(), 1U);
+    EXPECT_EQ(ReportOf(database).size(), 1U);
 }
 
 TEST(CopyTableFrom, Changes_TheDatabase) {

@@ -1130,6 +1130,26 @@ TEST_F(DbDatabaseTest, SetSequentialAccess_OnAfterEverythingWasRead_ChangesNothi
     EXPECT_EQ(Bytes("copy.xml"), SmallCatalog());
 }
 
+TEST_P(DbDatabaseReading, SetSequentialAccess_AfterTheFirstAccess_SaysThatItComesTooLate) {
+    const bool on = GetParam() != Reading::Sequential;
+    const auto database = OpenSmall();
+    const auto set = [&](bool sequential) {
+        TakeLog(*database);
+        database->GetSource()->SetSequentialAccess(sequential);
+        EXPECT_EQ(database->GetSource()->IsSequentialAccess(), sequential);
+        return TakeLog(*database);
+    };
+    EXPECT_THAT(set(on), IsEmpty());
+    EXPECT_THAT(set(!on), IsEmpty());
+    EXPECT_EQ(database->GetTablesCount(), 5);
+    EXPECT_THAT(set(!on), IsEmpty()) << "nothing changes";
+    EXPECT_THAT(set(on), ElementsAre(std::string("Sequential access was switched ") + (on ? "on" : "off") +
+                                     " after the first access to '" + Path("small.xml").ToUtf8() +
+                                     "': too late, no effect"));
+    database->GetSource()->SetFile(Path("small.xml"), false);
+    EXPECT_THAT(set(true), IsEmpty()) << "a file that nobody has asked for anything";
+}
+
 TEST_P(DbDatabaseReading, SetFile_ToAnotherFile_ReadsThatOne) {
     const auto database = OpenSmall();
     EXPECT_EQ(database->GetTablesCount(), 5);

@@ -85,6 +85,10 @@ TEST_F(RowTest, Brackets_PositionAndName_AreTheSameCell) {
     EXPECT_EQ(&row.GetField(1), row.at(1));
     EXPECT_EQ(&fixed.GetField(1), row.at(1));
     EXPECT_EQ(&fixed[1], row.at(1));
+    EXPECT_EQ(&fixed["T"], row.at(1));
+    EXPECT_EQ(&fixed["[t]"], row.at(1));
+    EXPECT_EQ(&fixed[CString("n")], row.at(0));
+    EXPECT_EQ(fixed["none"].GetType(), VT_EMPTY);
 }
 
 TEST_F(RowTest, Brackets_WhereThereIsNoCell_AreAnEmptyValueOfNobody) {

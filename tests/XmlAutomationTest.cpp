@@ -191,6 +191,29 @@ TEST_F(ForeignDom, Wrapper_ShowsNothingOfOurs) {
     EXPECT_EQ(Node(m_target.Element()).Foreign(), nullptr);
 }
 
+TEST_F(ForeignDom, Automation_OfANode_IsThatNode) {
+    EXPECT_EQ(Node(m_element.Get()).Automation().Get(), m_element.Get());
+    EXPECT_EQ(Node().Automation().Get(), nullptr);
+    EXPECT_EQ(Node(Node(m_target.Element()).Automation().Get()).Name(), Node(m_target.Element()).Name());
+}
+
+TEST(NodeAutomation, SavesAndLoadsTheModel_AndKeepsTheTree) {
+    CComPtr<IDispatch> kept;
+    {
+        Document document;
+        const Node root = document.Root();
+        root.AppendChild(root.CreateElement("fields"));
+        const Node element = root.FirstChild();
+        DbFieldDescr field;
+        field.SetName("a b");
+        EXPECT_TRUE(field.Save(root.Automation().Get(), element.Automation().Get()));
+        kept = element.FirstChild().Automation();
+    }
+    DbFieldDescr loaded;
+    EXPECT_TRUE(loaded.Load(kept.Get())) << "the document is gone";
+    EXPECT_EQ(loaded.GetName(), "a b");
+}
+
 TEST_F(ForeignDom, FieldSave_WritesTheSameElement) {
     DbFieldDescr field;
     field.SetName("a <b>");

@@ -13,6 +13,11 @@ void DbCallUp::Log(DbItem* item, const CString& line) {
     }
 }
 
+bool DbCallUp::HasBegunToRead(DbItem* item) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    return database != nullptr && database->m_reader->HasBegun();
+}
+
 void DbCallUp::FieldsWillChange(DbItem* item, const DbTableDescr& descr) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
         for (DbTableData* const data : database->m_registry->DataOf(descr)) {

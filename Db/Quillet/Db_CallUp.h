@@ -13,6 +13,9 @@ namespace quillet {
 
 class DbCallUp {
 public:
+    // Whether the database has begun to read its source.
+    static bool HasBegunToRead(DbItem* database);
+
     // Appends a line to the log of the database that item is; nothing for any other item.
     static void Log(DbItem* item, const CString& line);
 

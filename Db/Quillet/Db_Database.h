@@ -52,10 +52,11 @@ protected:
     // Writes an Access file; false, for no such file is written by this class.
     virtual bool SaveMdb(const quillet::CString& path);
 
-    // The lines about tables without rows that copying records left, in the order in which they were copied.
+public:
+    // The lines about tables without rows that reading an Access file and copying records left, in the order
+    // in which the tables were copied. They stay as long as the database lives.
     const std::vector<quillet::CString>& ImportReport() const;
 
-public:
     // Reads what was not read yet, refreshes the queries and writes everything but the queries to an XML
     // file, in one step: until then, and on failure, the file is what it was. True when it was written and
     // the database counts as unchanged. False for a name that ends otherwise than in "xml", when a table
@@ -86,7 +87,8 @@ public:
     DbTableInfo* CreateTable(quillet::CString name, DbTableInfo::eType type, const quillet::CString& sql = "",
                              DbTableInfo* related = nullptr);
     // Adds the table that info describes and takes over its structure and contents, which may be null. Null
-    // where the name is taken: nothing is taken over then.
+    // where the name is taken: nothing is taken over then. Structure and contents may stand under several
+    // names; they go with the last of them.
     DbTableInfo* CreateTable(DbTableInfo* info);
     // Deletes a table and every query that stands on it; later tables move up. Nothing for an unknown name.
     void DeleteTable(const quillet::CString& name);

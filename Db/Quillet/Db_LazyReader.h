@@ -33,6 +33,8 @@ public:
     // Everything is still to be read, or nothing is.
     void Reset();
     void MarkRead();
+    // Whether reading has begun: the way in which the source is read is settled then.
+    bool HasBegun() const { return !m_pending; }
 
     // Reads the header and the structure of the body of a sequential source, or the whole of another one,
     // also of an Access file; adds the header and properties tables where the file has none. What was read

@@ -1,7 +1,9 @@
 #include "Quillet/Db_Source.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_XmlScanner.h"
@@ -113,8 +115,16 @@ bool DbSource::CheckSource() {
 }
 
 void DbSource::SetSequentialAccess(bool on) {
-    if (IsXmlBased()) {
-        m_sequential = on;
+    if (!IsXmlBased()) {
+        return;
+    }
+    const bool wasOn = std::exchange(m_sequential, on);
+    const std::shared_ptr<DbDatabase*> owner = m_owner.lock();
+    if (wasOn != on && owner && quillet::DbCallUp::HasBegunToRead(*owner)) {
+        CString line;
+        line.Format("Sequential access was switched %s after the first access to '%s': too late, no effect",
+                    on ? "on" : "off", m_path.ToUtf8().c_str());
+        quillet::DbCallUp::Log(*owner, line);
     }
 }
 

@@ -39,8 +39,8 @@ public:
 
     // Points at another file and clears the owner. A name that ends otherwise than in "xml" or "mdb" makes no
     // valid source, without an error. Throws DbException "Invalid source file '%s'", by pointer, for a path
-    // that can't be read; a file that can't be written is read-only. A source that was read to its end reads
-    // no other file sequentially.
+    // that can't be read, and the source is not valid then; a file that can't be written is read-only. A
+    // source that was read to its end reads no other file sequentially.
     void SetFile(const quillet::CString& path, bool readOnly);
     // Points at a file that need not exist yet and clears the owner. With ForceXML the last three characters
     // of the path become "xml".
@@ -51,14 +51,16 @@ public:
     bool IsXmlBased() const { return m_type == Type::Xml; }
     bool IsMdbBased() const { return m_type == Type::Mdb; }
     bool IsSequentialAccess() const { return m_sequential; }
-    // Ignored unless the source is XML. Say so before the database is first read.
+    // Ignored unless the source is XML. Say so before the database is first asked for anything: afterwards
+    // the flag is set all the same, and a line in the database's log says that it comes too late.
     void SetSequentialAccess(bool on);
     // Whether sequential reading has come to its end.
     bool IsEof() const { return m_eof; }
 
     // The path, in the form that decided the type.
     const quillet::CString& GetFile() const { return m_path; }
-    // What stands behind the last backslash and before the last full stop; empty where that makes no sense.
+    // What stands after the last backslash and before the last full stop; empty where no full stop follows
+    // it.
     quillet::CString GetBareName() const;
 
     // Ends sequential reading: closes the file and frees the buffer.

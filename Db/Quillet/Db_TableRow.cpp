@@ -191,6 +191,10 @@ DbFieldValue& DbTableRow::operator[](const CString& name) {
     return (*this)[static_cast<uint64>(FieldIndex(name))];
 }
 
+const DbFieldValue& DbTableRow::operator[](const CString& name) const {
+    return (*this)[static_cast<uint64>(FieldIndex(name))];
+}
+
 void DbTableRow::SetValue(const CString& name, const CString& text) {
     const int index = FieldIndex(name);
     if (index >= 0) {

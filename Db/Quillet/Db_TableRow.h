@@ -35,10 +35,11 @@ public:
     void SetDescr(DbTableDescr* descr);
     DbTableDescr* GetDescr() const { return m_descr ? *m_descr : nullptr; }
 
-    // Puts a cell at a position and takes it over; no effect where there is no such position. The cell that
-    // stood there is not deleted: the caller may delete it while the row lives. A cell that the row was made
-    // with goes with the row, or earlier when the caller deletes it. A cell belongs to one row: the caller
-    // sees to it that none is handed over that stands in another row.
+    // Puts a cell at a position and takes it over; no effect where there is no such position. Nothing counts
+    // as changed by that: call SetChanged where it is to be saved. The cell that stood there is not deleted:
+    // the caller may delete it while the row lives. A cell that the row was made with goes with the row, or
+    // earlier when the caller deletes it. A cell belongs to one row: the caller sees to it that none is
+    // handed over that stands in another row.
     void SetFieldValuePtr(uint64 i, DbFieldValue* v);
 
     // The cell at a position or of a field's name. Where there is none, an empty value that belongs to
@@ -49,6 +50,7 @@ public:
     }
     const DbFieldValue& operator[](uint64 i) const { return GetField(i); }
     DbFieldValue& operator[](const quillet::CString& name);
+    const DbFieldValue& operator[](const quillet::CString& name) const;
     DbFieldValue& GetField(uint64 i) { return (*this)[i]; }
     const DbFieldValue& GetField(uint64 i) const {
         const DbFieldValue* const cell = CellAt(i);

@@ -213,6 +213,13 @@ Node Node::CreateProcessingInstruction(std::string_view target, std::string_view
                                             target == "xml" ? DeclarationData(data) : std::string(data)));
 }
 
+CComPtr<IDispatch> Node::Automation() const {
+    if (IsNull()) {
+        return {};
+    }
+    return m_foreign ? m_foreign : MakeNodeObject(m_native);
+}
+
 void Node::SetAttribute(std::string_view name, std::string_view value) const {
     RequireNode(*this);
     RequireText(value);

@@ -63,6 +63,10 @@ public:
     // Puts child behind the last child of this node. Both belong to one document.
     void AppendChild(const Node& child) const;
 
+    // The node for automation clients, and for the Save and Load of the model; null for a null node. A node
+    // of our own documents keeps its tree alive as long as somebody holds it. Throws std::bad_alloc.
+    CComPtr<IDispatch> Automation() const;
+
     // The interface of another DOM's node; null for nodes of our own.
     IDispatch* Foreign() const { return m_foreign.Get(); }
     const NativeNode& Native() const { return m_native; }
