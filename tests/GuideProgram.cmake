@@ -1,6 +1,6 @@
-# Makes a program of the guide's samples, and the text that it has to print.
+# Makes programs of the samples in the README and in the guide.
 #
-# quillet_read_samples(document language result): the contents of the document's blocks of that language, one behind
+# quillet_read_samples(document language result): the contents of the document's blocks of that language, one after
 # the other.
 function(quillet_read_samples document language result)
   file(READ ${document} rest)
@@ -23,11 +23,17 @@ function(quillet_read_samples document language result)
   set(${result} "${samples}" PARENT_SCOPE)
 endfunction()
 
-# quillet_write_guide_program(document folder): writes folder/guide.cpp and folder/guide.txt.
+# quillet_write_guide_program(document folder): writes folder/guide.cpp and folder/guide.txt, which it has to print.
 function(quillet_write_guide_program document folder)
   quillet_read_samples(${document} "c++" frame)
   quillet_read_samples(${document} "cpp" body)
   quillet_read_samples(${document} "text" output)
   file(WRITE ${folder}/guide.cpp "${frame}\nint main() {\n${body}}\n")
   file(WRITE ${folder}/guide.txt "${output}")
+endfunction()
+
+# quillet_write_readme_program(document folder): writes folder/first.cpp.
+function(quillet_write_readme_program document folder)
+  quillet_read_samples(${document} "cpp" program)
+  file(WRITE ${folder}/first.cpp "${program}")
 endfunction()

@@ -1,6 +1,12 @@
 // Everything that a host includes.
 #pragma once
 
+// Microsoft's compiler keeps the old number in __cplusplus unless it is told otherwise. Nothing else is
+// included under an older standard, so that this line is not one of a thousand.
+#if defined(_MSVC_LANG) ? _MSVC_LANG <= 201703L : __cplusplus <= 201703L
+#error "IQuillet needs C++20: compile with -std=c++20 (GCC, Clang) or /std:c++20 (Microsoft)"
+#else
+
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_FieldDescr.h"
@@ -28,3 +34,5 @@
 #include "odbc/DatabaseError.h"
 #include "platform/MessageBox.h"
 #include "xml/Document.h"
+
+#endif
