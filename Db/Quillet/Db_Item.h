@@ -82,7 +82,8 @@ public:
     // which stay the other's children: using the copy after one of them died is the caller's fault.
     DbItem(const DbItem& other);
     // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that
-    // was the child of another parent than the other's is no longer listed there.
+    // was the child of another parent than the other's is no longer listed there. An item below which this
+    // one stands does not become its child.
     DbItem& operator=(const DbItem& other);
     virtual ~DbItem() {
         if (DbItem* const parent = LiveParent()) {

@@ -30,7 +30,7 @@ public:
     void Update(uint64 fieldIndex, bool added);
 
     // From now on shows other's rows in the given order of storage positions. Rows of its own are dropped. No
-    // effect for null or itself.
+    // effect for null or itself. Nothing counts as changed by that.
     void Bind(DbRows* other, std::vector<uint64>& order);
     bool IsBinded() const { return m_isBound; }
     // The rows whose storage these show: those bound to, or these themselves.

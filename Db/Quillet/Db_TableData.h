@@ -39,8 +39,9 @@ public:
 
     uint64 GetSize() const override;
 
-    // Reads the pending text. True where nothing is pending or the text was read: the rows then count as
-    // unchanged. False where it can't be read, also for want of memory; it stays pending and no row is added.
+    // Reads the pending text. True where nothing is pending or the text was read: its rows then count as
+    // unchanged, and what was changed before, such as rows that were added, still counts as changed. False
+    // where it can't be read, also where memory runs out; it stays pending and no row is added.
     bool ParseXmlData();
     // Whether data was ever given, by SetXmlSource or Load.
     bool IsInitialized() const { return m_initialized; }
@@ -58,7 +59,7 @@ public:
     void Bind(DbRows* other, std::vector<uint64>& order);
 
     // Appends rows with the fields' default values and returns the position of the first. Does not read the
-    // pending text: use a reading accessor before, or the new rows come first.
+    // pending text: use a reading accessor first, or the new rows come before those of the text.
     uint64 AddRow();
     uint64 AddRows(uint64 n);
     // See DbRows::Update. Does not read the pending text.

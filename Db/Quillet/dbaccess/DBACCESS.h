@@ -69,8 +69,8 @@ public:
 
     // Replaces all rows of the table. A table that is absent is created with the columns of the first record;
     // without one, or where it has no columns, the answer is false and nothing is created. Columns are
-    // written by position, with the types of the first row of the table, or of the first record where it was
-    // created. A database error is shown in a message box and gives false; rows written before it stay.
+    // written by position, with the types of the first row of the table, or of the records where it has
+    // none. A database error is shown in a message box and gives false; rows written before it stay.
     bool SetTableData(quillet::CString table, const DBACCESS_VECTOR& rows);
 
     // The first row, with the table's columns by name in their order. True for a table without rows too,
