@@ -78,11 +78,15 @@ TEST_F(Find, Find_ABracketInFront_IsRead) {
 
 TEST_F(Find, Find_NothingFits_IsAFailure) {
     EXPECT_EQ(WhyNot("d > 1000"), "no row of 'Bolts' fits");
-    EXPECT_EQ(WhyNot("d > 1000 or"), "no row of 'Bolts' fits");
+    EXPECT_EQ(WhyNot("d > 1000 or"),
+              "no row of 'Bolts' fits; the condition ends with 'or', and nothing follows it");
 }
 
 TEST_F(Find, Find_ConditionThatIsNone_SaysWhy) {
-    EXPECT_EQ(WhyNot("weight > 3"), "SQL Analyze - invalid condition 'weight > 3'");
+    EXPECT_EQ(
+        WhyNot("weight > 3"),
+        "SQL Analyze - invalid condition 'weight > 3'; field 'weight': there are name, d, P, As, d0, s, "
+        "preferred");
     EXPECT_EQ(WhyNot("d >"), "SQL Analyze - invalid condintion 'd >'");
     EXPECT_EQ(WhyNot("d > thick"), "SQL Analyze - invalid condition 'd > thick'");
     EXPECT_THAT(WhyNot("(d > 1"), HasSubstr("the brackets of the conditions don't match"));

@@ -180,21 +180,29 @@ TEST_F(Query, Query_InALocaleWithCommas_UnderstandsPointsAndCommas) {
 }
 
 TEST_F(Query, Query_UnknownNames_FailsByName) {
-    EXPECT_EQ(WhyAnalyzerRefuses("select name from Stel"), "no table 'stel' found");
-    EXPECT_EQ(WhyAnalyzerRefuses("Stel"), "table 'stel' not found");
-    EXPECT_EQ(WhyAnalyzerRefuses("Größen"), "table 'größen' not found");
+    EXPECT_EQ(WhyAnalyzerRefuses("select name from Stel"),
+              "no table 'stel' found; table 'Stel': did you mean 'Steel'?");
+    EXPECT_EQ(WhyAnalyzerRefuses("Stel"), "table 'stel' not found; table 'Stel': did you mean 'Steel'?");
+    EXPECT_EQ(
+        WhyAnalyzerRefuses("Größen"),
+        "table 'größen' not found; table 'Größen': there are Header, Properties, Steel, Concrete, Timber, "
+        "Bolts, Bolt classes");
+    const std::string fields =
+        "; field 'weight': there are name, standard, fy_40, fu_40, fy_80, fu_80, E, G, nu, alpha";
     EXPECT_EQ(WhyAnalyzerRefuses("select name, weight from Steel"),
-              "no 'weight' field found in 'steel' table");
+              "no 'weight' field found in 'steel' table" + fields);
     EXPECT_EQ(WhyAnalyzerRefuses("select name from Steel order by weight"),
-              "no 'weight' field found in 'steel' table");
+              "no 'weight' field found in 'steel' table" + fields);
     EXPECT_EQ(WhyAnalyzerRefuses("select name from Steel where weight > 1"),
-              "invalid condition 'weight > 1'");
-    EXPECT_EQ(WhyAnalyzerRefuses("select name from 'Steel'"), "no table ''Steel'' found");
+              "invalid condition 'weight > 1'" + fields);
+    EXPECT_EQ(WhyAnalyzerRefuses("select name from 'Steel'"),
+              "no table ''Steel'' found; names stand in square brackets, not in quotation marks");
 }
 
 TEST_F(Query, Query_BadTexts_FailWithWhatIsWrong) {
     EXPECT_EQ(WhyAnalyzerRefuses("select"), "check 'SELECT' and/or 'FROM' statement");
-    EXPECT_EQ(WhyAnalyzerRefuses("please select name from Steel"), "check 'SELECT' and/or 'FROM' statement");
+    EXPECT_EQ(WhyAnalyzerRefuses("please select name from Steel"),
+              "check 'SELECT' and/or 'FROM' statement; a query begins with select, not with 'please'");
     EXPECT_EQ(WhyAnalyzerRefuses("select name where d > 1"),
               "no tables defined, check 'FROM' statement; check 'SELECT' and/or 'FROM' statement");
     EXPECT_EQ(WhyAnalyzerRefuses("select name from Bolts where d >"), "invalid condintion 'd >'");
@@ -202,13 +210,14 @@ TEST_F(Query, Query_BadTexts_FailWithWhatIsWrong) {
     EXPECT_EQ(WhyAnalyzerRefuses("select name from Bolts where d > 'x'"), "invalid condition 'd > 'x''");
     EXPECT_EQ(WhyAnalyzerRefuses("select nam from Bolts where d between 8 and 12"),
               "no 'nam' field found in 'bolts' table; invalid condition 'd between 8'; "
-              "invalid condintion '12'");
+              "invalid condintion '12'; field 'nam': did you mean 'name'?; 'between' is not in the language: "
+              "write (d >= 8 and d <= 12)");
     EXPECT_EQ(Complaints("select name from Bolts where (d > 1"),
               "the brackets of the conditions don't match");
 }
 
 TEST_F(Query, Query_TextOfControlCharacters_IsShownSpelledOut) {
-    EXPECT_EQ(WhyAnalyzerRefuses("a\x1B[2J"), "table 'a\\u{1b}[2j' not found");
+    EXPECT_EQ(WhyAnalyzerRefuses("a\x1B[2J"), "table 'a\\u{1b}[2j' not found; the bracket [ is never closed");
 }
 
 TEST_F(Query, Query_WithoutText_IsBadUsage) {
@@ -301,7 +310,9 @@ TEST_F(Query, Log_OfAQuery_TellsHowItWent) {
                 testing::EndsWith("\nSQL Analyze - no 'x' field found in 'bolts' table\n"
                                   "SQL Analyze - failed\n"
                                   "quillet: " +
-                                  file + ": SQL Analyze - no 'x' field found in 'bolts' table\n"));
+                                  file +
+                                  ": SQL Analyze - no 'x' field found in 'bolts' table; field 'x': there are "
+                                  "name, d, P, As, d0, s, preferred\n"));
 }
 
 TEST_F(Query, Log_OfAnExplanation_HasEachLineOnce) {
@@ -411,7 +422,11 @@ TEST_F(Query, Explain_FailingQuery_ShowsWhatWasReadAndFails) {
               "clause     exp AND\n"
               "postfix    exp AND\n"
               "source     Bolts\n");
-    EXPECT_EQ(Complaint(result.m_errors), file + ": SQL Analyze - invalid condition 'weight = 1'");
+    EXPECT_EQ(
+        Complaint(result.m_errors),
+        file +
+            ": SQL Analyze - invalid condition 'weight = 1'; field 'weight': there are name, d, P, As, d0, "
+            "s, preferred");
 
     const quillet::test::RunResult unknown = Run({"query", file, "Query_0", "--explain"});
     EXPECT_EQ(unknown.m_status, 1);

@@ -20,8 +20,8 @@ void SetValues(Catalog& catalog, const std::string& tableName, const std::vector
     for (const auto& [key, value] : values) {
         const int index = table.m_descr->GetFieldIndex(key);
         if (index < 0) {
-            const std::string known = JoinNames(FieldNames(*table.m_descr));
-            throw catalog.Failed("no field " + Quoted(key) + " in " + table.m_name + ": there are " + known);
+            throw catalog.Failed("no field " + Quoted(key) + " in " + table.m_name + ": " +
+                                 SuggestNames(key, FieldNames(*table.m_descr)));
         }
         catalog.RefuseUncarriable("the value of " + key, value);
         if (table.m_data->size() == 0) {

@@ -6,6 +6,7 @@
 #include "LogLines.h"
 #include "PlainText.h"
 #include "Printing.h"
+#include "QueryHints.h"
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/Db_RowCondition.h"
 
@@ -54,7 +55,8 @@ void ReadCondition(Catalog& catalog, const Table& table, const std::string& wher
         condition.Read(catalog.Database(), table.m_name, *table.m_descr, DbRecordset::Condition(where));
     const std::vector<std::string> lines = catalog.CollectLog();
     if (!isRead || !condition.IsValid()) {
-        throw catalog.Failed(QueryComplaint(lines));
+        throw catalog.Failed(QueryComplaint(lines) +
+                             HintOnRefusal(catalog.Database(), {where, table.m_name}));
     }
 }
 
@@ -80,11 +82,20 @@ int Find(const Settings& settings, const FindRequest& request) {
     RowCondition condition;
     ReadCondition(catalog, table, request.m_where, condition);
     const std::vector<std::size_t> positions = FindRows(*table.m_data, condition, request);
+    const std::vector<std::string> warnings =
+        WarningsOnAnswer(catalog.Database(), {request.m_where, table.m_name});
     if (positions.empty()) {
-        throw catalog.Failed("no row of " + Quoted(table.m_name) + " fits");
+        std::string why = "no row of " + Quoted(table.m_name) + " fits";
+        for (const std::string& warning : warnings) {
+            why += "; " + warning;
+        }
+        throw catalog.Failed(why);
     }
     const TableListing rows(*table.m_descr, *table.m_data, 0, table.m_data->size());
     Print(settings, FoundRows(rows, positions));
+    for (const std::string& warning : warnings) {
+        Complain("warning: " + catalog.Path() + ": " + warning);
+    }
     catalog.WarnOfFaults();
     return Done;
 }

@@ -7,6 +7,7 @@
 #include "Catalog.h"
 #include "Commands.h"
 #include "Printing.h"
+#include "QueryHints.h"
 #include "Quillet/Db_SqlText.h"
 
 namespace quillet::tool {
@@ -232,10 +233,13 @@ int Query(const Settings& settings, const QueryRequest& request) {
         Explain(settings, catalog, request.m_query, reply);
     }
     if (!reply.m_isAnswered) {
-        throw catalog.Failed(reply.m_complaint);
+        throw catalog.Failed(reply.m_complaint + HintOnRefusal(catalog.Database(), {request.m_query}));
     }
     if (!request.m_explain) {
         PrintRows(settings, catalog.FindTable(reply.m_table), request.m_rows);
+        for (const std::string& warning : WarningsOnAnswer(catalog.Database(), {request.m_query})) {
+            Complain("warning: " + catalog.Path() + ": " + warning);
+        }
     }
     catalog.WarnOfFaults();
     return Done;

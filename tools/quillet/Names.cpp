@@ -41,30 +41,26 @@ bool IsNear(const CString& wanted, const CString& known) {
     constexpr std::size_t LettersPerError = 3;
     const std::size_t allowed =
         std::min(FarthestSuggested, std::max<std::size_t>(1, wanted.View().size() / LettersPerError));
-    const bool isBeginning = !wanted.IsEmpty() && known.View().starts_with(wanted.View());
-    return isBeginning || (wanted.View().size() > 1 && EditDistance(wanted.View(), known.View()) <= allowed);
-}
-
-std::string JoinQuoted(const std::vector<std::string>& names) {
-    std::string joined;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        joined += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + Quoted(names[i]);
-    }
-    return joined;
+    const WideView left = wanted.View();
+    const WideView right = known.View();
+    const bool isBeginning = !left.empty() && right.starts_with(left);
+    const bool hasOtherLength = left.size() > right.size() + allowed || right.size() > left.size() + allowed;
+    return isBeginning || (left.size() > 1 && !hasOtherLength && EditDistance(left, right) <= allowed);
 }
 
 }  // namespace
 
-std::string SuggestNames(const std::string& wanted, const std::vector<std::string>& known) {
+std::string SuggestNames(const std::string& wanted, const std::vector<std::string>& known,
+                         Spelling spelling) {
     std::vector<std::string> similar;
     const CString lowered = Lowered(wanted);
     for (const std::string& name : known) {
         if (similar.size() < MostSuggested && IsNear(lowered, Lowered(name))) {
-            similar.push_back(name);
+            similar.push_back(spelling == nullptr ? name : spelling(name));
         }
     }
     if (!similar.empty()) {
-        return "did you mean " + JoinQuoted(similar) + "?";
+        return "did you mean " + JoinQuoted(similar, "or") + "?";
     }
     if (known.empty()) {
         return "there are none";
@@ -76,6 +72,19 @@ std::string SuggestNames(const std::string& wanted, const std::vector<std::strin
         list += " and " + std::to_string(known.size() - listed) + " more";
     }
     return list;
+}
+
+bool AreSimilar(const std::string& wanted, const std::string& known) {
+    return IsNear(Lowered(wanted), Lowered(known));
+}
+
+std::string JoinQuoted(const std::vector<std::string>& names, const std::string& last) {
+    std::string joined;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        joined += i == 0 ? "" : i + 1 == names.size() ? " " + last + " " : ", ";
+        joined += Quoted(names[i]);
+    }
+    return joined;
 }
 
 std::string JoinNames(const std::vector<std::string>& names) {
