@@ -1,7 +1,6 @@
 #include "Catalog.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include "AccessFile.h"
@@ -12,6 +11,7 @@
 #include "Progress.h"
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/Db_SqlText.h"
+#include "System.h"
 #include "TableProgress.h"
 #include "WriteLock.h"
 #include "base/CException.h"
@@ -24,9 +24,8 @@ namespace {
 
 constexpr const char* IncompleteCatalog = "no catalog: its header or its body is not complete";
 
-void WriteToStandardError(const std::string& line) {
-    const std::string visible = Visible(line) + "\n";
-    std::fwrite(visible.data(), 1, visible.size(), stderr);
+void WriteLine(const std::string& line) {
+    WriteToStandardError(Visible(line) + "\n");
 }
 
 bool EqualNames(const std::string& left, const char* right) {
@@ -249,7 +248,7 @@ std::vector<std::string> Catalog::CollectLog() {
     for (const CString& line : lines) {
         const std::string text = line.ToUtf8();
         if (m_showsLog) {
-            WriteToStandardError(text);
+            WriteLine(text);
         }
         if (IsOfQuery(text)) {
             linesOfQuery.push_back(text);
@@ -307,7 +306,7 @@ bool HasXmlEnding(const std::string& path) {
 }
 
 void Complain(const std::string& message) {
-    WriteToStandardError("quillet: " + message);
+    WriteLine("quillet: " + message);
 }
 
 }  // namespace quillet::tool

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <iostream>
+#include <system_error>
 
 #include "PlainText.h"
 #include "System.h"
@@ -48,9 +49,14 @@ Progress::Progress(ProgressScreen screen, std::string label, std::uint64_t total
 }
 
 Progress::~Progress() {
-    if (m_drawnWidth > 0) {
+    if (m_drawnWidth == 0) {
+        return;
+    }
+    try {
         Show("");
         *m_screen.m_stream << '\r' << std::flush;
+    } catch (const std::exception&) {
+        // Out of memory: the bar stays where it is.
     }
 }
 
@@ -96,7 +102,11 @@ void Progress::Show(const std::string& line) {
 RunningProgress::RunningProgress(ProgressScreen screen, std::string label, std::uint64_t total)
     : m_progress(std::move(screen), std::move(label), total) {
     if (m_progress.IsOnTerminal()) {
-        m_ticker = std::thread([this] { Run(); });
+        try {
+            m_ticker = std::thread([this] { Run(); });
+        } catch (const std::system_error&) {
+            // Where the system has no thread left the work goes on without a bar.
+        }
     }
 }
 
@@ -114,7 +124,11 @@ RunningProgress::~RunningProgress() {
 void RunningProgress::Run() {
     std::unique_lock<std::mutex> lock(m_mutex);
     while (!m_wake.wait_for(lock, DrawingInterval, [this] { return m_isOver; })) {
-        m_progress.Draw();
+        try {
+            m_progress.Draw();
+        } catch (const std::exception&) {
+            // Out of memory: nothing is drawn. Whoever does the work says so.
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "System.h"
 
+#include <cstdio>
+
 #if defined(_WIN32)
 #include <windows.h>
 // shellapi.h needs the types of windows.h.
@@ -7,7 +9,6 @@
 #include <io.h>
 #include <shellapi.h>
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "base/Utf8.h"
@@ -16,6 +17,11 @@
 #endif
 
 namespace quillet::tool {
+
+// The stream has no buffer.
+void WriteToStandardError(std::string_view bytes) noexcept {
+    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+}
 
 #if defined(_WIN32)
 

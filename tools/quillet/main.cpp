@@ -1,39 +1,36 @@
 // The command line of catalogs.
-#include <cstdio>
-#include <exception>
+#include <cstdlib>
+#include <new>
 
-#include "Arguments.h"
-#include "Catalog.h"
-#include "Failure.h"
+#include "Run.h"
 #include "System.h"
-#include "base/CException.h"
 
 namespace {
 
-constexpr int Failed = 1;
-constexpr int BadUsage = 2;
-
-int Run(const std::vector<std::string>& arguments) {
-    using quillet::tool::Complain;
-    try {
-        return quillet::tool::ParseArguments(arguments)();
-    } catch (const quillet::tool::UsageError& error) {
-        Complain(error.what());
-        return BadUsage;
-    } catch (const std::bad_alloc&) {
-        Complain("memory is short");
-    } catch (const std::exception& error) {
-        Complain(error.what());
-    } catch (quillet::CException* exception) {
-        exception->Delete();
-        Complain("the database failed");
+// Until main begins nothing catches what a static object of the program throws.
+struct MemoryGuard {
+    MemoryGuard() {
+        std::set_new_handler([] { std::_Exit(quillet::tool::EndOutOfMemory()); });
     }
-    return Failed;
-}
+};
+
+// Before all other static objects of the program.
+#if defined(__GNUC__)
+[[gnu::init_priority(101)]] const MemoryGuard s_untilMain;
+#else
+#pragma warning(disable : 4073)
+#pragma init_seg(lib)
+const MemoryGuard s_untilMain;
+#endif
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_new_handler(nullptr);
     quillet::tool::PrepareStandardStreams();
-    return Run(quillet::tool::ProgramArguments(argc, argv));
+    try {
+        return quillet::tool::RunCommandLine(quillet::tool::ProgramArguments(argc, argv));
+    } catch (const std::bad_alloc&) {
+        return quillet::tool::EndOutOfMemory();
+    }
 }

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstddef>
 #include <exception>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -189,17 +190,40 @@ void DeleteRows(Cursor& cursor, Connection& connection, const CString& table) {
     }
 }
 
+// Nothing may fly out while the library is being loaded. What memory was short for then is made before the
+// first file is opened.
+CString FormatAtLoading() noexcept {
+    try {
+        return quillet::DefaultConnectFormat;
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
 }  // namespace
 
 bool DBACCESS::m_forceExtractTableDefiniton = false;
-CString DBACCESS::m_connectFormat = quillet::DefaultConnectFormat;
+CString DBACCESS::m_connectFormat = FormatAtLoading();
+
+namespace {
+
+const bool IsFormatMissing = DBACCESS::m_connectFormat.IsEmpty();
+
+const CString& ConnectFormat() {
+    if (IsFormatMissing && DBACCESS::m_connectFormat.IsEmpty()) {
+        DBACCESS::m_connectFormat = quillet::DefaultConnectFormat;
+    }
+    return DBACCESS::m_connectFormat;
+}
+
+}  // namespace
 
 DBACCESS::DBACCESS(const WCHAR* path) : DBACCESS(path, ReadOnly | NoDialog) {
 }
 
 DBACCESS::DBACCESS(const WCHAR* path, unsigned long options) : m_connection(std::make_shared<Connection>()) {
     try {
-        quillet::OpenAccessFile(*m_connection, m_connectFormat, path, options);
+        quillet::OpenAccessFile(*m_connection, ConnectFormat(), path, options);
     } catch (DatabaseError* error) {
         m_openError = error->Text();
         m_driverMissing = quillet::IsWithoutDriver(*error);

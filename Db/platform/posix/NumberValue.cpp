@@ -1,5 +1,7 @@
 #include "platform/NumberText.h"
 
+#include <new>
+
 #include "platform/posix/Locale.h"
 #include "platform/posix/NumberText.h"
 
@@ -13,14 +15,28 @@ WCHAR SeparatorOfTheUser() {
     value.vt = VT_R8;
     value.dblVal = 1.1;
     WCHAR separator = '.';
-    if (SUCCEEDED(VariantChangeType(&value, &value, 0, VT_BSTR)) && SysStringLen(value.bstrVal) > 1) {
+    const HRESULT result = VariantChangeType(&value, &value, 0, VT_BSTR);
+    if (result == E_OUTOFMEMORY) {
+        throw std::bad_alloc();
+    }
+    if (SUCCEEDED(result) && SysStringLen(value.bstrVal) > 1) {
         separator = value.bstrVal[1];
     }
     VariantClear(&value);
     return separator;
 }
 
-const WCHAR ProcessSeparator = SeparatorOfTheUser();
+// 0 where memory ran out.
+WCHAR SeparatorOrNone() noexcept {
+    try {
+        return SeparatorOfTheUser();
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+// Nothing may fly out while the library is being loaded.
+const WCHAR SeparatorAtLoading = SeparatorOrNone();
 
 const Locale& UserLocale() {
     static const Locale& locale = Locale::For(LOCALE_USER_DEFAULT);
@@ -126,7 +142,7 @@ HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {
 }
 
 WCHAR DecimalSeparator() {
-    return ProcessSeparator;
+    return SeparatorAtLoading == 0 ? SeparatorOfTheUser() : SeparatorAtLoading;
 }
 
 }  // namespace quillet::platform
