@@ -98,6 +98,22 @@ TEST_F(Check, Check_TextInANumberColumn_GivesTableRowAndField) {
     EXPECT_EQ(finding["line"], nullptr);
 }
 
+TEST_F(Check, Check_NumberThatItsTextCannotCarry_IsNamed) {
+    const std::string file = WriteChanged("large.xml", R"(d="10")", R"(d="1.7976931348623157e308")");
+    EXPECT_EQ(Findings("large.xml"),
+              file +
+                  ": table 'Bolts', row 2, field 'd': the number can't be carried by a text: "
+                  "'1.79769313486232E+308' is not read back\n");
+    // Less than that, however small, is only rounded.
+    for (const char* number : {"1.79769313486231e308", "-2.2250738585072014e-308", "4.9406564584124654e-324",
+                               "0.1234567890123456789"}) {
+        EXPECT_EQ(
+            Output({"check", WriteChanged("small.xml", R"(d="10")", "d=\"" + std::string(number) + "\"")}),
+            Path("small.xml") + ": ok\n")
+            << number;
+    }
+}
+
 TEST_F(Check, Check_DuplicateTable_IsNamed) {
     WriteChanged("twice.xml", "<table name=\"Timber\">", "<table name=\"concrete\">");
     EXPECT_THAT(Findings("twice.xml"), HasSubstr("'concrete' already in database"));

@@ -80,6 +80,28 @@ TEST_F(CommandLine, ForeignEnding_SaysWhichWouldDo) {
     EXPECT_EQ(Failure({"info", file}), file + ": no catalog: its name ends neither in .xml nor in .mdb");
 }
 
+TEST_F(CommandLine, FileOfTheOtherKind_IsToldByItsFirstBytes) {
+    using namespace std::string_literals;
+    for (const char* engine : {"Standard Jet DB", "Standard ACE DB"}) {
+        const std::string access = Write("access.xml", "\0\1\0\0"s + engine + "\0\1\0\0\0"s);
+        for (const std::vector<std::string>& command : {std::vector<std::string>{"info", access},
+                                                        {"check", access},
+                                                        {"set", access, "header", "title=x"}}) {
+            EXPECT_EQ(Failure(command),
+                      access + ": an Access file, though its name ends in .xml: call it .mdb");
+        }
+    }
+    CopyExample("materials.xml");
+    std::filesystem::copy_file(m_folder / "materials.xml", m_folder / "xml.mdb");
+    const std::string xml = Path("xml.mdb");
+    EXPECT_EQ(Failure({"info", xml}), xml + ": an XML file, though its name ends in .mdb: call it .xml");
+    EXPECT_EQ(Failure({"convert", xml, Path("out.xml")}),
+              xml + ": an XML file, though its name ends in .mdb: call it .xml");
+    EXPECT_EQ(Failure({"convert", Path("materials.xml"), xml}),
+              xml + ": an XML file, though its name ends in .mdb: call it .xml");
+    EXPECT_EQ(Read("xml.mdb"), Read("materials.xml"));
+}
+
 TEST_F(CommandLine, EmptyAccessFile_IsNotTakenForAnXmlFile) {
     CopyExample("materials.xml");
     const std::string file = Write("materials.mdb", "");
@@ -108,11 +130,12 @@ TEST_F(CommandLine, Reading_WhateverTheCommand_LeavesTheFileAsItWas) {
         const std::string table = name == std::string("materials.xml") ? "Steel" : "Every type";
         const std::string before = Read(name);
         const auto written = std::filesystem::last_write_time(m_folder / name);
-        const std::vector<std::vector<std::string>> commands = {{"info", file},
-                                                                {"fields", file, table},
-                                                                {"show", file, table},
-                                                                {"check", file},
-                                                                {"export", file, table, Path("out.csv")}};
+        const std::vector<std::vector<std::string>> commands = {
+            {"info", file},
+            {"fields", file, table},
+            {"show", file, table},
+            {"check", file},
+            {"export", file, table, Path("out.csv"), "--replace"}};
         for (std::vector<std::string> command : commands) {
             Output(command);
             command.insert(command.begin(), "--sequential");

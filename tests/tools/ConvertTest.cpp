@@ -282,6 +282,27 @@ TEST_F(Convert, ToAccessAndBack_GivesTheSameValues) {
     }
 }
 
+TEST_F(Convert, ToXml_NumberThatItsTextCannotCarry_IsNamedUnlessLossIsAllowed) {
+    UseSqlite();
+    const std::string access = Write("large.mdb", "");
+    ASSERT_EQ(ConvertHere(WriteChanged("large.xml", R"(d="10")", R"(d="1.7976931348623157e308")"), access),
+              "")
+        << "an Access file holds numbers, not texts";
+    const std::string target = Path("back.xml");
+    EXPECT_THAT(
+        ConvertHere(access, target),
+        AllOf(StartsWith(access + ": not converted: table 'Bolts', row 2, field 'd': the number can't be "
+                                  "carried by a text: '1."),
+              EndsWith(" is not read back; --lossy goes on")));
+    EXPECT_FALSE(Exists("back.xml"));
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(quillet::tool::Convert({quillet::tool::Format::Json}, {access, target, false, true}), 0);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                StartsWith("quillet: warning: " + access + ": table 'Bolts', row 2, field 'd': the number "));
+    EXPECT_THAT(Values(target, "Bolts"), HasSubstr("M12,12,1.75,"));
+}
+
 TEST_F(Convert, ToAccess_TableWithoutRows_IsThereWithItsFields) {
     UseSqlite();
     const std::string source = Path("empty.xml");

@@ -25,10 +25,14 @@ TEST_F(Export, Export_ToStandardOutput_IsCsvUnlessJsonIsAsked) {
     EXPECT_EQ(nlohmann::json::parse(Output({"export", file, "Bolts", "-", "--format", "json"})).size(), 13U);
 }
 
-TEST_F(Export, Export_OverAnExistingFile_ReplacesIt) {
+TEST_F(Export, Export_OverAnExistingFile_NeedsReplace) {
     const std::string file = CopyExample("materials.xml");
-    Write("out.csv", std::string(100000, 'x'));
-    Output({"export", file, "Header", Path("out.csv")});
+    const std::string old(100000, 'x');
+    Write("out.csv", old);
+    EXPECT_EQ(Failure({"export", file, "Header", Path("out.csv")}),
+              Path("out.csv") + ": already there; --replace overwrites it");
+    EXPECT_EQ(Read("out.csv"), old);
+    Output({"export", file, "Header", Path("out.csv"), "--replace"});
     EXPECT_EQ(Read("out.csv"),
               "category,symbol,title,catalog_type,units_type,version\r\n"
               "Materials,EN-MAT,Structural materials and bolts,Materials,Metric,1.0\r\n");
@@ -48,7 +52,7 @@ TEST_F(Export, Export_UnknownEnding_IsBadUsageAndWritesNothing) {
 TEST_F(Export, Export_ThatFails_LeavesTheTargetAsItWas) {
     const std::string file = CopyExample("materials.xml");
     const std::string target = Write("out.csv", "mine");
-    Failure({"export", file, "None such", target});
+    Failure({"export", file, "None such", target, "--replace"});
     EXPECT_EQ(Read("out.csv"), "mine");
     const std::string nowhere = Path("none/out.csv");
     EXPECT_EQ(Failure({"export", file, "Steel", nowhere}), nowhere + ": " + WhyNoTarget(nowhere));
@@ -61,8 +65,8 @@ TEST_F(Export, Export_ThenImport_GivesTheSameTable) {
                                                                      {"european-steel.xml", "SHS"}};
     for (const auto& [name, table] : tables) {
         const std::string file = CopyExample(name);
-        Output({"export", file, table, Path("round.csv")});
-        Output({"import", file, "Copy", Path("round.csv"), "--replace"});
+        Output({"export", file, table, Path("round.csv"), "--replace"});
+        Output({"import", file, "Copy", Path("round.csv"), "--replace", "--names", "keep"});
         EXPECT_EQ(Output({"export", file, "Copy", "-"}), Read("round.csv")) << table;
     }
 }
@@ -72,7 +76,7 @@ TEST_F(Export, Export_OfEveryType_ComesBackWithTypes) {
     const std::string csv = Path("round.csv");
     Output({"export", file, "Every type", csv});
     Output({"import", file, "Copy", csv, "--type", "float=float", "--type", "binary=binary", "--type",
-            "typeless=empty", "--type", "double=double", "--type", "load (kN)=double"});
+            "typeless=empty", "--type", "double=double", "--type", "load (kN)=double", "--names", "keep"});
     EXPECT_EQ(Output({"export", file, "Copy", "-"}), Read("round.csv"));
     EXPECT_EQ(Output({"check", file}), file + ": ok\n");
 }

@@ -145,19 +145,122 @@ TEST_F(Import, Import_BadCsv_NamesTheLineAndChangesNothing) {
     EXPECT_EQ(FailsUnchanged(""), " empty: the first line must name the fields");
 }
 
-TEST_F(Import, Import_BadFieldNames_AreNamed) {
-    EXPECT_EQ(FailsUnchanged("a,,b\n1,2,3\n"), "1: field 2 has no name");
-    EXPECT_EQ(FailsUnchanged("a,b,a\n1,2,3\n"), "1: two fields are called 'a'");
-    EXPECT_THAT(FailsUnchanged("a,1st\n1,2\n"), StartsWith("1: a catalog can't have a field '1st': "));
-    EXPECT_THAT(FailsUnchanged("a,b&c\n1,2\n"), StartsWith("1: a catalog can't have a field 'b&c': "));
-    EXPECT_EQ(FailsUnchanged("a b,a_b\n1,2\n"),
+TEST_F(Import, Import_HeadingsThatNoCatalogCanKeep_AreNamed) {
+    const std::vector<std::string> keep = {"--names", "keep"};
+    EXPECT_EQ(FailsUnchanged("a,,b\n1,2,3\n", keep), "1: field 2 has no name");
+    EXPECT_EQ(FailsUnchanged("a,b,a\n1,2,3\n", keep), "1: two fields are called 'a'");
+    EXPECT_THAT(FailsUnchanged("a,1st\n1,2\n", keep), StartsWith("1: a catalog can't have a field '1st': "));
+    EXPECT_THAT(FailsUnchanged("a,b&c\n1,2\n", keep), StartsWith("1: a catalog can't have a field 'b&c': "));
+    EXPECT_EQ(FailsUnchanged("a b,a_b\n1,2\n", keep),
               "1: a catalog can't tell the fields 'a b' and 'a_b' apart, it writes both as 'a_b'");
 }
 
-TEST_F(Import, Import_FieldsThatDifferInCaseOnly_AreBothKept) {
-    ImportText("I,i,n\n1,2,3\n", {"--type", "i=double", "--type", "N=text"});
+TEST_F(Import, Import_HeadingsThatDifferInCaseOnly_AreBothKeptWhenAsked) {
+    ImportText("I,i,n\n1,2,3\n", {"--type", "i=double", "--type", "N=text", "--names", "keep"});
     EXPECT_THAT(Types(), testing::ElementsAre("long", "double", "text"));
     EXPECT_EQ(Rows()[0], json({{"I", 1}, {"i", 2}, {"n", "3"}}));
+}
+
+// A heading, and by which name a query asks for the values under it.
+TEST_F(Import, Import_AnyHeadings_MakeNamesThatCanBeSavedAndQueried) {
+    const std::vector<std::pair<const char*, const char*>> headings = {
+        {"h [mm]", "h_mm"},   {"\"h, mm\"", "h_mm_2"}, {"h (mm)", "h_mm_3"}, {"G (kg/m)", "G_kg_m"},
+        {"b [mm]", "b_mm"},   {"", "field_6"},         {"b", "b"},           {"B", "B_3"},
+        {"a b", "[a b]"},     {"a_b", "a_b_2"},        {"1st", "_1st"},      {"b&c", "b_c"},
+        {"A [cm²]", "A_cm2"}, {"名前", "名前"},        {"order", "[order]"}, {"b", "b_4"},
+        {"% x*y=z", "x_y_z"}, {"''", "field_18"},      {"f.ck", "f.ck"},     {"]", "field_20"},
+        {"B_2", "[B_2]"}};
+    std::string first;
+    std::string second;
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        first += (i == 0 ? "" : ",") + std::string(headings[i].first);
+        second += (i == 0 ? "" : ",") + std::to_string(i);
+    }
+    const quillet::test::RunResult result = Run(Command(first + "\n" + second + "\n", {}));
+    EXPECT_EQ(result.m_status, 0) << result.m_errors;
+    EXPECT_THAT(Complaint(result.m_errors),
+                StartsWith("warning: " + Path("in.csv") +
+                           ": fields renamed: 'h [mm]' to 'h_mm', 'h, mm' to 'h_mm_2', 'h (mm)' to 'h_mm_3', "
+                           "'G (kg/m)' to 'G_kg_m', "));
+    EXPECT_EQ(Output({"check", m_file}), m_file + ": ok\n");
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        const std::string name = headings[i].second;
+        const std::string value = std::to_string(i);
+        const json rows = json::parse(
+            Output({"query", m_file,
+                    "select " + name + " from New where " + name + " = " + value + " order by " + name,
+                    "--format", "json"}));
+        ASSERT_EQ(rows.size(), 1U) << name;
+        EXPECT_EQ(rows[0].begin().value(), i) << name;
+    }
+}
+
+TEST_F(Import, Import_HeadingsThatCanStay_AreNotRenamed) {
+    ImportText("name,h/b,a b,f.ck,Größe,select\n1,2,3,4,5,6\n");
+    EXPECT_EQ(Rows()[0],
+              json({{"name", 1}, {"h/b", 2}, {"a b", 3}, {"f.ck", 4}, {"Größe", 5}, {"select", 6}}));
+}
+
+TEST_F(Import, Import_OptionsForRenamedFields_TakeHeadingsAndNames) {
+    const quillet::test::RunResult result =
+        Run(Command("h [mm],G (kg/m)\n1,2\n", {"--type", "h [mm]=double", "--key", "g_kg_m"}));
+    EXPECT_EQ(result.m_status, 0) << result.m_errors;
+    const json fields = json::parse(Output({"fields", m_file, "New", "--format", "json"}));
+    EXPECT_EQ(fields[0]["type"], "double");
+    EXPECT_EQ(fields[1]["key"], true);
+}
+
+TEST_F(Import, Import_OtherDelimiters_AreNamedAndThenTaken) {
+    const std::string all = " reads them, --delimiter , takes commas all the same";
+    EXPECT_EQ(FailsUnchanged("name;h;G\nIPE 80;80;6\n"),
+              "1: the values seem to be separated by semicolons: --delimiter ';'" + all);
+    EXPECT_EQ(FailsUnchanged("name\th\nIPE 80\t80\n"),
+              "1: the values seem to be separated by tabs: --delimiter tab" + all);
+    EXPECT_THAT(FailsUnchanged("name|h\nIPE 80|80\n"), HasSubstr("--delimiter '|'"));
+    EXPECT_THAT(FailsUnchanged("name;h, mm;G\nIPE 80;80,5;6\n"), HasSubstr("--delimiter ';'"))
+        << "decimal commas, as many as there are in the headings";
+    EXPECT_THAT(FailsUnchanged("name;h;G\nIPE 80;80,5;6\n"), HasSubstr("--delimiter ';'"));
+
+    ImportText("name;h\n\"a;b\";80.5\n", {"--delimiter", ";"});
+    EXPECT_EQ(Rows()[0], json({{"name", "a;b"}, {"h", 80.5}}));
+    ImportText("name\th\nIPE, 80\t80\n", {"--delimiter", "tab", "--replace"});
+    EXPECT_EQ(Rows()[0], json({{"name", "IPE, 80"}, {"h", 80}}));
+}
+
+TEST_F(Import, Import_CommaAskedFor_IsTaken) {
+    const quillet::test::RunResult result = Run(Command("a;b\n1;2\n", {"--delimiter", ","}));
+    EXPECT_EQ(result.m_status, 0) << result.m_errors;
+    EXPECT_EQ(Rows()[0], json({{"a_b", "1;2"}}));
+}
+
+TEST_F(Import, Import_CommasBesideOtherMarks_AreTakenForWhatTheyAre) {
+    ImportText("name,note\na,one; two\nb,three\n");
+    EXPECT_EQ(Rows()[0], json({{"name", "a"}, {"note", "one; two"}}));
+}
+
+TEST_F(Import, Import_BadDelimiterOrRuleOfNames_IsBadUsage) {
+    for (const char* delimiter : {"ab", "\"", "\n", "é"}) {
+        EXPECT_THAT(UsageError({"import", m_file, "New", "in.csv", "--delimiter", delimiter}),
+                    HasSubstr("neither 'tab' nor a single character"))
+            << delimiter;
+    }
+    EXPECT_THAT(UsageError({"import", m_file, "New", "in.csv", "--names", "all"}),
+                HasSubstr("'all' is neither keep nor safe"));
+}
+
+TEST_F(Import, Import_Utf16_SaysSo) {
+    using namespace std::string_literals;
+    for (const std::string& csv : {"\xFF\xFE"
+                                   "a\0,\0b\0\n\0"s,
+                                   "\xFE\xFF\0a\0,\0b\0\n"s, "a\0,\0b\0\n\0"s, "\0a\0,\0b\0\n"s}) {
+        EXPECT_EQ(FailsUnchanged(csv), " UTF-16, not UTF-8: save it as UTF-8 and import that");
+    }
+}
+
+TEST_F(Import, Import_NumbersThatTheFileWouldLose_StayTexts) {
+    ImportText("x\n1.7976931348623157e308\n");
+    EXPECT_THAT(Types(), testing::ElementsAre("text"));
+    EXPECT_EQ(Rows()[0]["x"], "1.7976931348623157e308");
 }
 
 TEST_F(Import, Import_ValuesThatDoNotFitTheTypeGiven_AreNamed) {
@@ -167,6 +270,9 @@ TEST_F(Import, Import_ValuesThatDoNotFitTheTypeGiven_AreNamed) {
               "2: field 'a': '2147483648' is no value of the type long");
     EXPECT_EQ(FailsUnchanged("a\n\"1,5\"\n", {"--type", "a=double"}),
               "2: field 'a': '1,5' is no value of the type double");
+    EXPECT_EQ(FailsUnchanged("a\n1.7976931348623157e308\n", {"--type", "a=double"}),
+              "2: field 'a': '1.7976931348623157e308' is no value of the type double")
+        << "its 15 digits would be more than a double holds";
     EXPECT_EQ(FailsUnchanged("a\nyes\n", {"--type", "a=boolean"}),
               "2: field 'a': 'yes' is no value of the type boolean");
     EXPECT_EQ(FailsUnchanged("a\nQQ\n", {"--type", "a=binary"}),

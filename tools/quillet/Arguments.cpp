@@ -8,6 +8,7 @@
 
 #include "CellText.h"
 #include "Commands.h"
+#include "CsvReader.h"
 #include "Failure.h"
 #include "PlainText.h"
 #include "base/Utf8.h"
@@ -47,6 +48,23 @@ std::string CheckFieldType(const std::string& text) {
     }
     const std::string word = text.substr(equals + 1);
     return TypeOfWord(word) ? "" : Quoted(word) + " is no type; the types are " + TypeWords();
+}
+
+// A word for the one that shells and people find hard to write.
+constexpr const char* TabWord = "tab";
+
+std::string CheckDelimiter(const std::string& text) {
+    const bool isLetter = text.size() == 1 && IsCsvDelimiter(text.front());
+    return isLetter || text == TabWord
+               ? ""
+               : Quoted(text) + " is neither 'tab' nor a single character of ASCII that can separate values";
+}
+
+constexpr const char* KeepNames = "keep";
+constexpr const char* SafeNamesWord = "safe";
+
+std::string CheckNames(const std::string& word) {
+    return word == KeepNames || word == SafeNamesWord ? "" : Quoted(word) + " is neither keep nor safe";
 }
 
 std::string CheckSection(const std::string& word) {
@@ -125,6 +143,11 @@ whole numbers becomes long, all numbers double, all true or false boolean, and
 text otherwise; --type decides differently. Numbers have a decimal point.
 An empty value stays empty in the file, but readers take an empty float or
 double for 0. If anything is wrong with the CSV file, nothing is changed.
+
+With --names safe, a heading that a catalog can't hold or a query can't ask for
+gets another name, which is told: 'h [mm]' becomes h_mm, a second h h_2. With
+--names keep every heading is a name as it stands, and one that a catalog can't
+hold is refused. --type and --key take headings and names.
 
 Types: )";
 
@@ -348,6 +371,7 @@ void CommandLine::AddExport() {
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
+    command.add_flag("--replace", request->m_replace, "Overwrite OUT");
     Choose(command, request, Export);
 }
 
@@ -390,6 +414,8 @@ void CommandLine::AddSet() {
 void CommandLine::AddImport() {
     const auto request = std::make_shared<ImportRequest>();
     const auto types = std::make_shared<std::vector<std::string>>();
+    const auto delimiter = std::make_shared<std::string>();
+    const auto names = std::make_shared<std::string>();
     CLI::App& command = Add("import", "Make a table from a CSV file");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
@@ -399,7 +425,20 @@ void CommandLine::AddImport() {
     AddList(command, "--key", request->m_keys, "FIELD", "Mark a field as key; may be repeated");
     command.add_flag("--replace", request->m_replace,
                      "Replace a table of this name; fields that stay remain keys");
+    command.add_option("--delimiter", *delimiter, "What separates values: a character, or tab (comma)")
+        ->check(CheckDelimiter)
+        ->type_name("CHAR");
+    command.add_option("--names", *names, "What becomes of headings: safe or keep (safe)")
+        ->check(CheckNames)
+        ->type_name("RULE");
     command.footer(ImportNotes + TypeWords() + ".\n\n" + CommonNotes);
+    command.parse_complete_callback([request, types, delimiter, names] {
+        request->m_types = SplitTypes(*types);
+        request->m_keepsNames = *names == KeepNames;
+        if (!delimiter->empty()) {
+            request->m_delimiter = *delimiter == TabWord ? '\t' : delimiter->front();
+        }
+    });
     command.parse_complete_callback([request, types] { request->m_types = SplitTypes(*types); });
     AddNoWait(command);
     Choose(command, request, Import);
@@ -442,6 +481,7 @@ void CommandLine::AddConvert() {
         ->check(CheckNotEmpty)
         ->type_name("");
     command.add_flag("--replace", request->m_replace, "Overwrite OUT.xml");
+    command.add_flag("--lossy", request->m_lossy, "Go on where a number can't be read back from its text");
     command.footer(std::string(ConvertNotes) + CommonNotes);
     AddNoWait(command);
     Choose(command, request, Convert);

@@ -5,12 +5,14 @@
 
 #include "AccessFile.h"
 #include "CellText.h"
+#include "FileKind.h"
 #include "LogLines.h"
 #include "Names.h"
 #include "PlainText.h"
 #include "Progress.h"
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/Db_SqlText.h"
+#include "SaveErrors.h"
 #include "System.h"
 #include "TableProgress.h"
 #include "WriteLock.h"
@@ -43,6 +45,7 @@ std::unique_ptr<DbDatabase> OpenDatabase(const std::string& path) {
     if (!platform::ReadableFile::Open(path, &why)) {
         throw Failure(path + ": " + why);
     }
+    RefuseOtherKind(path);
     // The path is taken as it was given.
     DbSource::ForceXML = false;
     try {
@@ -234,7 +237,7 @@ void Catalog::SaveAs(const std::string& path) {
     CollectLog();
     if (!isSaved) {
         std::string reasons;
-        for (const std::string& fault : m_faults) {
+        for (const std::string& fault : ExplainSaveErrors(*m_database, m_faults)) {
             reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, path);
         }
         throw Failure(path + ": not saved" + reasons);

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 
 #include "Names.h"
+#include "PlainText.h"
 
 namespace quillet::tool {
 
@@ -25,7 +27,8 @@ std::optional<Number> ReadNumber(std::string_view text) {
     Number number{};
     const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool hasDigits = text.find_first_of(Digits) != std::string_view::npos;
-    if (!hasDigits || result.ec != std::errc() || result.ptr != text.data() + text.size()) {
+    if (!hasDigits || result.ec != std::errc() || result.ptr != text.data() + text.size() ||
+        !IsReadBack(CComVariant(number))) {
         return std::nullopt;
     }
     return number;
@@ -152,6 +155,32 @@ bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cel
             field.Convert(cell, CString(std::string(text)).GetString());
             return true;
     }
+}
+
+bool IsReadBack(const CComVariant& cell) {
+    // Nearly all numbers lie in between.
+    constexpr double SurelyLarge = 1e-30;
+    constexpr double SurelySmall = 1e30;
+    if (cell.vt != VT_R4 && cell.vt != VT_R8) {
+        return true;
+    }
+    const double number = std::fabs(cell.vt == VT_R4 ? static_cast<double>(cell.fltVal) : cell.dblVal);
+    if (number == 0 || (number > SurelyLarge && number < SurelySmall)) {
+        return true;
+    }
+    std::string text;
+    AppendValueText(cell, text);
+    DbFieldDescr field;
+    field.SetType(cell.vt);
+    CComVariant back;
+    field.Convert(back, CString(text).GetString());
+    return back.vt == cell.vt;
+}
+
+std::string LostNumber(const DbFieldValue& cell) {
+    CString text;
+    cell.ValueToString(text);
+    return "the number can't be carried by a text: " + Quoted(text.ToUtf8()) + " is not read back";
 }
 
 std::string UncarriableCharacter(std::string_view text) {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Quillet/Db_FieldDescr.h"
+#include "Quillet/Db_FieldValue.h"
 
 namespace quillet::tool {
 
@@ -28,9 +29,16 @@ std::optional<DbFieldDescr::eFieldType> TypeOfWord(std::string_view word);
 // All these words, "a, b, c".
 std::string TypeWords();
 
-// Fills a cell with the text as a value of the field's type; an empty text leaves a cell that is no text
-// without a value. False, with the cell as it was, where the text is no such value.
+// Fills a cell with the text as a value of the field's type that a file can give back; an empty text leaves a
+// cell that is no text without a value. False, with the cell as it was, where the text is no such value.
 bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cell);
+
+// Whether a cell's text, as files hold it, is read back as a number. The text has 15 digits (7 of a float),
+// which may round the largest doubles up to more than a double holds, and there is none for infinity and the
+// like.
+bool IsReadBack(const CComVariant& cell);
+// What to say of a number that is not.
+std::string LostNumber(const DbFieldValue& cell);
 
 // The first character that a catalog file can't carry, as "U+0001"; empty where there is none.
 std::string UncarriableCharacter(std::string_view text);

@@ -1,6 +1,7 @@
 // The commands. Each returns the exit status and throws Failure for what it can't do.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,6 +50,7 @@ struct ExportRequest {
     std::string m_table;
     // "-" is standard output.
     std::string m_target;
+    bool m_replace = false;
 };
 
 struct CheckRequest {
@@ -87,6 +89,10 @@ struct ImportRequest {
     std::vector<KeyValue> m_types;
     std::vector<std::string> m_keys;
     bool m_replace = false;
+    // What stands between values; without one it is a comma.
+    std::optional<char> m_delimiter;
+    // Headings are names of fields as they stand, whether a query can ask for them or not.
+    bool m_keepsNames = false;
 };
 
 struct ConvertRequest {
@@ -94,6 +100,8 @@ struct ConvertRequest {
     std::string m_source;
     std::string m_target;
     bool m_replace = false;
+    // Goes on where numbers are lost.
+    bool m_lossy = false;
 };
 
 int Info(const Settings& settings, const InfoRequest& request);

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "Catalog.h"
+#include "CellText.h"
 #include "Commands.h"
 #include "Listing.h"
 #include "Output.h"
@@ -130,6 +131,9 @@ void CheckCells(const Table& table, Findings& findings) {
                 findings.push_back(
                     {Quoted(text.ToUtf8()) + " is no value of the type " + field.GetTypeString().ToUtf8(), 0,
                      table.m_name, row + 1, field.GetName().ToUtf8()});
+            } else if (!IsReadBack(cells.GetField(i).GetVariant())) {
+                findings.push_back(
+                    {LostNumber(cells.GetField(i)), 0, table.m_name, row + 1, field.GetName().ToUtf8()});
             }
         }
         progress.Set(row + 1);

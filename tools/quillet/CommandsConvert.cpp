@@ -1,8 +1,10 @@
 // A catalog from an Access file, and an Access file filled from a catalog.
 #include "AccessFile.h"
 #include "Catalog.h"
+#include "CellText.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "FileKind.h"
 #include "Output.h"
 #include "PlainText.h"
 #include "TableRecords.h"
@@ -29,16 +31,56 @@ void WarnOfLostValues(Catalog& catalog) {
     }
 }
 
+// Where a number stands that its text can't carry, and how many more there are; empty where there is none.
+std::string FindLostNumbers(Catalog& catalog) {
+    DbDatabase& database = catalog.Database();
+    std::string first;
+    std::size_t others = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        const DbTableDescr& descr = *database.GetTableDescr(i);
+        DbTableData& data = *database.GetTableData(i);
+        for (std::size_t row = 0; row < data.size(); ++row) {
+            const DbTableRow& cells = *data.GetRow(static_cast<int>(row));
+            for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+                if (IsReadBack(cells.GetField(cell).GetVariant())) {
+                    continue;
+                }
+                others += first.empty() ? 0U : 1U;
+                if (first.empty()) {
+                    first = "table " + Quoted(database.GetTableName(i).ToUtf8()) + ", row " +
+                            std::to_string(row + 1) + ", field " +
+                            Quoted(descr.GetField(static_cast<int>(cell)).GetName().ToUtf8()) + ": " +
+                            LostNumber(cells.GetField(cell));
+                }
+            }
+        }
+    }
+    return first + (others == 0 ? "" : " (and " + std::to_string(others) + " more)");
+}
+
+// Nothing has been written yet.
+void RefuseLostNumbers(Catalog& catalog, const ConvertRequest& request) {
+    const std::string lost = FindLostNumbers(catalog);
+    if (lost.empty()) {
+        return;
+    }
+    if (!request.m_lossy) {
+        throw catalog.Failed("not converted: " + lost + "; --lossy goes on");
+    }
+    Complain("warning: " + catalog.Path() + ": " + lost);
+}
+
 int ToXml(const Settings& settings, const ConvertRequest& request) {
     const std::unique_ptr<platform::FileLock> lock =
         request.m_replace ? LockForWriting(request.m_target, settings) : nullptr;
     Catalog catalog(request.m_source, settings);
     catalog.Database().RefuseForeignChangesOf(request.m_target);
-    if (platform::PathExists(request.m_target) && !request.m_replace) {
-        throw Failure(request.m_target + ": already there; --replace overwrites it");
+    if (!request.m_replace) {
+        RefuseExisting(request.m_target);
     }
     catalog.ReadAll();
     catalog.RefuseFaults("not converted");
+    RefuseLostNumbers(catalog, request);
     WarnOfLostValues(catalog);
     const std::size_t tables = catalog.TableNames().size();
     catalog.SaveAs(request.m_target);
@@ -52,6 +94,7 @@ int ToAccess(const Settings& settings, const ConvertRequest& request) {
             request.m_target +
             ": not there; tables can only be put into an Access file that exists, an empty one will do");
     }
+    RefuseOtherKind(request.m_target);
     const std::unique_ptr<platform::FileLock> lock = LockForWriting(request.m_target, settings);
     Catalog catalog(request.m_source, settings);
     catalog.ReadAll();

@@ -176,6 +176,9 @@ int Show(const Settings& settings, const ShowRequest& request) {
 
 int Export(const Settings& settings, const ExportRequest& request) {
     const std::unique_ptr<Writer> writer = MakeWriter(FormatOfTarget(settings, request.m_target));
+    if (request.m_target != "-" && !request.m_replace) {
+        RefuseExisting(request.m_target);
+    }
     Catalog catalog(request.m_file, settings);
     catalog.ReadStructure();
     const Table table = catalog.FindTable(request.m_table);

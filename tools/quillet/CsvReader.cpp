@@ -33,11 +33,12 @@ std::string_view FirstLine(std::string_view text) {
 // The C library's parser and what it called back with. Rows never end but at a line end, so one line fed ends
 // at most one row.
 struct CsvReader::Parser {
-    Parser() {
+    explicit Parser(char delimiter) {
         if (csv_init(&m_csv, CSV_STRICT | CSV_STRICT_FINI) != 0) {
             throw std::bad_alloc();
         }
         csv_set_space_func(&m_csv, IsNeverBlank);
+        csv_set_delim(&m_csv, static_cast<unsigned char>(delimiter));
         // Its buffer grows by this much at a time.
         constexpr std::size_t BufferStep = 4096;
         csv_set_blk_size(&m_csv, BufferStep);
@@ -90,8 +91,16 @@ struct CsvReader::Parser {
     std::exception_ptr m_exception;
 };
 
-CsvReader::CsvReader(std::string_view text, std::string name)
-    : m_rest(text), m_name(std::move(name)), m_parser(std::make_unique<Parser>()) {
+bool IsCsvDelimiter(char letter) {
+    constexpr char LastOfAscii = 0x7F;
+    return letter > 0 && letter <= LastOfAscii && letter != '"' && letter != '\r' && letter != '\n';
+}
+
+CsvReader::CsvReader(std::string_view text, std::string name, char delimiter)
+    : m_rest(text),
+      m_size(text.size()),
+      m_name(std::move(name)),
+      m_parser(std::make_unique<Parser>(delimiter)) {
     if (m_rest.starts_with(ByteOrderMark)) {
         m_rest.remove_prefix(ByteOrderMark.size());
     }

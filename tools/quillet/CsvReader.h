@@ -1,4 +1,4 @@
-// Reads comma-separated values as RFC 4180 has them.
+// Reads comma-separated values as RFC 4180 has them, with any delimiter.
 #pragma once
 
 #include <cstddef>
@@ -9,13 +9,18 @@
 
 namespace quillet::tool {
 
+// Whether values can be told apart by the letter: a character of ASCII that neither quotes values nor ends
+// lines.
+bool IsCsvDelimiter(char letter);
+
 // Walks the rows of a text. Blanks belong to the values; line breaks stand in quoted values; rows end with
 // CRLF, LF or CR; empty lines are passed over, and so is a byte-order mark. Whatever breaks the rules throws
 // Failure with the name of the file and the line.
 class CsvReader {
 public:
-    // The text must outlive the reader; the name is that of the file, for messages.
-    CsvReader(std::string_view text, std::string name);
+    // The text must outlive the reader; the name is that of the file, for messages. The delimiter stands
+    // between values; it is one that IsCsvDelimiter allows.
+    CsvReader(std::string_view text, std::string name, char delimiter = ',');
     CsvReader(const CsvReader&) = delete;
     CsvReader& operator=(const CsvReader&) = delete;
     ~CsvReader();
@@ -27,6 +32,9 @@ public:
     const std::vector<std::string>& Values() const;
     // The line on which the row begins, from 1.
     std::size_t Line() const { return m_rowLine; }
+
+    // How much of the text was read, in bytes.
+    std::size_t Position() const { return m_size - m_rest.size(); }
 
     // "FILE:LINE: message" for the row at hand.
     std::string Message(std::string_view message) const;
@@ -40,6 +48,7 @@ private:
     [[noreturn]] void Fail(std::size_t line, std::string_view message) const;
 
     std::string_view m_rest;
+    std::size_t m_size;
     std::string m_name;
     std::unique_ptr<Parser> m_parser;
     // The line that is fed next, and the one on which the row at hand begins.

@@ -68,4 +68,10 @@ void FileOutput::Finish() {
     }
 }
 
+void RefuseExisting(const std::string& path) {
+    if (platform::PathExists(path)) {
+        throw Failure(path + ": already there; --replace overwrites it");
+    }
+}
+
 }  // namespace quillet::tool

@@ -49,4 +49,8 @@ private:
     std::unique_ptr<platform::AtomicFile> m_file;
 };
 
+// Throws Failure where a file that would be written is already there, and names the option that overwrites
+// it.
+void RefuseExisting(const std::string& path);
+
 }  // namespace quillet::tool

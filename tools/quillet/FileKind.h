@@ -1,0 +1,12 @@
+// What a file is by its first bytes, whatever it is called.
+#pragma once
+
+#include <string>
+
+namespace quillet::tool {
+
+// Throws Failure for an Access file whose name ends in .xml, and for an XML file whose name ends in .mdb: by
+// its name it would be taken for a damaged file of the other kind. A file that can't be read is passed over.
+void RefuseOtherKind(const std::string& path);
+
+}  // namespace quillet::tool
