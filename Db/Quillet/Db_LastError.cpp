@@ -62,7 +62,7 @@ void LastError::SetToCurrentException() noexcept {
 }
 
 CString LastError::Text() const {
-    return m_isOutOfMemory ? CString("out of memory") : m_text;
+    return m_isOutOfMemory ? CString(OutOfMemory) : m_text;
 }
 
 }  // namespace quillet

@@ -8,6 +8,8 @@ namespace quillet {
 // Can be set when there is no memory for a text.
 class LastError {
 public:
+    static constexpr const char* OutOfMemory = "out of memory";
+
     void Clear() noexcept;
     void Set(const CString& text) noexcept;
     // The exception that is being handled; nothing is deleted.

@@ -157,4 +157,35 @@ TEST_F(Check, Check_SeveralFaults_AreCounted) {
     EXPECT_EQ(Complaint(result.m_errors), file + ": " + std::to_string(lines) + " faults");
 }
 
+// The next change of such a catalog would drop what stands there.
+TEST_F(Check, Check_WhatACatalogHasOnceAndStandsTwice_IsNamed) {
+    const std::string more = "<data><table name='Bolts'><row name='more' /></table></data>";
+    for (const char* end : {"</body>", "</header>"}) {
+        const std::string file = WriteChanged("twice.xml", end, more + end);
+        for (const std::vector<std::string>& options :
+             {std::vector<std::string>{}, std::vector<std::string>{"--sequential"}}) {
+            EXPECT_THAT(Findings("twice.xml", options),
+                        HasSubstr(options.empty() ? ": A surplus <data> in <" : ": an element <data> in <"));
+        }
+        EXPECT_EQ(Run({"set", file, "header", "title=x"}).m_status, 1);
+    }
+    WriteChanged("twice.xml", "</database>", "<body><structure />" + more + "</body></database>");
+    EXPECT_THAT(Findings("twice.xml"), HasSubstr(": A surplus <body> in <database> is left out"));
+    WriteChanged("twice.xml", "<database>", "<database><header /></database><database>");
+    EXPECT_THAT(Findings("twice.xml"), HasSubstr(": there is more than one element at the top"));
+}
+
+TEST_F(Check, Check_ElementsThatNoCatalogHas_AreNamed) {
+    WriteChanged("more.xml", "</database>", "<remarks>text</remarks></database>");
+    EXPECT_THAT(Findings("more.xml"),
+                HasSubstr(": an element <remarks> in <database> that no catalog has there\n"));
+    WriteChanged("more.xml", "</body>", "text</body>");
+    EXPECT_THAT(Findings("more.xml"), HasSubstr(": text in <body> that no catalog has there\n"));
+    const std::string text = Read("more.xml");
+    const std::size_t row = text.find("/>", text.rfind("<row"));
+    Write("more.xml", text.substr(0, row) + "><remark /></row>" + text.substr(row + 2));
+    EXPECT_THAT(Findings("more.xml"),
+                HasSubstr(": the row holds elements or text, which no catalog has there\n"));
+}
+
 }  // namespace

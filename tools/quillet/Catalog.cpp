@@ -1,6 +1,7 @@
 #include "Catalog.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "AccessFile.h"
@@ -10,6 +11,7 @@
 #include "Names.h"
 #include "PlainText.h"
 #include "Progress.h"
+#include "Quillet/Db_LastError.h"
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/Db_SqlText.h"
 #include "SaveErrors.h"
@@ -25,6 +27,16 @@ namespace quillet::tool {
 namespace {
 
 constexpr const char* IncompleteCatalog = "no catalog: its header or its body is not complete";
+constexpr const char* IncompleteSequentially =
+    "no catalog that can be read sequentially: its header or its body is not found; try it without "
+    "--sequential";
+
+// The model says false where it has no memory; the program ends.
+void RequireMemory(const CString& error) {
+    if (error == LastError::OutOfMemory) {
+        throw std::bad_alloc();
+    }
+}
 
 void WriteLine(const std::string& line) {
     WriteToStandardError(Visible(line) + "\n");
@@ -135,6 +147,7 @@ void Catalog::ReadAll() {
         m_database->LoadTables();
         for (std::size_t i = 0; i < static_cast<std::size_t>(m_database->GetTablesCount()); ++i) {
             if (!m_database->GetTableData(i)->ParseXmlData()) {
+                RequireMemory(m_database->LastReadError());
                 m_faults.push_back(MalformedRows(m_database->GetTableName(i).ToUtf8()));
             }
         }
@@ -174,6 +187,7 @@ Table Catalog::TableAt(std::size_t index) {
     const std::string name = m_database->GetTableName(index).ToUtf8();
     const std::string malformed = MalformedRows(name);
     if (!isRead) {
+        RequireMemory(m_database->LastReadError());
         m_faults.push_back(malformed);
     }
     RefuseUnreadable();
@@ -199,6 +213,7 @@ Reply Catalog::Ask(const std::string& query) {
     const std::vector<std::string> lines = CollectLog();
     RefuseUnreadable();
     if (!isAnswered) {
+        RequireMemory(m_database->LastReadError());
         return {false, IsQueryRead(lines), "", QueryComplaint(lines)};
     }
     const DbTableInfo& answer = *m_database->GetTableInfo(name);
@@ -236,6 +251,7 @@ void Catalog::SaveAs(const std::string& path) {
     m_faults.clear();
     CollectLog();
     if (!isSaved) {
+        RequireMemory(m_database->LastSaveError());
         std::string reasons;
         for (const std::string& fault : ExplainSaveErrors(*m_database, m_faults)) {
             reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, path);
@@ -275,7 +291,8 @@ void Catalog::RefuseUnreadable() {
                       error.m_message);
     }
     if (std::find(m_faults.begin(), m_faults.end(), IncompleteCatalog) != m_faults.end()) {
-        throw Failed(IncompleteCatalog);
+        throw Failed(m_database->GetSource()->IsSequentialAccess() ? IncompleteSequentially
+                                                                   : IncompleteCatalog);
     }
 }
 

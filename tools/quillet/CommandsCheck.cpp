@@ -29,16 +29,6 @@ struct Finding {
 
 using Findings = std::vector<Finding>;
 
-// The first element of the name below a node, in any case as readers take it; a null node where there is
-// none.
-xml::Node FindChild(const xml::Node& parent, const char* name) {
-    xml::Node child = parent.FirstChild();
-    while (!child.IsNull() && CString(child.Name()).CompareNoCase(name) != 0) {
-        child = child.NextSibling();
-    }
-    return child;
-}
-
 // The attribute of an element; empty where it has none of the name.
 std::string Attribute(const xml::Node& element, std::string_view name) {
     xml::AttributeReader attributes(element);
@@ -79,27 +69,81 @@ std::set<CString> CheckTables(const xml::Node& structure, Findings& findings) {
     return names;
 }
 
+// Whether the database tells itself that it left the element out.
+bool IsLoggedAsSurplus(const xml::Node& element, const Settings& settings) {
+    const CString name(element.Name());
+    return !settings.m_sequential &&
+           (name.CompareNoCase("header") == 0 || name.CompareNoCase("body") == 0 ||
+            name.CompareNoCase("structure") == 0 || name.CompareNoCase("data") == 0);
+}
+
+// What stands below an element after the two that a catalog has there.
+void CheckSurplus(const xml::Node& parent, const Settings& settings, Findings& findings) {
+    constexpr std::size_t Known = 2;
+    std::size_t position = 0;
+    for (xml::Node child = parent.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
+        if (position++ < Known || IsLoggedAsSurplus(child, settings)) {
+            continue;
+        }
+        const std::string what = child.IsElement() ? "an element <" + child.Name() + ">" : "text";
+        findings.push_back({what + " in <" + parent.Name() + "> that no catalog has there"});
+    }
+}
+
+// A row holds nothing but attributes.
+void CheckRows(const xml::Node& data, Findings& findings) {
+    for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+        std::size_t number = 0;
+        for (xml::Node row = table.FirstChild(); !row.IsNull(); row = row.NextSibling()) {
+            ++number;
+            if (!row.FirstChild().IsNull()) {
+                findings.push_back({"the row holds elements or text, which no catalog has there", 0,
+                                    table.FirstAttributeValue().value_or(""), number});
+            }
+        }
+    }
+}
+
+// One of the two halves of a catalog, whose tables are returned in lower case.
+std::set<CString> CheckHalf(const xml::Node& half, const Settings& settings, Findings& findings) {
+    const xml::Node structure = half.FirstChild();
+    CheckRows(structure.NextSibling(), findings);
+    CheckSurplus(half, settings, findings);
+    return CheckTables(structure, findings);
+}
+
 // The file as XML, before it is read as a catalog. False where it is none.
-bool CheckXml(const std::string& path, Findings& findings) {
+bool CheckXml(const std::string& path, const Settings& settings, Findings& findings) {
     const RunningProgress progress(ScreenBesideFiles(), "Checking " + path);
     xml::Document document;
     if (!document.LoadFile(path)) {
         findings.push_back({document.Error().m_message, document.Error().m_line});
         return false;
     }
-    const xml::Node database = FindChild(document.Root(), "database");
+    std::size_t roots = 0;
+    xml::Node database;
+    for (xml::Node root = document.Root().FirstChild(); !root.IsNull(); root = root.NextSibling()) {
+        ++roots;
+        if (CString(root.Name()).CompareNoCase("database") == 0) {
+            database = root;
+        }
+    }
     if (database.IsNull()) {
         findings.push_back({"no catalog: there is no <database> element"});
         return false;
     }
-    const std::set<CString> names =
-        CheckTables(FindChild(FindChild(database, "header"), "structure"), findings);
+    if (roots > 1) {
+        findings.push_back({"there is more than one element at the top, and the last <database> is read"});
+    }
+    const xml::Node header = database.FirstChild();
+    const std::set<CString> names = CheckHalf(header, settings, findings);
     for (const char* name : {HeaderName, PropertiesName}) {
         if (names.count(Lowered(name)) == 0) {
             findings.push_back({"the header has no table " + std::string(name)});
         }
     }
-    CheckTables(FindChild(FindChild(database, "body"), "structure"), findings);
+    CheckHalf(header.NextSibling(), settings, findings);
+    CheckSurplus(database, settings, findings);
     return true;
 }
 
@@ -207,7 +251,7 @@ int Check(const Settings& settings, const CheckRequest& request) {
     const std::string& path = request.m_file;
     Findings findings;
     const bool isXml = Catalog(path, settings).IsXml();
-    if (!isXml || CheckXml(path, findings)) {
+    if (!isXml || CheckXml(path, settings, findings)) {
         CheckDatabase(path, settings, findings);
     }
     if (settings.m_format == Format::Text) {
