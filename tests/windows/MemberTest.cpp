@@ -189,6 +189,12 @@ TEST_F(Members, Find_RowsWereAddedSince_AreFound) {
     EXPECT_EQ(Said(m_catalog, "Find", {1, "T", "n > 0"}), "3");
 }
 
+TEST_F(Members, Find_TableWithSelectInItsName_IsSearched) {
+    MakeTable("Selection");
+    AddRow("Selection", 7, "x");
+    EXPECT_EQ(Said(m_catalog, "Find", {0, "selection", "n > 0"}), "0");
+}
+
 // ---- The source
 
 TEST_F(Members, FilePath_Put_DoesNotSwitchSequentialAccessOn) {
