@@ -34,7 +34,7 @@ cp "$catalog" "$copy"
 printf '\nA copy to edit: %s\n' "$copy"
 step set "$copy" properties material=S355
 step rename "$copy" SHS "Hollow sections"
-step export "$copy" "Hollow sections" build/demo/hollow.csv
+step export "$copy" "Hollow sections" build/demo/hollow.csv --replace
 step import "$copy" Profiles build/demo/hollow.csv
 step drop "$copy" UPE
 step info "$copy"

@@ -146,7 +146,7 @@ TEST_F(Convert, ToXml_ColumnsWithoutAType_AreWarnedOf) {
         GTEST_SKIP() << "no ../shared/data/types.mdb";
     }
     const std::string source = CopyShared("types.mdb");
-    const quillet::test::RunResult result = Run({"convert", source, Path("types.xml")});
+    const quillet::test::RunResult result = Run({"convert", "--lossy", source, Path("types.xml")});
     EXPECT_EQ(result.m_status, 0) << result.m_errors;
     EXPECT_THAT(result.m_errors, HasSubstr("warning: " + source + ": table 'values', field "));
     EXPECT_THAT(result.m_errors, HasSubstr(", field 'a_date': values of its type are left out\n"));
@@ -212,7 +212,7 @@ TEST_F(Convert, ToXml_RowsThatTheDriverPassesOverInSilence_AreMissed) {
     EXPECT_FALSE(Exists("new.xml"));
     const quillet::test::RunResult check = Run({"check", cut});
     EXPECT_EQ(check.m_status, 1);
-    EXPECT_EQ(check.m_output, cut + ": " + fault + "\n");
+    EXPECT_THAT(check.m_output, testing::StartsWith(cut + ": " + fault + "\n"));
     // Where the list of tables is cut off too, the driver finds none.
     const std::string stump = Write("stump.mdb", whole.substr(0, 5 * 4096));
     const quillet::test::RunResult nothing = Run({"convert", stump, Path("new.xml")});

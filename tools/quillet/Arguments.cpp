@@ -439,7 +439,6 @@ void CommandLine::AddImport() {
             request->m_delimiter = *delimiter == TabWord ? '\t' : delimiter->front();
         }
     });
-    command.parse_complete_callback([request, types] { request->m_types = SplitTypes(*types); });
     AddNoWait(command);
     Choose(command, request, Import);
 }
