@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <utility>
 
 #include "Quillet/Db_Base64.h"
 #include "platform/NumberText.h"
@@ -55,7 +56,7 @@ constexpr SafeReplacement SafeReplacements[] = {
 void ConvertNumber(CComVariant& value, WideView text, VARTYPE type) {
     VARIANT number;
     VariantInit(&number);
-    if (SUCCEEDED(quillet::platform::TextToNumber(text, type, &number))) {
+    if (SUCCEEDED(quillet::MemoryChecked(quillet::platform::TextToNumber(text, type, &number)))) {
         value.Clear();
         static_cast<VARIANT&>(value) = number;
     } else {
@@ -132,12 +133,15 @@ DbFieldDescr::DbFieldDescr(const DbFieldDescr& other)
 
 DbFieldDescr& DbFieldDescr::operator=(const DbFieldDescr& other) {
     if (this != &other) {
+        CString name = other.m_name;
+        CString safeName = other.m_safeName;
+        std::string safeNameUtf8 = other.m_safeNameUtf8;
         DbFieldValue::operator=(other);
         m_required = other.m_required;
         m_key = other.m_key;
-        m_name = other.m_name;
-        m_safeName = other.m_safeName;
-        m_safeNameUtf8 = other.m_safeNameUtf8;
+        m_name = std::move(name);
+        m_safeName = std::move(safeName);
+        m_safeNameUtf8 = std::move(safeNameUtf8);
         m_converter = other.m_converter;
     }
     return *this;
@@ -206,16 +210,19 @@ CString DbFieldDescr::GetTypeString() const {
 }
 
 void DbFieldDescr::SetName(const CString& name) {
-    m_name = name;
-    m_safeName = name;
+    CString newName = name;
+    CString safeName = name;
     for (const SafeReplacement& replacement : SafeReplacements) {
-        m_safeName.Replace(replacement.m_what, replacement.m_with);
+        safeName.Replace(replacement.m_what, replacement.m_with);
     }
     // A name with a lone surrogate has no UTF-8 form, and no document takes it.
-    m_safeNameUtf8 = m_safeName.ToUtf8();
-    if (CString(m_safeNameUtf8) != m_safeName) {
-        m_safeNameUtf8.clear();
+    std::string safeNameUtf8 = safeName.ToUtf8();
+    if (CString(safeNameUtf8) != safeName) {
+        safeNameUtf8.clear();
     }
+    m_name = std::move(newName);
+    m_safeName = std::move(safeName);
+    m_safeNameUtf8 = std::move(safeNameUtf8);
     SetChanged();
 }
 
@@ -238,39 +245,42 @@ DbFieldDescr::eFieldType DbFieldDescr::GetDbType() const {
 }
 
 void DbFieldDescr::SetDefaultValue(unsigned short variantType, CComVariant& value) {
-    value.Clear();
+    CComVariant defaultValue;
+    Converter converter = m_converter;
     switch (variantType) {
         case VT_I2:
         case VT_I4:
-            value.SetNumber(0);
-            m_converter = ToLong;
+            defaultValue.SetNumber(0);
+            converter = ToLong;
             break;
         case VT_R4:
-            value.SetNumber(0.0F);
-            m_converter = ToFloat;
+            defaultValue.SetNumber(0.0F);
+            converter = ToFloat;
             break;
         case VT_R8:
-            value.SetNumber(0.0);
-            m_converter = ToDouble;
+            defaultValue.SetNumber(0.0);
+            converter = ToDouble;
             break;
         case VT_DATE:
         case VT_BSTR:
-            value.SetText({});
-            m_converter = ToText;
+            defaultValue.SetText({});
+            converter = ToText;
             break;
         case VT_BOOL:
-            value.SetNumber(false);
-            m_converter = ToBoolean;
+            defaultValue.SetNumber(false);
+            converter = ToBoolean;
             break;
         case VT_BYTES: {
             constexpr BYTE Zero = 0;
-            value.SetBytes(&Zero, 1, 1);
-            m_converter = ToBytes;
+            defaultValue.SetBytes(&Zero, 1, 1);
+            converter = ToBytes;
             break;
         }
         default:
             break;
     }
+    value = std::move(defaultValue);
+    m_converter = converter;
 }
 
 void DbFieldDescr::Convert(CComVariant& value, const WCHAR* text) const {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace quillet {
 
@@ -17,7 +18,8 @@ HRESULT OrderOf(Number left, Number right) {
 
 HRESULT OrderByPlatform(const CComVariant& left, const CComVariant& right) {
     // The platform's function takes its arguments without const but only reads them.
-    return VarCmp(const_cast<CComVariant*>(&left), const_cast<CComVariant*>(&right), LOCALE_USER_DEFAULT, 0);
+    return MemoryChecked(
+        VarCmp(const_cast<CComVariant*>(&left), const_cast<CComVariant*>(&right), LOCALE_USER_DEFAULT, 0));
 }
 
 }  // namespace
@@ -35,9 +37,12 @@ CComVariant::CComVariant(IDispatch* dispatch) : VARIANT() {
 }
 
 CComVariant& CComVariant::operator=(const CComVariant& other) {
-    if (this != &other) {
+    if (IsBits(other)) {
+        const VARIANT bits = other;
         Clear();
-        CopyFrom(other);
+        static_cast<VARIANT&>(*this) = bits;
+    } else if (this != &other) {
+        *this = CComVariant(other);
     }
     return *this;
 }
@@ -52,8 +57,14 @@ CComVariant& CComVariant::operator=(CComVariant&& other) noexcept {
 }
 
 void CComVariant::SetText(WideView text) {
+    if (text.size() > std::numeric_limits<UINT>::max()) {
+        throw std::bad_alloc();
+    }
     // The text may be a part of the value's own.
     const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    if (copy == nullptr) {
+        throw std::bad_alloc();
+    }
     Clear();
     bstrVal = copy;
     vt = VT_BSTR;
@@ -61,16 +72,37 @@ void CComVariant::SetText(WideView text) {
 
 void CComVariant::SetBytes(const BYTE* bytes, ULONG count, LONG lowerBound) {
     SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, lowerBound, count);
+    if (array == nullptr) {
+        throw std::bad_alloc();
+    }
     void* data = nullptr;
-    if (array != nullptr && count > 0 && SUCCEEDED(SafeArrayAccessData(array, &data))) {
+    if (count > 0 && SUCCEEDED(SafeArrayAccessData(array, &data))) {
         std::memcpy(data, bytes, count);
         SafeArrayUnaccessData(array);
     }
     Clear();
-    if (array != nullptr) {
-        parray = array;
-        vt = VT_ARRAY | VT_UI1;
+    parray = array;
+    vt = VT_ARRAY | VT_UI1;
+}
+
+// By way of a second value: in place, not every platform keeps the old value where the new one has no room.
+HRESULT CComVariant::ConvertTo(VARTYPE type) {
+    CComVariant converted;
+    HRESULT result = MemoryChecked(VariantChangeType(&converted, this, 0, type));
+    if (FAILED(result)) {
+        return result;
     }
+    result = Clear();
+    if (FAILED(result)) {
+        return result;
+    }
+    if (type == VT_I2) {
+        // The bits behind a short number are zeros, which the platform does not promise.
+        SetNumber(converted.iVal);
+    } else {
+        *this = std::move(converted);
+    }
+    return S_OK;
 }
 
 bool operator==(const CComVariant& left, const CComVariant& right) {
@@ -128,8 +160,8 @@ CComVariant Dereferenced(const CComVariant& value) {
         return isEnd ? CComVariant() : Dereferenced(CComVariant(*value.pvarVal));
     }
     CComVariant result;
-    VariantChangeType(&result, const_cast<CComVariant*>(&value), 0,
-                      static_cast<VARTYPE>(value.vt & ~VT_BYREF));
+    MemoryChecked(VariantChangeType(&result, const_cast<CComVariant*>(&value), 0,
+                                    static_cast<VARTYPE>(value.vt & ~VT_BYREF)));
     return result;
 }
 

@@ -2,6 +2,7 @@
 // themselves.
 #pragma once
 
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -12,12 +13,22 @@ namespace quillet {
 
 class CComVariant;
 
+// The result of a function of the platform. Throws std::bad_alloc for E_OUTOFMEMORY, which no caller may take
+// for a refusal.
+inline HRESULT MemoryChecked(HRESULT result) {
+    if (result == E_OUTOFMEMORY) {
+        throw std::bad_alloc();
+    }
+    return result;
+}
+
 // Equal: both null, or of one type and equal as Order has it.
 QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
 // As Order has it; false where either side is null or the types have no order.
 QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
 
-// A VARIANT that owns what it holds. Conversions use the user's default locale.
+// A VARIANT that owns what it holds. Conversions use the user's default locale. Out of memory, every member
+// throws std::bad_alloc and leaves the value as it was.
 class QUILLET_API CComVariant : public VARIANT {
 public:
     CComVariant() : VARIANT() {}
@@ -58,17 +69,7 @@ public:
     bool OwnsMemory() const { return vt > VT_DATE && vt != VT_BOOL; }
 
     // Converts in place; on failure the value stays as it was.
-    HRESULT ChangeType(VARTYPE type) {
-        if (vt == type) {
-            return S_OK;
-        }
-        const HRESULT result = VariantChangeType(this, this, 0, type);
-        if (SUCCEEDED(result) && type == VT_I2) {
-            // The bits behind a short number are zeros, which the platform does not promise.
-            SetNumber(iVal);
-        }
-        return result;
-    }
+    HRESULT ChangeType(VARTYPE type) { return vt == type ? S_OK : ConvertTo(type); }
 
     // The text of a string; empty for every other type.
     WideView Text() const {
@@ -116,15 +117,18 @@ private:
         vt = VT_EMPTY;
         llVal = 0;
     }
-    // The value is empty.
+    // Whether a copy of the bits is a copy of the value.
+    static bool IsBits(const VARIANT& value) { return value.vt <= VT_R8 || value.vt == VT_BOOL; }
+    // The value is empty, and stays so where the platform does not know the other's type.
     void CopyFrom(const VARIANT& other) {
-        if (other.vt <= VT_R8 || other.vt == VT_BOOL) {
+        if (IsBits(other)) {
             static_cast<VARIANT&>(*this) = other;
         } else {
             // The SDK takes the source without const but only reads it.
-            VariantCopy(this, const_cast<VARIANT*>(&other));
+            MemoryChecked(VariantCopy(this, const_cast<VARIANT*>(&other)));
         }
     }
+    HRESULT ConvertTo(VARTYPE type);
 };
 
 // The value that a reference refers to, copied; any other value as it is. Empty for a reference to

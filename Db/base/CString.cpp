@@ -1,8 +1,10 @@
 #include "base/CString.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <new>
 #include <ostream>
 
 namespace quillet {
@@ -131,7 +133,7 @@ int CString::Replace(const CString& what, const CString& with) {
     if (pattern.empty() || Find(what) < 0) {
         return 0;
     }
-    const WideString source = std::move(Text());
+    const WideString& source = Text();
     WideString result;
     int count = 0;
     std::size_t position = 0;
@@ -163,12 +165,16 @@ void CString::Format(const char* format, ...) {
 void CString::FormatV(const char* format, std::va_list arguments) {
     va_list again;
     va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
-    if (length > 0) {
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
-    }
+    errno = 0;
+    const int length = std::vsnprintf(nullptr, 0, format, again);
     va_end(again);
+    if (length < 0 && errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
+    std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
+    if (length > 0 && std::vsnprintf(text.data(), text.size() + 1, format, arguments) != length) {
+        throw std::bad_alloc();
+    }
     *this = CString(text);
 }
 

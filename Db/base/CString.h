@@ -120,7 +120,8 @@ QUILLET_API CString Lowered(CString text);
 
 template <>
 struct std::hash<quillet::CString> {
-    std::size_t operator()(const quillet::CString& text) const noexcept {
+    // Text that still is UTF-8 becomes wide first, so this may throw std::bad_alloc.
+    std::size_t operator()(const quillet::CString& text) const {
         return std::hash<quillet::WideView>()(text.View());
     }
 };

@@ -44,8 +44,7 @@ struct OurCode {
 constinit OurCode s_ourCode;
 
 bool IsOurLibrary(std::string_view path) {
-    constexpr std::array<std::string_view, 5> Names = {"libIQuillet", "libstdc++", "libpugixml", "libicu",
-                                                       "libcsv"};
+    constexpr std::array<std::string_view, 4> Names = {"libIQuillet", "libstdc++", "libpugixml", "libcsv"};
     // The program itself has no name.
     const std::string_view file = path.substr(path.find_last_of('/') + 1);
     return file.empty() || std::any_of(Names.begin(), Names.end(), [&](std::string_view name) {

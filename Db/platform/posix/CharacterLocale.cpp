@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <clocale>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quillet::platform {
 
@@ -26,6 +29,16 @@ constexpr std::array<Language, 8> Languages = {{
     {u"russian", "ru_RU"},
 }};
 
+// False where no such locale is installed.
+bool Set(const char* name) {
+    errno = 0;
+    const bool isSet = std::setlocale(LC_CTYPE, name) != nullptr;
+    if (!isSet && errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
+    return isSet;
+}
+
 // The name that the C library knows the language's locale by; empty where none is installed. Leaves the
 // locale set.
 std::string SetInstalled(std::u16string_view word) {
@@ -36,7 +49,7 @@ std::string SetInstalled(std::u16string_view word) {
     }
     for (const char* encoding : {".UTF-8", ""}) {
         std::string name = std::string(found->m_locale) + encoding;
-        if (std::setlocale(LC_CTYPE, name.c_str()) != nullptr) {
+        if (Set(name.c_str())) {
             return name;
         }
     }
@@ -49,10 +62,11 @@ void SetLanguage(std::u16string_view word) {
     static std::u16string lastWord;
     static std::string lastName;
     if (word != lastWord) {
+        std::u16string nextWord(word);
         lastName = SetInstalled(word);
-        lastWord = word;
+        lastWord = std::move(nextWord);
     } else if (!lastName.empty()) {
-        std::setlocale(LC_CTYPE, lastName.c_str());
+        Set(lastName.c_str());
     }
 }
 

@@ -3,7 +3,9 @@
 // time leaves that of the process alone. A narrow connect string goes to the driver as it is.
 #include "platform/DriverManager.h"
 
+#include <cerrno>
 #include <clocale>
+#include <new>
 
 namespace quillet::platform {
 namespace {
@@ -13,6 +15,8 @@ public:
     Utf8Locale() : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
         if (m_locale != nullptr) {
             m_before = uselocale(m_locale);
+        } else if (errno == ENOMEM) {
+            throw std::bad_alloc();
         }
     }
     Utf8Locale(const Utf8Locale&) = delete;

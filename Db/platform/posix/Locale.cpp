@@ -11,6 +11,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/posix/IcuMemory.h"
+
 namespace quillet::platform {
 namespace {
 
@@ -54,8 +56,11 @@ bool IsUserDefault(LCID id) {
 WideString Symbol(const UNumberFormat* format, UNumberFormatSymbol symbol, WideView otherwise) {
     std::array<WCHAR, 32> buffer;
     UErrorCode status = U_ZERO_ERROR;
-    const std::int32_t length =
-        unum_getSymbol(format, symbol, buffer.data(), static_cast<std::int32_t>(buffer.size()), &status);
+    const std::int32_t length = WithMemory([&] {
+        return unum_getSymbol(format, symbol, buffer.data(), static_cast<std::int32_t>(buffer.size()),
+                              &status);
+    });
+    RequireMemory(status);
     if (U_FAILURE(status) || length <= 0 || length > static_cast<std::int32_t>(buffer.size())) {
         return WideString(otherwise);
     }
@@ -67,8 +72,11 @@ NumberSymbols ReadNumberSymbols(const std::string& name) {
     if (name.empty()) {
         return symbols;
     }
+    RequireRoom();
     UErrorCode status = U_ZERO_ERROR;
-    const NumberFormatPtr format(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status));
+    const NumberFormatPtr format = WithMemory(
+        [&] { return NumberFormatPtr(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status)); });
+    RequireMemory(status);
     if (U_SUCCESS(status)) {
         symbols.decimal = Symbol(format.get(), UNUM_DECIMAL_SEPARATOR_SYMBOL, u".").front();
         symbols.group = Symbol(format.get(), UNUM_GROUPING_SEPARATOR_SYMBOL, u",").front();
@@ -146,28 +154,39 @@ std::vector<DatePatternItem> CompilePattern(WideView pattern) {
     return items;
 }
 
+DateFormatPtr OpenDates(UDateFormatStyle time, UDateFormatStyle date, const std::string& name,
+                        UErrorCode& status) {
+    RequireRoom();
+    DateFormatPtr format = WithMemory(
+        [&] { return DateFormatPtr(udat_open(time, date, name.c_str(), u"GMT", -1, nullptr, 0, &status)); });
+    RequireMemory(status);
+    return format;
+}
+
 WideString ReadPattern(const std::string& name, UDateFormatStyle time, UDateFormatStyle date) {
     UErrorCode status = U_ZERO_ERROR;
     const std::string gregorian = name + "@calendar=gregorian";
-    const DateFormatPtr format(udat_open(time, date, gregorian.c_str(), u"GMT", -1, nullptr, 0, &status));
+    const DateFormatPtr format = OpenDates(time, date, gregorian, status);
     if (U_FAILURE(status)) {
         return {};
     }
     WideString pattern(PatternCapacity, u'\0');
-    const std::int32_t length = udat_toPattern(format.get(), false, pattern.data(), PatternCapacity, &status);
+    const std::int32_t length = WithMemory(
+        [&] { return udat_toPattern(format.get(), false, pattern.data(), PatternCapacity, &status); });
+    RequireMemory(status);
     pattern.resize(U_SUCCESS(status) && length <= PatternCapacity ? static_cast<std::size_t>(length) : 0);
     return pattern;
 }
 
 WideString ReadDayHalf(const std::string& name, std::int32_t index, WideView otherwise) {
     UErrorCode status = U_ZERO_ERROR;
-    const DateFormatPtr format(
-        udat_open(UDAT_MEDIUM, UDAT_NONE, name.c_str(), u"GMT", -1, nullptr, 0, &status));
+    const DateFormatPtr format = OpenDates(UDAT_MEDIUM, UDAT_NONE, name, status);
     std::array<WCHAR, 32> buffer;
-    const std::int32_t length = U_FAILURE(status)
-                                    ? 0
-                                    : udat_getSymbols(format.get(), UDAT_AM_PMS, index, buffer.data(),
-                                                      static_cast<std::int32_t>(buffer.size()), &status);
+    const std::int32_t length = U_FAILURE(status) ? 0 : WithMemory([&] {
+        return udat_getSymbols(format.get(), UDAT_AM_PMS, index, buffer.data(),
+                               static_cast<std::int32_t>(buffer.size()), &status);
+    });
+    RequireMemory(status);
     if (U_FAILURE(status) || length <= 0 || length > static_cast<std::int32_t>(buffer.size())) {
         return WideString(otherwise);
     }
@@ -235,8 +254,7 @@ bool IsFrench(std::string_view name) {
     return name == "fr" || name.starts_with("fr_") || name.starts_with("fr-");
 }
 
-UCollator* OpenCollator(const std::string& name, UCollationStrength strength) {
-    UErrorCode status = U_ZERO_ERROR;
+UCollator* OpenCollator(const std::string& name, UCollationStrength strength, UErrorCode& status) {
     UCollator* collator = ucol_open(name.empty() ? "root" : name.c_str(), &status);
     if (U_FAILURE(status)) {
         return nullptr;
@@ -266,8 +284,10 @@ Locale::Names Locale::NamesFor(LCID id) {
     }
     std::array<char, ULOC_FULLNAME_CAPACITY> name;
     UErrorCode status = U_ZERO_ERROR;
-    const std::int32_t length =
-        uloc_getLocaleForLCID(id, name.data(), static_cast<std::int32_t>(name.size()), &status);
+    const std::int32_t length = WithMemory([&] {
+        return uloc_getLocaleForLCID(id, name.data(), static_cast<std::int32_t>(name.size()), &status);
+    });
+    RequireMemory(status);
     if (U_FAILURE(status) || length <= 0 || length >= static_cast<std::int32_t>(name.size())) {
         return {};
     }
@@ -307,10 +327,19 @@ const DateStyle& Locale::Dates() const {
     return m_dates;
 }
 
+Locale::CollatorPtr Locale::CollatorOf(UCollationStrength strength) const {
+    RequireRoom();
+    UErrorCode status = U_ZERO_ERROR;
+    CollatorPtr collator =
+        WithMemory([&] { return CollatorPtr(OpenCollator(m_names.collation, strength, status)); });
+    RequireMemory(status);
+    return collator;
+}
+
 const UCollator* Locale::Collator(bool ignoreCase) const {
     std::call_once(m_collatorsOnce, [this] {
-        m_collator.reset(OpenCollator(m_names.collation, UCOL_TERTIARY));
-        m_caselessCollator.reset(OpenCollator(m_names.collation, UCOL_SECONDARY));
+        m_collator = CollatorOf(UCOL_TERTIARY);
+        m_caselessCollator = CollatorOf(UCOL_SECONDARY);
     });
     return ignoreCase ? m_caselessCollator.get() : m_collator.get();
 }

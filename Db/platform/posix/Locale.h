@@ -39,7 +39,8 @@ struct DateStyle {
 // Appends the collator's sort key of the text. False, with nothing appended, where it has none.
 bool AppendSortKey(const UCollator& collator, WideView text, std::string& key);
 
-// A locale of the cache, which lives as long as the process. Safe to use from several threads.
+// A locale of the cache, which lives as long as the process. Safe to use from several threads. Whatever reads
+// the locale's data for the first time throws std::bad_alloc where memory runs out, and can be asked again.
 class Locale {
 public:
     // LOCALE_USER_DEFAULT, the system's default and the neutral locale are that of the environment, as it is
@@ -69,6 +70,8 @@ private:
 
     Locale(LCID id, Names names);
     static Names NamesFor(LCID id);
+    // Null where ICU has no collation data.
+    CollatorPtr CollatorOf(UCollationStrength strength) const;
 
     const LCID m_id;
     const Names m_names;

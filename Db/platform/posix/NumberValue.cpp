@@ -1,5 +1,6 @@
 #include "platform/NumberText.h"
 
+#include <atomic>
 #include <new>
 
 #include "platform/posix/Locale.h"
@@ -9,34 +10,18 @@ namespace quillet::platform {
 
 namespace {
 
+constexpr WCHAR Unknown = 0;
+
+// Unknown where memory is too short to find out.
 WCHAR SeparatorOfTheUser() {
-    VARIANT value;
-    VariantInit(&value);
-    value.vt = VT_R8;
-    value.dblVal = 1.1;
-    WCHAR separator = '.';
-    const HRESULT result = VariantChangeType(&value, &value, 0, VT_BSTR);
-    if (result == E_OUTOFMEMORY) {
-        throw std::bad_alloc();
-    }
-    if (SUCCEEDED(result) && SysStringLen(value.bstrVal) > 1) {
-        separator = value.bstrVal[1];
-    }
-    VariantClear(&value);
-    return separator;
-}
-
-// 0 where memory ran out.
-WCHAR SeparatorOrNone() noexcept {
     try {
-        return SeparatorOfTheUser();
+        return Locale::For(LOCALE_USER_DEFAULT).Numbers().decimal;
     } catch (const std::bad_alloc&) {
-        return 0;
+        return Unknown;
     }
 }
 
-// Nothing may fly out while the library is being loaded.
-const WCHAR SeparatorAtLoading = SeparatorOrNone();
+std::atomic<WCHAR> g_processSeparator = SeparatorOfTheUser();
 
 const Locale& UserLocale() {
     static const Locale& locale = Locale::For(LOCALE_USER_DEFAULT);
@@ -54,6 +39,9 @@ HRESULT TextToBoolean(WideView text, VARIANT* number) {
     VariantInit(&value);
     value.vt = VT_BSTR;
     value.bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    if (value.bstrVal == nullptr) {
+        return E_OUTOFMEMORY;
+    }
     const HRESULT result = VariantChangeType(&value, &value, 0, VT_BOOL);
     if (SUCCEEDED(result)) {
         *number = value;
@@ -142,7 +130,13 @@ HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {
 }
 
 WCHAR DecimalSeparator() {
-    return SeparatorAtLoading == 0 ? SeparatorOfTheUser() : SeparatorAtLoading;
+    WCHAR separator = g_processSeparator;
+    if (separator == Unknown) {
+        // Not known at the beginning for want of memory.
+        separator = Locale::For(LOCALE_USER_DEFAULT).Numbers().decimal;
+        g_processSeparator = separator;
+    }
+    return separator;
 }
 
 }  // namespace quillet::platform

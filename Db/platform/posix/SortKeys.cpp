@@ -1,6 +1,7 @@
 // Sort keys by ICU.
 #include "platform/SortKeys.h"
 
+#include "platform/posix/IcuMemory.h"
 #include "platform/posix/Locale.h"
 
 namespace quillet::platform {
@@ -14,9 +15,11 @@ bool AppendSortKey(const UCollator& collator, WideView text, std::string& key) {
     std::size_t room = BytesAtFirst + BytesPerUnitAtFirst * text.size();
     for (;;) {
         key.resize(start + room);
-        const auto size = static_cast<std::size_t>(ucol_getSortKey(
-            &collator, units, static_cast<std::int32_t>(text.size()),
-            reinterpret_cast<std::uint8_t*>(key.data()) + start, static_cast<std::int32_t>(room)));
+        const auto size = static_cast<std::size_t>(WithMemory([&] {
+            return ucol_getSortKey(&collator, units, static_cast<std::int32_t>(text.size()),
+                                   reinterpret_cast<std::uint8_t*>(key.data()) + start,
+                                   static_cast<std::int32_t>(room));
+        }));
         if (size <= room) {
             key.resize(start + size);
             return size > 0;

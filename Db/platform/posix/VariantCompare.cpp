@@ -3,9 +3,11 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <string>
 
 #include "platform/Automation.h"
+#include "platform/posix/IcuMemory.h"
 #include "platform/posix/Locale.h"
 
 namespace quillet::platform {
@@ -121,9 +123,10 @@ HRESULT CompareTexts(BSTR left, BSTR right, LCID locale, ULONG flags) {
     // A null pointer is no text to the collator, not even an empty one.
     const WideView leftText(left == nullptr ? u"" : left, leftLength);
     const WideView rightText(right == nullptr ? u"" : right, rightLength);
-    const UCollationResult result =
-        ucol_strcoll(collator, leftText.data(), static_cast<std::int32_t>(leftLength), rightText.data(),
-                     static_cast<std::int32_t>(rightLength));
+    const UCollationResult result = WithMemory([&] {
+        return ucol_strcoll(collator, leftText.data(), static_cast<std::int32_t>(leftLength),
+                            rightText.data(), static_cast<std::int32_t>(rightLength));
+    });
     return result == UCOL_EQUAL ? CompareKeys(*collator, leftText, rightText)
                                 : Order<int>(result, UCOL_EQUAL);
 }
@@ -178,5 +181,9 @@ HRESULT VarCmp(VARIANT* left, VARIANT* right, LCID locale, ULONG flags) {
     if (left == nullptr || right == nullptr) {
         return E_INVALIDARG;
     }
-    return Compare(*left, *right, locale, flags);
+    try {
+        return Compare(*left, *right, locale, flags);
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
 }

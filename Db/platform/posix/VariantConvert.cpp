@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -335,6 +336,15 @@ HRESULT Convert(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, 
     }
 }
 
+// Locales, dates and long numbers take memory of their own.
+HRESULT ConvertOrRunOut(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, VARIANT& result) {
+    try {
+        return Convert(source, locale, flags, type, result);
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
+}
+
 // A variant, a reference and an array of any known type are types, though nothing becomes one.
 bool IsType(VARTYPE type) {
     const auto element = static_cast<VARTYPE>(type & VT_TYPEMASK);
@@ -375,7 +385,7 @@ HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale,
         return VariantCopy(target, source);
     }
     VARIANT result;
-    const HRESULT converted = Convert(*source, locale, flags, type, result);
+    const HRESULT converted = ConvertOrRunOut(*source, locale, flags, type, result);
     if (FAILED(converted)) {
         return converted;
     }

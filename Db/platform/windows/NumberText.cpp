@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <new>
 
 namespace quillet::platform {
 namespace {
@@ -118,6 +119,9 @@ std::size_t NumberToText(const VARIANT& number, char (&text)[MaxNumberText]) {
             break;
         default:
             break;
+    }
+    if (result == E_OUTOFMEMORY) {
+        throw std::bad_alloc();
     }
     return SUCCEEDED(result) ? TakeText(wide, text) : 0;
 }
