@@ -79,22 +79,24 @@ bool Document::LoadText(std::string_view text) {
 
 bool Document::Load(std::string text, bool isNestingKnown) {
     m_error = {};
+    // Empty until the text is known to be a document.
     m_tree = std::make_shared<Tree>();
+    const auto tree = std::make_shared<Tree>();
     const bool isUtf8 = IsValidUtf8(text);
-    const pugi::xml_parse_result result = m_tree->Load(std::move(text));
+    const pugi::xml_parse_result result = tree->Load(std::move(text));
     if (result.status != pugi::status_ok) {
         m_error.m_message = result.description();
         m_errorOffset = result.offset;
     } else if (!isUtf8 && result.encoding == pugi::encoding_utf8) {
         m_error.m_message = "Invalid UTF-8";
         m_errorOffset = FindMalformed;
-    } else if (!isNestingKnown && IsTooDeep(m_tree->Root())) {
+    } else if (!isNestingKnown && IsTooDeep(tree->Root())) {
         m_error.m_message = "Elements are nested deeper than " + std::to_string(MaxDepth);
         m_errorOffset = NoPlace;
     } else {
+        m_tree = tree;
         return true;
     }
-    m_tree = std::make_shared<Tree>();
     return false;
 }
 
@@ -144,7 +146,10 @@ bool FirstAttributeOfText(std::string_view text, std::string& value) {
     }
     pugi::xml_document fragment;
     const std::string element = "<x v=" + std::string(text.substr(open, close - open + 1)) + " />";
-    if (!fragment.load_buffer(element.data(), element.size(), pugi::parse_default, pugi::encoding_utf8)) {
+    const pugi::xml_parse_result result =
+        fragment.load_buffer(element.data(), element.size(), pugi::parse_default, pugi::encoding_utf8);
+    RequireMemory(result);
+    if (!result) {
         return false;
     }
     value = fragment.first_child().first_attribute().value();

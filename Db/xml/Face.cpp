@@ -141,6 +141,14 @@ std::string CheckedText(const Arguments& arguments) {
     return text.ToUtf8();
 }
 
+// Puts the text into a node or an attribute that has one.
+template <typename Place>
+void SetText(Place place, const std::string& text) {
+    if (!place.set_value(text.c_str())) {
+        throw std::bad_alloc();
+    }
+}
+
 // Behind the prefix.
 const char* BaseName(const char* name) {
     const char* const colon = std::strchr(name, ':');
@@ -288,8 +296,11 @@ protected:
         }
     }
     bool Put(Member member, const Arguments& arguments) override {
-        return (member == MemberNodeValue || member == MemberText) &&
-               m_attribute.set_value(CheckedText(arguments).c_str());
+        if (member != MemberNodeValue && member != MemberText) {
+            return false;
+        }
+        SetText(m_attribute, CheckedText(arguments));
+        return true;
     }
 
 private:
@@ -458,8 +469,11 @@ CComVariant NodeObject::Call(Member member, const Arguments& arguments) {
 }
 
 bool NodeObject::Put(Member member, const Arguments& arguments) {
-    return (member == MemberNodeValue || member == MemberText) && IsText(Here()) &&
-           Here().set_value(CheckedText(arguments).c_str());
+    if ((member != MemberNodeValue && member != MemberText) || !IsText(Here())) {
+        return false;
+    }
+    SetText(Here(), CheckedText(arguments));
+    return true;
 }
 
 CComVariant NodeObject::DomName() const {

@@ -1,8 +1,10 @@
 #include "xml/Node.h"
 
 #include <algorithm>
+#include <new>
 #include <unordered_set>
 
+#include "base/Rollback.h"
 #include "xml/Face.h"
 #include "xml/LateBound.h"
 #include "xml/Tree.h"
@@ -73,9 +75,11 @@ std::string DeclarationData(std::string_view data) {
 
 pugi::xml_node CreateInstruction(Tree& tree, std::string_view target, const std::string& data) {
     pugi::xml_node instruction = tree.Create(pugi::node_pi);
+    Rollback created([&] { tree.Drop(instruction); });
     if (!instruction.set_name(std::string(target).c_str()) || !instruction.set_value(data.c_str())) {
-        throw DomError{"Memory is short"};
+        throw std::bad_alloc();
     }
+    created.Keep();
     return instruction;
 }
 
@@ -191,9 +195,11 @@ Node Node::CreateElement(std::string_view name) const {
         return MadeBy(CallMethod(m_foreign.Get(), OLESTR("createElement"), {Argument(name)}));
     }
     RequireName(name);
+    const std::string text(name);
     pugi::xml_node element = m_native.m_tree->Create(pugi::node_element);
-    if (!element.set_name(std::string(name).c_str())) {
-        throw DomError{"Memory is short"};
+    if (!element.set_name(text.c_str())) {
+        m_native.m_tree->Drop(element);
+        throw std::bad_alloc();
     }
     return Wrap(m_native, element);
 }
@@ -251,11 +257,16 @@ void Node::SetNativeAttribute(std::string_view name, const std::string& value) c
         throw DomError{"Only an element has attributes"};
     }
     pugi::xml_attribute attribute = element.attribute(nameText.c_str());
-    if (!attribute) {
+    const bool isNew = !attribute;
+    if (isNew) {
         attribute = element.append_attribute(nameText.c_str());
     }
-    if (!attribute.set_value(value.c_str())) {
-        throw DomError{"The attribute '" + nameText + "' can't be set"};
+    // A new attribute that found no room for its name stands without one.
+    if (nameText != attribute.name() || !attribute.set_value(value.c_str())) {
+        if (isNew) {
+            element.remove_attribute(attribute);
+        }
+        throw std::bad_alloc();
     }
 }
 
@@ -392,10 +403,12 @@ LeafElement::LeafElement(const Node& document, const Node& parent, std::string_v
     } else if (pieces.back().size() >= PieceSize) {
         pieces.emplace_back().reserve(PieceSize + Slack);
     }
-    m_text = &pieces.back();
-    m_start = m_text->size();
-    *m_text += '<';
-    *m_text += name;
+    std::string& text = pieces.back();
+    m_start = text.size();
+    // Both at once, for nobody takes back one of them.
+    text.append(name.size() + 1, '<');
+    std::copy(name.begin(), name.end(), text.end() - static_cast<std::ptrdiff_t>(name.size()));
+    m_text = &text;
 }
 
 LeafElement::~LeafElement() {

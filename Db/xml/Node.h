@@ -31,7 +31,8 @@ struct NativeNode {
 };
 
 // A light value: walking allocates nothing in our own documents. A null node answers every question with
-// nothing; operations that change a document throw DomError when they can't.
+// nothing; operations that change a document throw DomError when they can't, and std::bad_alloc out of
+// memory, which leaves our own documents as they were.
 class QUILLET_API Node {
 public:
     Node() = default;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <new>
 
 namespace quillet::xml {
 
@@ -185,14 +186,30 @@ pugi::xml_parse_result Tree::Load(std::string text) {
     m_packed.clear();
     m_workshop = {};
     m_source = std::move(text);
-    return m_document.load_buffer_inplace(m_source.data(), m_source.size());
+    const pugi::xml_parse_result result = m_document.load_buffer_inplace(m_source.data(), m_source.size());
+    RequireMemory(result);
+    return result;
+}
+
+void RequireMemory(const pugi::xml_parse_result& result) {
+    if (result.status == pugi::status_out_of_memory) {
+        throw std::bad_alloc();
+    }
 }
 
 pugi::xml_node Tree::Create(pugi::xml_node_type type) {
     if (!m_workshop) {
         m_workshop = m_document.append_child(pugi::node_element);
     }
-    return m_workshop.append_child(type);
+    const pugi::xml_node made = m_workshop.append_child(type);
+    if (!made) {
+        throw std::bad_alloc();
+    }
+    return made;
+}
+
+void Tree::Drop(pugi::xml_node node) {
+    m_workshop.remove_child(node);
 }
 
 void Tree::Append(pugi::xml_node parent, pugi::xml_node child) {
@@ -211,11 +228,18 @@ void Tree::Unpack(pugi::xml_node parent) {
     if (packed == m_packed.end()) {
         return;
     }
-    const std::vector<std::string> pieces = std::move(packed->second.m_pieces);
-    m_packed.erase(packed);
-    for (const std::string& piece : pieces) {
-        parent.append_buffer(piece.data(), piece.size());
+    const pugi::xml_node last = parent.last_child();
+    for (const std::string& piece : packed->second.m_pieces) {
+        const pugi::xml_parse_result result = parent.append_buffer(piece.data(), piece.size());
+        if (result.status == pugi::status_out_of_memory) {
+            // The leaves stay packed, and none of them stands twice.
+            while (parent.last_child() != last) {
+                parent.remove_child(parent.last_child());
+            }
+            throw std::bad_alloc();
+        }
     }
+    m_packed.erase(packed);
 }
 
 pugi::xml_node Tree::FirstChild(pugi::xml_node parent) {

@@ -24,6 +24,7 @@ struct PackedLeaves {
     std::vector<std::string> m_names;
 };
 
+// Every member throws std::bad_alloc where memory runs out; the tree is what it was then, except by Load.
 class Tree : public std::enable_shared_from_this<Tree> {
 public:
     // Receives text piece by piece; false stops the writing.
@@ -38,8 +39,9 @@ public:
 
     pugi::xml_node Root() const { return m_document; }
 
-    // A new node that stands nowhere; null where memory is short.
+    // A new node that stands nowhere; Drop takes it back.
     pugi::xml_node Create(pugi::xml_node_type type);
+    void Drop(pugi::xml_node node);
     // Throws DomError where parent can't hold child.
     void Append(pugi::xml_node parent, pugi::xml_node child);
 
@@ -65,6 +67,9 @@ private:
     pugi::xml_node m_workshop;
     std::unordered_map<const void*, PackedLeaves> m_packed;
 };
+
+// Throws std::bad_alloc where the parser ran out of memory.
+void RequireMemory(const pugi::xml_parse_result& result);
 
 // Whether text is a Name of XML 1.0 (fifth edition).
 QUILLET_API bool IsXmlName(std::string_view text);
