@@ -1,6 +1,9 @@
 #include "Quillet/Db_QueryBuilder.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
 #include <numeric>
 
 #include "Quillet/Db_Database.h"
@@ -19,6 +22,9 @@ namespace quillet {
 namespace {
 
 using Params = parser::QueryAnalysisParams;
+
+// The stamp of no data.
+constexpr long NoStamp = std::numeric_limits<std::int32_t>::min();
 
 bool SelectsAll(const Params& params) {
     return params.fields.front() == "*";
@@ -97,9 +103,6 @@ void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::ve
         }
     }
 }
-
-// No change has this stamp.
-constexpr long NoStamp = -1;
 
 // Whether the entry's rows are computed from another's and are to be what they would be now.
 bool Follows(const DbTableInfo& entry) {
@@ -308,22 +311,19 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
     }
 
     const bool isStampKnown = source.GetData()->IsLatestStampKnown();
-    const bool isNew = answer == nullptr;
-    if (isNew) {
-        answer = m_registry.Create(name, DbTableInfo::Query, sql, &source);
-    }
-    try {
-        // Until it is complete the answer is out of step.
+    if (answer == nullptr) {
+        // An answer that can't be finished is never registered.
+        auto newDescr = std::make_unique<DbTableDescr>(&m_database);
+        auto newData = std::make_unique<DbTableData>(&m_database, newDescr.get());
+        Fill(*newDescr, *newData, params, descr, rows, fields, found);
+        answer = m_registry.Create(name, DbTableInfo::Query, newDescr.get(), newData.get(), sql, &source);
+        static_cast<void>(newDescr.release());
+        static_cast<void>(newData.release());
+    } else {
+        // Nor is one in step.
         answer->SetSyncStamp(NoStamp);
-        if (!isNew) {
-            m_registry.Renew(*answer, source);
-        }
-        Fill(*answer, params, descr, rows, fields, found);
-    } catch (...) {
-        if (isNew) {
-            m_registry.DeleteWithRelated(name);
-        }
-        throw;
+        m_registry.Renew(*answer, source);
+        Fill(*answer->GetDescr(), *answer->GetData(), params, descr, rows, fields, found);
     }
     if (isStampKnown) {
         source.GetData()->ConfirmLatestStamp();
@@ -335,22 +335,21 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
     return true;
 }
 
-void QueryBuilder::Fill(DbTableInfo& answer, const Params& params, DbTableDescr& descr, DbRows& rows,
-                        std::vector<uint64>& fields, std::vector<uint64>& found) {
-    DbTableData& data = *answer.GetData();
+void QueryBuilder::Fill(DbTableDescr& toDescr, DbTableData& toData, const Params& params, DbTableDescr& descr,
+                        DbRows& rows, std::vector<uint64>& fields, std::vector<uint64>& found) {
     if (!SelectsAll(params)) {
-        CopyFields(descr, fields, *answer.GetDescr());
-        CopyCells(rows, found, fields, *data.GetRows());
+        CopyFields(descr, fields, toDescr);
+        CopyCells(rows, found, fields, *toData.GetRows());
         return;
     }
     // Rows show their cells by position, so every field is there, whatever its name.
     for (const DbFieldDescr* const field : descr) {
-        answer.GetDescr()->AppendField(*field);
+        toDescr.AppendField(*field);
     }
     for (uint64& position : found) {
         position = rows.GetStoragePosition(position);
     }
-    data.Bind(rows.GetLender(), found);
+    toData.Bind(rows.GetLender(), found);
 }
 
 bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& names,

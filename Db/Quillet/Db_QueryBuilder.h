@@ -10,6 +10,8 @@
 
 class DbDatabase;
 class DbRows;
+class DbTableData;
+class DbTableDescr;
 
 namespace quillet {
 
@@ -54,8 +56,9 @@ private:
     bool Build(const CString& sql, const parser::QueryAnalysisParams& params, DbTableInfo& source,
                DbTableInfo* answer, const CString& name);
     // found holds visible positions and is used up; so is fields.
-    static void Fill(DbTableInfo& answer, const parser::QueryAnalysisParams& params, DbTableDescr& descr,
-                     DbRows& rows, std::vector<uint64>& fields, std::vector<uint64>& found);
+    static void Fill(DbTableDescr& toDescr, DbTableData& toData, const parser::QueryAnalysisParams& params,
+                     DbTableDescr& descr, DbRows& rows, std::vector<uint64>& fields,
+                     std::vector<uint64>& found);
     // The positions of the fields, each once. False, with a line in the log, where a name is no field.
     bool FindFields(const parser::QueryAnalysisParams& params, const std::vector<CString>& names,
                     const DbTableDescr& descr, std::vector<uint64>& fields);
