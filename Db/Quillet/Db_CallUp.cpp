@@ -1,5 +1,7 @@
 #include "Quillet/Db_CallUp.h"
 
+#include <vector>
+
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_LazyReader.h"
 #include "Quillet/Db_Log.h"
@@ -29,8 +31,21 @@ void DbCallUp::FieldsWillChange(DbItem* item, const DbTableDescr& descr) {
 
 void DbCallUp::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 index, bool added) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
-        for (DbTableData* const data : database->m_registry->DataOf(descr)) {
-            data->Update(index, added);
+        const std::vector<DbTableData*> followers = database->m_registry->DataOf(descr);
+        if (!added) {
+            for (DbTableData* const data : followers) {
+                data->Update(index, false);
+            }
+            return;
+        }
+        // All of them follow, or none.
+        std::vector<DbRows::NewCells> cells;
+        cells.reserve(followers.size());
+        for (DbTableData* const data : followers) {
+            cells.emplace_back(*data->m_rows, index);
+        }
+        for (DbRows::NewCells& made : cells) {
+            made.Insert();
         }
     }
 }

@@ -22,7 +22,7 @@ public:
     // The fields of the descriptor are about to change: rows that wait to be read are read now.
     static void FieldsWillChange(DbItem* database, const DbTableDescr& descr);
 
-    // A field was added at the index, or removed from there: the rows follow.
+    // A field was added at the index, or removed from there: the rows follow. Where it throws, none did.
     static void FieldsChanged(DbItem* database, const DbTableDescr& descr, uint64 index, bool added);
 
     // Reads the rows in the XML text that a table kept into the table that it names; throws as

@@ -64,11 +64,16 @@ bool IsArray(const CComVariant& value) {
 }  // namespace
 
 void FieldBindings::Bind(void* variable, uint64 field, ReadFunction read, WriteFunction write) {
-    if (m_bindings.use_count() > 1) {
-        // Somebody goes through the list.
-        m_bindings = std::make_shared<Bindings>(*m_bindings);
+    if (m_bindings.use_count() != 1) {
+        // There is no list yet, or somebody goes through it.
+        m_bindings = std::make_shared<Bindings>(ListOf(m_bindings));
     }
     (*m_bindings)[variable] = Binding{field, read, write};
+}
+
+const FieldBindings::Bindings& FieldBindings::ListOf(const Held& bindings) {
+    static const Bindings none;
+    return bindings ? *bindings : none;
 }
 
 const CComVariant& FieldBindings::Null() {
@@ -81,8 +86,9 @@ const CComVariant& FieldBindings::Null() {
 }
 
 int FieldBindings::FieldOf(const void* variable) const {
-    const auto found = m_bindings->find(const_cast<void*>(variable));
-    return found == m_bindings->end() ? -1 : static_cast<int>(found->second.m_field);
+    const Bindings& bindings = ListOf(m_bindings);
+    const auto found = bindings.find(const_cast<void*>(variable));
+    return found == bindings.end() ? -1 : static_cast<int>(found->second.m_field);
 }
 
 template <typename Variable>

@@ -1,9 +1,11 @@
 // Which variables of a program follow which fields of a cursor's row.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "Quillet/Db_TableRow.h"
 
@@ -18,19 +20,18 @@ public:
 
     // Has the variable follow the field at a position (from 0), whatever it followed before.
     void Bind(void* variable, uint64 field, ReadFunction read, WriteFunction write);
-    void Clear() { m_bindings = std::make_shared<Bindings>(); }
+    void Clear() { m_bindings.reset(); }
     // The position of the field that the variable follows; -1 for none.
     int FieldOf(const void* variable) const;
 
-    // Sets every variable from its cell, which is a null variant where the cell's flag says null, or every
-    // cell from its variable, in the order of the variables' addresses. Cells that are written count as
-    // changed and keep their flag, and a field that the row lacks is passed over. row() gives the row; it is
-    // asked for every variable, since the functions may change the table. False where there is no row.
+    // Sets every variable from its cell, which is a null variant where the cell's flag says null, in the
+    // order of the variables' addresses; a field that the row lacks is passed over. row() gives the row; it
+    // is asked for every variable, since the functions may change the table. False where there is no row.
     template <typename Row>
     bool Read(Row row) const {
         // What is bound meanwhile goes into another list (Bind).
-        const std::shared_ptr<const Bindings> bindings = m_bindings;
-        for (const auto& [variable, binding] : *bindings) {
+        const Held bindings = m_bindings;
+        for (const auto& [variable, binding] : ListOf(bindings)) {
             DbTableRow* const at = row();
             if (at == nullptr) {
                 return false;
@@ -42,23 +43,48 @@ public:
         }
         return row() != nullptr;
     }
+    // What the cells will hold, by the positions of their fields, appended in the order in which they take
+    // it. The row is left alone.
+    using Values = std::vector<std::pair<uint64, CComVariant>>;
     template <typename Row>
-    bool Write(Row row) const {
-        const std::shared_ptr<const Bindings> bindings = m_bindings;
-        for (const auto& [variable, binding] : *bindings) {
-            DbFieldValue* cell = CellOf(row(), binding);
+    void Collect(Row row, Values& values) const {
+        const Held bindings = m_bindings;
+        for (const auto& [variable, binding] : ListOf(bindings)) {
+            const DbFieldValue* const cell = CellOf(row(), binding);
             if (cell == nullptr || binding.m_write == nullptr) {
                 continue;
             }
-            CComVariant value = cell->GetVariant();
+            // Of two variables of one field the second begins with what the first left.
+            const auto before = std::find_if(values.rbegin(), values.rend(), [&](const auto& value) {
+                return value.first == binding.m_field;
+            });
+            CComVariant value = before == values.rend() ? cell->GetVariant() : before->second;
             binding.m_write(value, variable);
-            cell = CellOf(row(), binding);
-            if (cell != nullptr) {
-                cell->GetVariant() = std::move(value);
-                cell->SetChanged();
+            values.emplace_back(binding.m_field, std::move(value));
+        }
+    }
+
+    // Gives the row's cells the values, which count as changed then and keep their flag; a field that the row
+    // lacks is passed over. Can't fail.
+    static void Store(DbTableRow& row, Values& values) {
+        for (auto& [field, value] : values) {
+            if (field < row.size()) {
+                DbFieldValue& cell = row.GetField(field);
+                cell.GetVariant() = std::move(value);
+                cell.SetChanged();
             }
         }
-        return row() != nullptr;
+    }
+    // Both for one row. False where there is none.
+    template <typename Row>
+    bool Write(Row row) const {
+        Values values;
+        Collect(row, values);
+        DbTableRow* const at = row();
+        if (at != nullptr) {
+            Store(*at, values);
+        }
+        return at != nullptr;
     }
 
     // The functions for a short, int, long, CString, float, double or bool: by the platform's conversion. The
@@ -79,12 +105,17 @@ private:
     };
     using Bindings = std::map<void*, Binding>;
 
+    // Null for none.
+    using Held = std::shared_ptr<const Bindings>;
+
+    static const Bindings& ListOf(const Held& bindings);
+
     // Null where the row is, or lacks the field.
     static DbFieldValue* CellOf(DbTableRow* row, const Binding& binding) {
         return row != nullptr && binding.m_field < row->size() ? &row->GetField(binding.m_field) : nullptr;
     }
 
-    std::shared_ptr<Bindings> m_bindings = std::make_shared<Bindings>();
+    std::shared_ptr<Bindings> m_bindings;
 };
 
 }  // namespace quillet

@@ -1,5 +1,7 @@
 #include "Quillet/Db_FieldValue.h"
 
+#include <utility>
+
 #include "Quillet/Db_Base64.h"
 #include "Quillet/Db_FieldDescr.h"
 #include "platform/NumberText.h"
@@ -24,8 +26,8 @@ DbFieldValue::DbFieldValue(const DbFieldValue& other)
 }
 
 DbFieldValue& DbFieldValue::operator=(const DbFieldValue& other) {
-    m_null = other.m_null;
     m_value = other.m_value;
+    m_null = other.m_null;
     return *this;
 }
 
@@ -58,9 +60,9 @@ uint64 DbFieldValue::GetSize() const {
 }
 
 void DbFieldValue::SetValue(const quillet::CComVariant& v) {
-    const VARTYPE type = m_value.vt;
-    m_value = quillet::Dereferenced(v);
-    KeepType(m_value, type);
+    quillet::CComVariant value = quillet::Dereferenced(v);
+    KeepType(value, m_value.vt);
+    m_value = std::move(value);
     SetChanged();
 }
 
@@ -80,12 +82,14 @@ void DbFieldValue::ValueFromString(const DbFieldDescr& field, const WCHAR* const
 
 void DbFieldValue::ValueFromString(const DbFieldDescr& field, const quillet::CString& text) {
     const VARTYPE type = field.GetType();
+    quillet::CComVariant value;
     if (type == (VT_ARRAY | VT_UI1)) {
-        quillet::DecodeBase64(text.View(), m_value);
+        quillet::DecodeBase64(text.View(), value);
     } else {
-        m_value.SetText(text.View());
+        value.SetText(text.View());
     }
-    KeepType(m_value, type);
+    KeepType(value, type);
+    m_value = std::move(value);
 }
 
 namespace quillet {

@@ -18,7 +18,8 @@ public:
     explicit DbFieldValue(DbItem* parent = nullptr, int index = -1);
     // Copies the item part, as DbItem's copy does, the index, the null flag and the value.
     DbFieldValue(const DbFieldValue& other);
-    // Copies the null flag and the value; index, parent and change stamps stay.
+    // Copies the null flag and the value; index, parent and change stamps stay. As in every member, nothing
+    // is changed where memory runs out.
     DbFieldValue& operator=(const DbFieldValue& other);
     ~DbFieldValue() override = default;
 

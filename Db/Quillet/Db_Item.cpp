@@ -113,6 +113,8 @@ DbItem& DbItem::operator=(const DbItem& other) {
     if (this == &other) {
         return *this;
     }
+    quillet::ChildList borrowed;
+    borrowed.Borrow(other.m_children);
     ++g_stampMoves;
     m_changeId = other.m_changeId;
     m_syncId = other.m_syncId;
@@ -123,7 +125,7 @@ DbItem& DbItem::operator=(const DbItem& other) {
         m_parent = other.m_parent & ~ListedBit;
     }
     ReleaseChildren();
-    m_children.Borrow(other.m_children);
+    m_children.Swap(borrowed);
     // An item below itself would be walked without end.
     m_children.KeepBorrowedIf([this](const DbItem* child) { return !child->Reaches(this); });
     return *this;

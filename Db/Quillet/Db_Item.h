@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "platform/Automation.h"
 
@@ -33,6 +34,7 @@ public:
         return sizeof(Head) + capacity * sizeof(DbItem*);
     }
     void UseMemory(void* memory, std::size_t capacity);
+    void Swap(ChildList& other) { std::swap(m_head, other.m_head); }
     // Takes over the pointers of another item's list. They stay that item's children.
     void Borrow(const ChildList& other);
     // Keeps only the items for which the predicate holds, in order.
@@ -83,7 +85,7 @@ public:
     DbItem(const DbItem& other);
     // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that
     // was the child of another parent than the other's is no longer listed there. An item below which this
-    // one stands does not become its child.
+    // one stands does not become its child. Out of memory nothing is changed.
     DbItem& operator=(const DbItem& other);
     virtual ~DbItem() {
         if (DbItem* const parent = LiveParent()) {

@@ -14,6 +14,7 @@
 #include "Quillet/Db_QueryDef.h"
 #include "Quillet/Db_RowCondition.h"
 #include "Quillet/Db_TableDef.h"
+#include "base/Rollback.h"
 #include "platform/Clock.h"
 #include "platform/File.h"
 
@@ -204,7 +205,7 @@ bool DbRecordset::StandOn(NameFunction nameOf, const CString& text) {
         if (descr != Descr()) {
             m_index->Set(nullptr);
         }
-        m_name = name;
+        m_name = std::move(name);
         m_data = data->LifeToken();
         m_descr = descr->LifeToken();
         return true;
@@ -690,16 +691,27 @@ void DbRecordset::Update() {
     if (!CanUpdate()) {
         Throw(UpdateLine, "Read only recordset (or database), cannot be modified (Update operation)");
     }
+    // Where the values can't be stored, the cursor and the table are what they were, and the edit is pending.
+    std::optional<uint64> added;
+    quillet::Rollback begun([&, position = m_position, index = *m_index] {
+        if (added && Data() != nullptr) {
+            Data()->TakeBackRow(*added);
+        }
+        m_position = position;
+        *m_index = index;
+    });
     if (m_editMode == EditMode::AddNew) {
         // Rows that wait to be read come first.
         Data()->ParseXmlData();
-        PlaceAt(static_cast<std::int64_t>(Data()->AddRow()));
+        added = Data()->AddRow();
+        PlaceAt(static_cast<std::int64_t>(*added));
     }
     if (m_editMode == EditMode::AddNew || m_editMode == EditMode::Edit) {
         m_index->Set(nullptr);
         WriteTableRow(m_position);
         m_lastModified = m_position;
     }
+    begun.Keep();
     CancelUpdate();
 }
 
@@ -708,14 +720,11 @@ bool DbRecordset::WriteTableRow(std::int64_t position) {
     if (IsEOF() || IsBOF() || row() == nullptr) {
         return false;
     }
-    m_bindings->Write(row);
-    for (const auto& [field, value] : m_pending) {
-        DbTableRow* const at = row();
-        if (at != nullptr && field < at->size()) {
-            DbFieldValue& cell = at->GetField(field);
-            cell.GetVariant() = value;
-            cell.SetChanged();
-        }
+    FieldBindings::Values values;
+    m_bindings->Collect(row, values);
+    values.insert(values.end(), m_pending.begin(), m_pending.end());
+    if (DbTableRow* const at = row()) {
+        FieldBindings::Store(*at, values);
     }
     return true;
 }

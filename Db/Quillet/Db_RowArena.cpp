@@ -1,6 +1,7 @@
 #include "Quillet/Db_RowArena.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace quillet {
 
@@ -17,11 +18,13 @@ constexpr std::size_t Aligned(std::size_t bytes) {
 
 void* RowArena::Allocate(std::size_t bytes) {
     bytes = Aligned(bytes);
-    if (!m_released.empty()) {
-        const auto found = m_released.find(bytes);
-        if (found != m_released.end() && !found->second.empty()) {
-            void* const piece = found->second.back();
-            found->second.pop_back();
+    if (bytes != m_lastSize || m_hasReleased) {
+        // The place for released pieces is made here, where it may fail.
+        void*& released = m_released[bytes];
+        m_lastSize = bytes;
+        if (released != nullptr) {
+            void* const piece = released;
+            std::memcpy(&released, piece, sizeof released);
             return piece;
         }
     }
@@ -36,7 +39,10 @@ void* RowArena::Allocate(std::size_t bytes) {
 }
 
 void RowArena::Release(void* piece, std::size_t bytes) {
-    m_released[Aligned(bytes)].push_back(piece);
+    void*& released = m_released.find(Aligned(bytes))->second;
+    std::memcpy(piece, &released, sizeof released);
+    released = piece;
+    m_hasReleased = true;
 }
 
 void RowArena::Reserve(std::size_t bytes) {
@@ -46,7 +52,7 @@ void RowArena::Reserve(std::size_t bytes) {
 }
 
 void RowArena::AddBlock(std::size_t bytes) {
-    m_blocks.emplace_back(new std::byte[bytes]);
+    m_blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(bytes));
     m_free = m_blocks.back().get();
     m_left = bytes;
     m_total += bytes;

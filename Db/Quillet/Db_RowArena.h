@@ -17,8 +17,9 @@ public:
     RowArena(const RowArena&) = delete;
     RowArena& operator=(const RowArena&) = delete;
 
+    // Throws std::bad_alloc.
     void* Allocate(std::size_t bytes);
-    // The piece must have been allocated with the same number of bytes.
+    // The piece must have been allocated with the same number of bytes. Can't fail.
     void Release(void* piece, std::size_t bytes);
     // So many bytes more will be asked for soon.
     void Reserve(std::size_t bytes);
@@ -30,8 +31,11 @@ private:
     std::byte* m_free = nullptr;
     std::size_t m_left = 0;
     std::size_t m_total = 0;
-    // Released pieces by size.
-    std::map<std::size_t, std::vector<void*>> m_released;
+    // The piece of each size that was released last; each holds the address of the one before.
+    std::map<std::size_t, void*> m_released;
+    // The size for which there is room in that map, so that one after the other of a size asks once.
+    std::size_t m_lastSize = 0;
+    bool m_hasReleased = false;
 };
 
 }  // namespace quillet

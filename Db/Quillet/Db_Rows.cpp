@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "Quillet/Db_RowArena.h"
 #include "Quillet/Db_RowTokens.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
+#include "base/Reserve.h"
+#include "base/Rollback.h"
 
 // Rows and the memory in which they stand.
 struct DbRows::Storage {
@@ -24,12 +27,22 @@ struct DbRows::Storage {
 
     void Append(DbItem* parent, DbTableDescr* descr, bool initValues) {
         const std::size_t bytes = DbTableRow::PieceBytes(descr == nullptr ? 0 : descr->size());
-        // The place comes first: once the row stands, nothing more can fail.
-        m_rows.push_back(nullptr);
-        auto* const row = new (m_arena.Allocate(bytes)) DbTableRow(parent);
+        quillet::ReserveOneMore(m_rows);
+        void* const piece = m_arena.Allocate(bytes);
+        quillet::Rollback allocated([&] { m_arena.Release(piece, bytes); });
+        auto* const row = new (piece) DbTableRow(parent);
+        quillet::Rollback made([&] { row->~DbTableRow(); });
         row->SetDescr(descr);
-        m_rows.back() = row;
         row->MakeCells(initValues);
+        made.Keep();
+        allocated.Keep();
+        m_rows.push_back(row);
+    }
+
+    void DropLast(std::size_t count) {
+        for (; count > 0; --count) {
+            Delete(m_rows.size() - 1);
+        }
     }
 
     void Delete(std::size_t position) {
@@ -63,46 +76,60 @@ DbRows* DbRows::BoundTo() const {
 }
 
 uint64 DbRows::AddRow(bool initValues) {
-    DbRows* const boundTo = BoundTo();
-    DbRows* const owner = boundTo == nullptr ? this : boundTo;
-    const uint64 visible = m_order.size();
-    const uint64 stored = m_storage->m_rows.size();
-    m_storage->Append(owner, owner->Descr(), initValues);
-    m_order.push_back(stored);
-    if (boundTo != nullptr) {
-        boundTo->m_order.push_back(stored);
-    }
-    owner->SetChanged();
-    if (owner != this) {
-        SetChanged();
-    }
-    return visible;
+    return AppendRows(1, initValues);
 }
 
 uint64 DbRows::AddRows(uint64 n, bool initValues) {
     const uint64 first = m_order.size();
     constexpr auto MostRows = static_cast<uint64>(std::numeric_limits<std::int32_t>::max());
-    if (first > MostRows || n > MostRows - first) {
+    if (n == 0 || first > MostRows || n > MostRows - first) {
         return first;
     }
-    Reserve(n);
-    for (uint64 i = 0; i < n; ++i) {
-        AddRow(initValues);
-    }
-    return first;
+    const std::size_t cells = Descr() == nullptr ? 0 : Descr()->size();
+    quillet::ReserveMore(m_storage->m_rows, n);
+    m_storage->m_arena.Reserve(n * DbTableRow::PieceBytes(cells));
+    ReserveChildren(m_storage->m_rows.capacity());
+    return AppendRows(n, initValues);
 }
 
-void DbRows::Reserve(uint64 more) {
-    // At least twice as much as before, so that many small steps cost no more than one large one.
-    const auto reserve = [more](auto& list) {
-        if (list.capacity() - list.size() < more) {
-            list.reserve(std::max(list.size() + more, list.capacity() * 2));
+uint64 DbRows::AppendRows(uint64 n, bool initValues) {
+    DbRows* const boundTo = BoundTo();
+    DbRows* const owner = boundTo == nullptr ? this : boundTo;
+    const uint64 visible = m_order.size();
+    uint64 appended = 0;
+    quillet::ReserveMore(m_order, n);
+    if (boundTo != nullptr) {
+        quillet::ReserveMore(boundTo->m_order, n);
+    }
+    const uint64 stored = m_storage->m_rows.size();
+    quillet::Rollback rows([&] { m_storage->DropLast(appended); });
+    for (; appended < n; ++appended) {
+        m_storage->Append(owner, owner->Descr(), initValues);
+    }
+    rows.Keep();
+    for (uint64 i = 0; i < n; ++i) {
+        m_order.push_back(stored + i);
+        if (boundTo != nullptr) {
+            boundTo->m_order.push_back(stored + i);
         }
-    };
-    reserve(m_order);
-    reserve(m_storage->m_rows);
-    m_storage->m_arena.Reserve(more * DbTableRow::PieceBytes(Descr() == nullptr ? 0 : Descr()->size()));
-    ReserveChildren(m_storage->m_rows.capacity());
+        owner->SetChanged();
+        if (owner != this) {
+            SetChanged();
+        }
+    }
+    return visible;
+}
+
+void DbRows::TakeBackRow(uint64 pos) {
+    DbRows* const boundTo = BoundTo();
+    if (pos + 1 != m_order.size() || m_order.back() + 1 != m_storage->m_rows.size()) {
+        return;
+    }
+    m_storage->DropLast(1);
+    m_order.pop_back();
+    if (boundTo != nullptr) {
+        boundTo->m_order.pop_back();
+    }
 }
 
 void DbRows::DeleteRow(uint64 pos) {
@@ -149,24 +176,50 @@ void DbRows::RemoveFromOrder(uint64 pos) {
     }
 }
 
-void DbRows::Update(uint64 fieldIndex, bool added) {
-    const DbTableDescr* const descr = Descr();
+DbRows::NewCells::NewCells(DbRows& rows, uint64 fieldIndex) : m_rows(rows), m_index(fieldIndex) {
+    const DbTableDescr* const descr = rows.Descr();
     if (descr == nullptr) {
         return;
     }
-    for (DbTableRow* const row : m_storage->m_rows) {
-        // Rows that other rows lend are those rows' to update.
-        if (row == nullptr || row->GetDescr() != descr ||
-            (row->LiveParent() != nullptr && row->LiveParent() != this)) {
-            continue;
+    const DbFieldDescr& field = descr->GetField(static_cast<int>(fieldIndex));
+    for (DbTableRow* const row : rows.m_storage->m_rows) {
+        if (rows.Follows(row)) {
+            m_cells.emplace_back(row, row->MakeCell(fieldIndex, field));
         }
-        if (added) {
-            row->InsertCell(fieldIndex, descr->GetField(static_cast<int>(fieldIndex)));
-        } else {
+    }
+}
+
+void DbRows::NewCells::Insert() {
+    for (auto& [row, cell] : m_cells) {
+        row->InsertCell(m_index, std::move(cell));
+    }
+    // Without rows, too, whoever was computed from them has to follow.
+    if (m_rows.Descr() != nullptr) {
+        m_rows.SetChanged();
+    }
+}
+
+void DbRows::Update(uint64 fieldIndex, bool added) {
+    if (added) {
+        NewCells(*this, fieldIndex).Insert();
+    } else if (Descr() != nullptr) {
+        EraseCells(fieldIndex);
+    }
+}
+
+bool DbRows::Follows(const DbTableRow* row) const {
+    // Rows that other rows lend are those rows' to update.
+    return row != nullptr && row->GetDescr() == Descr() &&
+           (row->LiveParent() == nullptr || row->LiveParent() == this);
+}
+
+void DbRows::EraseCells(uint64 fieldIndex) {
+    for (DbTableRow* const row : m_storage->m_rows) {
+        if (Follows(row)) {
             row->EraseCell(fieldIndex);
         }
     }
-    // Without rows, too, whoever was computed from them has to follow.
+    // As for new cells.
     SetChanged();
 }
 
@@ -174,13 +227,14 @@ void DbRows::Bind(DbRows* other, std::vector<uint64>& order) {
     if (other == nullptr || other == this) {
         return;
     }
+    std::vector<uint64> shown = order;
     if (!m_isBound) {
         ReleaseChildren(m_storage->m_rows.begin(), m_storage->m_rows.end());
     }
     m_storage = other->m_storage;
     m_boundTo = other->m_self;
     m_isBound = true;
-    m_order = order;
+    m_order.swap(shown);
 }
 
 DbRows* DbRows::GetLender() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "Quillet/Db_TableRow.h"
@@ -16,6 +17,8 @@ public:
     DbRows& operator=(const DbRows&) = delete;
     ~DbRows() override;
 
+    // Where a member throws, which is std::bad_alloc, the rows are what they were.
+
     // Appends a row with one cell for each field, empty or with the field's default value, and returns its
     // visible position. A row added to bound rows belongs to the rows bound to and is seen in both.
     uint64 AddRow(bool initValues);
@@ -28,6 +31,20 @@ public:
     // A field was added to the descriptor or removed from it: its cells are inserted with the field's default
     // value, or deleted, in every row that follows the descriptor.
     void Update(uint64 fieldIndex, bool added);
+
+    // The cells that a new field of the descriptor brings to the rows: made where that may fail, inserted
+    // where nothing may.
+    class QUILLET_API NewCells {
+    public:
+        NewCells(DbRows& rows, uint64 fieldIndex);
+        // Once; the rows must be those that they were before.
+        void Insert();
+
+    private:
+        DbRows& m_rows;
+        uint64 m_index;
+        std::vector<std::pair<DbTableRow*, std::unique_ptr<DbFieldValue>>> m_cells;
+    };
 
     // From now on shows other's rows in the given order of storage positions. Rows of its own are dropped. No
     // effect for null or itself. Nothing counts as changed by that.
@@ -57,8 +74,14 @@ private:
 
     struct Storage;
 
+    // Whether the row's cells follow the descriptor by way of these rows.
+    bool Follows(const DbTableRow* row) const;
+    void EraseCells(uint64 fieldIndex);
+    // Takes back the row at a visible position, as far as it is the one that was appended last.
+    void TakeBackRow(uint64 pos);
+
     DbRows* BoundTo() const;
-    void Reserve(uint64 more);
+    uint64 AppendRows(uint64 n, bool initValues);
     void RemoveFromOrder(uint64 pos);
     void LogToDatabase(const quillet::CString& line);
     void NoteMisfit();

@@ -113,11 +113,17 @@ bool DbTableData::LoadRows(IDispatch* element) {
 }
 
 void DbTableData::Clear() {
+    PrepareClear();
     m_xmlSource.Empty();
     m_pending = false;
-    m_rows.reset();
-    m_rows = std::make_unique<DbRows>(this, GetTableDescr());
+    m_rows = std::move(m_nextRows);
     SetChanged();
+}
+
+void DbTableData::PrepareClear() {
+    if (m_nextRows == nullptr) {
+        m_nextRows = std::make_unique<DbRows>(this, GetTableDescr());
+    }
 }
 
 void DbTableData::SetXmlSource(const CString& xml) {

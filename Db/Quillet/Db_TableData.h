@@ -13,8 +13,9 @@ class DbDatabase;
 class DbTableInfo;
 
 namespace quillet {
+class DbCallUp;
 class QueryBuilder;
-}
+}  // namespace quillet
 
 // The rows of a table, and until their first use the XML text that they will be read from. The members that
 // say so read that text; the others see only the rows that are there.
@@ -85,9 +86,16 @@ public:
     const std::shared_ptr<DbTableData*>& LifeToken() const { return m_life; }
 
 private:
+    friend class DbRecordset;
     friend class DbRows;
     friend class DbTableInfo;
+    friend class quillet::DbCallUp;
     friend class quillet::QueryBuilder;
+
+    // Takes back the row at a position, where AddRow put it and nothing was added since.
+    void TakeBackRow(uint64 pos) { m_rows->TakeBackRow(pos); }
+    // From here to the next Clear, that one can't fail.
+    void PrepareClear();
 
     // What GetChangeId says. It walks over the cells only where a stamp in the process came or went since it
     // was last asked.
@@ -104,6 +112,8 @@ private:
 
     std::shared_ptr<DbTableData*> m_life = std::make_shared<DbTableData*>(this);
     std::unique_ptr<DbRows> m_rows;
+    // What Clear puts in their place, where it was made beforehand.
+    std::unique_ptr<DbRows> m_nextRows;
     quillet::CString m_xmlSource;
     bool m_pending = false;
     bool m_initialized = false;

@@ -9,6 +9,8 @@
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_SqlText.h"
+#include "base/Reserve.h"
+#include "base/Rollback.h"
 #include "xml/Face.h"
 
 using quillet::CString;
@@ -102,6 +104,7 @@ bool DbTableDescr::Load(IDispatch* element) {
         quillet::xml::Face face;
         int index = 0;
         for (quillet::xml::Node child = node.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
+            quillet::ReserveOneMore(*this);
             push_back(new DbFieldDescr(this, index++));
             if (!back()->Load(face.Show(child))) {
                 return false;
@@ -115,12 +118,14 @@ bool DbTableDescr::Load(IDispatch* element) {
 
 DbTableDescr::DbIndex* DbTableDescr::CreateIndex(CString name) {
     auto index = std::make_unique<DbIndex>(name);
+    const CString key = Lowered(name);
     if (!CreateIndex(name, index.get())) {
         return nullptr;
     }
     // Registered, or already deleted in favour of the one that exists.
     static_cast<void>(index.release());
-    return FindIndex(name);
+    const auto found = m_indexes.find(key);
+    return found == m_indexes.end() ? nullptr : found->second.get();
 }
 
 bool DbTableDescr::CreateIndex(CString name, const std::vector<CString>& fields) {
@@ -146,14 +151,25 @@ bool DbTableDescr::CreateIndex(CString name, DbIndex* index) {
     name.MakeLower();
     const auto registered = std::find_if(m_indexes.begin(), m_indexes.end(),
                                          [&](const auto& entry) { return entry.second.get() == index; });
-    const std::shared_ptr<DbIndex> owned =
-        registered == m_indexes.end() ? std::shared_ptr<DbIndex>(index) : registered->second;
-    if (m_indexes.emplace(name, owned).second) {
-        index->GetFieldIndexes().clear();
-        for (const CString& field : index->GetFieldNames()) {
-            index->GetFieldIndexes().push_back(static_cast<uint64>(GetFieldIndex(field)));
+    const bool isRegistered = registered != m_indexes.end();
+    if (m_indexes.count(name) > 0) {
+        if (!isRegistered) {
+            delete index;
         }
+        return true;
     }
+    std::vector<uint64> positions;
+    positions.reserve(index->GetFieldNames().size());
+    for (const CString& field : index->GetFieldNames()) {
+        positions.push_back(static_cast<uint64>(GetFieldIndex(field)));
+    }
+    // The index stays the caller's until its entry stands.
+    const auto keeper = std::make_shared<std::unique_ptr<DbIndex>>();
+    m_indexes.emplace(name, isRegistered ? registered->second : std::shared_ptr<DbIndex>(keeper, index));
+    if (!isRegistered) {
+        keeper->reset(index);
+    }
+    index->GetFieldIndexes() = std::move(positions);
     return true;
 }
 
@@ -184,12 +200,13 @@ void DbTableDescr::ClearFilters() {
 
 std::vector<std::unique_ptr<DbFilter>> DbTableDescr::TakeFilters(const std::vector<DbFilter*>& filters) {
     const std::unordered_set<const DbFilter*> list(filters.begin(), filters.end());
+    std::vector<std::unique_ptr<DbFilter>> taken;
+    taken.reserve(filters.size());
     const auto isElsewhere = [&](const std::unique_ptr<DbFilter>& filter) {
         return list.count(filter.get()) == 0;
     };
     const auto first = std::stable_partition(m_filters.begin(), m_filters.end(), isElsewhere);
-    std::vector<std::unique_ptr<DbFilter>> taken(std::make_move_iterator(first),
-                                                 std::make_move_iterator(m_filters.end()));
+    taken.assign(std::make_move_iterator(first), std::make_move_iterator(m_filters.end()));
     m_filters.erase(first, m_filters.end());
     return taken;
 }
@@ -271,14 +288,18 @@ void DbTableDescr::AppendField(const DbFieldDescr& field) {
 
 void DbTableDescr::Append(const CString& name, bool key, VARTYPE type) {
     quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
-    m_namesStale = true;
-    auto* const field = new DbFieldDescr(this, static_cast<int>(size()));
-    push_back(field);
+    const std::size_t position = size();
+    auto field = std::make_unique<DbFieldDescr>(this, static_cast<int>(position));
     field->SetName(name);
     field->SetKey(key);
     field->SetType(type);
+    push_back(field.get());
+    quillet::Rollback appended([this] { pop_back(); });
     SetChanged();
-    quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(field->GetIndex()), true);
+    quillet::DbCallUp::FieldsChanged(LiveParent(), *this, position, true);
+    appended.Keep();
+    static_cast<void>(field.release());
+    m_namesStale = true;
 }
 
 bool DbTableDescr::DeleteField(int i) {
@@ -286,9 +307,14 @@ bool DbTableDescr::DeleteField(int i) {
         return false;
     }
     quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
-    delete at(static_cast<uint64>(i));
+    std::unique_ptr<DbFieldDescr> field(at(static_cast<uint64>(i)));
     erase(begin() + i);
+    quillet::Rollback erased([&] {
+        // The room is there.
+        insert(begin() + i, field.release());
+    });
     quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(i), false);
+    erased.Keep();
     m_namesStale = true;
     SetChanged();
     return true;

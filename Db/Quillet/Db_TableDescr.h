@@ -89,8 +89,8 @@ public:
     // or an unknown field.
     virtual bool CreateIndex(quillet::CString name, const std::vector<quillet::CString>& fields);
     virtual bool CreateIndex(quillet::CString name, const quillet::CString& fieldList);
-    // Takes over the index, unless it returns false: then it stays the caller's. Where the name is taken the
-    // given index is deleted, the existing one stays, and the result is true.
+    // Takes over the index, unless it returns false or throws: then it stays the caller's. Where the name is
+    // taken the given index is deleted, the existing one stays, and the result is true.
     virtual bool CreateIndex(quillet::CString name, DbIndex* index);
     // Has every filter evaluate the row; they keep their results.
     virtual void Evaluate(const DbTableRow& row);

@@ -52,6 +52,10 @@ bool DbTableInfo::IsQuerySync() const {
 }
 
 void DbTableInfo::Clear() {
+    // Both or none.
+    if (m_data != nullptr) {
+        m_data->PrepareClear();
+    }
     if (m_descr != nullptr) {
         m_descr->Clear();
     }

@@ -8,6 +8,7 @@
 #include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
+#include "base/Reserve.h"
 #include "xml/Face.h"
 
 using quillet::CComVariant;
@@ -83,18 +84,22 @@ void DbTableRow::MakeCells(bool initValues) {
     for (; m_blockCells < count; ++m_blockCells) {
         auto* const cell = new (m_block + m_blockCells) DbFieldValue(this, static_cast<int>(m_blockCells));
         cell->m_inBlock = true;
-        if (initValues) {
-            cell->m_value = descr->at(m_blockCells)->GetVariant();
-        }
         push_back(cell);
+    }
+    for (std::size_t i = 0; initValues && i < count; ++i) {
+        m_block[i].m_value = descr->at(i)->GetVariant();
     }
 }
 
-void DbTableRow::InsertCell(uint64 index, const DbFieldValue& value) {
+std::unique_ptr<DbFieldValue> DbTableRow::MakeCell(uint64 index, const DbFieldValue& value) {
     auto cell = std::make_unique<DbFieldValue>(this, static_cast<int>(index));
     cell->m_value = value.GetVariant();
-    insert(begin() + static_cast<std::ptrdiff_t>(std::min<uint64>(index, size())), cell.get());
-    static_cast<void>(cell.release());
+    quillet::ReserveOneMore(*this);
+    return cell;
+}
+
+void DbTableRow::InsertCell(uint64 index, std::unique_ptr<DbFieldValue> cell) {
+    insert(begin() + static_cast<std::ptrdiff_t>(std::min<uint64>(index, size())), cell.release());
 }
 
 void DbTableRow::EraseCell(uint64 index) {
@@ -198,8 +203,8 @@ const DbFieldValue& DbTableRow::operator[](const CString& name) const {
 void DbTableRow::SetValue(const CString& name, const CString& text) {
     const int index = FieldIndex(name);
     if (index >= 0) {
-        SetChanged();
         GetField(static_cast<uint64>(index)).ValueFromString(GetDescr()->GetField(index), text);
+        SetChanged();
     }
 }
 

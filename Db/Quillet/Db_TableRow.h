@@ -93,7 +93,7 @@ private:
     // A row and its cells stand in one piece of memory of so many bytes, with the row at its beginning.
     static std::size_t PieceBytes(std::size_t cells);
     // Makes one empty cell for each field of the descriptor, behind the row in its piece; with the fields'
-    // default values where asked for.
+    // default values where asked for. Where it throws, the row can be destroyed and no more.
     void MakeCells(bool initValues);
     std::size_t CellsInPiece() const { return m_blockCells; }
     int FieldIndex(const quillet::CString& name) const;
@@ -103,7 +103,10 @@ private:
     }
     static DbFieldValue& NoCell();
     const std::string& FieldNameInFile(std::size_t position) const;
-    void InsertCell(uint64 index, const DbFieldValue& value);
+    // A cell for the index, which stands nowhere yet, with room for it in the row.
+    std::unique_ptr<DbFieldValue> MakeCell(uint64 index, const DbFieldValue& value);
+    // Neither fails.
+    void InsertCell(uint64 index, std::unique_ptr<DbFieldValue> cell);
     void EraseCell(uint64 index);
     bool IsInBlock(const DbFieldValue* cell) const {
         return cell >= m_block && cell < m_block + m_blockCells;

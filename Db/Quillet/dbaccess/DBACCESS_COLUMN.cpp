@@ -6,14 +6,14 @@ using quillet::CDBVariant;
 using quillet::CString;
 
 DBACCESS_COLUMN& DBACCESS_COLUMN::operator=(const CString& text) {
-    m_type = Text;
     m_text = text;
+    m_type = Text;
     return *this;
 }
 
 DBACCESS_COLUMN& DBACCESS_COLUMN::operator=(const quillet::CByteArray& bytes) {
-    m_type = Binary;
     m_binary = bytes;
+    m_type = Binary;
     return *this;
 }
 

@@ -1,0 +1,241 @@
+// Structures and rows when memory runs out: every step happens whole or not at all.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "CatalogHelpers.h"
+#include "Quillet/IQuillet.h"
+#include "TestHelpers.h"
+#include "support/OutOfMemory.h"
+
+namespace {
+
+using quillet::test::Attempt;
+using quillet::test::ByteArray;
+using quillet::test::Dump;
+using quillet::test::ExpectWholeOrNotAtAll;
+using quillet::test::Failing;
+using quillet::test::RowsOf;
+using quillet::test::SweepAttempts;
+using quillet::test::Try;
+
+// Table "Steel" with a field of each type and rows whose texts need memory, and an answer that shows some of
+// the rows.
+class Subject {
+public:
+    Subject() : m_database(std::make_unique<DbDatabase>()) {
+        m_database->CreateTable("Steel", DbTableInfo::Table);
+        for (const auto& [name, type] :
+             {std::pair("name", DbFieldDescr::Text), std::pair("h", DbFieldDescr::Double),
+              std::pair("n", DbFieldDescr::Long), std::pair("ok", DbFieldDescr::Boolean),
+              std::pair("bytes", DbFieldDescr::Binary)}) {
+            Descr().CreateField(name, false, type);
+        }
+        for (int i = 0; i < 5; ++i) {
+            DbTableRow& row = Data()[Data().AddRow()];
+            row.SetValue("name", CString("a name that takes memory of its own, ") + Digit(i));
+            row.SetValue("h", CComVariant(100.5 * i));
+            row.SetValue("n", CComVariant(i));
+            row.SetValue("bytes", ByteArray("bytes"));
+        }
+        Descr().CreateIndex("an index by name", "name");
+        m_bound = std::make_unique<DbRows>(nullptr, &Descr());
+        std::vector<uint64> order = {3, 1};
+        m_bound->Bind(Data().GetRows(), order);
+    }
+
+    DbDatabase& Database() { return *m_database; }
+    DbTableDescr& Descr() { return *m_database->GetTableDescr("Steel"); }
+    DbTableData& Data() { return *m_database->GetTableData("Steel"); }
+    DbRows& Bound() { return *m_bound; }
+
+    std::string Text() {
+        std::string text = Dump(*m_database);
+        text += "bound";
+        for (uint64 i = 0; i < m_bound->GetRowsCount(); ++i) {
+            const DbTableRow* const row = m_bound->GetRow(static_cast<int>(i));
+            text += " " + (row == nullptr ? "no row" : quillet::test::CellText(row->GetField(0)));
+        }
+        for (const char* name : {"an index by name", "second"}) {
+            const DbTableDescr::DbIndex* const index = Descr().FindIndex(name);
+            text += std::string(" ") + name + (index == nullptr ? ": none" : ":");
+            for (std::size_t i = 0; index != nullptr && i < index->GetFieldIndexes().size(); ++i) {
+                text += " " + std::to_string(index->GetFieldIndexes()[i]);
+            }
+        }
+        return text;
+    }
+
+private:
+    static CString Digit(int digit) { return CString(std::to_string(digit)); }
+
+    std::unique_ptr<DbDatabase> m_database;
+    std::unique_ptr<DbRows> m_bound;
+};
+
+struct TableStep {
+    const char* m_name;
+    std::function<void(Subject&)> m_change;
+};
+
+void PrintTo(const TableStep& step, std::ostream* out) {
+    *out << step.m_name;
+}
+
+class TableOutOfMemory : public testing::TestWithParam<TableStep> {};
+
+TEST_P(TableOutOfMemory, StepHappensWholeOrNotAtAll) {
+    ExpectWholeOrNotAtAll([] { return std::make_unique<Subject>(); }, GetParam().m_change,
+                          [](Subject& subject) { return subject.Text(); });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, TableOutOfMemory,
+    testing::Values(
+        TableStep{
+            "CreateField",
+            [](Subject& subject) { subject.Descr().CreateField("a new field", true, DbFieldDescr::Text); }},
+        TableStep{"CreateFieldOfBytes",
+                  [](Subject& subject) { subject.Descr().CreateField("blob", false, DbFieldDescr::Binary); }},
+        TableStep{"AppendField",
+                  [](Subject& subject) {
+                      DbFieldDescr field;
+                      field.SetName("NAME");
+                      field.SetType(VT_BSTR);
+                      subject.Descr().AppendField(field);
+                  }},
+        TableStep{"DeleteFieldByName", [](Subject& subject) { subject.Descr().DeleteField("h"); }},
+        TableStep{"DeleteLastField", [](Subject& subject) { subject.Descr().DeleteField(4); }},
+        TableStep{"CreateIndex",
+                  [](Subject& subject) { subject.Descr().CreateIndex("second", "n,h,[name]"); }},
+        TableStep{"CreateIndexWithoutFields",
+                  [](Subject& subject) { subject.Descr().CreateIndex("second"); }},
+        TableStep{"CreateIndexOfATakenName",
+                  [](Subject& subject) { subject.Descr().CreateIndex("An Index by Name", "n"); }},
+        TableStep{"DeleteIndex", [](Subject& subject) { subject.Descr().DeleteIndex("an index by name"); }},
+        TableStep{"AddRow", [](Subject& subject) { subject.Data().AddRow(); }},
+        TableStep{"AddRows", [](Subject& subject) { subject.Data().AddRows(7); }},
+        TableStep{"AddRowToBoundRows", [](Subject& subject) { subject.Bound().AddRow(true); }},
+        TableStep{"AddRowsToBoundRows", [](Subject& subject) { subject.Bound().AddRows(3, true); }},
+        TableStep{"SetText",
+                  [](Subject& subject) {
+                      subject.Data()[2].SetValue("name", "another text that takes memory of its own");
+                  }},
+        TableStep{"SetTextOfNumber", [](Subject& subject) { subject.Data()[2].SetValue("h", "12.25"); }},
+        TableStep{"SetTextOfBoolean", [](Subject& subject) { subject.Data()[2].SetValue("ok", "True"); }},
+        TableStep{"SetTextOfBytes",
+                  [](Subject& subject) { subject.Data()[2].SetValue("bytes", "QUJDREVGRw=="); }},
+        TableStep{"SetTextThatIsNoNumber",
+                  [](Subject& subject) { subject.Data()[2].SetValue("h", "a text that is no number"); }},
+        TableStep{"SetValue",
+                  [](Subject& subject) {
+                      subject.Data()[2].SetValue("name", CComVariant("a value that takes memory of its own"));
+                  }},
+        TableStep{"SetValueOfAnotherType",
+                  [](Subject& subject) { subject.Data()[2].SetValue("name", CComVariant(2.5)); }},
+        TableStep{"SetName",
+                  [](Subject& subject) { subject.Descr().at(1)->SetName("a (long) name for a height"); }},
+        TableStep{"SetType", [](Subject& subject) { subject.Descr().at(1)->SetType(VT_ARRAY | VT_UI1); }},
+        TableStep{"AssignField",
+                  [](Subject& subject) {
+                      DbFieldDescr field;
+                      field.SetName("a name that takes memory of its own");
+                      field.SetType(VT_BSTR);
+                      *subject.Descr().at(1) = field;
+                  }},
+        TableStep{"AssignCell",
+                  [](Subject& subject) { subject.Data()[0].GetField(0) = subject.Data()[1].GetField(0); }},
+        TableStep{"Bind",
+                  [](Subject& subject) {
+                      std::vector<uint64> order = {4, 3, 2, 1, 0};
+                      subject.Bound().Bind(subject.Data().GetRows(), order);
+                  }},
+        TableStep{"ClearData", [](Subject& subject) { subject.Data().Clear(); }},
+        TableStep{"ClearTable", [](Subject& subject) { subject.Database().ClearTable("steel"); }}));
+
+TEST(RowsOutOfMemory, DeletingARow_TakesNone) {
+    Subject subject;
+    quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
+    subject.Data().DeleteRow(1);
+    plan.Disarm();
+    EXPECT_FALSE(plan.HasFailed());
+    EXPECT_EQ(subject.Data().size(), 4U);
+}
+
+// A host's own index stays the host's where the structure could not take it.
+TEST(IndexOutOfMemory, AnIndexOfTheHost_IsDeletedOnce) {
+    for (const char* name : {"second", "an index by name"}) {
+        SweepAttempts([&](std::size_t failing, Failing which) {
+            Subject subject;
+            auto index = std::make_unique<DbTableDescr::DbIndex>("of the host", "n,h");
+            const std::shared_ptr<DbTableDescr::DbIndex*> life = index->LifeToken();
+            const Attempt attempt = Try(failing, which, [&] {
+                if (subject.Descr().CreateIndex(name, index.get())) {
+                    static_cast<void>(index.release());
+                }
+            });
+            EXPECT_EQ(index == nullptr, attempt.m_isDone);
+            // The name that is taken is not given to it.
+            EXPECT_EQ(*life == nullptr, attempt.m_isDone && std::string(name) != "second");
+            return attempt;
+        });
+    }
+}
+
+// Items that could not be made are nobody's children.
+TEST(ItemOutOfMemory, AnItemThatWasNotMade_IsNoChild) {
+    SweepAttempts([](std::size_t failing, Failing which) {
+        DbItem parent;
+        const uint64 alone = parent.CalcSize();
+        std::unique_ptr<DbFieldDescr> made;
+        const Attempt attempt = Try(failing, which, [&] {
+            auto field = std::make_unique<DbFieldDescr>(&parent, 0);
+            field->SetName("a name that takes memory of its own");
+            made = std::move(field);
+        });
+        EXPECT_EQ(parent.CalcSize() == alone, made == nullptr);
+        return attempt;
+    });
+}
+
+TEST(ItemOutOfMemory, AnAssignedItem_HasTheChildrenOfBeforeOrOfTheOther) {
+    SweepAttempts([](std::size_t failing, Failing which) {
+        DbItem from;
+        DbItem first(&from);
+        DbItem second(&from);
+        DbItem to;
+        DbItem own(&to);
+        const uint64 before = to.CalcSize();
+        const Attempt attempt = Try(failing, which, [&] { to = from; });
+        EXPECT_EQ(to.CalcSize(), attempt.m_isDone ? from.CalcSize() : before);
+        EXPECT_EQ(own.LiveParent() == nullptr, attempt.m_isDone);
+        return attempt;
+    });
+}
+
+// A database goes without asking for memory.
+TEST(DatabaseOutOfMemory, GoesWithoutMemory) {
+    auto subject = std::make_unique<Subject>();
+    quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
+    subject.reset();
+    plan.Disarm();
+    EXPECT_EQ(subject, nullptr);
+}
+
+TEST(DatabaseOutOfMemory, OneThatCouldNotBeMade_IsNotCounted) {
+    const std::int32_t before = DbDatabase::m_openDbCount;
+    SweepAttempts([&](std::size_t failing, Failing which) {
+        std::unique_ptr<DbDatabase> database;
+        const Attempt attempt = Try(failing, which, [&] {
+            database = std::make_unique<DbDatabase>("a path of a file that is not there");
+        });
+        EXPECT_EQ(DbDatabase::m_openDbCount, before + (attempt.m_isDone ? 1 : 0));
+        return attempt;
+    });
+    EXPECT_EQ(DbDatabase::m_openDbCount, before);
+}
+
+}  // namespace
