@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "Quillet/dbaccess/DBACCESS_ALL.h"
 
@@ -186,6 +189,53 @@ TEST(DBACCESS_RECORD, SetParam_OnAnEmptyRecord_AppendsADouble) {
     double value = 0;
     EXPECT_TRUE(record.GetParam("k", value));
     EXPECT_EQ(value, 2.5);
+}
+
+// A host that keeps parameters in its own way, with the names of the interface.
+class Limited : public DBACCESS_RECORD {
+public:
+    using DBACCESS_RECORD::GetParam;
+    using DBACCESS_RECORD::SetParam;
+    IDbParamValues& SetParam(const WCHAR* name, double value) override {
+        m_names.push_back(CString(name).ToUtf8());
+        return DBACCESS_RECORD::SetParam(name, std::min(value, 100.0));
+    }
+    bool GetParam(const WCHAR* name, double& value) override {
+        m_names.push_back(CString(name).ToUtf8());
+        return DBACCESS_RECORD::GetParam(name, value);
+    }
+
+    std::vector<std::string> m_names;
+};
+
+TEST(DBACCESS_RECORD, SetParamAndGetParam_OverriddenByAHost_AreCalledForEveryFormOfAName) {
+    Limited limited;
+    IDbParamValues& parameters = limited;
+    parameters.SetParam(OLESTR("wide"), 500).SetParam("narrow", 2).SetParam(CString("text"), 3);
+    limited.SetParam(std::string("own"), 4);
+    double value = 0;
+    EXPECT_TRUE(parameters.GetParam("wide", value));
+    EXPECT_EQ(value, 100);
+    EXPECT_TRUE(parameters.GetParam(OLESTR("narrow"), value));
+    EXPECT_EQ(value, 2);
+    EXPECT_FALSE(limited.GetParam(CString("missing"), value));
+    EXPECT_EQ(limited.m_names,
+              (std::vector<std::string>{"wide", "narrow", "text", "own", "wide", "narrow", "missing"}));
+}
+
+TEST(DBACCESS_RECORD, Names_WideText_AreTakenAsTheyAre) {
+    const WCHAR* const name = OLESTR("\u0142");
+    DBACCESS_RECORD record;
+    record.push_back(DBACCESS_COLUMN(name));
+    record[name] = 5;
+    EXPECT_EQ(record.size(), 1U);
+    EXPECT_EQ(record.findIdx(name), 0);
+    EXPECT_EQ(record.find(name).m_bool, 5);
+    EXPECT_EQ(std::as_const(record).find(name).m_bool, 5);
+    EXPECT_EQ(record.GetBool(name), 5);
+    const WCHAR* const none = nullptr;
+    EXPECT_EQ(DBACCESS_COLUMN(none).m_name, CString());
+    EXPECT_EQ(record.findIdx(none), -1);
 }
 
 TEST(DBACCESS_RECORD, SetParam_OnAColumn_TurnsItIntoADouble) {

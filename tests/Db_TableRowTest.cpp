@@ -126,6 +126,125 @@ TEST_F(RowTest, SetValue_Variant_KeepsTheTypeAndMarksTheCell) {
     EXPECT_FALSE(row.IsChanged()) << "the cell is marked, not the row";
 }
 
+// What a row takes as a value, by the type of the argument.
+template <typename Value>
+concept RowTakes = requires(DbTableRow& row, Value value) {
+    row.SetValue("n", value);
+};
+
+static_assert(RowTakes<int> && RowTakes<bool> && RowTakes<const char*> && RowTakes<const WCHAR*>);
+static_assert(RowTakes<std::string> && RowTakes<std::u16string> && RowTakes<quillet::WideString>);
+static_assert(RowTakes<CString> && RowTakes<CComVariant> && RowTakes<signed char> && RowTakes<long double>);
+static_assert(!RowTakes<std::nullptr_t>);
+static_assert(!RowTakes<char> && !RowTakes<wchar_t> && !RowTakes<char8_t>);
+static_assert(!RowTakes<char16_t> && !RowTakes<char32_t>);
+
+// The same for the other members that take a text or a value.
+template <typename Value>
+concept CellTakes = requires(DbFieldValue& cell, Value value) {
+    cell.SetValue(value);
+};
+template <typename Value>
+concept CursorTakes = requires(DbRecordset& cursor, Value value) {
+    cursor.SetFieldValue("n", value);
+};
+template <typename Value>
+concept ColumnTakes = requires(DBACCESS_COLUMN& column, Value value) {
+    column = value;
+};
+
+static_assert(CellTakes<int> && CellTakes<bool> && CellTakes<const char*> && CellTakes<const WCHAR*>);
+static_assert(CellTakes<std::string> && CellTakes<std::u16string> && CellTakes<quillet::WideString>);
+static_assert(!CellTakes<std::nullptr_t> && !CellTakes<char> && !CellTakes<wchar_t> && !CellTakes<char16_t>);
+static_assert(CursorTakes<int> && CursorTakes<bool> && CursorTakes<const char*> && CursorTakes<const WCHAR*>);
+static_assert(CursorTakes<std::string> && CursorTakes<std::u16string> && CursorTakes<quillet::WideString>);
+static_assert(!CursorTakes<std::nullptr_t> && !CursorTakes<char> && !CursorTakes<wchar_t>);
+static_assert(ColumnTakes<int> && ColumnTakes<long> && ColumnTakes<double> && ColumnTakes<bool>);
+static_assert(ColumnTakes<const char*> && ColumnTakes<const WCHAR*> && ColumnTakes<std::string> &&
+              ColumnTakes<std::u16string> && ColumnTakes<quillet::WideString>);
+static_assert(!ColumnTakes<std::nullptr_t> && !ColumnTakes<char> && !ColumnTakes<wchar_t> &&
+              !ColumnTakes<char8_t> && !ColumnTakes<char16_t> && !ColumnTakes<char32_t>);
+
+TEST_F(RowTest, SetValue_Zeros_AreNumbersAndNoNullText) {
+    DbTableRow& row = NewRow(Long(9));
+    const auto number = [&] { return PrintedText(row["n"]); };
+    row.SetValue("n", 0);
+    EXPECT_EQ(number(), "0");
+    EXPECT_EQ(row["n"].GetType(), VT_I4);
+    row.SetValue("n", 1);
+    row.SetValue("n", 0L);
+    EXPECT_EQ(number(), "0");
+    row.SetValue("d", 0.0F);
+    EXPECT_EQ(PrintedText(row["d"]), "0");
+    row.SetValue("t", 0);
+    EXPECT_EQ(PrintedText(row["t"]), "0") << "the number, as text";
+    row.SetValue("f", true);
+    row.SetValue("f", false);
+    EXPECT_EQ(PrintedText(row["f"]), "false");
+    EXPECT_EQ(row["f"].GetType(), VT_BOOL);
+}
+
+template <typename Number>
+class EveryNumber : public RowTest {};
+
+using NumberTypes = testing::Types<signed char, unsigned char, short, unsigned short, int, unsigned, long,
+                                   unsigned long, long long, unsigned long long, float, double, long double>;
+TYPED_TEST_SUITE(EveryNumber, NumberTypes);
+
+TYPED_TEST(EveryNumber, SetValue_StoresThatNumber) {
+    DbTableRow& row = this->NewRow();
+    for (const char* const field : {"n", "d", "t"}) {
+        row.SetValue(field, TypeParam(42));
+        EXPECT_EQ(PrintedText(row[field]), "42") << field;
+        row.SetValue(field, TypeParam());
+        EXPECT_EQ(PrintedText(row[field]), "0") << field;
+    }
+    row["d"].SetValue(TypeParam(7));
+    EXPECT_EQ(row["d"].GetVariant().dblVal, 7.0);
+}
+
+TEST_F(RowTest, SetValue_EveryFormOfText_StoresTheText) {
+    DbTableRow& row = NewRow();
+    const auto expect = [&](const char* what) { EXPECT_EQ(PrintedText(row["t"]), what); };
+    row.SetValue("t", "narrow \u0142");
+    expect("narrow \u0142");
+    row.SetValue("t", OLESTR("wide \u0142"));
+    expect("wide \u0142");
+    row.SetValue("t", std::string("string"));
+    expect("string");
+    row.SetValue("t", std::u16string(u"u16 \U0001F600"));
+    expect("u16 \U0001F600");
+    row.SetValue("t", quillet::WideString(OLESTR("wide string")));
+    expect("wide string");
+    row.SetValue("t", quillet::WideView(OLESTR("view")));
+    expect("view");
+    const char* const missing = nullptr;
+    row.SetValue("t", missing);
+    expect("");
+    row.SetValue("n", "12");
+    EXPECT_EQ(row["n"].GetVariant().lVal, 12);
+    row["t"].SetValue(std::u16string(u"by the cell"));
+    expect("by the cell");
+    row["t"].SetValue(std::string("and narrow"));
+    expect("and narrow");
+}
+
+TEST_F(RowTest, SetFieldValue_OfACursor_TakesTheSame) {
+    NewRow(Long(9), "x");
+    DbRecordset cursor(&m_database);
+    ASSERT_TRUE(cursor.Open("T"));
+    cursor.Edit();
+    cursor.SetFieldValue("n", 0);
+    cursor.SetFieldValue("t", std::u16string(u"text"));
+    cursor.SetFieldValue("f", false);
+    cursor.SetFieldValue(2, 0L);
+    cursor.Update();
+    EXPECT_EQ(PrintedText(Data()[0]["n"]), "0");
+    EXPECT_EQ(PrintedText(Data()[0]["t"]), "text");
+    EXPECT_EQ(PrintedText(Data()[0]["f"]), "false");
+    EXPECT_EQ(Data()[0][2].GetVariant().llVal, 0) << "as it is, whatever the field's type";
+}
+
 TEST_F(RowTest, SetValue_UnknownName_ChangesNothing) {
     DbTableRow& row = NewRow();
     row.SetValue("unknown", CString("1"));

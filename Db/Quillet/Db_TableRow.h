@@ -1,7 +1,9 @@
 // One row of a table.
 #pragma once
 
+#include <concepts>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "Quillet/Db_FieldValue.h"
@@ -22,7 +24,9 @@ public:
     ~DbTableRow() override;
 
     // Appends <row> with one attribute for each cell, named by the field's safe name. When the document
-    // refuses, the row is not appended, the database's log says at which field, and the result is false.
+    // refuses or throws, the row is not appended, the database's log says at which field, and why where that
+    // is the field's name, and the result is false. Nothing is thrown but our own std::bad_alloc. The same
+    // for Load.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Reads the cells from the element's attributes by position, whatever their names. Attributes beyond the
     // cells are left out, and cells beyond the attributes keep what they hold; the table's data counts such
@@ -59,9 +63,20 @@ public:
 
     // Sets a cell from text, as DbFieldValue::ValueFromString of a string does, and marks the row changed.
     void SetValue(const quillet::CString& name, const quillet::CString& text);
-    void SetValue(const quillet::CString& name, const char* utf8) { SetValue(name, quillet::CString(utf8)); }
     // Sets a cell, keeping its type, and marks the cell changed.
     void SetValue(const quillet::CString& name, const quillet::CComVariant& v);
+    // One of the two for whatever a host has at hand: a text for all that makes a CString, a value for a
+    // number of any type and for a boolean. A zero is a number, never a null text. A null pointer and a
+    // single character are refused by the compiler.
+    template <typename Value>
+    requires quillet::PlainNumber<Value> || std::convertible_to<const Value&, quillet::CString>
+    void SetValue(const quillet::CString& name, const Value& value) {
+        if constexpr (quillet::PlainNumber<Value>) {
+            SetValue(name, quillet::CComVariant(value));
+        } else {
+            SetValue(name, quillet::CString(value));
+        }
+    }
 
     // Has the descriptor's filters evaluate this row.
     void Evaluate();

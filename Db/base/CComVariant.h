@@ -21,6 +21,9 @@ inline HRESULT MemoryChecked(HRESULT result) {
     }
     return result;
 }
+// Any type of number, or a boolean.
+template <typename Value>
+concept PlainNumber = std::is_arithmetic_v<Value> && !SingleCharacter<Value>;
 
 // Equal: both null, or of one type and equal as Order has it.
 QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
@@ -36,8 +39,9 @@ public:
     CComVariant(const VARIANT& other) : VARIANT() { CopyFrom(other); }
     CComVariant(const CComVariant& other) : VARIANT() { CopyFrom(other); }
     CComVariant(CComVariant&& other) noexcept : VARIANT(other) { other.Reset(); }
-    // A boolean, an integer or a float of the C++ type's own size and sign.
-    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    // A boolean, an integer or a float of the C++ type's own size and sign; a single character is none of
+    // them.
+    template <PlainNumber Number>
     CComVariant(Number number) : VARIANT() {
         SetNumber(number);
     }
@@ -45,6 +49,10 @@ public:
     CComVariant(const WCHAR* text) : CComVariant(CString(text)) {}
     // UTF-8.
     CComVariant(const char* text) : CComVariant(CString(text)) {}
+    // UTF-8, or UTF-16 in a string of wide characters.
+    template <typename Unit,
+              typename = std::enable_if_t<std::is_constructible_v<CString, std::basic_string<Unit>>>>
+    CComVariant(const std::basic_string<Unit>& text) : CComVariant(CString(text)) {}
     // Counts the interface.
     CComVariant(IDispatch* dispatch);
     ~CComVariant() { Clear(); }

@@ -7,10 +7,16 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "base/Utf8.h"
 
 namespace quillet {
+
+// One of the types that hold a single character. They are no numbers to a value, and no texts.
+template <typename Value>
+concept SingleCharacter = std::is_same_v<Value, char> || std::is_same_v<Value, char8_t> ||
+    std::is_same_v<Value, wchar_t> || std::is_same_v<Value, char16_t> || std::is_same_v<Value, char32_t>;
 
 // A value type. Positions count code units from 0. It is made implicitly from UTF-8 (malformed bytes become
 // U+FFFD), so a host on any system passes ordinary literals.
@@ -24,6 +30,10 @@ public:
     // Null gives the empty string.
     CString(const WCHAR* text);
     CString(WideView text);
+    // UTF-16, also on a system whose wide characters have another type.
+    template <typename Unit,
+              typename = std::enable_if_t<std::is_same_v<Unit, WCHAR> || std::is_same_v<Unit, char16_t>>>
+    CString(const std::basic_string<Unit>& text) : m_text(text.begin(), text.end()) {}
 
     // Takes over text that is known to be well-formed UTF-8. It stays UTF-8 until somebody looks at it as
     // wide characters, so a text that only passes through costs no conversion.

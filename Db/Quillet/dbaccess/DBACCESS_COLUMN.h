@@ -30,6 +30,8 @@ public:
     };
 
     DBACCESS_COLUMN() = default;
+    // Null gives the empty name.
+    explicit DBACCESS_COLUMN(const WCHAR* name) : m_name(name) {}
     explicit DBACCESS_COLUMN(const quillet::CString& name) : m_name(name) {}
 
     DBACCESS_COLUMN& operator=(const quillet::CString& text);
@@ -46,6 +48,9 @@ public:
     DBACCESS_COLUMN& operator=(float number);
     DBACCESS_COLUMN& operator=(double number);
     DBACCESS_COLUMN& operator=(bool value);
+    // A single character is neither a text nor a number.
+    template <quillet::SingleCharacter Character>
+    DBACCESS_COLUMN& operator=(Character) = delete;
 
     // Takes a value that ODBC delivered; returns this column. Null becomes the empty text. A date and an
     // unsigned char give the code 0 and change no slot; a binary without an object changes nothing at all.

@@ -71,12 +71,12 @@ float DBACCESS_RECORD::GetFloatEx(const CString& name, const CString& fallbackNa
     return position < 0 ? 0.0F : (*this)[position].m_float;
 }
 
-IDbParamValues& DBACCESS_RECORD::SetParam(const CString& name, double value) {
+IDbParamValues& DBACCESS_RECORD::SetParam(const WCHAR* name, double value) {
     (*this)[name] = value;
     return *this;
 }
 
-bool DBACCESS_RECORD::GetParam(const CString& name, double& value) {
+bool DBACCESS_RECORD::GetParam(const WCHAR* name, double& value) {
     const int position = findIdx(name);
     if (position < 0) {
         return false;

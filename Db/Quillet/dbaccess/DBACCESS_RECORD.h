@@ -29,13 +29,17 @@ public:
     }
     // The column of the name, which is appended where there is none.
     DBACCESS_COLUMN& operator[](const quillet::CString& name);
+    DBACCESS_COLUMN& operator[](const WCHAR* name) { return (*this)[quillet::CString(name)]; }
 
     // The column of the name. Where there is none, a column that all records of the process share: what is
     // written to the one of the first form is read by whoever misses a column through that form next.
     DBACCESS_COLUMN& find(const quillet::CString& name);
     const DBACCESS_COLUMN& find(const quillet::CString& name) const;
+    DBACCESS_COLUMN& find(const WCHAR* name) { return find(quillet::CString(name)); }
+    const DBACCESS_COLUMN& find(const WCHAR* name) const { return find(quillet::CString(name)); }
     // The position of the column, from 0; -1 where there is none.
     int findIdx(const quillet::CString& name) const;
+    int findIdx(const WCHAR* name) const { return findIdx(quillet::CString(name)); }
 
     // The slot of 16-bit integers, not that of GetLong.
     long GetInt(const quillet::CString& name) const { return find(name).m_int; }
@@ -49,10 +53,12 @@ public:
     // Valid as long as the column.
     const quillet::CByteArray& GetBinary(const quillet::CString& name) const { return find(name).m_binary; }
 
+    using IDbParamValues::GetParam;
+    using IDbParamValues::SetParam;
     // Stores a double under the name, in a new last column where there is none of that name.
-    IDbParamValues& SetParam(const quillet::CString& name, double value) override;
+    IDbParamValues& SetParam(const WCHAR* name, double value) override;
     // The double of the column, whatever its code is. False for an unknown name; value stays as it was then.
-    bool GetParam(const quillet::CString& name, double& value) override;
+    bool GetParam(const WCHAR* name, double& value) override;
 
     // Whether the columns that the other has are equal to those of this record at the same positions. Columns
     // behind them don't count, so a record may equal a shorter one that does not equal it.

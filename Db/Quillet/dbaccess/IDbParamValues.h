@@ -3,15 +3,23 @@
 
 #include "base/CString.h"
 
+// A host that implements it overrides the two virtual members, and says "using IDbParamValues::SetParam;" and
+// the same of GetParam where its own callers pass other names than wide text.
 class QUILLET_API IDbParamValues {
 public:
     IDbParamValues() = default;
     virtual ~IDbParamValues() = default;
 
-    // Stores the value under the name; returns this object.
-    virtual IDbParamValues& SetParam(const quillet::CString& name, double value) = 0;
+    // Stores the value under the name, which is empty for null; returns this object.
+    virtual IDbParamValues& SetParam(const WCHAR* name, double value) = 0;
     // False for an unknown name; value stays as it was then.
-    virtual bool GetParam(const quillet::CString& name, double& value) = 0;
+    virtual bool GetParam(const WCHAR* name, double& value) = 0;
+
+    // The same for a name in any other form of text; UTF-8 where it is narrow.
+    IDbParamValues& SetParam(const quillet::CString& name, double value) {
+        return SetParam(name.GetString(), value);
+    }
+    bool GetParam(const quillet::CString& name, double& value) { return GetParam(name.GetString(), value); }
 
 protected:
     IDbParamValues(const IDbParamValues&) = default;
