@@ -106,6 +106,67 @@ DbTableInfo* AddFilledTableIfFree(DbDatabase& database, const CString& name) {
     return database.IsTable(name) ? nullptr : AddFilledTable(database, name, "text");
 }
 
+// What a failing save leaves: a file that held something before, and a table that can't be saved.
+class DbDatabaseUnsavable : public DbDatabaseTest {
+protected:
+    DbDatabaseUnsavable() : m_file(File("kept.xml", SmallCatalog())), m_database(m_file) {
+        m_info = AddTable(m_database, "Bad");
+    }
+
+    void AddField(const char* name) { m_info->GetDescr()->CreateField(name, false, DbFieldDescr::Text); }
+    // The lines of the failing save; the file and the rows stay.
+    std::vector<std::string> LinesOfFailingSave() {
+        m_info->GetData()->GetRow(static_cast<int>(m_info->GetData()->AddRow()))->SetValue(m_lastField, "x");
+        TakeLog(m_database);
+        EXPECT_FALSE(m_database.Save(m_file));
+        EXPECT_EQ(Bytes("kept.xml"), SmallCatalog());
+        EXPECT_EQ(m_info->GetData()->size(), 1U);
+        EXPECT_EQ(Cell(m_info->GetData(), 0, m_info->GetDescr()->size() - 1), "x");
+        EXPECT_TRUE(m_database.IsChanged());
+        std::vector<std::string> lines = TakeLog(m_database);
+        lines.erase(std::remove_if(lines.begin(), lines.end(), IsRoutine), lines.end());
+        // What comes when the database is destroyed changes nothing either.
+        m_info->GetData()->Clear();
+        return lines;
+    }
+
+    const CString m_file;
+    DbDatabase m_database;
+    DbTableInfo* m_info = nullptr;
+    const char* m_lastField = nullptr;
+};
+
+TEST_F(DbDatabaseUnsavable, Save_TwoFieldsOfOneSafeName_NamesBothAndKeepsEverything) {
+    AddField("a b");
+    AddField(m_lastField = "a_b");
+    EXPECT_THAT(
+        LinesOfFailingSave(),
+        ElementsAre("Table 'Bad' can't be saved: the fields 'a b' and 'a_b' would both be saved as 'a_b'",
+                    "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), a_b, 1",
+                    "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
+                    "Error on table \"Bad\" - body data saving"));
+}
+
+TEST_F(DbDatabaseUnsavable, Save_AFieldWhoseNameNoDocumentCarries_NamesItAndKeepsEverything) {
+    AddField(m_lastField = "a&b");
+    EXPECT_THAT(
+        LinesOfFailingSave(),
+        ElementsAre(
+            "Table 'Bad' can't be saved: the field 'a&b' would be saved as 'a&b', which is no name in XML",
+            "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), a&b, 0",
+            "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
+            "Error on table \"Bad\" - body data saving"));
+}
+
+TEST_F(DbDatabaseUnsavable, Save_WithoutRows_WritesTheFieldsWithTheirNames) {
+    AddField("a b");
+    AddField("a_b");
+    AddField("a&b");
+    EXPECT_TRUE(m_database.Save(m_file));
+    DbDatabase read(m_file);
+    EXPECT_EQ(read.GetTableDescr("Bad")->size(), 3U);
+}
+
 // ---- Construction and life
 
 TEST_F(DbDatabaseTest, Construct_WithoutAFile_IsAnEmptyDatabaseThatIsNotOpen) {
@@ -1461,10 +1522,13 @@ TEST_F(DbDatabaseTest, Save_FieldWithoutXmlName_FailsWithTheLinesOfRowTableAndDa
     database.GetTableData("T")->AddRow();
     TakeLog(database);
     EXPECT_FALSE(database.Save(Path("new.xml")));
-    EXPECT_THAT(TakeLog(database),
-                ElementsAre("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 1_bad, 1",
-                            "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
-                            "Error on table \"T\" - body data saving"));
+    EXPECT_THAT(
+        TakeLog(database),
+        ElementsAre("Table 'T' can't be saved: the field '1 bad' would be saved as '1_bad', which is no "
+                    "name in XML",
+                    "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 1_bad, 1",
+                    "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
+                    "Error on table \"T\" - body data saving"));
     EXPECT_EQ(Bytes("new.xml"), "the old file");
     EXPECT_TRUE(database.IsChanged());
     EXPECT_EQ(m_folder.Names().size(), 1U) << "nothing is left beside it";

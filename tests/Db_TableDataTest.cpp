@@ -533,10 +533,13 @@ TEST_F(DataToFile, Save_SafeNameThatIsNoXmlName_KeepsTheOldFileWhole) {
     Descr().CreateField("2nd", false, DbFieldDescr::Text);
     EXPECT_FALSE(Save());
     EXPECT_EQ(ReadBytes(Path()), m_saved);
-    EXPECT_EQ(LinesOf(m_database),
-              (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 2nd, 2",
-                       "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
-                       "Error on table \"T\" - body data saving"}));
+    EXPECT_EQ(
+        LinesOf(m_database),
+        (Strings{"Table 'T' can't be saved: the field '2nd' would be saved as '2nd', which is no name in "
+                 "XML",
+                 "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 2nd, 2",
+                 "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
+                 "Error on table \"T\" - body data saving"}));
     Descr().DeleteField("2nd");
     EXPECT_TRUE(Save());
 }
@@ -547,7 +550,7 @@ TEST_F(DataToFile, Save_TwoFieldsOfOneSafeName_KeepTheOldFileWhole) {
     EXPECT_FALSE(Save());
     EXPECT_EQ(ReadBytes(Path()), m_saved);
     EXPECT_EQ(LinesOf(m_database).front(),
-              "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), a_b, 3");
+              "Table 'T' can't be saved: the fields 'a b' and 'a_b' would both be saved as 'a_b'");
 }
 
 TEST_F(DataToFile, Save_FailsForANewFile_LeavesNone) {

@@ -665,9 +665,12 @@ TEST_F(RowTest, Save_SafeNameThatIsNoXmlName_IsRefusedAtThatField) {
         Descr()[2].SetName(name);
         SaveTarget target;
         EXPECT_FALSE(NewRow().Save(target.Automation(), target.Element())) << name;
+        const std::string quoted = "'" + std::string(name) + "'";
         EXPECT_EQ(LinesOf(m_database),
-                  (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), " +
-                           std::string(name) + ", 2"}));
+                  (Strings{"Table 'T' can't be saved: the field " + quoted + " would be saved as " + quoted +
+                               ", which is no name in XML",
+                           "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), " +
+                               std::string(name) + ", 2"}));
         EXPECT_EQ(target.Content(), "") << name;
     }
 }
@@ -686,7 +689,8 @@ TEST_F(RowTest, Save_SafeNameSharedByTwoFields_IsRefusedAtTheSecond) {
     SaveTarget target;
     EXPECT_FALSE(NewRow().Save(target.Automation(), target.Element()));
     EXPECT_EQ(LinesOf(m_database),
-              (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), a_b, 3"}));
+              (Strings{"Table 'T' can't be saved: the fields 'a b' and 'a_b' would both be saved as 'a_b'",
+                       "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), a_b, 3"}));
 }
 
 TEST_F(RowTest, Save_SharedSafeNameAfterGoodRows_IsRefusedToo) {

@@ -300,9 +300,12 @@ TEST_F(ForeignTable, RowSave_NamesThatXmlRefusesOrThatStandTwice_AreRefusedWhate
     Descr()[1].SetName("n");
     EXPECT_FALSE(NewRow(1, "x").Save(m_document.Get(), m_element.Get()));
     EXPECT_EQ(m_target.Content(), "");
-    EXPECT_EQ(LinesOf(m_database),
-              (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 1st, 1",
-                       "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), n, 1"}));
+    EXPECT_EQ(
+        LinesOf(m_database),
+        (Strings{"Table 'T' can't be saved: the field '1st' would be saved as '1st', which is no name in XML",
+                 "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 1st, 1",
+                 "Table 'T' can't be saved: the fields 'n' and 'n' would both be saved as 'n'",
+                 "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), n, 1"}));
 }
 
 TEST_F(ForeignTable, DataSaveAndLoad_ComesBack) {

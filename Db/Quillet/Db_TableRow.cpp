@@ -5,6 +5,7 @@
 #include <new>
 
 #include "Quillet/Db_CallUp.h"
+#include "Quillet/Db_FieldNames.h"
 #include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
@@ -138,16 +139,33 @@ bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
         row.Append();
         return true;
     } catch (const quillet::xml::DomError&) {
-        CString line;
-        const DbTableDescr* const descr = GetDescr();
-        const int field = static_cast<int>(position);
-        line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
-                    descr == nullptr ? "" : descr->GetField(field).GetSafeName().ToUtf8().c_str(), field);
-        if (auto* const rows = dynamic_cast<DbRows*>(LiveParent())) {
-            rows->LogToDatabase(line);
-        }
+        LogFailedSave(position);
         return false;
     }
+}
+
+void DbTableRow::LogFailedSave(std::size_t position) {
+    auto* const rows = dynamic_cast<DbRows*>(LiveParent());
+    if (rows == nullptr) {
+        return;
+    }
+    const DbTableDescr* const descr = GetDescr();
+    const auto* const data = dynamic_cast<DbTableData*>(rows->LiveParent());
+    CString line;
+    if (descr != nullptr && data != nullptr) {
+        for (const quillet::UnsavableField& field : quillet::UnsavableFields(*descr)) {
+            if (field.m_field == position) {
+                line.Format("Table '%s' can't be saved: %s",
+                            quillet::DbCallUp::TableName(data->LiveParent(), *data).ToUtf8().c_str(),
+                            field.m_why.c_str());
+                rows->LogToDatabase(line);
+            }
+        }
+    }
+    const int field = static_cast<int>(position);
+    line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
+                descr == nullptr ? "" : descr->GetField(field).GetSafeName().ToUtf8().c_str(), field);
+    rows->LogToDatabase(line);
 }
 
 bool DbTableRow::Load(IDispatch* element) {

@@ -118,6 +118,7 @@ private:
     }
     static DbFieldValue& NoCell();
     const std::string& FieldNameInFile(std::size_t position) const;
+    void LogFailedSave(std::size_t position);
     // A cell for the index, which stands nowhere yet, with room for it in the row.
     std::unique_ptr<DbFieldValue> MakeCell(uint64 index, const DbFieldValue& value);
     // Neither fails.

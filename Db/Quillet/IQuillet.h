@@ -10,6 +10,7 @@
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_FieldDescr.h"
+#include "Quillet/Db_FieldNames.h"
 #include "Quillet/Db_FieldValue.h"
 #include "Quillet/Db_Filter.h"
 #include "Quillet/Db_Item.h"

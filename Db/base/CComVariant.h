@@ -21,6 +21,7 @@ inline HRESULT MemoryChecked(HRESULT result) {
     }
     return result;
 }
+
 // Any type of number, or a boolean.
 template <typename Value>
 concept PlainNumber = std::is_arithmetic_v<Value> && !SingleCharacter<Value>;

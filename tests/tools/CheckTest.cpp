@@ -33,6 +33,21 @@ TEST_F(Check, Check_ExampleCatalogs_AreSound) {
     }
 }
 
+TEST_F(Check, Check_FieldsUnderWhichNoRowCanBeSaved_AreNamedWithBothNames) {
+    const std::string before = "<field name=\"nu\"";
+    const std::string file =
+        WriteChanged("names.xml", before,
+                     "<field name=\"x(mm)\" key=\"false\" type=\"8\" required=\"0\" />\n"
+                     "<field name=\"x_LP_mm_RP_\" key=\"false\" type=\"8\" required=\"0\" />\n"
+                     "<field name=\"a&amp;b\" key=\"false\" type=\"8\" required=\"0\" />\n" +
+                         before);
+    const std::string findings = Findings("names.xml");
+    EXPECT_THAT(findings, HasSubstr("field 'x_LP_mm_RP_': rows can't be saved: the fields 'x(mm)' and "
+                                    "'x_LP_mm_RP_' would both be saved as 'x_LP_mm_RP_'"));
+    EXPECT_THAT(findings, HasSubstr("field 'a&b': rows can't be saved: the field 'a&b' would be saved as "
+                                    "'a&b', which is no name in XML"));
+}
+
 TEST_F(Check, Check_SoundFileForPrograms_ListsNothing) {
     const std::string file = CopyExample("materials.xml");
     EXPECT_EQ(Output({"check", file, "--format", "json"}), "[]\n");

@@ -9,6 +9,7 @@
 #include "Output.h"
 #include "PlainText.h"
 #include "Progress.h"
+#include "Quillet/Db_FieldNames.h"
 #include "xml/Document.h"
 
 namespace quillet::tool {
@@ -152,6 +153,16 @@ void CheckFieldNames(const Table& table, Findings& findings) {
     for (const DbFieldDescr* field : *table.m_descr) {
         if (!seen.insert(field->GetName()).second) {
             findings.push_back({"two fields have this name", 0, table.m_name, 0, field->GetName().ToUtf8()});
+        }
+    }
+    // Fields of one name were found above.
+    const auto name = [&](std::size_t field) {
+        return table.m_descr->GetField(static_cast<int>(field)).GetName();
+    };
+    for (const UnsavableField& field : UnsavableFields(*table.m_descr)) {
+        if (!field.m_same || name(*field.m_same) != name(field.m_field)) {
+            findings.push_back(
+                {"rows can't be saved: " + field.m_why, 0, table.m_name, 0, name(field.m_field).ToUtf8()});
         }
     }
 }
