@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,8 @@ public:
     struct Behaviour {
         // Calls until one fails; negative for never.
         int m_callsLeft = -1;
+        // It fails by throwing, which no interface of automation allows: what is called then.
+        std::function<void()> m_throw;
         // Takes any attribute, and keeps what it was given.
         bool m_takesAnything = false;
         Strings m_taken;
@@ -86,6 +90,9 @@ public:
         Behaviour& behaviour = TheBehaviour();
         ++behaviour.m_calls;
         if (behaviour.m_callsLeft == 0) {
+            if (behaviour.m_throw) {
+                behaviour.m_throw();
+            }
             return DISP_E_EXCEPTION;
         }
         if (behaviour.m_callsLeft > 0) {
@@ -413,6 +420,85 @@ TEST_F(ForeignTable, DatabaseSave_DomThatFailsAtAnyCall_IsFalseAndThrowsNothing)
     }
     FailAfter(-1);
 }
+
+// Saves and loads every part of the model once for each call that can fail, which throws; the parts must
+// answer false, and let nothing out.
+class ThrowingDom : public ForeignTable, public testing::WithParamInterface<int> {
+protected:
+    using Operation = std::function<bool()>;
+
+    // What the object throws: a standard exception, a number, one of ours by pointer, the end of its memory.
+    static void Throw() {
+        switch (GetParam()) {
+            case 0:
+                throw std::runtime_error("the foreign document is gone");
+            case 1:
+                throw 7;
+            case 2:
+                throw new DbException("a foreign failure");
+            default:
+                throw std::bad_alloc();
+        }
+    }
+    static void ExpectFalseAtAnyCall(const Operation& operation) {
+        ForeignObject::Behaviour& behaviour = ForeignObject::TheBehaviour();
+        behaviour.m_callsLeft = -1;
+        behaviour.m_calls = 0;
+        EXPECT_TRUE(operation());
+        const int calls = Calls();
+        EXPECT_GT(calls, 0);
+        behaviour.m_throw = Throw;
+        for (int failing = 0; failing < calls; ++failing) {
+            FailAfter(failing);
+            EXPECT_NO_THROW(EXPECT_FALSE(operation()) << failing) << failing;
+        }
+        FailAfter(-1);
+        behaviour.m_throw = {};
+    }
+};
+
+TEST_P(ThrowingDom, Field_SaveAndLoad_AreFalse) {
+    DbFieldDescr field;
+    field.SetName("a");
+    ExpectFalseAtAnyCall([&] { return field.Save(m_document.Get(), m_element.Get()); });
+    const auto element = Foreign("<field name='a' type='3' key='true'/>");
+    ExpectFalseAtAnyCall([&] { return field.Load(element.Get()); });
+}
+
+TEST_P(ThrowingDom, Structure_SaveAndLoad_AreFalse) {
+    ExpectFalseAtAnyCall([&] { return Descr().Save(m_document.Get(), m_element.Get()); });
+    const auto element = Foreign("<t><field name='a' type='3'/><field name='b' type='8'/></t>");
+    ExpectFalseAtAnyCall([&] {
+        DbTableDescr read(nullptr);
+        return read.Load(element.Get());
+    });
+}
+
+TEST_P(ThrowingDom, Row_SaveAndLoad_AreFalse) {
+    DbTableRow& row = NewRow(1, "a");
+    ExpectFalseAtAnyCall([&] { return row.Save(m_document.Get(), m_element.Get()); });
+    const auto element = Foreign("<row n='1' t='b' f='true'/>");
+    ExpectFalseAtAnyCall([&] { return row.Load(element.Get()); });
+}
+
+TEST_P(ThrowingDom, Data_SaveAndLoad_AreFalse) {
+    NewRow(1, "a");
+    ExpectFalseAtAnyCall([&] { return Data().Save(m_document.Get(), m_element.Get()); });
+    const auto element = Foreign("<t><row n='1' t='b' f='true'/></t>");
+    ExpectFalseAtAnyCall([&] { return Data().Load(element.Get()); });
+}
+
+TEST_P(ThrowingDom, Database_Save_IsFalse) {
+    NewRow(1, "a");
+    ExpectFalseAtAnyCall([&] { return m_database.Save(m_document.Get(), m_element.Get()); });
+}
+
+std::string WhatIsThrown(const testing::TestParamInfo<int>& info) {
+    return Strings{"StandardException", "Number", "OursByPointer",
+                   "BadAlloc"}[static_cast<std::size_t>(info.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ThrowingDom, testing::Range(0, 4), WhatIsThrown);
 
 TEST_F(ForeignDom, NodeWalk_PassesOverRemarksAndInstructions) {
     const CComPtr<IDispatch> document = ForeignObject::Wrap(m_target.Automation());

@@ -66,8 +66,9 @@ public:
     // out of memory is such a failure.
     virtual bool Save(const quillet::CString& path);
     // Appends the <database> element to parent, or to the document itself when parent is null. False when a
-    // table failed, which leaves its incomplete element, or the document refused. Throws DbException
-    // "Invalid pointer", by pointer, where there is no document.
+    // table failed, which leaves its incomplete element, or the document failed, by whatever it throws.
+    // Throws DbException "Invalid pointer", by pointer, where there is no document, and std::bad_alloc when
+    // we are out of memory.
     virtual bool Save(IDispatch* document, IDispatch* parent);
 
     // While on, a save over the database's own file, the destructor's too, is refused with a line in the log

@@ -4,13 +4,14 @@
 #include "platform/Automation.h"
 
 // Both operations take automation interfaces of an XML document object model: our own documents' or any
-// other's.
+// other's. Another's may fail by throwing whatever it likes: that is a failure like any other, and comes out
+// as false. Nothing is thrown but our own std::bad_alloc.
 class QUILLET_API DbXmlSerializable {
 public:
     // Appends this object's element or elements under parentElement, made through document. False when the
-    // document refuses; what was appended until then may stay.
+    // document fails; what was appended until then may stay.
     virtual bool Save(IDispatch* document, IDispatch* parentElement) = 0;
-    // Reads this object from the element. False when the document refuses; what was read until then stays.
+    // Reads this object from the element. False when the document fails; what was read until then stays.
     virtual bool Load(IDispatch* element) = 0;
 
 protected:

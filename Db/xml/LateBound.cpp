@@ -19,7 +19,8 @@ bool Convert(CComVariant& value, VARTYPE type) {
 LateMember::LateMember(IDispatch* object, const OLECHAR* name) : m_object(object), m_name(name) {
     // Automation takes the name without const but only reads it.
     LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
-    if (FAILED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &m_id))) {
+    if (FAILED(
+            Guarded([&] { return object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &m_id); }))) {
         throw DomError{"The document object model has no member '" + CString(name).ToUtf8() + "'"};
     }
 }
@@ -38,8 +39,10 @@ CComVariant LateMember::Invoke(WORD flags, std::initializer_list<CComVariant> ar
                                      std::make_reverse_iterator(arguments.begin()));
     DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
     CComVariant result;
-    if (FAILED(m_object->Invoke(m_id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, &result, nullptr,
-                                nullptr))) {
+    if (FAILED(Guarded([&] {
+            return m_object->Invoke(m_id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, &result, nullptr,
+                                    nullptr);
+        }))) {
         throw DomError{"The document object model refused '" + CString(m_name).ToUtf8() + "'"};
     }
     return result;

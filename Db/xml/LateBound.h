@@ -5,15 +5,30 @@
 #include <string>
 
 #include "base/CComVariant.h"
+#include "base/CException.h"
 
 namespace quillet::xml {
+
+// Calls into an object of somebody else, which may throw although no interface of automation allows it: that
+// is a failure too.
+template <typename Call>
+HRESULT Guarded(const Call& call) {
+    try {
+        return call();
+    } catch (CException* exception) {
+        exception->Delete();
+    } catch (...) {
+        // Whoever called learns of it by the failure.
+    }
+    return E_FAIL;
+}
 
 // A member of one object, found by its name once for any number of calls. Objects of one class need not agree
 // about the ids of their members, so it serves no other object. It counts no reference: whoever makes it
 // keeps the object.
 class LateMember {
 public:
-    // Throws DomError where the object has no such member.
+    // Throws DomError where the object has no such member, or throws itself; the same for both calls.
     LateMember(IDispatch* object, const OLECHAR* name);
 
     // Reads a property; arguments stand in the order of the call. Throws DomError when the object refuses.

@@ -133,7 +133,7 @@ Node::Node(IDispatch* dispatch) {
         return;
     }
     void* found = nullptr;
-    if (SUCCEEDED(dispatch->QueryInterface(IID_INativeNode, &found))) {
+    if (SUCCEEDED(Guarded([&] { return dispatch->QueryInterface(IID_INativeNode, &found); }))) {
         auto* native = static_cast<INativeNode*>(found);
         m_native = native->GetNative();
         native->Release();
