@@ -406,6 +406,40 @@ TEST_F(ClauseTest, Copy_ChangesApartFromTheOriginal) {
     EXPECT_FALSE(copy.evaluate());
 }
 
+TEST_F(ClauseTest, Assign_OverAnEvaluatedClause_UsesTheNewCondition) {
+    clv::clause target;
+    Append(target, "a AND b");
+    SetTrue("ab");
+    EXPECT_TRUE(target.evaluate());
+    clv::clause fresh;
+    Append(fresh, "NOT ( c OR d )");
+    target = fresh;
+    m_asked.clear();
+    EXPECT_TRUE(target.evaluate());
+    EXPECT_EQ(m_asked, "dc");
+    SetTrue("abc");
+    EXPECT_FALSE(target.evaluate());
+    EXPECT_EQ(target.GetRPNString(), "exp exp OR NOT");
+    EXPECT_EQ(target.GetClauseString(), "NOT ( exp OR exp )");
+}
+
+TEST_F(ClauseTest, Assign_AnEvaluatedClauseOverAnEvaluatedOne_UsesTheNewCondition) {
+    clv::clause target;
+    Append(target, "a");
+    clv::clause other;
+    Append(other, "NOT b");
+    SetTrue("a");
+    EXPECT_TRUE(target.evaluate());
+    EXPECT_TRUE(other.evaluate());
+    target = other;
+    SetTrue("ab");
+    EXPECT_FALSE(target.evaluate());
+    EXPECT_EQ(target.GetRPNString(), "exp NOT");
+    target = clv::clause();
+    EXPECT_TRUE(target.evaluate()) << "an empty clause is true";
+    EXPECT_EQ(target.GetRPNString(), "");
+}
+
 TEST_F(ClauseTest, Assign_Itself_StaysAsItIs) {
     clv::clause clause;
     Append(clause, "a OR b");

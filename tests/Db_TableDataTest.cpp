@@ -205,6 +205,29 @@ TEST_F(DataTest, ParseXmlData_ParsedRows_CountAsUnchanged) {
     EXPECT_TRUE(Data().IsChanged());
 }
 
+TEST_F(DataTest, ParseXmlData_RowsAddedBefore_StayMarked) {
+    Data().SetXmlSource(TableText(Row("1", "a")));
+    Data().AddRow();
+    EXPECT_TRUE(Data().IsChanged());
+    EXPECT_EQ(Data().size(), 2U);
+    EXPECT_TRUE(Data().IsChanged());
+    EXPECT_TRUE(m_database.IsChanged());
+}
+
+TEST_F(DataTest, ParseXmlData_ARowEditedBefore_IsTheOneThatStaysMarked) {
+    Data().AddRows(2);
+    DbTableRow* const untouched = Data().GetRow(0);
+    DbTableRow* const edited = Data().GetRow(1);
+    m_database.Sync();
+    Data().SetXmlSource(TableText(Row("1", "a")));
+    edited->SetValue("n", 7);
+    ASSERT_TRUE(Data().ParseXmlData());
+    EXPECT_EQ(Numbers(), (Strings{"0", "7", "1"}));
+    EXPECT_FALSE(untouched->IsChanged());
+    EXPECT_TRUE(edited->IsChanged());
+    EXPECT_FALSE(Data()[2].IsChanged());
+}
+
 TEST_F(DataTest, ParseXmlData_TextThatIsNoDocument_StaysPending) {
     for (const char* text : {"", "no xml", "<table name='T'>", "<table name='T'><row></table>"}) {
         Data().SetXmlSource(text);

@@ -143,6 +143,13 @@ bool DbTableData::ParseXmlData() {
     }
     // Rows that were added before count as changed all the same.
     const bool changed = IsChanged();
+    std::vector<DbTableRow*> changedRows;
+    for (std::size_t i = 0; changed && i < m_rows->GetRowsCount(); ++i) {
+        DbTableRow* const row = m_rows->GetRow(static_cast<int>(i));
+        if (row != nullptr && row->IsChanged()) {
+            changedRows.push_back(row);
+        }
+    }
     try {
         if (!quillet::DbCallUp::ParseRows(LiveParent(), *this, m_xmlSource)) {
             return false;
@@ -158,6 +165,9 @@ bool DbTableData::ParseXmlData() {
     Sync();
     if (changed) {
         SetChanged();
+    }
+    for (DbTableRow* const row : changedRows) {
+        row->SetChanged();
     }
     return true;
 }
