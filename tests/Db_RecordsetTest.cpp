@@ -206,6 +206,25 @@ TEST_F(DbRecordsetTest, Open_AnEmptyTable_IsTrueAndAtTheEnd) {
     EXPECT_EQ(m_rs.GetCurrentRow(), nullptr);
 }
 
+TEST_F(DbRecordsetTest, Seek_AnIndexThatLostAField_FindsNothingAndMovesNowhere) {
+    Descr().CreateIndex("c", "c");
+    Descr().CreateIndex("ac", "a,c");
+    OnTable().Move(1);
+    CComVariant keys[] = {CComVariant(3.5)};
+    Descr().DeleteField("b");
+    EXPECT_TRUE(m_rs.Seek("c", keys)) << "a field before it went";
+    EXPECT_EQ(m_rs.GetFieldValue("a").lVal, 3);
+    Descr().DeleteField("c");
+    const long position = m_rs.GetAbsolutePosition();
+    for (CComVariant key : {CComVariant(3.5), CComVariant(), CComVariant(3)}) {
+        EXPECT_FALSE(m_rs.Seek("c", &key)) << "the current index";
+        EXPECT_FALSE(m_rs.Seek("ac", &key, 1));
+    }
+    EXPECT_EQ(m_rs.GetAbsolutePosition(), position);
+    EXPECT_EQ(m_rs.GetCurrentIndex(), CString("c"));
+    EXPECT_FALSE(m_rs.SetCurrentIndex(Descr().FindIndex("ac")));
+}
+
 TEST_F(DbRecordsetTest, Open_Again_StartsAtTheFirstRowWithoutIndexAndEdit) {
     OnTable().SetCurrentIndex(BackwardIndex());
     m_rs.MoveLast();

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "TestHelpers.h"
+#include "support/AllocationPlan.h"
 
 namespace {
 
@@ -131,6 +133,129 @@ TEST_F(ThreeFields, GetFieldIndex_FieldRenamedAfterALookup_StillAnswersToTheOldN
     m_descr.CreateField("d", false, DbFieldDescr::Text);
     EXPECT_EQ(m_descr.GetFieldIndex("b"), -1);
     EXPECT_EQ(m_descr.GetFieldIndex("renamed"), 1);
+}
+
+TEST_F(ThreeFields, GetFieldIndex_FieldRenamedInAnyWay_IsKnownAfterTheNextField) {
+    const auto rename = [&](const auto& change) {
+        EXPECT_EQ(m_descr.GetFieldIndex("no such field"), -1) << "the lookup is made";
+        change();
+        m_descr.CreateField(CString("more " + std::to_string(m_descr.size())), false, DbFieldDescr::Text);
+    };
+    rename([&] { m_descr[0].SetName("set"); });
+    EXPECT_EQ(m_descr.GetFieldIndex("set"), 0);
+    EXPECT_EQ(m_descr.GetFieldIndex("a"), -1);
+    rename([&] {
+        DbFieldDescr other;
+        other.SetName("assigned");
+        m_descr[1] = other;
+    });
+    EXPECT_EQ(m_descr.GetFieldIndex("assigned"), 1);
+    rename([&] {
+        m_descr.push_back(new DbFieldDescr(&m_descr, 5));
+        m_descr.back()->SetName("pushed");
+    });
+    EXPECT_EQ(m_descr.GetFieldIndex("pushed"), 5);
+    EXPECT_EQ(m_descr.GetFieldIndex("more 6"), 6);
+}
+
+TEST_F(ThreeFields, CreateField_AfterClear_StartsAnew) {
+    EXPECT_EQ(m_descr.GetFieldIndex("b"), 1);
+    m_descr.Clear();
+    EXPECT_TRUE(m_descr.CreateField("c", false, DbFieldDescr::Text));
+    EXPECT_TRUE(m_descr.CreateField("b", false, DbFieldDescr::Text));
+    EXPECT_EQ(m_descr.GetFieldIndex("b"), 1);
+    EXPECT_EQ(m_descr.GetFieldIndex("a"), -1);
+}
+
+// Each field would cost a look at all before it: minutes instead of a second.
+TEST(DbTableDescr, CreateField_VeryManyFields_CostEachTheSame) {
+    constexpr int Fields = 30000;
+    DbTableDescr descr(nullptr);
+    for (int i = 0; i < Fields; ++i) {
+        ASSERT_TRUE(descr.CreateField(CString("field " + std::to_string(i)), false, DbFieldDescr::Long));
+    }
+    EXPECT_FALSE(descr.CreateField("FIELD 777", false, DbFieldDescr::Long));
+    EXPECT_EQ(descr.GetFieldIndex("Field 29999"), Fields - 1);
+}
+
+TEST_F(ThreeFields, DeleteField_AnIndexOverALaterField_FollowsIt) {
+    ASSERT_TRUE(m_descr.CreateIndex("cb", "c,b"));
+    const DbIndex& index = *m_descr.FindIndex("cb");
+    EXPECT_EQ(index.GetFieldIndexes(), (std::vector<uint64>{2, 1}));
+    EXPECT_TRUE(m_descr.DeleteField("a"));
+    EXPECT_EQ(index.GetFieldIndexes(), (std::vector<uint64>{1, 0}));
+    EXPECT_TRUE(m_descr.CheckIndexFields(&index));
+    EXPECT_TRUE(m_descr.DeleteField("b"));
+    EXPECT_EQ(index.GetFieldIndexes(), (std::vector<uint64>{0, DbIndex::NoField}));
+    EXPECT_FALSE(m_descr.CheckIndexFields(&index));
+    EXPECT_TRUE(m_descr.CreateField("B", false, DbFieldDescr::Text));
+    EXPECT_EQ(index.GetFieldIndexes(), (std::vector<uint64>{0, 1}));
+    EXPECT_TRUE(m_descr.CheckIndexFields(&index));
+}
+
+TEST_F(ThreeFields, CreateField_AnIndexOverARenamedField_IsResolvedByName) {
+    ASSERT_TRUE(m_descr.CreateIndex("b", "b"));
+    const DbIndex& index = *m_descr.FindIndex("b");
+    m_descr[0].SetName("b");
+    m_descr[1].SetName("was b");
+    EXPECT_EQ(index.GetFieldIndexes(), (std::vector<uint64>{1})) << "a new name is known later";
+    m_descr.CreateField("d", false, DbFieldDescr::Text);
+    EXPECT_EQ(index.GetFieldIndexes(), (std::vector<uint64>{0}));
+}
+
+TEST(DbTableDescr, CreateAndDeleteField_OutOfMemory_HappenWhollyOrNotAtAll) {
+    const auto stateOf = [](DbTableDescr& descr) {
+        Strings state = FieldNames(descr);
+        for (const uint64 position : descr.FindIndex("ca")->GetFieldIndexes()) {
+            state.push_back(std::to_string(position));
+        }
+        state.push_back(std::to_string(descr.GetFieldIndex("c")));
+        state.push_back(std::to_string(descr.CalcSize()));
+        return state;
+    };
+    const auto steps = {+[](DbTableDescr& descr) {
+                            descr.CreateField("a name that is too long to stand in a string itself", false,
+                                              DbFieldDescr::Long);
+                        },
+                        +[](DbTableDescr& descr) { descr.DeleteField("b"); },
+                        +[](DbTableDescr& descr) { descr.DeleteField(0); }};
+    for (const auto step : steps) {
+        SweepAllocations([&](std::size_t failing) {
+            DbTableDescr descr(nullptr);
+            for (const char* name : {"a", "b", "c"}) {
+                descr.CreateField(name, false, DbFieldDescr::Text);
+            }
+            descr.CreateIndex("ca", "c,a");
+            const Strings before = stateOf(descr);
+            AllocationPlan plan(failing);
+            try {
+                step(descr);
+            } catch (const std::bad_alloc&) {
+            }
+            plan.Disarm();
+            EXPECT_EQ(stateOf(descr) == before, plan.HasFailed()) << failing;
+            return plan.HasFailed();
+        });
+    }
+}
+
+TEST_F(TableInDatabase, SpatialIndex_AfterFieldsWereDeleted_ComparesTheIndexesOwnOrNothing) {
+    Descr().CreateField("c", false, DbFieldDescr::Long);
+    Data()[0].SetValue("c", Long(100));
+    Data()[1].SetValue("c", Long(200));
+    ASSERT_TRUE(Descr().CreateIndex("c", "c"));
+    DbIndex* const index = Descr().FindIndex("c");
+    const CComVariant key = Long(200);
+    uint64 place = 7;
+    Descr().DeleteField("a");
+    EXPECT_EQ(Data().SpatialIndex(index, &key, 1, place), DbTableRow::CmpEqual);
+    EXPECT_EQ(place, 1U);
+    const CComVariant above = Long(201);
+    EXPECT_EQ(Data().SpatialIndex(index, &above, 1, place), DbTableRow::CmpGreater);
+    EXPECT_EQ(place, 2U);
+    Descr().DeleteField("c");
+    EXPECT_EQ(Data().SpatialIndex(index, &above, 1, place), DbTableRow::CmpEqual);
+    EXPECT_EQ(place, 0U) << "nothing was compared";
 }
 
 TEST_F(ThreeFields, GetFieldIndex_TwoFieldsOfOneName_FindsTheFirst) {

@@ -104,6 +104,8 @@ void ToBytes(CComVariant& value, const WCHAR* text) {
     quillet::DecodeBase64(text, value);
 }
 
+std::uint64_t g_renames = 0;
+
 // The number at the beginning of a text: 0 where there is none or it is no variant type.
 unsigned short LeadingVariantType(std::string_view text) {
     const std::size_t start = text.find_first_not_of(" \t\r\n");
@@ -129,6 +131,7 @@ DbFieldDescr::DbFieldDescr(const DbFieldDescr& other)
       m_safeName(other.m_safeName),
       m_safeNameUtf8(other.m_safeNameUtf8),
       m_converter(other.m_converter) {
+    ++g_renames;
 }
 
 DbFieldDescr& DbFieldDescr::operator=(const DbFieldDescr& other) {
@@ -137,6 +140,7 @@ DbFieldDescr& DbFieldDescr::operator=(const DbFieldDescr& other) {
         CString safeName = other.m_safeName;
         std::string safeNameUtf8 = other.m_safeNameUtf8;
         DbFieldValue::operator=(other);
+        ++g_renames;
         m_required = other.m_required;
         m_key = other.m_key;
         m_name = std::move(name);
@@ -209,6 +213,10 @@ CString DbFieldDescr::GetTypeString() const {
     return type == nullptr ? "unknown" : type->m_word;
 }
 
+std::uint64_t DbFieldDescr::Renames() {
+    return g_renames;
+}
+
 void DbFieldDescr::SetName(const CString& name) {
     CString newName = name;
     CString safeName = name;
@@ -220,6 +228,7 @@ void DbFieldDescr::SetName(const CString& name) {
     if (CString(safeNameUtf8) != safeName) {
         safeNameUtf8.clear();
     }
+    ++g_renames;
     m_name = std::move(newName);
     m_safeName = std::move(safeName);
     m_safeNameUtf8 = std::move(safeNameUtf8);

@@ -35,17 +35,23 @@ public:
 
     uint64 GetSize() const override;
 
-    // Appends <field name key type required> to parent. False when the document refuses.
+    // Appends <field name key type required> to parent. False when the document refuses or throws; nothing is
+    // thrown but our own std::bad_alloc. The same for Load.
     virtual bool Save(IDispatch* document, IDispatch* parent);
     // Reads "name", "type" (a variant type in decimal) and "key" ("true"); other attributes are passed over,
-    // so a field that was read is never required. False when the document refuses.
+    // so a field that was read is never required.
     virtual bool Load(IDispatch* element);
     // "empty", "boolean", "integer", "long", "float", "double", "text", "binary"; "unknown" for other types.
     virtual quillet::CString GetTypeString() const;
 
     const quillet::CString& GetName() const { return m_name; }
-    // The name with everything replaced that may not stand in an element name; it can't be turned back.
+    // The name under which rows are saved: a blank is replaced by _ , / by _S_, \ by _BS_, < by _L_, > by
+    // _G_, ( by _LP_, ) by _RP_ and * by _STAR_. Nothing else is, so it need not be a name that a document
+    // takes, and two names can have the same one (see UnsavableFields in Db_FieldNames.h).
     const quillet::CString& GetSafeName() const { return m_safeName; }
+    // Names the field and stamps it. A table's lookup by name goes on by the name that the field had when it
+    // was last made: it knows a new name only after the next field was created or deleted. Rename before the
+    // first lookup, or look at positions.
     void SetName(const quillet::CString& name);
 
     // Sets the default value and the converter of a variant type. VT_I2 gives a 32-bit integer and VT_DATE a
@@ -77,6 +83,11 @@ public:
     const std::shared_ptr<DbFieldDescr*>& LifeToken();
 
 private:
+    friend class DbTableDescr;
+
+    // Grows with every name that a field of the process gets.
+    static std::uint64_t Renames();
+
     // Made when it is first asked for.
     std::shared_ptr<DbFieldDescr*> m_life;
     bool m_required = false;

@@ -417,8 +417,8 @@ bool DbRecordset::TakeRow(quillet::RowCondition& condition, uint64 position) {
 bool DbRecordset::Seek(CString index, CComVariant* keys, uint64 count) {
     CancelUpdate();
     const DbTableDescr::DbIndex* const named = Data() == nullptr ? nullptr : Descr()->FindIndex(index);
-    if (named == nullptr || (keys == nullptr && count > 0) || !SetCurrentIndex(index) ||
-        m_index->Get() != named) {
+    if (named == nullptr || (keys == nullptr && count > 0) || !Descr()->CheckIndexFields(named) ||
+        !SetCurrentIndex(index) || m_index->Get() != named) {
         return false;
     }
     const std::optional<uint64> place = m_index->Find(*Descr(), *Data(), keys, count);

@@ -102,7 +102,7 @@ public:
     // Makes the named index current and moves to the first row, in its order, whose values equal the keys:
     // the first count fields of the index, or all of them. There must be so many keys. Drops a pending edit.
     // False where no row is equal: the position stays the same, in the order of the index now. False, without
-    // any change, where there is no such index. An index that is current
+    // any change, where there is no such index or it lost a field. An index that is current
     // already keeps its order (see SetCurrentIndex), in which rows that were changed since may be missed.
     virtual bool Seek(quillet::CString index, quillet::CComVariant* keys, uint64 count);
     virtual bool Seek(quillet::CString index, quillet::CComVariant* keys);

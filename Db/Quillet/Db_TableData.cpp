@@ -38,6 +38,11 @@ DbTableRow::eCmpResult Search(uint64 count, Compare compare, uint64& place) {
     return result;
 }
 
+bool LostField(const DbTableDescr::DbIndex& index) {
+    const std::vector<uint64>& fields = index.GetFieldIndexes();
+    return std::find(fields.begin(), fields.end(), DbTableDescr::DbIndex::NoField) != fields.end();
+}
+
 }  // namespace
 
 DbTableData::DbTableData(DbDatabase* db, DbTableDescr* descr)
@@ -232,7 +237,7 @@ uint64 DbTableData::SpatialIndex(std::vector<uint64>& fields, std::vector<uint64
 DbTableRow::eCmpResult DbTableData::SpatialIndex(DbTableDescr::DbIndex* index, const CComVariant* key,
                                                  int count, uint64& pos) {
     pos = 0;
-    if (index == nullptr) {
+    if (index == nullptr || LostField(*index)) {
         return DbTableRow::CmpEqual;
     }
     const std::vector<uint64>& order = std::as_const(*index).GetRowOrder();

@@ -28,7 +28,9 @@ public:
     ~DbTableData() override;
 
     // Reads the pending text; then appends one <row> for each row in visible order. False, with a line in the
-    // database's log, when a row fails; false when the text can't be read.
+    // database's log, when a row fails; false when the text can't be read. What a document object model
+    // throws is a failure too; nothing is thrown but our own std::bad_alloc. The same for
+    // Load.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Appends one row for each child of the element and logs the time that it took. A row that fails ends the
     // load with false. Where memory runs out std::bad_alloc is thrown, and no row is appended.
@@ -78,7 +80,8 @@ public:
                         std::vector<quillet::CComVariant>& key);
     // Searches in the row order that the index keeps, or in all rows in their visible order. The key holds
     // one value for each field of the index; pos receives the place. The result is that of the last
-    // comparison, and CmpEqual where nothing was compared.
+    // comparison, and CmpEqual, with the place 0, where nothing was compared: there are no rows, or the index
+    // lost a field.
     DbTableRow::eCmpResult SpatialIndex(DbTableDescr::DbIndex* index, const quillet::CComVariant* key,
                                         int count, uint64& pos);
 

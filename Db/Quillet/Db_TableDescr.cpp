@@ -82,6 +82,13 @@ void DbTableDescr::DbIndex::AddField(CString name) {
     m_fieldNames.push_back(std::move(name));
 }
 
+void DbTableDescr::DbIndex::MoveFieldIndexes(std::vector<uint64>& positions) {
+    if (m_fieldIndexes != positions) {
+        m_fieldIndexes.swap(positions);
+        m_ascendingTypes.reset();
+    }
+}
+
 DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(db) {
 }
 
@@ -158,11 +165,7 @@ bool DbTableDescr::CreateIndex(CString name, DbIndex* index) {
         }
         return true;
     }
-    std::vector<uint64> positions;
-    positions.reserve(index->GetFieldNames().size());
-    for (const CString& field : index->GetFieldNames()) {
-        positions.push_back(static_cast<uint64>(GetFieldIndex(field)));
-    }
+    std::vector<uint64> positions = PositionsOf(*index);
     // The index stays the caller's until its entry stands.
     const auto keeper = std::make_shared<std::unique_ptr<DbIndex>>();
     m_indexes.emplace(name, isRegistered ? registered->second : std::shared_ptr<DbIndex>(keeper, index));
@@ -171,6 +174,32 @@ bool DbTableDescr::CreateIndex(CString name, DbIndex* index) {
     }
     index->GetFieldIndexes() = std::move(positions);
     return true;
+}
+
+std::vector<uint64> DbTableDescr::PositionsOf(const DbIndex& index) const {
+    std::vector<uint64> positions;
+    positions.reserve(index.GetFieldNames().size());
+    for (const CString& field : index.GetFieldNames()) {
+        const int position = GetFieldIndex(field);
+        positions.push_back(position == -1 ? DbIndex::NoField : static_cast<uint64>(position));
+    }
+    return positions;
+}
+
+std::vector<std::vector<uint64>> DbTableDescr::IndexPositions() const {
+    std::vector<std::vector<uint64>> positions;
+    positions.reserve(m_indexes.size());
+    for (const auto& [name, index] : m_indexes) {
+        positions.push_back(PositionsOf(*index));
+    }
+    return positions;
+}
+
+void DbTableDescr::MoveIndexPositions(std::vector<std::vector<uint64>>& positions) {
+    auto next = positions.begin();
+    for (const auto& [name, index] : m_indexes) {
+        index->MoveFieldIndexes(*next++);
+    }
 }
 
 void DbTableDescr::Evaluate(const DbTableRow& row) {
@@ -240,13 +269,25 @@ uint64 DbTableDescr::GetSize() const {
 int DbTableDescr::GetFieldIndex(const CString& name) const {
     if (m_namesStale) {
         m_names.clear();
+        m_namedFields = 0;
+        m_namedAt = DbFieldDescr::Renames();
         for (std::size_t i = 0; i < size(); ++i) {
-            m_names.emplace(Lowered(at(i)->GetName()), static_cast<int>(i));
+            NameField(i);
         }
         m_namesStale = false;
     }
     const auto found = m_names.find(Lowered(WithoutBrackets(name)));
     return found == m_names.end() ? -1 : found->second;
+}
+
+bool DbTableDescr::AreNamesKnown() const {
+    return !m_namesStale && m_namedFields == size() && m_namedAt == DbFieldDescr::Renames();
+}
+
+// Of fields with one name the first is found.
+void DbTableDescr::NameField(std::size_t position) const {
+    m_names.emplace(Lowered(at(position)->GetName()), static_cast<int>(position));
+    m_namedFields = position + 1;
 }
 
 bool DbTableDescr::IsField(CString name) const {
@@ -288,18 +329,28 @@ void DbTableDescr::AppendField(const DbFieldDescr& field) {
 
 void DbTableDescr::Append(const CString& name, bool key, VARTYPE type) {
     quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    // A lookup that stands need not be made anew for one more name.
+    m_namesStale = !AreNamesKnown();
     const std::size_t position = size();
     auto field = std::make_unique<DbFieldDescr>(this, static_cast<int>(position));
     field->SetName(name);
     field->SetKey(key);
     field->SetType(type);
     push_back(field.get());
-    quillet::Rollback appended([this] { pop_back(); });
+    quillet::Rollback appended([this] {
+        pop_back();
+        m_namesStale = true;
+    });
+    if (!m_namesStale) {
+        NameField(position);
+        m_namedAt = DbFieldDescr::Renames();
+    }
+    std::vector<std::vector<uint64>> positions = IndexPositions();
     SetChanged();
     quillet::DbCallUp::FieldsChanged(LiveParent(), *this, position, true);
     appended.Keep();
     static_cast<void>(field.release());
-    m_namesStale = true;
+    MoveIndexPositions(positions);
 }
 
 bool DbTableDescr::DeleteField(int i) {
@@ -309,13 +360,16 @@ bool DbTableDescr::DeleteField(int i) {
     quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
     std::unique_ptr<DbFieldDescr> field(at(static_cast<uint64>(i)));
     erase(begin() + i);
+    m_namesStale = true;
     quillet::Rollback erased([&] {
         // The room is there.
         insert(begin() + i, field.release());
+        m_namesStale = true;
     });
+    std::vector<std::vector<uint64>> positions = IndexPositions();
     quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(i), false);
     erased.Keep();
-    m_namesStale = true;
+    MoveIndexPositions(positions);
     SetChanged();
     return true;
 }

@@ -1,9 +1,11 @@
 // The structure of one table.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "Quillet/Db_FieldDescr.h"
@@ -26,6 +28,9 @@ public:
     // A named list of fields by which rows can be ordered and searched.
     class QUILLET_API DbIndex {
     public:
+        // The position of a field that there is not.
+        static constexpr uint64 NoField = ~uint64(0);
+
         explicit DbIndex(const quillet::CString& name);
         DbIndex(const quillet::CString& name, const std::vector<quillet::CString>& fields);
         // Field names separated by commas; blanks outside square brackets are passed over. The brackets
@@ -40,7 +45,8 @@ public:
         // Lower case.
         const quillet::CString& GetName() const { return m_name; }
         const std::vector<quillet::CString>& GetFieldNames() const { return m_fieldNames; }
-        // Positions of the fields, known once the index is registered with a descriptor.
+        // Positions of the fields, known once the index is registered with a descriptor; they follow fields
+        // that are created and deleted, and are NoField for one that is gone.
         const std::vector<uint64>& GetFieldIndexes() const { return m_fieldIndexes; }
         std::vector<uint64>& GetFieldIndexes() { return m_fieldIndexes; }
         // The visible positions of the rows in the order of the index, for whoever keeps one; empty
@@ -55,7 +61,10 @@ public:
         const std::shared_ptr<DbIndex*>& LifeToken() const { return m_life; }
 
     private:
+        friend class DbTableDescr;
         friend class quillet::CurrentIndex;
+
+        void MoveFieldIndexes(std::vector<uint64>& positions);
 
         std::shared_ptr<DbIndex*> m_life = std::make_shared<DbIndex*>(this);
         quillet::CString m_name;
@@ -76,7 +85,8 @@ public:
     ~DbTableDescr() override;
 
     // Appends one <field> element for each field. False as soon as one fails; indexes and filters are not
-    // written.
+    // written. What a document object model throws is a failure too; nothing is thrown but our own
+    // std::bad_alloc. The same for Load.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Appends a field for each child of the element, whatever its name; a field that fails ends the load with
     // false and stays. Fields that stand are kept. A name lookup before Load hides the new fields from later
@@ -127,7 +137,9 @@ public:
     DbFieldDescr& operator[](uint64 i);
     DbFieldDescr& operator[](const quillet::CString& name);
 
-    // Appends a field; the rows of the table get its default value. False where the name is taken.
+    // Appends a field; the rows of the table get its default value. False where the name is taken. A name of
+    // which no document can make an attribute is taken, and so is one whose safe name another field has: the
+    // table can't be saved with rows then (see UnsavableFields in Db_FieldNames.h).
     bool CreateField(const quillet::CString& name, bool key, DbFieldDescr::eFieldType type);
     // The same with name, key flag and type of another field.
     bool CreateField(const DbFieldDescr& field);
@@ -139,7 +151,8 @@ public:
     bool DeleteField(int i);
     bool DeleteField(const quillet::CString& name);
 
-    // Whether every field of the index exists; false for null.
+    // Whether every field of the index exists; false for null. An index that lost a field finds nothing and
+    // orders nothing until a field of the name is there again.
     bool CheckIndexFields(const DbIndex* index) const;
     // Null for an unknown name.
     DbIndex* FindIndex(const quillet::CString& name) const;
@@ -147,8 +160,9 @@ public:
     // Names this object as long as it lives: whoever follows the structure of rows asks here.
     const std::shared_ptr<DbTableDescr*>& LifeToken() const { return m_life; }
 
-    // Hands over all filters.
+    // Hands over all filters, and takes them back in place of those that are there.
     std::vector<std::unique_ptr<DbFilter>> TakeAllFilters();
+    void GiveAllFilters(std::vector<std::unique_ptr<DbFilter>> filters) { m_filters.swap(filters); }
     // Puts a filter behind the others; no effect for null.
     void AppendFilter(std::unique_ptr<DbFilter> filter);
     // Hands over those of the filters that are here, in the order in which they were made.
@@ -158,10 +172,20 @@ private:
     void ClearAll();
     void Append(const quillet::CString& name, bool key, VARTYPE type);
     DbFilter::Operand OperandOf(const quillet::CString& text) const;
+    // The name lookup is what it would be if it were made now.
+    bool AreNamesKnown() const;
+    void NameField(std::size_t position) const;
+    std::vector<uint64> PositionsOf(const DbIndex& index) const;
+    // The positions that the fields of each index have now, in the order of the indexes.
+    std::vector<std::vector<uint64>> IndexPositions() const;
+    void MoveIndexPositions(std::vector<std::vector<uint64>>& positions);
 
     std::shared_ptr<DbTableDescr*> m_life = std::make_shared<DbTableDescr*>(this);
     mutable bool m_namesStale = true;
     mutable std::map<quillet::CString, int> m_names;
+    // How many fields the lookup knows, and DbFieldDescr::Renames when it was made.
+    mutable std::size_t m_namedFields = 0;
+    mutable std::uint64_t m_namedAt = 0;
     // An index may stand under more than one name.
     std::map<quillet::CString, std::shared_ptr<DbIndex>> m_indexes;
     std::vector<std::unique_ptr<DbFilter>> m_filters;
