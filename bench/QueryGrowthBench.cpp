@@ -1,12 +1,11 @@
-// How the cost of queries grows: each benchmark is there for a count and for eight times as many. What is
-// linear takes eight times as long.
+// How the cost of queries grows.
 #include <Quillet/IQuillet.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "Measure.h"
+#include "Growth.h"
 
 namespace {
 
@@ -80,18 +79,6 @@ void Text(benchmark::State& state, const char* begin, const char* part, const ch
         database.Query(sql, name);
     });
 }
-
-#define QUILLET_GROWTH(name, few, ...)         \
-    void name##Few(benchmark::State& state) {  \
-        constexpr int Count = few;             \
-        __VA_ARGS__;                           \
-    }                                          \
-    void name##Many(benchmark::State& state) { \
-        constexpr int Count = 8 * (few);       \
-        __VA_ARGS__;                           \
-    }                                          \
-    QUILLET_BENCHMARK(name##Few);              \
-    QUILLET_BENCHMARK(name##Many)
 
 QUILLET_GROWTH(QueriesOverQueries, 200, Tower(state, Count));
 QUILLET_GROWTH(DifferentTexts, 1000, Texts(state, Count));

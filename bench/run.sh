@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 
 scripts/bootstrap.sh build test bench
 cmake --preset release -DQUILLET_BUILD_BENCH=ON >/dev/null
-cmake --build --preset release --target catalog_bench query_bench query_growth_bench cursor_bench access_bench
+cmake --build --preset release --target catalog_bench query_bench query_growth_bench model_growth_bench cursor_bench access_bench
 mkdir -p build/bench
 QUILLET_BENCH_DIR=$PWD/build/bench
 export QUILLET_BENCH_DIR
@@ -98,6 +98,14 @@ growth "brackets" Brackets
 growth "selected fields" SelectedFields
 growth "tables" FromTables
 growth "order names" OrderNames
+
+program=model_growth_bench
+growth "tables opened whole" TablesOpenedWhole
+growth "tables opened sequentially" TablesOpenedSequentially
+growth "answers destroyed" AnswersDestroyed
+growth "answers dropped" AnswersDropped
+growth "answers deleted with their table" AnswersDeletedWithTheirTable
+growth "fields created" FieldsCreated
 
 program=cursor_bench
 build/release/bin/cursor_bench --benchmark_filter='^CursorAgreement/' >/dev/null 2>&1 ||

@@ -610,6 +610,51 @@ TEST_F(DbDatabaseTest, DeleteTable_DeletesEveryQueryThatStandsOnIt) {
     EXPECT_EQ(database.GetTableInfo("V")->GetRelated(), database.GetTableInfo("U"));
 }
 
+TEST_F(DbDatabaseTest, DropAnswers_DeletesEveryQueryAndNoTable) {
+    DbDatabase database;
+    DbTableInfo* const base = AddFilledTable(database, "Base", "a");
+    AddFilledTable(database, "Other", "a");
+    CString first;
+    CString second;
+    ASSERT_TRUE(database.Query("select text from Base where text = 'a'", first));
+    ASSERT_TRUE(database.Query("select * from " + first + " where text = 'a'", second));
+    const CString join = database.inner_join("Base", "Other", "text", "=", "text");
+    AddQuery(database, "ByHost", "select text from Base", base);
+    DbRecordset onAnswer(&database);
+    DbRecordset onTable(&database);
+    ASSERT_TRUE(onAnswer.Open(second));
+    ASSERT_TRUE(onTable.Open("Base"));
+    database.Sync();
+
+    EXPECT_EQ(database.DropAnswers(), 4);
+    EXPECT_THAT(Names(database), ElementsAre("Base", "Other"));
+    for (const CString& name : {first, second, join, CString("ByHost")}) {
+        EXPECT_FALSE(database.IsTable(name)) << name;
+    }
+    EXPECT_FALSE(database.IsChanged()) << "answers are no part of what is saved";
+    EXPECT_FALSE(onAnswer.IsOpen());
+    EXPECT_TRUE(onTable.IsOpen());
+    EXPECT_EQ(onTable.GetFieldValue("text").Text(), CString("a").View());
+    EXPECT_EQ(database.DropAnswers(), 0);
+
+    CString again;
+    ASSERT_TRUE(database.Query("select text from Base where text = 'a'", again));
+    EXPECT_EQ(Cell(database.GetTableData(again), 0, 0), "a");
+    EXPECT_EQ(database.GetTableInfo(again)->GetIndex(), 2U);
+    EXPECT_FALSE(database.inner_join("Base", "Other", "text", "=", "text").IsEmpty());
+}
+
+TEST_F(DbDatabaseTest, DropAnswers_RowsOfAnAnswerAddedToTheTable_Stay) {
+    DbDatabase database;
+    DbTableInfo* const base = AddFilledTable(database, "Base", "a");
+    CString answer;
+    ASSERT_TRUE(database.Query("select * from Base where text = 'a'", answer));
+    database.GetTableData(answer)->AddRow();
+    EXPECT_EQ(database.DropAnswers(), 1);
+    EXPECT_EQ(base->GetData()->size(), 2U);
+    EXPECT_EQ(Cell(base->GetData(), 0, 0), "a");
+}
+
 TEST_F(DbDatabaseTest, DeleteTable_OfAQuery_LeavesItsBase) {
     DbDatabase database;
     DbTableInfo* const table = AddTable(database, "T");

@@ -64,4 +64,8 @@ CString DbCallUp::TableName(DbItem* item, const DbTableData& data) {
     return info == nullptr ? CString() : info->GetName();
 }
 
+void DbCallUp::LetGo(DbDatabase& database, const std::vector<DbItem*>& items) {
+    database.ReleaseChildren(items.begin(), items.end());
+}
+
 }  // namespace quillet

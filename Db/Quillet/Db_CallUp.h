@@ -2,6 +2,8 @@
 // tells nobody.
 #pragma once
 
+#include <vector>
+
 #include "base/CString.h"
 
 class DbDatabase;
@@ -31,6 +33,9 @@ public:
 
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);
+
+    // The database lets go of items that are deleted next, so that none is searched for among the others.
+    static void LetGo(DbDatabase& database, const std::vector<DbItem*>& items);
 };
 
 }  // namespace quillet

@@ -230,6 +230,10 @@ void DbDatabase::ClearTable(const CString& name) {
     }
 }
 
+int DbDatabase::DropAnswers() {
+    return static_cast<int>(m_registry->DeleteQueries());
+}
+
 bool DbDatabase::RenameTable(CString oldName, CString newName) {
     if (!IsTable(oldName)) {
         return false;

@@ -95,6 +95,11 @@ public:
     void DeleteTable(const quillet::CString& name);
     // Empties a table: fields, indexes, rows. Nothing for an unknown name.
     void ClearTable(const quillet::CString& name);
+    // Deletes every table of type query: the answers of all queries and joins, which otherwise stay as long
+    // as the database, and those that a host made. Returns how many there were. Cursors on them are closed.
+    // Tables stay as they are, and the database counts as changed only where it did before: a query that is
+    // asked again is answered anew, under a new name.
+    int DropAnswers();
     // Renames a table, reading its rows first. False for an unknown name. Where the new name is taken, the
     // entry that has it stays and this table is found no more by name: ask IsTable before.
     bool RenameTable(quillet::CString oldName, quillet::CString newName);

@@ -198,7 +198,9 @@ Unread::iterator DbLazyReader::UnreadOf(const CString& xml) {
 }
 
 void DbLazyReader::Reach(const DbTableData* data) {
-    while (IsUnread(data) && ReadNextTable() != nullptr) {
+    if (IsUnread(data)) {
+        while (!data->IsInitialized() && ReadNextTable() != nullptr) {
+        }
     }
 }
 

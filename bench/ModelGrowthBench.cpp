@@ -1,0 +1,103 @@
+// How the cost of a catalog grows with its tables, its answers and the fields of a table.
+#include <Quillet/IQuillet.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "Growth.h"
+
+namespace {
+
+using bench::Measure;
+using bench::Require;
+
+constexpr const char* FileName = "quillet-many-tables.xml";
+
+// A file of so many tables of one field and one row.
+class ManyTables {
+public:
+    explicit ManyTables(int count) : m_path(std::filesystem::temp_directory_path() / FileName) {
+        DbDatabase database;
+        for (int i = 0; i < count; ++i) {
+            DbTableInfo* const info = database.CreateTable("Table " + std::to_string(i), DbTableInfo::Table);
+            info->GetDescr()->CreateField("number", false, DbFieldDescr::Long);
+            info->GetData()->AddRow();
+        }
+        Require(database.Save(Path()), "not saved");
+    }
+    ManyTables(const ManyTables&) = delete;
+    ManyTables& operator=(const ManyTables&) = delete;
+    ~ManyTables() { std::filesystem::remove(m_path); }
+
+    // Every table with its rows.
+    std::unique_ptr<DbDatabase> Open(bool sequential) const {
+        auto database = std::make_unique<DbDatabase>(Path());
+        database->GetSource()->SetSequentialAccess(sequential);
+        const auto count = static_cast<std::size_t>(database->GetTablesCount());
+        for (std::size_t i = 0; i < count; ++i) {
+            Require(database->GetTableData(i)->size() == (i < 2 ? 0 : 1), "a row is missing");
+        }
+        return database;
+    }
+
+private:
+    quillet::CString Path() const { return quillet::CString(m_path.u16string()); }
+
+    std::filesystem::path m_path;
+};
+
+void Open(benchmark::State& state, bool sequential, int count) {
+    const ManyTables tables(count);
+    Measure(
+        state, [] { return nullptr; }, [&](std::nullptr_t) { return tables.Open(sequential); });
+}
+
+// A table and so many answers that stand on it.
+std::unique_ptr<DbDatabase> WithAnswers(int count) {
+    auto database = std::make_unique<DbDatabase>();
+    DbTableInfo* const parts = database->CreateTable("parts", DbTableInfo::Table);
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        database->CreateTable("Answer " + number, DbTableInfo::Query,
+                              "select number from parts where number = " + number, parts);
+    }
+    return database;
+}
+
+template <typename Run>
+void WithAnswers(benchmark::State& state, int count, Run run) {
+    Measure(
+        state, [=] { return WithAnswers(count); },
+        [&](std::unique_ptr<DbDatabase>& database) {
+            run(database);
+            return nullptr;
+        });
+}
+
+void CreateFields(benchmark::State& state, int count) {
+    Measure(
+        state, [] { return std::make_unique<DbTableDescr>(nullptr); },
+        [=](const std::unique_ptr<DbTableDescr>& descr) {
+            for (int i = 0; i < count; ++i) {
+                descr->CreateField("field " + std::to_string(i), false, DbFieldDescr::Long);
+            }
+            return nullptr;
+        });
+}
+
+QUILLET_GROWTH(TablesOpenedWhole, 10000, Open(state, false, Count));
+QUILLET_GROWTH(TablesOpenedSequentially, 10000, Open(state, true, Count));
+QUILLET_GROWTH(AnswersDestroyed, 10000,
+               WithAnswers(state, Count, [](std::unique_ptr<DbDatabase>& database) { database.reset(); }));
+QUILLET_GROWTH(AnswersDropped, 10000, WithAnswers(state, Count, [](std::unique_ptr<DbDatabase>& database) {
+                   database->DropAnswers();
+               }));
+QUILLET_GROWTH(AnswersDeletedWithTheirTable, 10000,
+               WithAnswers(state, Count,
+                           [](std::unique_ptr<DbDatabase>& database) { database->DeleteTable("parts"); }));
+QUILLET_GROWTH(FieldsCreated, 10000, CreateFields(state, Count));
+
+}  // namespace
+
+BENCHMARK_MAIN();
