@@ -5,12 +5,15 @@
 #include <charconv>
 #include <map>
 #include <memory>
+#include <new>
+#include <sstream>
 
 #include "CellText.h"
 #include "Commands.h"
 #include "CsvReader.h"
 #include "Failure.h"
 #include "PlainText.h"
+#include "Sink.h"
 #include "base/Utf8.h"
 
 namespace quillet::tool {
@@ -486,6 +489,44 @@ void CommandLine::AddConvert() {
     Choose(command, request, Convert);
 }
 
+// Marks that memory ran out as long as it lives. The parser puts its answers together in streams, which
+// swallow that.
+class MemoryWatch {
+public:
+    MemoryWatch() : m_before(std::set_new_handler(Mark)) { s_hasRunOut = false; }
+    MemoryWatch(const MemoryWatch&) = delete;
+    MemoryWatch& operator=(const MemoryWatch&) = delete;
+    ~MemoryWatch() { std::set_new_handler(m_before); }
+
+    static bool HasRunOut() { return s_hasRunOut; }
+
+private:
+    static void Mark() {
+        s_hasRunOut = true;
+        throw std::bad_alloc();
+    }
+
+    static inline bool s_hasRunOut = false;
+    std::new_handler m_before;
+};
+
+// Answers a question for help or the version.
+int Answer(CLI::App& app, const CLI::Success& question) {
+    std::ostringstream text;
+    int status = 0;
+    {
+        const MemoryWatch watch;
+        status = app.exit(question, text, text);
+        if (MemoryWatch::HasRunOut()) {
+            throw std::bad_alloc();
+        }
+    }
+    StandardOutput output;
+    output.Write(text.str());
+    output.Close();
+    return status;
+}
+
 // In this program's own words where the parser's are no help.
 std::string Explain(CLI::App& app, const CLI::ParseError& error) {
     const std::vector<CLI::App*> chosen = app.get_subcommands();
@@ -518,7 +559,7 @@ Command ParseArguments(const std::vector<std::string>& arguments) {
     try {
         line->Parse(arguments);
     } catch (const CLI::Success& question) {
-        return [line, question] { return line->App().exit(question); };
+        return [line, question] { return Answer(line->App(), question); };
     } catch (const CLI::ParseError& error) {
         throw UsageError(Explain(line->App(), error));
     }

@@ -248,6 +248,10 @@ void Catalog::SaveAs(const std::string& path) {
         const RunningProgress progress(ScreenBesideFiles(), "Saving " + FileName(path));
         isSaved = m_database->Save(path);
     }
+    if (isSaved && !m_showsLog) {
+        // From here on nothing can fail.
+        return;
+    }
     m_faults.clear();
     CollectLog();
     if (!isSaved) {

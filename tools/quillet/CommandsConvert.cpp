@@ -83,8 +83,9 @@ int ToXml(const Settings& settings, const ConvertRequest& request) {
     RefuseLostNumbers(catalog, request);
     WarnOfLostValues(catalog);
     const std::size_t tables = catalog.TableNames().size();
+    Report report(settings, request.m_target + ": " + Counted(tables, "table") + " converted");
     catalog.SaveAs(request.m_target);
-    Say(settings, request.m_target + ": " + Counted(tables, "table") + " converted");
+    report.Print();
     return Done;
 }
 
@@ -100,8 +101,9 @@ int ToAccess(const Settings& settings, const ConvertRequest& request) {
     catalog.ReadAll();
     catalog.RefuseFaults("not converted");
     const DBACCESS_ALL tables = ReadRecords(catalog);
+    Report report(settings, request.m_target + ": " + Counted(tables.size(), "table") + " converted");
     FillAccessFile(request.m_target, tables);
-    Say(settings, request.m_target + ": " + Counted(tables.size(), "table") + " converted");
+    report.Print();
     return Done;
 }
 

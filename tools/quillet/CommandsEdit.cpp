@@ -48,17 +48,19 @@ int New(const Settings& settings, const NewRequest& request) {
     }
     SetValues(catalog, HeaderName, request.m_header);
     SetValues(catalog, PropertiesName, request.m_properties);
+    Report report(settings, file + ": created");
     catalog.Save();
-    Say(settings, file + ": created");
+    report.Print();
     return Done;
 }
 
 int Set(const Settings& settings, const SetRequest& request) {
     Catalog catalog = Catalog::OpenForEditing(request.m_file, settings);
     SetValues(catalog, request.m_table, request.m_values);
+    Report report(settings, catalog.Path() + ": " + Counted(request.m_values.size(), "value") + " set in " +
+                                request.m_table);
     catalog.Save();
-    Say(settings,
-        catalog.Path() + ": " + Counted(request.m_values.size(), "value") + " set in " + request.m_table);
+    report.Print();
     return Done;
 }
 
@@ -69,8 +71,9 @@ int Drop(const Settings& settings, const DropRequest& request) {
         throw catalog.Failed("the table " + table.m_name + " can't be dropped, every catalog has it");
     }
     catalog.Database().DeleteTable(table.m_name);
+    Report report(settings, catalog.Path() + ": table '" + table.m_name + "' dropped");
     catalog.Save();
-    Say(settings, catalog.Path() + ": table '" + table.m_name + "' dropped");
+    report.Print();
     return Done;
 }
 
@@ -88,8 +91,9 @@ int Rename(const Settings& settings, const RenameRequest& request) {
         throw catalog.Failed("a table " + Quoted(newName) + " is already there");
     }
     catalog.Database().RenameTable(table.m_name, newName);
+    Report report(settings, catalog.Path() + ": table '" + table.m_name + "' renamed to '" + newName + "'");
     catalog.Save();
-    Say(settings, catalog.Path() + ": table '" + table.m_name + "' renamed to '" + newName + "'");
+    report.Print();
     return Done;
 }
 

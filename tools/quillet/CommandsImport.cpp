@@ -25,14 +25,13 @@ void FillRows(const ImportRequest& request, const CsvTable& csv, DbTableData& da
     csv.FillRows(data, [&](std::uint64_t done) { bar.Set(done); });
 }
 
-void WarnOfOtherNames(const ImportRequest& request, const CsvTable& csv) {
+// The fields that are not called as their headings; empty where all are.
+std::string OtherNames(const ImportRequest& request, const CsvTable& csv) {
     std::string list;
     for (const auto& [heading, name] : csv.Renamed()) {
         list += (list.empty() ? "" : ", ") + Quoted(heading) + " to " + Quoted(name);
     }
-    if (!list.empty()) {
-        Complain("warning: " + request.m_source + ": fields renamed: " + list);
-    }
+    return list.empty() ? list : request.m_source + ": fields renamed: " + list;
 }
 
 void ApplyOptions(const ImportRequest& request, CsvTable& csv) {
@@ -82,10 +81,12 @@ int Import(const Settings& settings, const ImportRequest& request) {
         AppendField(*info.GetDescr()) = *field;
     }
     FillRows(request, csv, *info.GetData());
+    Report report(settings,
+                  catalog.Path() + ": table '" + info.GetName().ToUtf8() + "' imported, " +
+                      Counted(csv.Structure().size(), "field") + ", " + Counted(csv.CountRows(), "row"),
+                  OtherNames(request, csv));
     catalog.Save();
-    WarnOfOtherNames(request, csv);
-    Say(settings, catalog.Path() + ": table '" + info.GetName().ToUtf8() + "' imported, " +
-                      Counted(csv.Structure().size(), "field") + ", " + Counted(csv.CountRows(), "row"));
+    report.Print();
     return Done;
 }
 

@@ -1,7 +1,7 @@
 // Asks a catalog for rows, and shows how the question was read.
 #include <algorithm>
 #include <cstdint>
-#include <sstream>
+#include <string_view>
 #include <utility>
 
 #include "Catalog.h"
@@ -57,8 +57,10 @@ class Combination {
 public:
     explicit Combination(const Analysis& analysis) {
         auto condition = analysis.m_conditions.begin();
-        std::istringstream steps(analysis.m_postfix);
-        for (std::string step; m_isComplete && steps >> step;) {
+        std::string_view steps = analysis.m_postfix;
+        while (m_isComplete && !steps.empty()) {
+            const std::string step(steps.substr(0, steps.find(' ')));
+            steps.remove_prefix(std::min(step.size() + 1, steps.size()));
             if (step == "exp") {
                 Push({*condition++, None, None});
             } else {

@@ -10,7 +10,7 @@
 #include "Names.h"
 #include "PlainText.h"
 #include "platform/File.h"
-#include "xml/Document.h"
+#include "xml/Tree.h"
 
 namespace quillet::tool {
 
@@ -146,16 +146,13 @@ void CsvTable::ReadNames(const CsvReader& reader, bool keepsNames) {
 
 // Every row is written as an element whose attributes bear the names of the fields.
 void CsvTable::CheckNames(const CsvReader& reader) const {
-    const xml::Document document;
-    const xml::Node rows = document.Root().CreateElement("rows");
     std::map<std::string, std::string> written;
     for (const DbFieldDescr* field : m_structure) {
         const std::string name = Quoted(field->GetName().ToUtf8());
-        try {
-            xml::LeafElement row(document.Root(), rows, "row");
-            row.Attribute(field->SafeNameUtf8(), std::string_view());
-        } catch (const xml::DomError& error) {
-            throw Failure(reader.Message("a catalog can't have a field " + name + ": " + error.m_message));
+        if (!xml::IsXmlName(field->SafeNameUtf8())) {
+            throw Failure(reader.Message("a catalog can't have a field " + name +
+                                         ": it would be written as '" + field->SafeNameUtf8() +
+                                         "', which is no XML name"));
         }
         const auto [place, isNew] = written.emplace(field->SafeNameUtf8(), name);
         if (!isNew && place->second == name) {

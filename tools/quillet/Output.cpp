@@ -1,6 +1,7 @@
 #include "Output.h"
 
 #include "PlainText.h"
+#include "System.h"
 
 namespace quillet::tool {
 
@@ -17,12 +18,18 @@ std::unique_ptr<Writer> MakeWriter(Format format) {
     }
 }
 
-void Say(const Settings& settings, const std::string& line) {
-    if (settings.m_format == Format::Text) {
-        StandardOutput output;
-        output.Write(Visible(line) + "\n");
-        output.Close();
+Report::Report(const Settings& settings, const std::string& line, const std::string& warning) {
+    if (!warning.empty()) {
+        m_warning = "quillet: warning: " + Visible(warning) + "\n";
     }
+    if (settings.m_format == Format::Text) {
+        m_output.Write(Visible(line) + "\n");
+    }
+}
+
+void Report::Print() {
+    WriteToStandardError(m_warning);
+    m_output.Close();
 }
 
 }  // namespace quillet::tool

@@ -59,7 +59,18 @@ public:
 };
 
 // Tells people in a line on standard output what a command did; programs that asked for another format see
-// nothing.
-void Say(const Settings& settings, const std::string& line);
+// nothing. It is made before the last step of the command, so that after it no memory can be missing.
+class Report {
+public:
+    // A warning, if there is one, goes to standard error.
+    Report(const Settings& settings, const std::string& line, const std::string& warning = {});
+
+    // Prints it. Throws Failure where standard output does not take it. No further call is allowed.
+    void Print();
+
+private:
+    std::string m_warning;
+    StandardOutput m_output;
+};
 
 }  // namespace quillet::tool
