@@ -19,7 +19,8 @@ QUILLET_API std::size_t NumberToText(const VARIANT& number, char (&text)[MaxNumb
 // memory it returns E_OUTOFMEMORY or throws std::bad_alloc; neither says anything about the text.
 QUILLET_API HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number);
 
-// The character between the whole and the fraction of a number, as it was when the library was loaded.
+// The character between the whole and the fraction of a number, as it was when the library was loaded
+// or when it was first asked for.
 QUILLET_API WCHAR DecimalSeparator();
 
 }  // namespace quillet::platform

@@ -493,21 +493,27 @@ void CommandLine::AddConvert() {
 // swallow that.
 class MemoryWatch {
 public:
-    MemoryWatch() : m_before(std::set_new_handler(Mark)) { s_hasRunOut = false; }
+    MemoryWatch() {
+        s_hasRunOut = false;
+        s_before = std::set_new_handler(Mark);
+    }
     MemoryWatch(const MemoryWatch&) = delete;
     MemoryWatch& operator=(const MemoryWatch&) = delete;
-    ~MemoryWatch() { std::set_new_handler(m_before); }
+    ~MemoryWatch() { std::set_new_handler(s_before); }
 
     static bool HasRunOut() { return s_hasRunOut; }
 
 private:
     static void Mark() {
         s_hasRunOut = true;
+        if (s_before != nullptr) {
+            s_before();
+        }
         throw std::bad_alloc();
     }
 
     static inline bool s_hasRunOut = false;
-    std::new_handler m_before;
+    static inline std::new_handler s_before = nullptr;
 };
 
 // Answers a question for help or the version.

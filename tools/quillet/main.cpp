@@ -1,16 +1,40 @@
 // The command line of catalogs.
 #include <cstdlib>
+#include <exception>
 #include <new>
+#include <utility>
 
 #include "Run.h"
 #include "System.h"
 
 namespace {
 
+[[noreturn]] void EndHere() {
+    std::_Exit(quillet::tool::EndOutOfMemory());
+}
+
+// The run-time can't throw without memory for the exception, and ends the program without one.
+[[noreturn]] void EndTerminated() {
+    if (std::current_exception() == nullptr) {
+        EndHere();
+    }
+    std::abort();
+}
+
+// Given back when memory runs out, so that there is some for exceptions and what their handlers do.
+constexpr std::size_t ReserveSize = std::size_t{64} * 1024;
+void* s_reserve = nullptr;
+
+[[noreturn]] void UseReserve() {
+    std::free(std::exchange(s_reserve, nullptr));
+    throw std::bad_alloc();
+}
+
 // Until main begins nothing catches what a static object of the program throws.
 struct MemoryGuard {
     MemoryGuard() {
-        std::set_new_handler([] { std::_Exit(quillet::tool::EndOutOfMemory()); });
+        std::set_new_handler(EndHere);
+        std::set_terminate(EndTerminated);
     }
 };
 
@@ -26,7 +50,11 @@ const MemoryGuard s_untilMain;
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::set_new_handler(nullptr);
+    s_reserve = std::malloc(ReserveSize);
+    if (s_reserve == nullptr) {
+        return quillet::tool::EndOutOfMemory();
+    }
+    std::set_new_handler(UseReserve);
     quillet::tool::PrepareStandardStreams();
     try {
         return quillet::tool::RunCommandLine(quillet::tool::ProgramArguments(argc, argv));

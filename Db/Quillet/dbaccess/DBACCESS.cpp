@@ -2,8 +2,8 @@
 
 #include <charconv>
 #include <cstddef>
+#include <cstdlib>
 #include <exception>
-#include <new>
 #include <string>
 #include <system_error>
 
@@ -190,14 +190,13 @@ void DeleteRows(Cursor& cursor, Connection& connection, const CString& table) {
     }
 }
 
-// Nothing may fly out while the library is being loaded. What memory was short for then is made before the
-// first file is opened.
-CString FormatAtLoading() noexcept {
-    try {
-        return quillet::DefaultConnectFormat;
-    } catch (const std::bad_alloc&) {
-        return {};
-    }
+// While the library is being loaded nobody catches what flies out, and an exception itself takes memory. Without
+// memory for the text it is made before the first file is opened.
+CString FormatAtLoading() {
+    constexpr std::size_t MoreThanTheText = 4096;
+    void* volatile const room = std::malloc(MoreThanTheText);
+    std::free(room);
+    return room == nullptr ? CString() : CString(quillet::DefaultConnectFormat);
 }
 
 }  // namespace
