@@ -89,8 +89,9 @@ TEST_P(OutOfMemory, SaveThatRunsOutOfMemory_LeavesTheOldFileOrTheNew) {
         WriteBytes(File(), SmallCatalog());
         const auto other = Open(File(), GetParam());
         Change(*other);
+        const CString path = Path();
         AllocationPlan plan(failing);
-        const bool isSaved = other->Save(Path());
+        const bool isSaved = other->Save(path);
         plan.Disarm();
         EXPECT_EQ(ReadBytes(File()), isSaved ? expected : SmallCatalog()) << failing;
         EXPECT_EQ(other->LastSaveError().IsEmpty(), isSaved) << failing;

@@ -101,6 +101,7 @@ bool DbDatabase::TrySave(const CString& path) {
         m_saveError->Set("what was not read from it would be lost: " + lost);
         return false;
     }
+    const bool isOwnFile = m_reader->IsOwnFile(path);
     switch (EndingOf(path)) {
         case Ending::Xml:
             if (!SaveXml(path)) {
@@ -118,7 +119,9 @@ bool DbDatabase::TrySave(const CString& path) {
             return false;
     }
     Sync();
-    m_reader->MarkWritten(path);
+    if (isOwnFile) {
+        m_reader->MarkWritten();
+    }
     if (IsChanged()) {
         m_log->Print("File '%s' was written, but the database still counts as changed",
                      path.ToUtf8().c_str());

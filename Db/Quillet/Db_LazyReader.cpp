@@ -266,12 +266,18 @@ bool DbLazyReader::IsSourceFile(const CString& path) const {
            (target == m_identity || target == platform::FileIdentity::Of(m_source.GetFile().ToUtf8()));
 }
 
-void DbLazyReader::MarkWritten(const CString& path) {
-    const auto written = platform::FileIdentity::Of(path.ToUtf8());
-    if (written && written == platform::FileIdentity::Of(m_source.GetFile().ToUtf8())) {
-        m_identity = written;
-        m_described.reset();
-        m_unread.clear();
+bool DbLazyReader::IsOwnFile(const CString& path) const {
+    return path == m_source.GetFile() || IsSourceFile(path);
+}
+
+void DbLazyReader::MarkWritten() noexcept {
+    m_described.reset();
+    m_unread.clear();
+    m_identity.reset();
+    try {
+        m_identity = platform::FileIdentity::Of(m_source.GetFile().ToUtf8());
+    } catch (const std::bad_alloc&) {
+        // The path of the source is asked all the same.
     }
 }
 

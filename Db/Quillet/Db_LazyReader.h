@@ -57,8 +57,10 @@ public:
     // Before the file of a path is replaced: where it is the one that was read, every table that still lacks
     // its rows gets them. What would be lost all the same, in one line; empty for nothing.
     CString ReadRest(const CString& path);
-    // The file that was read is now what the model is.
-    void MarkWritten(const CString& path);
+    // Whether the path leads to the file of the source, the one that was read or the one that is there now.
+    bool IsOwnFile(const CString& path) const;
+    // The file of the source is now what the model is.
+    void MarkWritten() noexcept;
 
     // Why the last reading did not bring everything; not set after one that did.
     CString LastReadError() const;
