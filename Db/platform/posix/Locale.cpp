@@ -320,8 +320,20 @@ const Locale& Locale::For(LCID id) {
     return *added;
 }
 
+template <typename Read>
+void Locale::ReadOnce(std::atomic<bool>& isRead, const Read& read) const {
+    if (isRead.load(std::memory_order_acquire)) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(m_reading);
+    if (!isRead.load(std::memory_order_relaxed)) {
+        read();
+        isRead.store(true, std::memory_order_release);
+    }
+}
+
 const DateStyle& Locale::Dates() const {
-    std::call_once(m_datesOnce, [this] {
+    ReadOnce(m_hasDates, [this] {
         m_dates = m_id == LOCALE_INVARIANT ? InvariantDateStyle() : ReadDateStyle(m_names.dates);
     });
     return m_dates;
@@ -337,7 +349,7 @@ Locale::CollatorPtr Locale::CollatorOf(UCollationStrength strength) const {
 }
 
 const UCollator* Locale::Collator(bool ignoreCase) const {
-    std::call_once(m_collatorsOnce, [this] {
+    ReadOnce(m_hasCollators, [this] {
         m_collator = CollatorOf(UCOL_TERTIARY);
         m_caselessCollator = CollatorOf(UCOL_SECONDARY);
     });

@@ -4,6 +4,7 @@
 #include <unicode/ucol.h>
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -70,6 +71,10 @@ private:
 
     Locale(LCID id, Names names);
     static Names NamesFor(LCID id);
+    // Calls read unless it came to its end before. Not std::call_once: the C library can't let an exception
+    // out of that without memory.
+    template <typename Read>
+    void ReadOnce(std::atomic<bool>& isRead, const Read& read) const;
     // Null where ICU has no collation data.
     CollatorPtr CollatorOf(UCollationStrength strength) const;
 
@@ -78,9 +83,10 @@ private:
     NumberSymbols m_numbers;
     const Locale* m_next = nullptr;
 
-    mutable std::once_flag m_datesOnce;
+    mutable std::mutex m_reading;
+    mutable std::atomic<bool> m_hasDates{false};
     mutable DateStyle m_dates;
-    mutable std::once_flag m_collatorsOnce;
+    mutable std::atomic<bool> m_hasCollators{false};
     mutable CollatorPtr m_collator;
     mutable CollatorPtr m_caselessCollator;
 };
