@@ -163,6 +163,7 @@ TEST_P(CatalogOutOfMemory, Asked_AQueryAnswersInFullOrThrows) {
             ASSERT_TRUE(database->Query(sql, name));
             reference = RowsOf(*database, name);
         }
+        EXPECT_EQ(reference, rows);
         SweepAttempts([&, query = CString(sql)](std::size_t failing, Failing which) {
             const auto database = Opened();
             Look(*database);

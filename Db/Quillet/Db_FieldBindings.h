@@ -55,12 +55,12 @@ public:
                 continue;
             }
             // Of two variables of one field the second begins with what the first left.
-            const auto before = std::find_if(values.rbegin(), values.rend(), [&](const auto& value) {
-                return value.first == binding.m_field;
-            });
+            const uint64 field = binding.m_field;
+            const auto before = std::find_if(values.rbegin(), values.rend(),
+                                             [field](const auto& value) { return value.first == field; });
             CComVariant value = before == values.rend() ? cell->GetVariant() : before->second;
             binding.m_write(value, variable);
-            values.emplace_back(binding.m_field, std::move(value));
+            values.emplace_back(field, std::move(value));
         }
     }
 
