@@ -122,7 +122,8 @@ std::unique_ptr<DbDatabase> SixTables() {
     return database;
 }
 
-// All that the registry says, and what its lookups find.
+// All that the registry says, and what its lookups find. The log is left out: a step happens also where its
+// line finds no memory.
 Strings StateOf(DbDatabase& database) {
     Strings state;
     for (int i = 0; i < database.GetTablesCount(); ++i) {
@@ -137,7 +138,6 @@ Strings StateOf(DbDatabase& database) {
                         (related == nullptr ? "" : " over " + related->GetName().ToUtf8()));
     }
     state.push_back(database.IsChanged() ? "changed" : "unchanged");
-    state.push_back(database.GetErrorLog().ToUtf8());
     return state;
 }
 
@@ -194,13 +194,15 @@ TEST(DbRegistryOutOfMemory, CreateTableOfInfo_TakesOverWhollyOrNothing) {
         DbTableInfo info("A name that is too long for any string to hold in itself", DbTableInfo::Table, 0,
                          "", descr.get(), data.get(), nullptr);
         const DbTableInfo* made = nullptr;
+        bool isOutOfMemory = false;
         AllocationPlan plan(failing);
         try {
             made = database->CreateTable(&info);
         } catch (const std::bad_alloc&) {
+            isOutOfMemory = true;
         }
         plan.Disarm();
-        EXPECT_EQ(made == nullptr, plan.HasFailed()) << failing;
+        EXPECT_EQ(made == nullptr, isOutOfMemory) << failing;
         if (made != nullptr) {
             static_cast<void>(descr.release());
             static_cast<void>(data.release());
@@ -226,13 +228,15 @@ TEST(DbRegistryOutOfMemory, RenameTable_OntoAnExistingName_HappensWhollyOrNotAtA
     const Strings before = StateOf(*SixTables());
     SweepAllocations([&](std::size_t failing) {
         const auto database = SixTables();
+        bool isOutOfMemory = false;
         AllocationPlan plan(failing);
         try {
             database->RenameTable("B", "C");
         } catch (const std::bad_alloc&) {
+            isOutOfMemory = true;
         }
         plan.Disarm();
-        EXPECT_EQ(StateOf(*database) == before, plan.HasFailed()) << failing;
+        EXPECT_EQ(StateOf(*database) == before, isOutOfMemory) << failing;
         database->DeleteTable("C");
         database->DeleteTable("A");
         return plan.HasFailed();

@@ -254,7 +254,12 @@ CString DbLazyReader::ReadRest(const CString& path) {
         }
     }
     if (m_described && m_omissions.IsEmpty()) {
-        DbDocumentReader(m_registry, m_log, m_omissions).ReadUnread(path, *m_described, m_unread);
+        // What others have made of the file since says nothing about what was read from it.
+        if (m_source.IsAsScanned()) {
+            DbDocumentReader(m_registry, m_log, m_omissions).ReadUnread(path, *m_described, m_unread);
+        } else if (!m_unread.empty()) {
+            m_omissions.Note("it was changed before every table was read");
+        }
     }
     return m_omissions.First();
 }

@@ -85,7 +85,7 @@ void DbSource::CloseFile() {
     m_scanner.reset();
     m_file.reset();
     m_opened = false;
-    m_identity.reset();
+    m_stamp.reset();
     m_readFailure.Empty();
     m_isFileBad = false;
     m_blockSize = MaxBufferSize;
@@ -147,6 +147,11 @@ void DbSource::Rewind(bool isEof) {
     m_eof = isEof;
 }
 
+bool DbSource::IsAsScanned() const {
+    const auto file = quillet::platform::ReadableFile::Open(m_path.ToUtf8());
+    return m_stamp && file && file->Stamp() == *m_stamp;
+}
+
 // Always false.
 bool DbSource::Fail(const CString& why) {
     m_readFailure = why;
@@ -158,12 +163,12 @@ void DbSource::OpenForScanning() {
     m_opened = true;
     m_file = quillet::platform::ReadableFile::Open(m_path.ToUtf8());
     if (m_file) {
-        const auto identity = m_file->Identity();
-        if (identity && !m_identity) {
-            m_identity = std::make_unique<quillet::platform::FileIdentity>(*identity);
-        } else if (m_identity && identity != *m_identity) {
+        const std::optional<quillet::platform::FileStamp> stamp = m_file->Stamp();
+        if (stamp && !m_stamp) {
+            m_stamp = std::make_unique<quillet::platform::FileStamp>(*stamp);
+        } else if (m_stamp && stamp != *m_stamp) {
             m_isFileBad = true;
-            Fail("it was replaced by another file meanwhile");
+            Fail("it was changed meanwhile");
             return;
         }
         m_scanner = std::make_unique<quillet::XmlScanner>(

@@ -14,8 +14,8 @@ namespace quillet {
 class DbLazyReader;
 class XmlScanner;
 namespace platform {
-class FileIdentity;
 class ReadableFile;
+struct FileStamp;
 }  // namespace platform
 }  // namespace quillet
 
@@ -85,6 +85,8 @@ private:
     void Rewind(bool isEof);
     // Why sequential reading ended before the end of the file; empty where it did not.
     const quillet::CString& ReadFailure() const { return m_readFailure; }
+    // Whether the file still is what it was when sequential reading began.
+    bool IsAsScanned() const;
     // Whether that was the file's fault, and not that of what stands in it.
     bool IsFileBad() const { return m_isFileBad; }
     bool Fail(const quillet::CString& why);
@@ -95,8 +97,8 @@ private:
     quillet::CString m_path;
     std::unique_ptr<quillet::platform::ReadableFile> m_file;
     std::unique_ptr<quillet::XmlScanner> m_scanner;
-    // The file that sequential reading began with, and why it failed.
-    std::unique_ptr<quillet::platform::FileIdentity> m_identity;
+    // The file that sequential reading began with, as it was then, and why reading failed.
+    std::unique_ptr<quillet::platform::FileStamp> m_stamp;
     quillet::CString m_readFailure;
     bool m_isFileBad = false;
     bool m_opened = false;

@@ -55,8 +55,10 @@ TEST_F(SaveErrors, TextThatNoCatalogCarries_IsNamedByTableRowAndField) {
 TEST_F(SaveErrors, FieldNamesThatNoCatalogCarries_AreNamed) {
     Structure().CreateField("a&b", false, DbFieldDescr::Text);
     AddRow();
-    EXPECT_THAT(WhyNotSaved(m_database),
-                ElementsAre("table 'Mine', field 'a&b': no catalog can hold a field of this name"));
+    EXPECT_THAT(
+        WhyNotSaved(m_database),
+        ElementsAre("Table 'Mine' can't be saved: the field 'a&b' would be saved as 'a&b', which is no "
+                    "name in XML"));
 }
 
 TEST_F(SaveErrors, FieldsThatAreWrittenAlike_AreBothNamed) {
@@ -64,7 +66,8 @@ TEST_F(SaveErrors, FieldsThatAreWrittenAlike_AreBothNamed) {
     Structure().CreateField("a_b", false, DbFieldDescr::Text);
     AddRow();
     EXPECT_THAT(WhyNotSaved(m_database),
-                ElementsAre("table 'Mine', fields 'a b' and 'a_b': a catalog writes both as 'a_b'"));
+                ElementsAre("Table 'Mine' can't be saved: the fields 'a b' and 'a_b' would both be saved as "
+                            "'a_b'"));
 }
 
 TEST_F(SaveErrors, OtherLines_StayAsTheyAre) {

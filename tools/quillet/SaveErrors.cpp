@@ -1,12 +1,11 @@
 #include "SaveErrors.h"
 
 #include <algorithm>
-#include <map>
 #include <string_view>
 
 #include "CellText.h"
 #include "PlainText.h"
-#include "xml/Tree.h"
+#include "Quillet/Db_FieldNames.h"
 
 namespace quillet::tool {
 
@@ -33,22 +32,6 @@ std::string NameOf(const DbFieldDescr& field) {
     return Quoted(field.GetName().ToUtf8());
 }
 
-// Fields that no row can hold; empty where there are none.
-std::string WrongField(const DbTableDescr& descr) {
-    std::map<std::string, const DbFieldDescr*> written;
-    for (const DbFieldDescr* field : descr) {
-        if (!xml::IsXmlName(field->SafeNameUtf8())) {
-            return "field " + NameOf(*field) + ": no catalog can hold a field of this name";
-        }
-        const auto [place, isNew] = written.emplace(field->SafeNameUtf8(), field);
-        if (!isNew) {
-            return "fields " + NameOf(*place->second) + " and " + NameOf(*field) +
-                   ": a catalog writes both as " + Quoted(place->first);
-        }
-    }
-    return {};
-}
-
 std::string WrongValue(const DbTableDescr& descr, const DbTableRow& row) {
     for (std::size_t i = 0; i < row.size(); ++i) {
         const CComVariant& cell = row.GetField(i).GetVariant();
@@ -65,9 +48,9 @@ std::string WrongValue(const DbTableDescr& descr, const DbTableRow& row) {
     return {};
 }
 
-// The first thing about a table that can't be written.
+// The first value of a table that can't be written.
 std::string WhatIsWrong(const DbTableDescr& descr, DbTableData& data) {
-    std::string wrong = WrongField(descr);
+    std::string wrong;
     for (uint64 i = 0; wrong.empty() && i < data.size(); ++i) {
         const DbTableRow* const row = data.GetRow(static_cast<int>(i));
         const std::string value = row == nullptr ? std::string() : WrongValue(descr, *row);
@@ -88,8 +71,12 @@ std::vector<std::string> ExplainSaveErrors(DbDatabase& database, const std::vect
     for (const std::string& line : lines) {
         const std::string name = TableOf(line);
         if (!name.empty() && database.IsTable(name)) {
-            const std::string wrong =
-                WhatIsWrong(*database.GetTableDescr(name), *database.GetTableData(name));
+            const DbTableDescr& descr = *database.GetTableDescr(name);
+            if (!UnsavableFields(descr).empty()) {
+                // A line of its own names them.
+                continue;
+            }
+            const std::string wrong = WhatIsWrong(descr, *database.GetTableData(name));
             add("table " + Quoted(name) + (wrong.empty() ? ": it can't be written" : ", " + wrong));
         } else if (!NamesAFunction(line)) {
             add(line);

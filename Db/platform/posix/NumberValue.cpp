@@ -1,6 +1,7 @@
 #include "platform/NumberText.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <new>
 
 #include "platform/posix/Locale.h"
@@ -12,8 +13,15 @@ namespace {
 
 constexpr WCHAR Unknown = 0;
 
-// Unknown where memory is too short to find out.
+// Unknown where there is too little memory to find out. That is asked first: while the library is being loaded
+// there may be none for an exception either.
 WCHAR SeparatorOfTheUser() {
+    constexpr std::size_t Enough = std::size_t{4} << 20;
+    void* const room = std::malloc(Enough);
+    if (room == nullptr) {
+        return Unknown;
+    }
+    std::free(room);
     try {
         return Locale::For(LOCALE_USER_DEFAULT).Numbers().decimal;
     } catch (const std::bad_alloc&) {
