@@ -308,6 +308,95 @@ TEST_F(SavingOverSource, ASequentialModelOfWhichOneTableWasReadAndChanged_IsSave
     EXPECT_THAT(RowsOf(*saved, "Beta"), ElementsAre("2.5"));
 }
 
+// A reader that looks for markup byte by byte takes a table, or a list, out of a comment.
+TEST_P(SavingOverSource, WhatStandsInAComment_IsNotSavedInThePlaceOfWhatStandsBehindIt) {
+    const std::string decoys[][2] = {
+        {"<table name=\"Gamma\" />\n</data>\n</body>",
+         "<!-- <row n='7' /></table> <table name='Gamma'><row note='old' /></table> -->"},
+        {"<body>", "<!-- <x /></header><body><structure></structure><data></data></body> -->"},
+        {"<database>",
+         "<!-- <database><header><structure></structure><data></data></header><body><structure>"
+         "</structure><data></data></body></database> -->"},
+    };
+    for (const auto& [place, decoy] : decoys) {
+        CatalogParts parts = SmallParts();
+        parts.m_bodyData = parts.m_bodyData.substr(0, parts.m_bodyData.find("<table name=\"Gamma\"")) +
+                           TableXml("Gamma", "");
+        const std::string xml = WithInserted(parts.Xml(), place, decoy);
+        WriteBytes(File(), xml);
+        const std::string sound = Dump(*Open(File(), Reading::Whole));
+        {
+            const auto database = Open(File(), GetParam());
+            Dump(*database);
+            database->SetChanged();
+        }
+        EXPECT_EQ(Dump(*Open(File(), Reading::Whole)), sound) << decoy;
+    }
+}
+
+TEST_F(SavingOverSource, CommentsBetweenRows_LoseNoRow) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData = TableXml("Alpha",
+                                "<row name=\"one\" count=\"1\" />\n<!-- <row name=\"x\" count=\"7\" /> -->\n"
+                                "<row name=\"two\" count=\"2\" />\n") +
+                       TableXml("Beta", "<row size=\"2.5\" />\n") + TableXml("Gamma", "");
+    WriteBytes(File(), parts.Xml());
+    const auto database = Open(File(), Reading::Sequential);
+    EXPECT_EQ(database->GetTableData("Alpha")->size(), 0U);
+    Change(*database);
+    ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*database, "Alpha"), ElementsAre("one 1", "two 2"));
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Alpha"), ElementsAre("one 1", "two 2"));
+}
+
+TEST_P(SavingOverSource, EntitiesOfADocumentType_AreKept) {
+    std::string xml = WithReplaced(SmallCatalog(), "title=\"Small\"", "title=\"&e;\"");
+    ExpectKept(WithInserted(xml, "<database>", "<!DOCTYPE database [<!ENTITY e 'entity'>]>\n"));
+}
+
+TEST_F(SavingOverSource, AFaultThatGoesAway_DoesNotRefuseTheNextSave) {
+    const std::string xml =
+        WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n");
+    WriteBytes(File(), xml);
+    const auto database = Open(File(), Reading::Sequential);
+    Change(*database);
+    const auto time = std::filesystem::last_write_time(File());
+    std::filesystem::rename(File(), m_folder / "aside.xml");
+    EXPECT_FALSE(database->Save(Path())) << "tables are still to be read from it";
+    std::filesystem::rename(m_folder / "aside.xml", File());
+    std::filesystem::last_write_time(File(), time);
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_P(SavingOverSource, LastSaveError_OfATableThatFails_NamesIt) {
+    DbDatabase database;
+    database.Create(Path());
+    for (const char* name : {"First", "Second", "Third"}) {
+        DbTableInfo* const info = database.CreateTable(CString(name), DbTableInfo::Table);
+        info->GetDescr()->CreateField("n", false, DbFieldDescr::Text);
+        info->GetData()->AddRow();
+    }
+    (*database.GetTableData("Second"))[0]["n"].SetValue(CComVariant("a\x01"));
+    database.GetTableData("Third")->SetXmlSource("<table name=\"Third\"><row n=\"1\" /></table>");
+    EXPECT_FALSE(database.Save(Path()));
+    EXPECT_EQ(database.LastSaveError(), CString("Error on table \"Second\" - body data saving"));
+    EXPECT_THAT(TakeLog(database).back(), HasSubstr("Error on table \"Second\" - body data saving"));
+    database.Sync();
+}
+
+TEST_P(SavingOverSource, LoadWhole_TellsWhetherTheDatabaseHoldsAllOfTheFile) {
+    EXPECT_TRUE(OpenXml(SmallCatalog())->LoadWhole());
+    const auto commented = OpenXml(WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- c -->"));
+    EXPECT_TRUE(commented->LoadWhole());
+    EXPECT_THAT(RowsOf(*commented, "Beta"), ElementsAre("2.5"));
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData += TableXml("Ghost", "<row a=\"1\" />\n");
+    const auto database = OpenXml(parts.Xml());
+    EXPECT_FALSE(database->LoadWhole());
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Ghost' has rows but no structure"));
+}
+
 TEST_P(SavingOverSource, LastReadError_SaysWhatAndWhere) {
     const auto database = OpenXml(WithReplaced(SmallCatalog(), "</structure>", "</structures>"));
     database->LoadTables();

@@ -77,7 +77,6 @@ bool DbDatabase::SaveMdb(const CString&) {
 
 bool DbDatabase::Save(const CString& path) {
     m_saveError->Clear();
-    const std::size_t lines = m_log->Added();
     bool isSaved = false;
     try {
         isSaved = TrySave(path);
@@ -88,7 +87,7 @@ bool DbDatabase::Save(const CString& path) {
         m_saveError->SetToCurrentException();
     }
     if (!isSaved) {
-        LogFailedSave(path, m_log->Added() > lines);
+        LogFailedSave(path);
     }
     return isSaved;
 }
@@ -123,28 +122,22 @@ bool DbDatabase::TrySave(const CString& path) {
         m_reader->MarkWritten();
     }
     if (IsChanged()) {
-        m_log->Print("File '%s' was written, but the database still counts as changed",
-                     path.ToUtf8().c_str());
+        m_saveError->Set("it is written, but the database still counts as changed");
         return false;
     }
     return true;
 }
 
-// hasReason: a line of the log tells already what failed.
-void DbDatabase::LogFailedSave(const CString& path, bool hasReason) noexcept {
+void DbDatabase::LogFailedSave(const CString& path) noexcept {
     try {
-        if (EndingOf(path) == Ending::Other) {
-            return;
-        }
-        if (!m_saveError->IsSet() && hasReason) {
-            m_saveError->Set(m_log->Last());
-            return;
-        }
         if (!m_saveError->IsSet()) {
             m_saveError->Set("the document was not made");
         }
-        m_log->Print("File '%s' could not be written: %s", path.ToUtf8().c_str(),
-                     m_saveError->Text().ToUtf8().c_str());
+        // The last line says it already where a table failed and nothing came after it.
+        const CString why = m_saveError->Text();
+        if (EndingOf(path) != Ending::Other && m_log->Last() != why) {
+            m_log->Print("File '%s' could not be written: %s", path.ToUtf8().c_str(), why.ToUtf8().c_str());
+        }
     } catch (const std::bad_alloc&) {
         m_saveError->SetToCurrentException();
     }
@@ -171,16 +164,21 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
     if (document == nullptr) {
         throw new DbException("Invalid pointer");
     }
+    m_saveError->Clear();
     LoadTables();
     quillet::CreateHeaderTable(*m_registry);
     quillet::CreatePropertiesTable(*m_registry);
+    quillet::DbDocumentWriter writer(*m_registry, *m_log);
     try {
-        return quillet::DbDocumentWriter(*m_registry, *m_log)
-            .Write(quillet::xml::Node(document), quillet::xml::Node(parent));
+        if (writer.Write(quillet::xml::Node(document), quillet::xml::Node(parent))) {
+            return true;
+        }
+        m_saveError->Set(writer.FirstFailure());
     } catch (const quillet::xml::DomError& error) {
-        m_log->Print("The document could not be made: %s", error.m_message.c_str());
-        return false;
+        m_saveError->Set(CString("The document could not be made: " + error.m_message));
+        m_log->Add(m_saveError->Text());
     }
+    return false;
 }
 
 void DbDatabase::RefuseForeignChanges(bool on) {
@@ -243,7 +241,9 @@ bool DbDatabase::RenameTable(CString oldName, CString newName) {
     }
     // Rows that still wait to be read name their table.
     DbTableData* const data = GetTableData(oldName);
-    data->ParseXmlData();
+    if (!data->ParseXmlData() && m_reader->IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
     DbTableDescr* const descr = m_registry->Find(oldName)->GetDescr();
     m_registry->Rename(oldName, newName);
     descr->SetChanged();
@@ -317,6 +317,12 @@ DbTableData* DbDatabase::GetHeaderData() {
 void DbDatabase::LoadTables() {
     m_reader->ReadStructure();
     m_reader->ReadAll();
+}
+
+bool DbDatabase::LoadWhole() {
+    LoadTables();
+    m_reader->ReadRest(m_source->GetFile());
+    return m_reader->LastReadError().IsEmpty();
 }
 
 void DbDatabase::CopyFrom(const DBACCESS_ALL& all) {

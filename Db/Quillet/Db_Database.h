@@ -125,6 +125,9 @@ public:
 
     // Reads the rows of every table that still stand in the file.
     void LoadTables();
+    // The same, and whether everything that the file holds is in the database now, as Save over the file
+    // finds out: in sequential access the file is read as a whole for it. LastReadError says what is missing.
+    bool LoadWhole();
 
     // Copies every table of the records into the database: the header and the properties first, whose tables
     // are made where neither the records nor the database have them, then the others in their order.
@@ -193,7 +196,7 @@ public:
     // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
     void ParseXmlTableData(const quillet::CString& xml);
 
-    // Why the last Save(path) failed, in one line; empty after one that succeeded and before the first.
+    // Why the last Save failed, in one line; empty after one that succeeded and before the first.
     quillet::CString LastSaveError() const;
     // Why the last reading of the file did not bring everything in it, in one line; empty after one that did.
     quillet::CString LastReadError() const;
@@ -220,7 +223,7 @@ private:
     void Clear();
     bool TrySave(const quillet::CString& path);
     bool SaveXml(const quillet::CString& path);
-    void LogFailedSave(const quillet::CString& path, bool hasReason) noexcept;
+    void LogFailedSave(const quillet::CString& path) noexcept;
     void ForgetRows(const quillet::CString& name);
 
     // Names this object as long as it lives.

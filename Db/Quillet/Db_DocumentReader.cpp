@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <utility>
 
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_Log.h"
@@ -112,9 +113,17 @@ void DbDocumentReader::NotePassedOver(const xml::Node& node, const char* parent)
     }
 }
 
+// Values would be saved as they are read, with the names of the entities in the place of their text.
+void DbDocumentReader::NoteEntities(const xml::Document& document) {
+    if (document.HasEntities()) {
+        Omit("Entities that a document type declares are not resolved");
+    }
+}
+
 void DbDocumentReader::ReadDatabase(const CString& path) {
     xml::Document document;
     document.LoadFile(path.ToUtf8());
+    NoteEntities(document);
     try {
         Walk(
             document, [this](const xml::Node& structure) { ReadStructure(structure); },
@@ -125,33 +134,50 @@ void DbDocumentReader::ReadDatabase(const CString& path) {
     }
 }
 
-void DbDocumentReader::ReadUnread(const CString& path, std::size_t described, Unread& unread) {
+void DbDocumentReader::ReadUnread(const CString& path, const ScannedPlaces& scanned, Unread& unread) {
     xml::Document document;
     document.LoadFile(path.ToUtf8());
+    NoteEntities(document);
     std::set<CString> names;
-    std::size_t found = 0;
+    std::size_t described = 0;
+    bool isBody = false;
     try {
         Walk(
             document,
             [&](const xml::Node& structure) {
+                CheckList(structure, scanned);
                 for (xml::Node table = structure.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
                     names.insert(Lowered(NameOf(table)));
-                    ++found;
+                    ++described;
                 }
             },
-            [&](const xml::Node& data) { ReadUnreadData(data, names, unread); });
+            [&](const xml::Node& data) {
+                if (!std::exchange(isBody, true)) {
+                    CheckList(data, scanned);
+                }
+                ReadUnreadData(data, scanned, names, unread);
+            });
     } catch (DbException* exception) {
         exception->Delete();
         LogUnreadable(path, document);
         return;
     }
-    if (found != described) {
+    if (described != scanned.m_described) {
         m_omissions.Note("tables that sequential reading did not reach");
     }
 }
 
+void DbDocumentReader::CheckList(const xml::Node& list, const ScannedPlaces& scanned) {
+    const std::optional<std::uint64_t> place = list.PlaceInText();
+    if (!list.FirstChild().IsNull() && (!place || scanned.m_lists.count(*place) == 0)) {
+        m_omissions.Note("sequential reading took another part of the file for a <" + CString(list.Name()) +
+                         ">");
+    }
+}
+
 // names are those of the structure that stand for rows to come; each is taken once.
-void DbDocumentReader::ReadUnreadData(const xml::Node& data, std::set<CString>& names, Unread& unread) {
+void DbDocumentReader::ReadUnreadData(const xml::Node& data, const ScannedPlaces& scanned,
+                                      std::set<CString>& names, Unread& unread) {
     for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
         const CString name = NameOf(table);
         if (names.erase(Lowered(name)) == 0) {
@@ -162,10 +188,16 @@ void DbDocumentReader::ReadUnreadData(const xml::Node& data, std::set<CString>& 
             return waiting.m_name.CompareNoCase(name) == 0;
         });
         if (found == unread.end()) {
+            const auto place = scanned.m_tables.find(Lowered(name));
+            if (place != scanned.m_tables.end() && place->second != table.PlaceInText()) {
+                m_omissions.Note("sequential reading took the rows of '" + name +
+                                 "' from another part of the file");
+            }
             continue;
         }
         DbTableData& rows = *found->m_data;
         const bool changed = rows.IsChanged();
+        rows.DropXmlSource();
         ReadRows(rows, table, name);
         rows.Sync();
         if (changed) {

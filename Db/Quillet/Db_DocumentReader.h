@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
+#include <map>
 #include <set>
 
 #include "base/CString.h"
@@ -29,6 +31,16 @@ struct UnreadTable {
 };
 using Unread = std::deque<UnreadTable>;
 
+// What sequential reading found in a file, by the places where the elements begin.
+struct ScannedPlaces {
+    // How many tables the structures of header and body describe.
+    std::size_t m_described = 0;
+    // The structures and the list of the header's rows.
+    std::set<std::uint64_t> m_lists;
+    // The body's rows, by the lowered names of the tables.
+    std::map<CString, std::uint64_t> m_tables;
+};
+
 // What is passed over leaves a line in the log and is noted as an omission. Only running out of memory is
 // thrown, and what a member says.
 class DbDocumentReader {
@@ -40,10 +52,10 @@ public:
     // and the tables that were read until the fault.
     void ReadDatabase(const CString& path);
 
-    // Reads the rows of the unread tables from the whole of a file whose header and body were read to
-    // describe so many tables; leaves those for which the file has none. Notes what else of the file nobody
-    // has read. What was read counts as unchanged.
-    void ReadUnread(const CString& path, std::size_t described, Unread& unread);
+    // Reads the rows of the unread tables from the whole of a file that was scanned; leaves those for which
+    // the file has none. Notes what else of the file nobody has read, and where scanning took something else
+    // for a part of the catalog, as what stands in a comment. What was read counts as unchanged.
+    void ReadUnread(const CString& path, const ScannedPlaces& scanned, Unread& unread);
 
     // Registers the tables of a <structure> element's text; returns how many it describes. Text that is none
     // leaves a line in the log.
@@ -75,7 +87,10 @@ private:
     void NotePassedOver(const xml::Node& node, const char* parent);
     std::size_t ReadStructure(const xml::Node& structure);
     void ReadData(const xml::Node& data);
-    void ReadUnreadData(const xml::Node& data, std::set<CString>& names, Unread& unread);
+    void CheckList(const xml::Node& list, const ScannedPlaces& scanned);
+    void ReadUnreadData(const xml::Node& data, const ScannedPlaces& scanned, std::set<CString>& names,
+                        Unread& unread);
+    void NoteEntities(const xml::Document& document);
     void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
     void Omit(const CString& line, const DbTableData* table = nullptr);
     void LogUnreadable(const CString& path, const xml::Document& document);

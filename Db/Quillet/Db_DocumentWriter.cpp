@@ -65,7 +65,12 @@ bool DbDocumentWriter::WriteSection(const xml::Node& document, const xml::Node& 
             saved = false;
         }
         if (!saved) {
-            m_log.Print("Error on table \"%s\" - %s saving", name.ToUtf8().c_str(), section.m_nameInLog);
+            CString line;
+            line.Format("Error on table \"%s\" - %s saving", name.ToUtf8().c_str(), section.m_nameInLog);
+            m_log.Add(line);
+            if (m_firstFailure.IsEmpty()) {
+                m_firstFailure = line;
+            }
             good = false;
         }
         list.AppendChild(table);

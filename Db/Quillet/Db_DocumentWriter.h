@@ -17,6 +17,9 @@ public:
     // failed, with a line in the log for each. Throws xml::DomError when the document refuses.
     bool Write(const xml::Node& document, const xml::Node& parent);
 
+    // The line about the first table that failed.
+    const CString& FirstFailure() const { return m_firstFailure; }
+
 private:
     struct Section;
 
@@ -24,6 +27,7 @@ private:
 
     DbRegistry& m_registry;
     DbLog& m_log;
+    CString m_firstFailure;
 };
 
 }  // namespace quillet

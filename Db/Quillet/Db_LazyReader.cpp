@@ -29,7 +29,7 @@ void DbLazyReader::Reset() {
     m_handedOut.clear();
     m_cut = 0;
     m_passed = 0;
-    m_described.reset();
+    m_scanned.reset();
     m_endIsLogged = false;
     m_identity.reset();
     m_omissions.Clear();
@@ -78,15 +78,17 @@ void DbLazyReader::Read() {
 void DbLazyReader::ReadSequentially() {
     DbDocumentReader reader(m_registry, m_log, m_omissions);
     CString xml;
-    std::size_t described = 0;
+    ScannedPlaces scanned;
     bool good = m_source.ExtractXmlNode(HeaderStructurePath, xml);
     if (good) {
-        described = reader.ReadStructureText(xml);
+        scanned.m_lists.insert(m_source.Place());
+        scanned.m_described = reader.ReadStructureText(xml);
     }
     // A search for rows that are not announced would run to the end of the file, past the body.
     if (m_registry.Count() > 0) {
         good = m_source.ExtractXmlNode(HeaderDataPath, xml);
         if (good) {
+            scanned.m_lists.insert(m_source.Place());
             reader.ReadDataText(xml);
         }
     }
@@ -106,7 +108,9 @@ void DbLazyReader::ReadSequentially() {
         CreatePropertiesTable(m_registry);
     }
     const std::size_t first = m_registry.Count();
-    m_described = described + reader.ReadStructureText(xml);
+    scanned.m_lists.insert(m_source.Place());
+    scanned.m_described += reader.ReadStructureText(xml);
+    m_scanned = std::move(scanned);
     for (std::size_t i = first; i < m_registry.Count(); ++i) {
         m_unread.push_back({m_registry.NameAt(i), m_registry.DataAt(i)});
     }
@@ -147,7 +151,8 @@ DbTableData* DbLazyReader::CutNextTable() {
             continue;
         }
         DbTableData* const data = table->m_data;
-        m_handedOut.insert(data);
+        m_scanned->m_tables.insert_or_assign(Lowered(table->m_name), m_source.Place());
+        m_handedOut.insert_or_assign(data, *table);
         data->SetXmlSource(xml);
         m_unread.erase(table);
         ++m_cut;
@@ -220,7 +225,9 @@ void DbLazyReader::ReadAll() {
 
 void DbLazyReader::ParseRows(const DbTableData& data, const CString& xml) {
     Omissions ofOtherText;
-    const bool isOfFile = m_handedOut.count(&data) > 0;
+    const bool isHandedOut = m_handedOut.count(&data) > 0;
+    const auto takenBack = isHandedOut ? m_unread.end() : FindUnread(&data);
+    const bool isOfFile = isHandedOut || takenBack != m_unread.end();
     try {
         DbDocumentReader(m_registry, m_log, isOfFile ? m_omissions : ofOtherText).ReadTableText(xml);
     } catch (...) {
@@ -228,6 +235,9 @@ void DbLazyReader::ParseRows(const DbTableData& data, const CString& xml) {
         throw;
     }
     m_handedOut.erase(&data);
+    if (takenBack != m_unread.end()) {
+        m_unread.erase(takenBack);
+    }
     m_error.Clear();
 }
 
@@ -242,26 +252,46 @@ void DbLazyReader::Forget(const DbTableData* data) {
 }
 
 CString DbLazyReader::ReadRest(const CString& path) {
-    const bool isAllRead = !m_described && m_handedOut.empty();
-    if ((isAllRead && m_omissions.IsEmpty()) || !IsSourceFile(path)) {
+    const CString missing = FindMissing(path);
+    if (!missing.IsEmpty()) {
+        m_error.Set(missing);
+    }
+    return missing;
+}
+
+CString DbLazyReader::FindMissing(const CString& path) {
+    const bool isAllRead = !m_scanned && m_handedOut.empty();
+    if ((isAllRead && m_omissions.IsEmpty()) || !IsOwnFile(path)) {
         return {};
     }
-    for (std::size_t i = 0; i < m_registry.Count(); ++i) {
-        const bool isText = m_handedOut.count(m_registry.DataAt(i)) > 0;
-        if (isText && !m_registry.DataAt(i)->ParseXmlData() && !m_error.IsOutOfMemory()) {
-            // No rows can be made of the text: saving the table fails, and says which it is.
-            return m_omissions.First();
-        }
+    TakeBackUnparsed();
+    if (!m_omissions.IsEmpty() || !m_scanned) {
+        return IsSourceFile(path) ? m_omissions.First() : CString();
     }
-    if (m_described && m_omissions.IsEmpty()) {
+    if (!m_source.IsAsScanned()) {
         // What others have made of the file since says nothing about what was read from it.
-        if (m_source.IsAsScanned()) {
-            DbDocumentReader(m_registry, m_log, m_omissions).ReadUnread(path, *m_described, m_unread);
-        } else if (!m_unread.empty()) {
-            m_omissions.Note("it was changed before every table was read");
+        return m_unread.empty() ? CString() : "it was changed or moved before every table was read";
+    }
+    Omissions found;
+    DbDocumentReader(m_registry, m_log, found).ReadUnread(path, *m_scanned, m_unread);
+    m_omissions.AppendThoseOfTables(found);
+    const bool isUnparsed = std::any_of(m_unread.begin(), m_unread.end(), [](const UnreadTable& table) {
+        return table.m_data->IsInitialized();
+    });
+    // A table whose text is still no rows can't be saved, which says more.
+    return isUnparsed && !m_error.IsOutOfMemory() ? m_omissions.First() : found.First();
+}
+
+// Tables whose text was cut out of the file and is no rows are unread again.
+void DbLazyReader::TakeBackUnparsed() {
+    for (std::size_t i = 0; i < m_registry.Count(); ++i) {
+        DbTableData* const data = m_registry.DataAt(i);
+        if (m_handedOut.count(data) > 0 && !data->ParseXmlData()) {
+            const auto text = m_handedOut.find(data);
+            m_unread.push_back(text->second);
+            m_handedOut.erase(text);
         }
     }
-    return m_omissions.First();
 }
 
 // A path at which no file is any more leads to nothing that could be lost.
@@ -276,7 +306,7 @@ bool DbLazyReader::IsOwnFile(const CString& path) const {
 }
 
 void DbLazyReader::MarkWritten() noexcept {
-    m_described.reset();
+    m_scanned.reset();
     m_unread.clear();
     m_identity.reset();
     try {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <optional>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "Quillet/Db_DocumentReader.h"
 #include "Quillet/Db_LastError.h"
@@ -64,6 +64,8 @@ public:
 
     // Why the last reading did not bring everything; not set after one that did.
     CString LastReadError() const;
+    // Whether that was for want of memory.
+    bool IsOutOfMemory() const { return m_error.IsOutOfMemory(); }
 
 private:
     void Read();
@@ -73,6 +75,8 @@ private:
     void CheckEnd();
     void LogEnd();
     bool IsSourceFile(const CString& path) const;
+    CString FindMissing(const CString& path);
+    void TakeBackUnparsed();
     Unread::iterator FindUnread(const DbTableData* data);
     bool IsUnread(const DbTableData* data);
     Unread::iterator UnreadOf(const CString& xml);
@@ -86,13 +90,12 @@ private:
     // Of a sequential source: the tables whose rows still stand in the file, in the order of the structure,
     // those whose text was handed out, and how many <table> elements of the body's rows were cut out.
     Unread m_unread;
-    std::unordered_set<const DbTableData*> m_handedOut;
+    std::unordered_map<const DbTableData*, UnreadTable> m_handedOut;
     std::size_t m_cut = 0;
     // How many of those the source has passed since it was last opened.
     std::size_t m_passed = 0;
-    // How many tables the structures of a sequential source describe, while the file as a whole was not
-    // looked at.
-    std::optional<std::size_t> m_described;
+    // Of a sequential source, while the file as a whole was not looked at.
+    std::optional<ScannedPlaces> m_scanned;
     bool m_endIsLogged = false;
     std::optional<platform::FileIdentity> m_identity;
     Omissions m_omissions;

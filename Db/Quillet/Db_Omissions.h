@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,11 @@ public:
                      m_list.end());
     }
     void Clear() { m_list.clear(); }
+    // Takes over what tables lack.
+    void AppendThoseOfTables(const Omissions& other) {
+        std::copy_if(other.m_list.begin(), other.m_list.end(), std::back_inserter(m_list),
+                     [](const auto& omission) { return omission.first != nullptr; });
+    }
 
     bool IsEmpty() const { return m_list.empty(); }
     // The first that was noted; empty where there is none.

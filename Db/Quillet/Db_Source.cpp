@@ -195,6 +195,7 @@ bool DbSource::ExtractXmlNode(const CString& path, CString& text) {
     }
     std::string bytes;
     const bool found = m_scanner->Extract(path, bytes);
+    m_place = m_scanner->Place();
     if (const char* const refusal = m_scanner->Refusal()) {
         text.Empty();
         return Fail(refusal);

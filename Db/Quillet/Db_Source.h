@@ -90,6 +90,8 @@ private:
     // Whether that was the file's fault, and not that of what stands in it.
     bool IsFileBad() const { return m_isFileBad; }
     bool Fail(const quillet::CString& why);
+    // Where the element that was extracted last begins in the file.
+    std::uint64_t Place() const { return m_place; }
 
     // Names the owner as long as it lives.
     std::weak_ptr<DbDatabase*> m_owner;
@@ -100,6 +102,7 @@ private:
     // The file that sequential reading began with, as it was then, and why reading failed.
     std::unique_ptr<quillet::platform::FileStamp> m_stamp;
     quillet::CString m_readFailure;
+    std::uint64_t m_place = 0;
     bool m_isFileBad = false;
     bool m_opened = false;
     std::int32_t m_blockSize;

@@ -137,6 +137,11 @@ void DbTableData::SetXmlSource(const CString& xml) {
     m_initialized = true;
 }
 
+void DbTableData::DropXmlSource() {
+    m_xmlSource.Empty();
+    m_pending = false;
+}
+
 uint64 DbTableData::GetSize() const {
     constexpr uint64 OwnEstimate = 26;
     return DbItem::GetSize() + OwnEstimate;

@@ -14,6 +14,7 @@ class DbTableInfo;
 
 namespace quillet {
 class DbCallUp;
+class DbDocumentReader;
 class QueryBuilder;
 }  // namespace quillet
 
@@ -93,6 +94,7 @@ private:
     friend class DbRows;
     friend class DbTableInfo;
     friend class quillet::DbCallUp;
+    friend class quillet::DbDocumentReader;
     friend class quillet::QueryBuilder;
 
     // Takes back the row at a position, where AddRow put it and nothing was added since.
@@ -108,6 +110,8 @@ private:
     // Those that did stand elsewhere.
     void ConfirmLatestStamp() { m_movesWhenFound = StampMoves(); }
 
+    // Rows are about to come from elsewhere.
+    void DropXmlSource();
     bool LoadRows(IDispatch* element);
     void LogToDatabase(const quillet::CString& line);
     void NoteMisfit();

@@ -47,6 +47,7 @@ XmlScanner::XmlScanner(ReadBytes read, int blockSize)
 }
 
 bool XmlScanner::Refill() {
+    m_before += m_size;
     m_size = m_read(m_block.data(), m_block.size());
     m_next = 0;
     m_nextOpen = 0;
@@ -141,6 +142,8 @@ void XmlScanner::FinishTag(Cut& cut) {
     if (m_path == cut.m_wanted) {
         cut.m_depth = 1;
         cut.m_capturing = true;
+        // The byte after the name is the last one that was looked at.
+        m_place = m_before + m_next - cut.m_tag.size() - 2;
         cut.m_bytes = '<';
         cut.m_bytes += cut.m_tag;
         cut.m_bytes += m_previous;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,6 +28,9 @@ public:
     // there was when the stream ends inside the element. The next call continues behind the element.
     bool Extract(const CString& path, std::string& bytes);
 
+    // Where the '<' of the element that was found last stands in the stream.
+    std::uint64_t Place() const { return m_place; }
+
     // Whether the stream has ended, or was given up; nothing more will be found.
     bool IsEof() const { return m_eof; }
     // Why the stream was given up; null where it was not. Elements nested deeper than xml::MaxDepth, a name
@@ -46,6 +50,9 @@ private:
 
     ReadBytes m_read;
     std::vector<char> m_block;
+    // The bytes of the stream before the block, and the place of the element.
+    std::uint64_t m_before = 0;
+    std::uint64_t m_place = 0;
     // Valid bytes of the block, and the one to be looked at next.
     std::size_t m_size = 0;
     std::size_t m_next = 0;

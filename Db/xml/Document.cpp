@@ -55,6 +55,7 @@ bool Document::LoadFile(const std::string& path) {
         m_tree = std::make_shared<Tree>();
         return false;
     }
+    m_hasEntities = nesting.HasEntities();
     const bool loaded = Load(std::move(*text), nesting.IsLookedAt());
     if (!loaded) {
         // The parser works in place, so the place of a fault is looked up in the file as it was.
@@ -70,6 +71,7 @@ bool Document::LoadText(std::string_view text) {
         m_tree = std::make_shared<Tree>();
         return false;
     }
+    m_hasEntities = nesting.HasEntities();
     const bool loaded = Load(std::string(text), nesting.IsLookedAt());
     if (!loaded) {
         LocateError(text);

@@ -42,6 +42,8 @@ public:
     bool LoadFile(const std::string& path);
     bool LoadText(std::string_view text);
     const ReadError& Error() const { return m_error; }
+    // Whether the text that was read declared entities; references to them stay as they stand.
+    bool HasEntities() const { return m_hasEntities; }
 
     // The node of the document itself: its children are the processing instructions and the root element.
     Node Root() const;
@@ -68,6 +70,7 @@ private:
     std::shared_ptr<Tree> m_tree;
     ReadError m_error;
     std::ptrdiff_t m_errorOffset = 0;
+    bool m_hasEntities = false;
 };
 
 // The value of the first attribute of a text that begins with an element's start tag, as "<x name="a&lt;b">"

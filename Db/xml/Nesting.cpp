@@ -99,7 +99,13 @@ bool Nesting::Pass(std::string_view text, std::size_t& position) {
             if (markup == "<![CDATA[") {
                 return PassMark(text, "]]>", position);
             }
-            return markup.size() == LongestBeginning && PassDocumentType(text, position);
+            if (markup.size() < LongestBeginning || !PassDocumentType(text, position)) {
+                return false;
+            }
+            m_hasEntities =
+                m_hasEntities ||
+                text.substr(m_position, position - m_position).find("<!ENTITY") != std::string_view::npos;
+            return true;
         default:
             return PassStartTag(text, position);
     }

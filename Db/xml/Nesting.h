@@ -26,6 +26,8 @@ public:
     // Refusal, when it goes beyond a limit.
     bool Follow(std::string_view text);
     const std::string& Refusal() const { return m_refusal; }
+    // Whether a document type declared entities, which no document resolves.
+    bool HasEntities() const { return m_hasEntities; }
     // False for text in an encoding that is not looked at.
     bool IsLookedAt() const { return m_isLookedAt; }
 
@@ -44,6 +46,7 @@ private:
     std::size_t m_elements = 0;
     std::string m_refusal;
     bool m_isLookedAt = true;
+    bool m_hasEntities = false;
 };
 
 }  // namespace quillet::xml

@@ -181,6 +181,11 @@ std::size_t Node::CountChildren() const {
     return count;
 }
 
+std::optional<std::uint64_t> Node::PlaceInText() const {
+    const std::ptrdiff_t ofName = pugi::xml_node(m_native.m_node).offset_debug();
+    return ofName < 1 ? std::nullopt : std::optional(static_cast<std::uint64_t>(ofName) - 1);
+}
+
 std::optional<std::string> Node::FirstAttributeValue() const {
     AttributeReader attributes(*this);
     if (!attributes.Next()) {

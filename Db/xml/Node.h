@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -49,6 +50,10 @@ public:
     Node FirstChild() const;
     Node NextSibling() const;
     std::size_t CountChildren() const;
+
+    // Where the '<' of an element stands in the text that its document was read from; none for one that was
+    // made, and in other document object models.
+    std::optional<std::uint64_t> PlaceInText() const;
 
     // The value of the first attribute, whatever it is called.
     std::optional<std::string> FirstAttributeValue() const;

@@ -203,4 +203,20 @@ TEST_F(Check, Check_ElementsThatNoCatalogHas_AreNamed) {
                 HasSubstr(": the row holds elements or text, which no catalog has there\n"));
 }
 
+TEST_F(Check, Check_WhatAFieldHoldsBesideItsAttributes_IsNamed) {
+    const std::string text = Read(std::filesystem::path(CopyExample("materials.xml")).filename().string());
+    const std::size_t end = text.find("/>", text.find("<field"));
+    Write("field.xml", text.substr(0, end) + " unit=\"mm\"><remark /></field>" + text.substr(end + 2));
+    EXPECT_THAT(Findings("field.xml"),
+                HasSubstr("the field holds elements or text, which no catalog has there"));
+    EXPECT_THAT(Findings("field.xml"), HasSubstr("an attribute 'unit' of <field> that no catalog has there"));
+}
+
+TEST_F(Check, Check_Sequentially_TellsWhatASaveWouldRefuse) {
+    WriteChanged("ghost.xml", "</data>\n</body>",
+                 "<table name='Ghost'><row a='1' /></table></data>\n</body>");
+    EXPECT_THAT(Findings("ghost.xml", {"--sequential"}),
+                HasSubstr("Table 'Ghost' has rows but no structure"));
+}
+
 }  // namespace

@@ -81,4 +81,17 @@ TEST_F(Export, Export_OfEveryType_ComesBackWithTypes) {
     EXPECT_EQ(Output({"check", file}), file + ": ok\n");
 }
 
+TEST_F(Export, Export_OverTheCatalogItself_IsRefused) {
+    const std::string file = CopyExample("materials.xml");
+    std::error_code error;
+    std::filesystem::create_hard_link(file, Path("link.csv"), error);
+    if (error) {
+        GTEST_SKIP() << "no links here: " << error.message();
+    }
+    const std::string before = Read("materials.xml");
+    EXPECT_EQ(Failure({"export", file, "Steel", Path("link.csv"), "--replace"}),
+              Path("link.csv") + ": the catalog itself, which is not overwritten");
+    EXPECT_EQ(Read("materials.xml"), before);
+}
+
 }  // namespace

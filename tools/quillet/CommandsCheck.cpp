@@ -50,12 +50,29 @@ bool IsUnknownType(const std::string& type) {
     return field.GetType() == VT_EMPTY && type != "0";
 }
 
+// Of a list of attributes all others are dropped by the next change.
+void CheckAttributes(const xml::Node& element, const std::set<std::string_view>& known, Findings& findings) {
+    xml::AttributeReader attributes(element);
+    while (attributes.Next()) {
+        if (known.count(attributes.Name()) == 0) {
+            findings.push_back({"an attribute " + Quoted(std::string(attributes.Name())) + " of <" +
+                                element.Name() + "> that no catalog has there"});
+        }
+    }
+}
+
 void CheckFieldTypes(const xml::Node& table, Findings& findings) {
     for (xml::Node field = table.FirstChild(); !field.IsNull(); field = field.NextSibling()) {
         const std::string type = Attribute(field, "type");
+        const std::string name = Attribute(field, "name");
+        if (!field.FirstChild().IsNull()) {
+            findings.push_back({"the field holds elements or text, which no catalog has there", 0,
+                                Attribute(table, "name"), 0, name});
+        }
+        CheckAttributes(field, {"name", "key", "type", "required"}, findings);
         if (IsUnknownType(type)) {
             findings.push_back({"there is no type " + Quoted(type) + ", its values are read as text", 0,
-                                Attribute(table, "name"), 0, Attribute(field, "name")});
+                                Attribute(table, "name"), 0, name});
         }
     }
 }
@@ -198,6 +215,9 @@ void CheckCells(const Table& table, Findings& findings) {
 void CheckDatabase(const std::string& path, const Settings& settings, Findings& findings) {
     Catalog catalog(path, settings);
     catalog.ReadAll();
+    if (settings.m_sequential && catalog.IsXml() && !catalog.Database().LoadWhole()) {
+        findings.push_back({catalog.Database().LastReadError().ToUtf8()});
+    }
     for (const std::string& fault : catalog.Faults()) {
         findings.push_back({fault});
     }

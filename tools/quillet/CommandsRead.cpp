@@ -6,6 +6,7 @@
 #include "Failure.h"
 #include "PlainText.h"
 #include "Printing.h"
+#include "platform/File.h"
 
 namespace quillet::tool {
 
@@ -178,6 +179,10 @@ int Export(const Settings& settings, const ExportRequest& request) {
     const std::unique_ptr<Writer> writer = MakeWriter(FormatOfTarget(settings, request.m_target));
     if (request.m_target != "-" && !request.m_replace) {
         RefuseExisting(request.m_target);
+    }
+    const auto target = platform::FileIdentity::Of(request.m_target);
+    if (target && target == platform::FileIdentity::Of(request.m_file)) {
+        throw Failure(request.m_target + ": the catalog itself, which is not overwritten");
     }
     Catalog catalog(request.m_file, settings);
     catalog.ReadStructure();
