@@ -121,8 +121,9 @@ TEST_F(CommandLine, XmlOfAnotherKind_IsNoCatalog) {
     const std::string file = Write("other.xml", "<html />");
     EXPECT_EQ(Failure({"info", file}), file + ": no catalog: its header or its body is not complete");
     EXPECT_EQ(Failure({"--sequential", "info", file}),
-              file + ": no catalog that can be read sequentially: its header or its body is not found; try it "
-                     "without --sequential");
+              file +
+                  ": no catalog that can be read sequentially: its header or its body is not found; try it "
+                  "without --sequential");
 }
 
 TEST_F(CommandLine, Reading_WhateverTheCommand_LeavesTheFileAsItWas) {

@@ -190,8 +190,8 @@ void DeleteRows(Cursor& cursor, Connection& connection, const CString& table) {
     }
 }
 
-// While the library is being loaded nobody catches what flies out, and an exception itself takes memory. Without
-// memory for the text it is made before the first file is opened.
+// While the library is being loaded nobody catches what flies out, and an exception itself takes memory.
+// Without memory for the text it is made before the first file is opened.
 CString FormatAtLoading() {
     constexpr std::size_t MoreThanTheText = 4096;
     void* volatile const room = std::malloc(MoreThanTheText);

@@ -13,8 +13,8 @@ namespace {
 
 constexpr WCHAR Unknown = 0;
 
-// Unknown where there is too little memory to find out. That is asked first: while the library is being loaded
-// there may be none for an exception either.
+// Unknown where there is too little memory to find out. That is asked first: while the library is being
+// loaded there may be none for an exception either.
 WCHAR SeparatorOfTheUser() {
     constexpr std::size_t Enough = std::size_t{4} << 20;
     void* const room = std::malloc(Enough);
