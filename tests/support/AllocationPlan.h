@@ -21,7 +21,7 @@ enum class Failing {
 enum class Callers {
     All,
     // Only calls from this program, the library, and the libraries that report a failure to them. ODBC
-    // drivers and the driver manager, which may end the process when memory is short, get theirs, and so does
+    // drivers and the driver manager, which may end the process out of memory, get theirs, and so does
     // ICU, which opens no locale without.
     Ours,
 };

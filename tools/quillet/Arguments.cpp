@@ -107,7 +107,7 @@ constexpr const char* Examples = R"(Examples:
 'quillet COMMAND --help' tells more about a command. Options may stand before or
 behind the command. Table names match without regard to case.
 
-Exit status: 0 done, 1 failed, 2 the command line makes no sense.)";
+Exit status: 0 done, 1 failed, 2 the command line is wrong.)";
 
 constexpr const char* QueryNotes =
     R"(Examples:

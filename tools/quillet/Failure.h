@@ -12,7 +12,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// The command line itself makes no sense. The program ends with status 2.
+// The command line itself is wrong. The program ends with status 2.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

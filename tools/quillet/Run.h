@@ -7,7 +7,7 @@
 namespace quillet::tool {
 
 // Does what the arguments after the program's name ask for and returns the exit status: 0 done, 1 failed, 2
-// the command line makes no sense. Every failure leaves one line on standard error. Out of memory is such a
+// the command line is wrong. Every failure leaves one line on standard error. Out of memory is such a
 // failure, and its line needs none.
 int RunCommandLine(const std::vector<std::string>& arguments);
 
