@@ -173,7 +173,7 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
         if (writer.Write(quillet::xml::Node(document), quillet::xml::Node(parent))) {
             return true;
         }
-        m_saveError->Set(writer.FirstFailure());
+        m_saveError->Set(writer.LastFailure());
     } catch (const quillet::xml::DomError& error) {
         m_saveError->Set(CString("The document could not be made: " + error.m_message));
         m_log->Add(m_saveError->Text());

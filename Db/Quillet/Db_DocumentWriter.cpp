@@ -68,9 +68,7 @@ bool DbDocumentWriter::WriteSection(const xml::Node& document, const xml::Node& 
             CString line;
             line.Format("Error on table \"%s\" - %s saving", name.ToUtf8().c_str(), section.m_nameInLog);
             m_log.Add(line);
-            if (m_firstFailure.IsEmpty()) {
-                m_firstFailure = line;
-            }
+            m_lastFailure = line;
             good = false;
         }
         list.AppendChild(table);

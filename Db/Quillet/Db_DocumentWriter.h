@@ -17,8 +17,8 @@ public:
     // failed, with a line in the log for each. Throws xml::DomError when the document refuses.
     bool Write(const xml::Node& document, const xml::Node& parent);
 
-    // The line about the first table that failed.
-    const CString& FirstFailure() const { return m_firstFailure; }
+    // The line about the last table that failed.
+    const CString& LastFailure() const { return m_lastFailure; }
 
 private:
     struct Section;
@@ -27,7 +27,7 @@ private:
 
     DbRegistry& m_registry;
     DbLog& m_log;
-    CString m_firstFailure;
+    CString m_lastFailure;
 };
 
 }  // namespace quillet
