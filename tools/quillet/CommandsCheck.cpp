@@ -215,13 +215,13 @@ void CheckCells(const Table& table, Findings& findings) {
 void CheckDatabase(const std::string& path, const Settings& settings, Findings& findings) {
     Catalog catalog(path, settings);
     catalog.ReadAll();
-    if (settings.m_sequential && catalog.IsXml() && !catalog.Database().LoadWhole()) {
-        findings.push_back({catalog.Database().LastReadError().ToUtf8()});
-    }
     for (const std::string& fault : catalog.Faults()) {
         findings.push_back({fault});
     }
     DbDatabase& database = catalog.Database();
+    if (settings.m_sequential && catalog.IsXml() && catalog.Faults().empty() && !database.LoadWhole()) {
+        findings.push_back({database.LastReadError().ToUtf8()});
+    }
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
         const Table table = {database.GetTableName(i).ToUtf8(), database.GetTableDescr(i),
                              database.GetTableData(i)};
