@@ -7,7 +7,10 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <new>
 
+#include "Quillet/Db_Exception.h"
+#include "support/AllocationPlan.h"
 #include "support/Allocations.h"
 
 namespace quillet::test {
@@ -195,6 +198,35 @@ void ReplaceImports(HMODULE importer) {
     }
 }
 
+// Program and library have a C++ run-time each. It makes room for a thread's exceptions when the first is
+// thrown, and for the lock of its reserve when an exception finds no other memory, and ends the process where
+// there is none. So both happen once while there is some: failing names the allocation of the exception.
+void ThrowInTheProgram(std::size_t failing) {
+    const AllocationPlan plan(failing);
+    try {
+        throw std::bad_alloc();
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+void ThrowInTheLibrary(std::size_t failing) {
+    const DbException thrower;
+    const AllocationPlan plan(failing);
+    try {
+        thrower.GetErrorMessage(nullptr, 0, nullptr);
+    } catch (CException* exception) {
+        exception->Delete();
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+void MakeRoomForExceptions() {
+    ThrowInTheProgram(0);
+    ThrowInTheProgram(1);
+    ThrowInTheLibrary(0);
+    ThrowInTheLibrary(2);
+}
+
 }  // namespace
 
 void InterposeAllocations() {
@@ -207,6 +239,7 @@ void InterposeAllocations() {
     if (const HMODULE library = GetModuleHandleW(L"IQuillet.dll")) {
         ReplaceImports(library);
     }
+    MakeRoomForExceptions();
 }
 
 std::uintptr_t ThisThread() noexcept {
