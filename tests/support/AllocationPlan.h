@@ -18,6 +18,15 @@ enum class Failing {
     FromThereOn,
 };
 
+// Whether code that throws can go on with all allocations from some one on failing. On Windows program and
+// library have a C++ run-time each, and the memory that one keeps for exceptions can't be given back by the
+// other.
+#if defined(_WIN32)
+constexpr bool CanFailAllLater = false;
+#else
+constexpr bool CanFailAllLater = true;
+#endif
+
 enum class Callers {
     All,
     // Only calls from this program, the library, and the libraries that report a failure to them. ODBC

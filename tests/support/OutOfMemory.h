@@ -42,6 +42,9 @@ void SweepAttempts(const Run& run) {
     run(0, Failing::Once);
     run(1, Failing::Once);
     for (const Failing which : {Failing::Once, Failing::FromThereOn}) {
+        if (which == Failing::FromThereOn && !CanFailAllLater) {
+            continue;
+        }
         const std::size_t failures = SweepAllocations([&](std::size_t failing) {
             SCOPED_TRACE(std::string("allocation ") + std::to_string(failing) +
                          (which == Failing::Once ? " fails" : " and all later ones fail"));

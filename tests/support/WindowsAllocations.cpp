@@ -224,7 +224,6 @@ void MakeRoomForExceptions() {
     ThrowInTheProgram(0);
     ThrowInTheProgram(1);
     ThrowInTheLibrary(0);
-    ThrowInTheLibrary(2);
 }
 
 }  // namespace
