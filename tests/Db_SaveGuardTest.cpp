@@ -74,7 +74,12 @@ TEST_P(SaveGuardReading, Save_FileThatSomebodyReplacedOrRemoved_IsFalse) {
     const auto database = OpenGuarded();
     Change(*database, "mine");
     WriteBytes(m_folder / "theirs.xml", SmallCatalog());
-    std::filesystem::rename(m_folder / "theirs.xml", m_folder / "small.xml");
+    std::error_code error;
+    std::filesystem::rename(m_folder / "theirs.xml", m_folder / "small.xml", error);
+    if (error) {
+        database->Sync();
+        GTEST_SKIP() << "a file that is being read can't be replaced here";
+    }
     EXPECT_FALSE(database->Save(database->GetName()));
     EXPECT_FALSE(database->Save(CString(Utf8(m_folder.Path()) + "/./small.xml"))) << "by another path too";
     EXPECT_EQ(Bytes(), SmallCatalog());

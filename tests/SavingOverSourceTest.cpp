@@ -355,6 +355,9 @@ TEST_P(SavingOverSource, EntitiesOfADocumentType_AreKept) {
 }
 
 TEST_F(SavingOverSource, AFaultThatGoesAway_DoesNotRefuseTheNextSave) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "the time of a change can't be put back";
+#endif
     const std::string xml =
         WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n");
     WriteBytes(File(), xml);

@@ -1,4 +1,5 @@
 // The model saved into and loaded from documents that a host made with the system's XML parser.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -227,7 +228,8 @@ TEST_F(WindowsXmlTable, RowSave_WhatXmlCannotCarry_IsRefusedAndNothingAppended) 
          {"1st", "a+b", "50%", "a,b", "a;b", "a=b", "\"", "'", "&", "#", "[n]", "\u00B7", "flag"}) {
         Descr()[5].SetName(name);
         EXPECT_FALSE(row.Save(m_document.Automation(), m_element.Get())) << name;
-        EXPECT_EQ(LinesOf(m_database).size(), 1U) << name;
+        EXPECT_THAT(LinesOf(m_database), testing::Contains(testing::StartsWith("Error on DbTableRow::Save(")))
+            << name;
     }
     EXPECT_EQ(Outline(m_element.Get()), "1 t\n");
 }

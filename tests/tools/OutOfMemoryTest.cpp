@@ -34,6 +34,9 @@ struct Outcome {
 class OutOfMemory : public testing::Test {
 protected:
     void SetUp() override {
+#if defined(_WIN32)
+        GTEST_SKIP() << "program and library can't share the memory that each keeps for exceptions";
+#endif
         test::WriteBytes(m_folder / "in.csv", "name,h [mm]\nIPE 80,80\nIPE 100,100\n");
         ASSERT_EQ(Run({"new", Path("small.xml"), "--header", "title=Small"}).m_status, 0);
         ASSERT_EQ(Run({"import", Path("small.xml"), "IPE", Path("in.csv")}).m_status, 0);
@@ -41,8 +44,12 @@ protected:
         m_names = m_folder.Names();
     }
 
-    std::string Path(const char* name) const { return test::Utf8(m_folder / name); }
-    std::string Catalog() const { return test::ReadBytes(m_folder / "small.xml"); }
+    std::string Path(const char* name) const {
+        return test::Utf8(m_folder / name);
+    }
+    std::string Catalog() const {
+        return test::ReadBytes(m_folder / "small.xml");
+    }
 
     // Runs a command in this process. Nothing fails without a number.
     Outcome Run(const std::vector<std::string>& arguments, std::size_t failing = 0) const {
