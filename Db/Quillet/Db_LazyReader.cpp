@@ -252,7 +252,7 @@ void DbLazyReader::Forget(const DbTableData* data) {
 }
 
 CString DbLazyReader::ReadRest(const CString& path) {
-    const CString missing = FindMissing(path);
+    CString missing = FindMissing(path);
     if (!missing.IsEmpty()) {
         m_error.Set(missing);
     }
