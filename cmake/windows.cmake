@@ -1,14 +1,9 @@
-# Toolchain: 64-bit Windows programs by mingw-w64, with its POSIX threads and the run-time libraries linked in, run by
-# Wine where they have to run here.
+# Toolchain: 64-bit Windows programs by mingw-w64, with its POSIX threads, run by Wine where they have to run here.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
-
-foreach(kind EXE SHARED MODULE)
-  set(CMAKE_${kind}_LINKER_FLAGS_INIT -static)
-endforeach()
 
 # What scripts/windows-packages.sh has put there.
 set(QUILLET_WINDOWS_PACKAGES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-packages CACHE PATH

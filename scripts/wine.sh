@@ -46,4 +46,18 @@ for candidate in wineserver64 /usr/lib/wine/wineserver64 wineserver; do
     fi
 done
 exec 9>&-
-exec "$wine" "$@"
+
+# A program that dies can leave status 0. One of GoogleTest makes the file of this name when it begins and removes it at
+# its end.
+unfinished=${TEST_PREMATURE_EXIT_FILE:-}
+if [ -z "$unfinished" ]; then
+    exec "$wine" "$@"
+fi
+rm -f "$unfinished"
+status=0
+"$wine" "$@" || status=$?
+if [ "$status" -eq 0 ] && [ -e "$unfinished" ]; then
+    echo "wine.sh: the program died" >&2
+    status=1
+fi
+exit "$status"

@@ -157,9 +157,6 @@ INSTANTIATE_TEST_SUITE_P(
         TableStep{"ClearTable", [](Subject& subject) { subject.Database().ClearTable("steel"); }}));
 
 TEST(RowsOutOfMemory, DeletingARow_TakesNone) {
-    if (!quillet::test::CanFailAllLater) {
-        GTEST_SKIP() << "not all allocations can fail here";
-    }
     Subject subject;
     quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
     subject.Data().DeleteRow(1);
@@ -221,9 +218,6 @@ TEST(ItemOutOfMemory, AnAssignedItem_HasTheChildrenOfBeforeOrOfTheOther) {
 
 // A database goes without asking for memory.
 TEST(DatabaseOutOfMemory, GoesWithoutMemory) {
-    if (!quillet::test::CanFailAllLater) {
-        GTEST_SKIP() << "not all allocations can fail here";
-    }
     auto subject = std::make_unique<Subject>();
     quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
     subject.reset();

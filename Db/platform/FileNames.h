@@ -21,10 +21,12 @@ constexpr std::uint64_t Digest(std::string_view bytes, std::uint64_t before = No
     return before;
 }
 
+constexpr const char* NamesBesideBegin = ".quillet-";
+
 // How all names beside a target begin, whose own name has no folder in it.
 inline std::string NamesBeside(std::string_view target) {
     std::array<char, 32> name;
-    std::snprintf(name.data(), name.size(), ".quillet-%016llx",
+    std::snprintf(name.data(), name.size(), "%s%016llx", NamesBesideBegin,
                   static_cast<unsigned long long>(Digest(target)));
     return name.data();
 }
@@ -40,10 +42,17 @@ inline std::string NewNameBeside(std::string_view target, unsigned long process,
 }
 
 constexpr const char* TemporaryEnding = ".tmp";
+// Of an old file that makes room for the new one.
+constexpr const char* AsideEnding = ".old";
 
 // Whether a file of this name is the beginning of a new target.
 inline bool IsTemporaryBeside(std::string_view name, std::string_view target) {
     return name.starts_with(NamesBeside(target) + "-") && name.ends_with(TemporaryEnding);
+}
+
+// Whether a file of this name is an old one that makes room for a new one.
+inline bool IsAside(std::string_view name) {
+    return name.starts_with(NamesBesideBegin) && name.ends_with(AsideEnding);
 }
 
 }  // namespace quillet::platform

@@ -186,12 +186,15 @@ TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
             }
         }
     });
+    const std::string announcement = "; the old file is ";
+    std::size_t place = std::string::npos;
     std::string why;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!taken && std::chrono::steady_clock::now() < end) {
+    while (place == std::string::npos && std::chrono::steady_clock::now() < end) {
         WriteBytes(m_folder / "text", "old");
         const auto reader = ReadableFile::Open(At("text"));
         why = Replace(At("text"), "new");
+        place = why.find(announcement);
     }
     ends = true;
     other.join();
@@ -199,14 +202,29 @@ TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
         GTEST_SKIP() << "the file system replaces files that are open";
     }
     ASSERT_TRUE(taken);
-    const std::string announcement = "; the old file is ";
-    const std::size_t place = why.find(announcement);
     ASSERT_NE(place, std::string::npos) << why;
     const std::string aside = why.substr(place + announcement.size());
     EXPECT_EQ(ReadWholeFile(aside), "old") << aside;
     EXPECT_EQ(fs::path(aside).root_name(), m_folder.Path().root_name()) << aside;
     EXPECT_EQ(ReadWholeFile(At("text")), "");
     EXPECT_EQ(m_folder.Names().size(), 2U);
+}
+
+// In between the two steps the target is not there. Whoever opens it then gets it a moment later.
+TEST_F(WindowsFile, Open_TargetThatIsReplacedInTwoSteps_IsThereAgain) {
+    for (const bool comesBack : {true, false}) {
+        fs::rename(m_folder / "text", m_folder / ".quillet-0123456789abcdef-1-0-1.old");
+        std::thread writer([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            if (comesBack) {
+                WriteBytes(m_folder / "other", "new");
+                fs::rename(m_folder / "other", m_folder / "text");
+            }
+        });
+        EXPECT_EQ(FileIdentity::Of(At("text")).has_value(), comesBack);
+        EXPECT_EQ(ReadWholeFile(At("text")).value_or("none"), comesBack ? "new" : "none");
+        writer.join();
+    }
 }
 
 TEST_F(WindowsFile, Atomic_TargetThatMayNotBeWritten_IsRefusedAtOnce) {

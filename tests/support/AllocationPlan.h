@@ -2,9 +2,9 @@
 //
 // On POSIX this program's own malloc, calloc, realloc and their aligned relatives stand in front of the
 // system's, so every allocation of the process passes here, those of operator new and of other libraries
-// included. On Windows, where program and library each have their run-time linked in, the import tables of
-// both are changed: allocations of the C library and those of the automation library that hand out memory
-// pass here, what system libraries do among themselves does not.
+// included. On Windows the import tables of the program, the library and the C++ run-time that both share are
+// changed: allocations of the C library and those of the automation library that hand out memory pass here,
+// what system libraries do among themselves does not.
 #pragma once
 
 #include <cstddef>
@@ -17,15 +17,6 @@ enum class Failing {
     // That one and all later ones.
     FromThereOn,
 };
-
-// Whether code that throws can go on with all allocations from some one on failing. On Windows program and
-// library have a C++ run-time each, and the memory that one keeps for exceptions can't be given back by the
-// other.
-#if defined(_WIN32)
-constexpr bool CanFailAllLater = false;
-#else
-constexpr bool CanFailAllLater = true;
-#endif
 
 enum class Callers {
     All,
@@ -62,7 +53,7 @@ public:
 };
 
 // How many blocks the process holds at the moment. Only differences mean something. On Windows these are the
-// blocks of program and library from the C library, without those of the automation library.
+// blocks of program, library and C++ run-time from the C library, without those of the automation library.
 std::ptrdiff_t LiveBlocks();
 
 // The number after this one in a sweep over all numbers. Under Windows, where a run takes longer, a sweep

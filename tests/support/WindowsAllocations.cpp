@@ -1,5 +1,5 @@
-// Changes the import tables of the program and of IQuillet.dll, so that their calls into the C library and
-// the automation library come here first.
+// Changes the import tables of the program, of IQuillet.dll and of the C++ run-time, so that their calls into
+// the C library and the automation library come here first.
 #include <windows.h>
 
 #include <oleauto.h>
@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <new>
 
-#include "Quillet/Db_Exception.h"
 #include "support/AllocationPlan.h"
 #include "support/Allocations.h"
 
@@ -34,7 +33,7 @@ decltype(&::VariantChangeTypeEx) s_VariantChangeTypeEx;
 decltype(&::VarBstrFromR4) s_VarBstrFromR4;
 decltype(&::VarBstrFromR8) s_VarBstrFromR8;
 
-// Both modules are ours.
+// All three modules are ours.
 bool MayAllocateHere() noexcept {
     return MayAllocate(nullptr);
 }
@@ -198,32 +197,15 @@ void ReplaceImports(HMODULE importer) {
     }
 }
 
-// Program and library have a C++ run-time each. It makes room for a thread's exceptions when the first is
-// thrown, and for the lock of its reserve when an exception finds no other memory, and ends the process where
-// there is none. So both happen once while there is some: failing names the allocation of the exception.
-void ThrowInTheProgram(std::size_t failing) {
+// The run-time makes room for a thread's exceptions when the first is thrown, and for the lock of its reserve
+// when an exception finds no other memory, and ends the process where there is none. So both happen once
+// while there is some: failing names the allocation of the exception.
+void Throw(std::size_t failing) {
     const AllocationPlan plan(failing);
     try {
         throw std::bad_alloc();
     } catch (const std::bad_alloc&) {
     }
-}
-
-void ThrowInTheLibrary(std::size_t failing) {
-    const DbException thrower;
-    const AllocationPlan plan(failing);
-    try {
-        thrower.GetErrorMessage(nullptr, 0, nullptr);
-    } catch (CException* exception) {
-        exception->Delete();
-    } catch (const std::bad_alloc&) {
-    }
-}
-
-void MakeRoomForExceptions() {
-    ThrowInTheProgram(0);
-    ThrowInTheProgram(1);
-    ThrowInTheLibrary(0);
 }
 
 }  // namespace
@@ -234,11 +216,14 @@ void InterposeAllocations() {
         return;
     }
     s_isDone = true;
-    ReplaceImports(GetModuleHandleW(nullptr));
-    if (const HMODULE library = GetModuleHandleW(L"IQuillet.dll")) {
-        ReplaceImports(library);
+    for (const wchar_t* const name :
+         {static_cast<const wchar_t*>(nullptr), L"IQuillet.dll", L"libstdc++-6.dll"}) {
+        if (const HMODULE module = GetModuleHandleW(name)) {
+            ReplaceImports(module);
+        }
     }
-    MakeRoomForExceptions();
+    Throw(0);
+    Throw(1);
 }
 
 std::uintptr_t ThisThread() noexcept {

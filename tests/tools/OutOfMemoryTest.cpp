@@ -34,9 +34,6 @@ struct Outcome {
 class OutOfMemory : public testing::Test {
 protected:
     void SetUp() override {
-#if defined(_WIN32)
-        GTEST_SKIP() << "program and library can't share the memory that each keeps for exceptions";
-#endif
         test::WriteBytes(m_folder / "in.csv", "name,h [mm]\nIPE 80,80\nIPE 100,100\n");
         ASSERT_EQ(Run({"new", Path("small.xml"), "--header", "title=Small"}).m_status, 0);
         ASSERT_EQ(Run({"import", Path("small.xml"), "IPE", Path("in.csv")}).m_status, 0);

@@ -295,6 +295,11 @@ void Catalog::RefuseUnreadable() {
                       error.m_message);
     }
     if (std::find(m_faults.begin(), m_faults.end(), IncompleteCatalog) != m_faults.end()) {
+        // What could not be read then may be in order by now.
+        const CString why = m_database->LastReadError();
+        if (!why.IsEmpty() && !IsInvalidFormat(why.ToUtf8())) {
+            throw Failed(why.ToUtf8());
+        }
         throw Failed(m_database->GetSource()->IsSequentialAccess() ? IncompleteSequentially
                                                                    : IncompleteCatalog);
     }

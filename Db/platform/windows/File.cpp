@@ -155,7 +155,8 @@ DWORD OpenTarget(const std::string& path, Target& target) {
     }
     target.m_attributes = information.dwFileAttributes;
     WideString final = FinalPath(target.m_file);
-    if (!final.empty()) {
+    // Somebody who replaces it may have put it aside just now.
+    if (!final.empty() && !IsAside(NameOf(final))) {
         target.m_path = std::move(final);
     } else if (IsLink(AttributesOf(target.m_path))) {
         // A file system that can't tell final paths does no harm otherwise.
@@ -256,9 +257,10 @@ public:
         error = ERROR_FILE_EXISTS;
         for (int attempt = 0; attempt < MostAttempts && error == ERROR_FILE_EXISTS; ++attempt) {
             WideString name = NewPathBeside(m_target, TemporaryEnding);
-            m_file = Handle(CreateFileW(
-                name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                accessList.empty() ? nullptr : &security, CREATE_NEW, target.m_attributes & Kept, nullptr));
+            // For a moment it is open under the target's name, where nobody is to be turned away.
+            m_file = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, ShareEverything,
+                                        accessList.empty() ? nullptr : &security, CREATE_NEW,
+                                        target.m_attributes & Kept, nullptr));
             if (m_file.IsOpen()) {
                 m_temporary = std::move(name);
                 return true;
@@ -369,7 +371,7 @@ private:
     // An open file lets itself be renamed where it can't be replaced. Why it can't be is given. The old file
     // has an ending that nobody clears: if the process ends here, it is the only whole one.
     DWORD ReplaceOpenTarget(DWORD error) {
-        const WideString aside = NewPathBeside(m_target, ".old");
+        const WideString aside = NewPathBeside(m_target, AsideEnding);
         if (MoveFileExW(m_target.c_str(), aside.c_str(), 0) == 0) {
             // The words for this one tell that somebody has the target open.
             return GetLastError() == ERROR_SHARING_VIOLATION ? ERROR_SHARING_VIOLATION : error;

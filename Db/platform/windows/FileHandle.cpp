@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "platform/FileNames.h"
+
 namespace quillet::platform {
 namespace {
 
@@ -33,6 +35,14 @@ WideString WithoutLimit(const WideString& full) {
 
 std::size_t NameStart(const WideString& path) {
     return path.find_last_of(OLESTR("\\/")) + 1;
+}
+
+// Whether somebody has a file of this folder aside, to put a new one in its place.
+bool IsReplacing(const WideString& folder) {
+    WIN32_FIND_DATAW found;
+    const HANDLE list =
+        FindFirstFileW(PathBeside(folder, std::string(NamesBesideBegin) + "*" + AsideEnding).c_str(), &found);
+    return list != INVALID_HANDLE_VALUE && FindClose(list) != 0;
 }
 
 }  // namespace
@@ -113,7 +123,21 @@ DWORD ToSystemPath(const std::string& path, WideString& wide) {
 }
 
 Handle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
-    return Handle(CreateFileW(path.c_str(), access, ShareEverything, nullptr, OPEN_EXISTING, flags, nullptr));
+    constexpr int MostAttempts = 100;
+    constexpr DWORD MillisecondsBetween = 5;
+    bool isLast = false;
+    for (int attempt = 1;; ++attempt) {
+        Handle file(
+            CreateFileW(path.c_str(), access, ShareEverything, nullptr, OPEN_EXISTING, flags, nullptr));
+        const DWORD error = file.IsOpen() ? ERROR_SUCCESS : GetLastError();
+        if (error != ERROR_FILE_NOT_FOUND || isLast) {
+            SetLastError(error);
+            return file;
+        }
+        // Nothing aside can mean that all is done by now.
+        isLast = attempt == MostAttempts || !IsReplacing(FolderOf(path));
+        Sleep(isLast ? 0 : MillisecondsBetween);
+    }
 }
 
 WideString FinalPath(const Handle& file) {

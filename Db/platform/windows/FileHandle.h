@@ -54,6 +54,8 @@ WideString PathBeside(const WideString& path, const std::string& name);
 // The path as a person writes it.
 std::string ForReading(const WideString& path);
 
+// GetLastError tells why the file is not open. One that is replaced in two steps is there again in a moment:
+// that is waited for, half a second at most.
 Handle OpenExisting(const WideString& path, DWORD access, DWORD flags);
 
 // Where the file stands once every link is followed; empty where the file system can't tell.
