@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "platform/File.h"
 #include "platform/TemporaryFolder.h"
 #include "xml/Document.h"
@@ -72,10 +74,38 @@ TEST(NestingTest, MoreElementsThanTheLimit_AreRefused) {
     EXPECT_EQ(nesting.Refusal(), "There are more than 10 elements");
 }
 
-TEST(NestingTest, TextOfWideUnits_IsNotLookedAt) {
-    Nesting nesting;
-    EXPECT_TRUE(nesting.Follow(Repeated(std::string("<\0a\0>\0", 6), MaxDepth + 1)));
-    EXPECT_FALSE(nesting.IsLookedAt());
+// The text with so many bytes a character, all zero but that at the place, behind the mark.
+std::string Widened(const std::string& text, std::size_t size, std::size_t place, const std::string& mark) {
+    std::string wide = mark;
+    for (const char unit : text) {
+        std::string bytes(size, '\0');
+        bytes[place] = unit;
+        wide += bytes;
+    }
+    return wide;
+}
+
+TEST(NestingTest, TextOfWideUnits_IsFollowedLikeOthers) {
+    const std::string sound = "<r>" + Repeated("<a x=\"/>\" />", 100) + Repeated("<b>", MaxDepth - 1);
+    for (const auto& [size, place, mark] :
+         {std::tuple(2U, 0U, std::string("\xFF\xFE")), std::tuple(2U, 1U, std::string("\xFE\xFF")),
+          std::tuple(4U, 0U, std::string("\xFF\xFE\0\0", 4)),
+          std::tuple(4U, 3U, std::string("\0\0\xFE\xFF", 4))}) {
+        for (const std::string& start : {mark, std::string()}) {
+            SCOPED_TRACE(std::to_string(size) + (place == 0 ? " little" : " big"));
+            EXPECT_TRUE(IsTaken(Widened(sound, size, place, start)));
+            EXPECT_FALSE(IsTaken(Widened(sound + "<c>", size, place, start)));
+        }
+    }
+}
+
+TEST(NestingTest, CharactersOfWideUnitsThatShareAByteWithMarkup_AreNone) {
+    std::string text = Widened("<a>", 2, 0, "\xFF\xFE");
+    text += Repeated("<\x04", 2 * MaxDepth);
+    text += Widened("</a>", 2, 0, "");
+    EXPECT_TRUE(IsTaken(text));
+    Document document;
+    EXPECT_TRUE(document.LoadText(text));
 }
 
 TEST(NestingTest, LoadFile_OfNestedElements_DoesNotReadToTheEnd) {

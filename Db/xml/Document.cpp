@@ -10,31 +10,8 @@ namespace quillet::xml {
 
 namespace {
 
-// Places of a fault that are no offsets.
-constexpr std::ptrdiff_t NoPlace = -1;
-constexpr std::ptrdiff_t FindMalformed = -2;
-
-bool IsTooDeep(pugi::xml_node root) {
-    int depth = 0;
-    pugi::xml_node node = root;
-    for (;;) {
-        if (const pugi::xml_node child = node.first_child()) {
-            node = child;
-            if (++depth > MaxDepth && node.type() == pugi::node_element) {
-                return true;
-            }
-            continue;
-        }
-        while (node != root && !node.next_sibling()) {
-            node = node.parent();
-            --depth;
-        }
-        if (node == root) {
-            return false;
-        }
-        node = node.next_sibling();
-    }
-}
+// The place of a fault that is no offset.
+constexpr std::ptrdiff_t FindMalformed = -1;
 
 }  // namespace
 
@@ -56,7 +33,7 @@ bool Document::LoadFile(const std::string& path) {
         return false;
     }
     m_hasEntities = nesting.HasEntities();
-    const bool loaded = Load(std::move(*text), nesting.IsLookedAt());
+    const bool loaded = Load(std::move(*text));
     if (!loaded) {
         // The parser works in place, so the place of a fault is looked up in the file as it was.
         LocateError(platform::ReadWholeFile(path).value_or(std::string()));
@@ -72,14 +49,14 @@ bool Document::LoadText(std::string_view text) {
         return false;
     }
     m_hasEntities = nesting.HasEntities();
-    const bool loaded = Load(std::string(text), nesting.IsLookedAt());
+    const bool loaded = Load(std::string(text));
     if (!loaded) {
         LocateError(text);
     }
     return loaded;
 }
 
-bool Document::Load(std::string text, bool isNestingKnown) {
+bool Document::Load(std::string text) {
     m_error = {};
     // Empty until the text is known to be a document.
     m_tree = std::make_shared<Tree>();
@@ -92,9 +69,6 @@ bool Document::Load(std::string text, bool isNestingKnown) {
     } else if (!isUtf8 && result.encoding == pugi::encoding_utf8) {
         m_error.m_message = "Invalid UTF-8";
         m_errorOffset = FindMalformed;
-    } else if (!isNestingKnown && IsTooDeep(tree->Root())) {
-        m_error.m_message = "Elements are nested deeper than " + std::to_string(MaxDepth);
-        m_errorOffset = NoPlace;
     } else {
         m_tree = tree;
         return true;
@@ -103,9 +77,6 @@ bool Document::Load(std::string text, bool isNestingKnown) {
 }
 
 void Document::LocateError(std::string_view text) {
-    if (m_errorOffset == NoPlace) {
-        return;
-    }
     const std::size_t offset =
         m_errorOffset == FindMalformed ? ValidUtf8Length(text) : static_cast<std::size_t>(m_errorOffset);
     const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));

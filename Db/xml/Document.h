@@ -64,7 +64,7 @@ public:
     std::string SaveText() const;
 
 private:
-    bool Load(std::string text, bool isNestingKnown);
+    bool Load(std::string text);
     void LocateError(std::string_view text);
 
     std::shared_ptr<Tree> m_tree;

@@ -34,19 +34,55 @@ bool PassDocumentType(std::string_view text, std::size_t& position) {
     return false;
 }
 
-bool HasWideUnits(std::string_view text) {
-    const std::string_view start = text.substr(0, 4);
-    return start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF") ||
-           start.find('\0') != std::string_view::npos;
-}
-
 }  // namespace
 
-bool Nesting::Follow(std::string_view text) {
-    if (HasWideUnits(text)) {
-        m_isLookedAt = false;
-        return true;
+// By the mark at the beginning, or by the first character, which is that of markup.
+Nesting::Units Nesting::UnitsOf(std::string_view text) {
+    using namespace std::string_view_literals;
+    for (const std::string_view start : {"\xFF\xFE\0\0"sv, "<\0\0\0"sv}) {
+        if (text.starts_with(start)) {
+            return {4, 0};
+        }
     }
+    for (const std::string_view start : {"\0\0\xFE\xFF"sv, "\0\0\0<"sv}) {
+        if (text.starts_with(start)) {
+            return {4, 3};
+        }
+    }
+    for (const std::string_view start : {"\xFF\xFE"sv, "<\0"sv}) {
+        if (text.starts_with(start)) {
+            return {2, 0};
+        }
+    }
+    for (const std::string_view start : {"\xFE\xFF"sv, "\0<"sv}) {
+        if (text.starts_with(start)) {
+            return {2, 1};
+        }
+    }
+    return {};
+}
+
+bool Nesting::Follow(std::string_view text) {
+    constexpr std::size_t LongestStart = 4;
+    if (m_narrowed == 0 && m_position == 0) {
+        if (text.size() < LongestStart) {
+            return true;
+        }
+        m_units = UnitsOf(text);
+    }
+    if (m_units.m_size == 1) {
+        return FollowNarrow(text);
+    }
+    for (; m_narrowed + m_units.m_size <= text.size(); m_narrowed += m_units.m_size) {
+        const std::string_view unit = text.substr(m_narrowed, m_units.m_size);
+        const bool isNarrow =
+            std::count(unit.begin(), unit.end(), '\0') + 1 == static_cast<std::ptrdiff_t>(m_units.m_size);
+        m_narrow += isNarrow ? unit[m_units.m_place] : 'x';
+    }
+    return FollowNarrow(m_narrow);
+}
+
+bool Nesting::FollowNarrow(std::string_view text) {
     while (m_refusal.empty()) {
         m_position = std::min(text.find('<', m_position), text.size());
         std::size_t position = m_position;

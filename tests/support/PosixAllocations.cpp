@@ -169,11 +169,19 @@ void* New(std::size_t size, std::align_val_t alignment, const void* caller) noex
                                : nullptr;
 }
 
-void* OrThrow(void* block) {
-    if (block == nullptr) {
-        throw std::bad_alloc();
+// As the C++ run-time's own does, with the program's handler.
+template <typename... Arguments>
+void* NewOrThrow(Arguments... arguments) {
+    for (;;) {
+        if (void* const block = New(arguments...)) {
+            return block;
+        }
+        const std::new_handler handler = std::get_new_handler();
+        if (handler == nullptr) {
+            throw std::bad_alloc();
+        }
+        handler();
     }
-    return block;
 }
 
 }  // namespace
@@ -181,10 +189,10 @@ void* OrThrow(void* block) {
 #define CALLER __builtin_return_address(0)
 
 FOR_EVERYBODY void* operator new(std::size_t size) {
-    return OrThrow(New(size, CALLER));
+    return NewOrThrow(size, CALLER);
 }
 FOR_EVERYBODY void* operator new[](std::size_t size) {
-    return OrThrow(New(size, CALLER));
+    return NewOrThrow(size, CALLER);
 }
 FOR_EVERYBODY void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return New(size, CALLER);
@@ -193,10 +201,10 @@ FOR_EVERYBODY void* operator new[](std::size_t size, const std::nothrow_t&) noex
     return New(size, CALLER);
 }
 FOR_EVERYBODY void* operator new(std::size_t size, std::align_val_t alignment) {
-    return OrThrow(New(size, alignment, CALLER));
+    return NewOrThrow(size, alignment, CALLER);
 }
 FOR_EVERYBODY void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return OrThrow(New(size, alignment, CALLER));
+    return NewOrThrow(size, alignment, CALLER);
 }
 FOR_EVERYBODY void operator delete(void* block) noexcept {
     free(block);

@@ -203,6 +203,17 @@ TEST_F(Check, Check_ElementsThatNoCatalogHas_AreNamed) {
                 HasSubstr(": the row holds elements or text, which no catalog has there\n"));
 }
 
+TEST_F(Check, Check_AttributesThatNoCatalogHas_AreNamed) {
+    WriteChanged("more.xml", "<database>", "<database owner=\"me\">");
+    EXPECT_THAT(Findings("more.xml"), HasSubstr(": an attribute 'owner' of <database> that no catalog has"));
+    WriteChanged("more.xml", "<body>", "<body owner=\"me\">");
+    EXPECT_THAT(Findings("more.xml"),
+                HasSubstr(": an attribute 'owner' of <body> that no catalog has there\n"));
+    WriteChanged("more.xml", "<table name=\"Steel\">", "<table name=\"Steel\" color=\"red\">");
+    EXPECT_THAT(Findings("more.xml"),
+                HasSubstr(": an attribute 'color' of <table> that no catalog has there\n"));
+}
+
 TEST_F(Check, Check_WhatAFieldHoldsBesideItsAttributes_IsNamed) {
     const std::string text = Read(std::filesystem::path(CopyExample("materials.xml")).filename().string());
     const std::size_t end = text.find("/>", text.find("<field"));

@@ -41,12 +41,8 @@ protected:
         m_names = m_folder.Names();
     }
 
-    std::string Path(const char* name) const {
-        return test::Utf8(m_folder / name);
-    }
-    std::string Catalog() const {
-        return test::ReadBytes(m_folder / "small.xml");
-    }
+    std::string Path(const char* name) const { return test::Utf8(m_folder / name); }
+    std::string Catalog() const { return test::ReadBytes(m_folder / "small.xml"); }
 
     // Runs a command in this process. Nothing fails without a number.
     Outcome Run(const std::vector<std::string>& arguments, std::size_t failing = 0) const {

@@ -61,6 +61,14 @@ void CheckAttributes(const xml::Node& element, const std::set<std::string_view>&
     }
 }
 
+// A table has its name, in the first attribute.
+void CheckTableAttributes(const xml::Node& table, Findings& findings) {
+    xml::AttributeReader attributes(table);
+    if (attributes.Next()) {
+        CheckAttributes(table, {attributes.Name()}, findings);
+    }
+}
+
 void CheckFieldTypes(const xml::Node& table, Findings& findings) {
     for (xml::Node field = table.FirstChild(); !field.IsNull(); field = field.NextSibling()) {
         const std::string type = Attribute(field, "type");
@@ -82,6 +90,7 @@ std::set<CString> CheckTables(const xml::Node& structure, Findings& findings) {
     std::set<CString> names;
     for (xml::Node table = structure.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
         names.insert(Lowered(table.FirstAttributeValue().value_or("")));
+        CheckTableAttributes(table, findings);
         CheckFieldTypes(table, findings);
     }
     return names;
@@ -111,6 +120,7 @@ void CheckSurplus(const xml::Node& parent, const Settings& settings, Findings& f
 // A row holds nothing but attributes.
 void CheckRows(const xml::Node& data, Findings& findings) {
     for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+        CheckTableAttributes(table, findings);
         std::size_t number = 0;
         for (xml::Node row = table.FirstChild(); !row.IsNull(); row = row.NextSibling()) {
             ++number;
@@ -125,6 +135,9 @@ void CheckRows(const xml::Node& data, Findings& findings) {
 // One of the two halves of a catalog, whose tables are returned in lower case.
 std::set<CString> CheckHalf(const xml::Node& half, const Settings& settings, Findings& findings) {
     const xml::Node structure = half.FirstChild();
+    for (const xml::Node& element : {half, structure, structure.NextSibling()}) {
+        CheckAttributes(element, {}, findings);
+    }
     CheckRows(structure.NextSibling(), findings);
     CheckSurplus(half, settings, findings);
     return CheckTables(structure, findings);
@@ -153,6 +166,7 @@ bool CheckXml(const std::string& path, const Settings& settings, Findings& findi
     if (roots > 1) {
         findings.push_back({"there is more than one element at the top, and the last <database> is read"});
     }
+    CheckAttributes(database, {}, findings);
     const xml::Node header = database.FirstChild();
     const std::set<CString> names = CheckHalf(header, settings, findings);
     for (const char* name : {HeaderName, PropertiesName}) {
