@@ -156,6 +156,16 @@ TEST_F(Edit, Edit_FileWithFaults_IsRefused) {
     }
 }
 
+TEST_F(Edit, Edit_FileThatHoldsMoreThanIsRead_IsRefusedWithOneReason) {
+    const std::string file =
+        WriteChanged("more.xml", "</body>", "<data><table name=\"Z\"><row n=\"1\" /></table></data></body>");
+    const std::string surplus = "A surplus <data> in <body> is left out";
+    EXPECT_EQ(FailsUnchanged("more.xml", {"set", file, "header", "title=x"}),
+              file + ": not changed, for it has faults that 'quillet check' lists: " + surplus);
+    EXPECT_EQ(FailsUnchanged("more.xml", {"set", file, "header", "title=x", "--sequential"}),
+              file + ": not saved: what was not read from it would be lost: " + surplus);
+}
+
 TEST_F(Edit, Edit_DamagedXml_IsRefused) {
     const std::string file = Write("broken.xml", "<database>\n<header>\n");
     EXPECT_THAT(FailsUnchanged("broken.xml", {"set", file, "header", "title=x"}), StartsWith(file + ":"));

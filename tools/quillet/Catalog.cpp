@@ -52,6 +52,12 @@ std::string WithoutPath(const std::string& line, const std::string& path) {
     return line.starts_with(beginning) ? line.substr(beginning.size()) : line;
 }
 
+// Whether another line gives this one as its reason.
+bool IsRepeated(const std::string& line, const std::vector<std::string>& lines) {
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::string& other) { return other.ends_with(": " + line); });
+}
+
 std::unique_ptr<DbDatabase> OpenDatabase(const std::string& path) {
     std::string why;
     if (!platform::ReadableFile::Open(path, &why)) {
@@ -256,9 +262,12 @@ void Catalog::SaveAs(const std::string& path) {
     CollectLog();
     if (!isSaved) {
         RequireMemory(m_database->LastSaveError());
+        const std::vector<std::string> faults = ExplainSaveErrors(*m_database, m_faults);
         std::string reasons;
-        for (const std::string& fault : ExplainSaveErrors(*m_database, m_faults)) {
-            reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, path);
+        for (const std::string& fault : faults) {
+            if (!IsRepeated(fault, faults)) {
+                reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, path);
+            }
         }
         throw Failure(path + ": not saved" + reasons);
     }
