@@ -9,7 +9,7 @@
 
 #include "Measure.h"
 #include "Quillet/IQuillet.h"
-#include "platform/Odbc.h"
+#include "Quillet/platform/Odbc.h"
 
 namespace {
 

@@ -19,7 +19,7 @@ endif()
 # The headers that IQuillet.h leads to; what only the library's own sources include stays here.
 file(STRINGS cmake/public-headers.txt QUILLET_PUBLIC_HEADERS)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/public-headers.txt)
-list(FILTER QUILLET_PUBLIC_HEADERS EXCLUDE REGEX ^platform/${QUILLET_OTHER_PORT}/)
+list(FILTER QUILLET_PUBLIC_HEADERS EXCLUDE REGEX ^Quillet/platform/${QUILLET_OTHER_PORT}/)
 foreach(header IN LISTS QUILLET_PUBLIC_HEADERS)
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES Db/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/IQuillet/${folder})

@@ -8,14 +8,14 @@ cd "$(dirname "$0")/.."
 git ls-files '*.h' '*.cpp' '*.c' | xargs clang-format-14 --dry-run --Werror
 
 # One file in a process: from one to the next clang-tidy 14 forgets what it knew of va_list, and then finds faults there.
-git ls-files 'Db/*.cpp' 'tools/*.cpp' | grep -v -e '^Db/platform/windows/' -e '^Db/Quillet/automation/' |
+git ls-files 'Db/*.cpp' 'tools/*.cpp' | grep -v -e '^Db/Quillet/platform/windows/' -e '^Db/Quillet/automation/' |
     xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/release --quiet 2>/dev/null
 
 # clang takes the headers of mingw-w64, and does not know one of its compiler's options.
 mkdir -p build/windows/clang
 sed 's/-fno-keep-inline-dllexport//' build/windows/compile_commands.json >build/windows/clang/compile_commands.json
 headers=$(x86_64-w64-mingw32-g++-posix -print-file-name=include)
-git ls-files 'Db/platform/windows/*.cpp' 'Db/Quillet/automation/*.cpp' |
+git ls-files 'Db/Quillet/platform/windows/*.cpp' 'Db/Quillet/automation/*.cpp' |
     xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/windows/clang --quiet --extra-arg=--target=x86_64-w64-mingw32 \
         --extra-arg="-isystem$headers/c++" --extra-arg="-isystem$headers/c++/x86_64-w64-mingw32" \
         --extra-arg=-isystem/usr/x86_64-w64-mingw32/include --extra-arg=-Wgnu 2>/dev/null

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes Db/platform/windows/CaseTable.inc from the Unicode Character Database.
+"""Writes Db/Quillet/platform/windows/CaseTable.inc from the Unicode Character Database.
 
-    scripts/make-case-table.py UnicodeData.txt CaseFolding.txt > Db/platform/windows/CaseTable.inc
+    scripts/make-case-table.py UnicodeData.txt CaseFolding.txt > Db/Quillet/platform/windows/CaseTable.inc
 
 The two files are those of Debian's package unicode-data; their formats are described in Unicode's Standard Annex 44.
 """

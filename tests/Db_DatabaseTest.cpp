@@ -9,11 +9,11 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "CatalogHelpers.h"
-#include "RegexMatchers.h"
-#include "platform/MessageBox.h"
-#include "xml/Document.h"
-#include "xml/Face.h"
+#include "Quillet/platform/MessageBox.h"
+#include "Quillet/xml/Document.h"
+#include "Quillet/xml/Face.h"
+#include "support/CatalogHelpers.h"
+#include "support/RegexMatchers.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "TestHelpers.h"
-#include "platform/MessageBox.h"
+#include "Quillet/platform/MessageBox.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "TestHelpers.h"
-#include "platform/NumberText.h"
+#include "Quillet/platform/NumberText.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "Quillet/clv/clause.h"
-#include "TestHelpers.h"
-#include "platform/NumberText.h"
+#include "Quillet/platform/NumberText.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "CatalogHelpers.h"
-#include "TestHelpers.h"
+#include "support/CatalogHelpers.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

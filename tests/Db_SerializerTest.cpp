@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "AccessHelpers.h"
-#include "CatalogHelpers.h"
-#include "RecordHelpers.h"
+#include "support/AccessHelpers.h"
+#include "support/CatalogHelpers.h"
+#include "support/RecordHelpers.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <type_traits>
 
-#include "CatalogHelpers.h"
+#include "support/CatalogHelpers.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "TestHelpers.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "CatalogHelpers.h"
-#include "TestHelpers.h"
+#include "support/CatalogHelpers.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

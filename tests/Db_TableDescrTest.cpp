@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "TestHelpers.h"
 #include "support/AllocationPlan.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <random>
 #include <vector>
 
-#include "CatalogHelpers.h"
-#include "TestHelpers.h"
+#include "support/CatalogHelpers.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "TestHelpers.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <ostream>
 #include <string>
 
-#include "CatalogHelpers.h"
 #include "Quillet/IQuillet.h"
-#include "TestHelpers.h"
+#include "support/CatalogHelpers.h"
 #include "support/OutOfMemory.h"
+#include "support/TestHelpers.h"
 
 namespace {
 

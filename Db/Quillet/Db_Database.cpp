@@ -1,22 +1,22 @@
 #include "Quillet/Db_Database.h"
 
-#include "Quillet/Db_AccessImporter.h"
-#include "Quillet/Db_DocumentReader.h"
-#include "Quillet/Db_DocumentWriter.h"
 #include "Quillet/Db_Exception.h"
-#include "Quillet/Db_HeaderTables.h"
-#include "Quillet/Db_JoinBuilder.h"
-#include "Quillet/Db_LastError.h"
-#include "Quillet/Db_LazyReader.h"
-#include "Quillet/Db_Log.h"
-#include "Quillet/Db_Omissions.h"
-#include "Quillet/Db_QueryBuilder.h"
-#include "Quillet/Db_Registry.h"
-#include "Quillet/Db_SaveGuard.h"
-#include "Quillet/Db_TableRecords.h"
-#include "platform/MessageBox.h"
-#include "xml/Document.h"
-#include "xml/Face.h"
+#include "Quillet/document/DocumentReader.h"
+#include "Quillet/document/DocumentWriter.h"
+#include "Quillet/document/LazyReader.h"
+#include "Quillet/document/Omissions.h"
+#include "Quillet/document/SaveGuard.h"
+#include "Quillet/platform/MessageBox.h"
+#include "Quillet/query/JoinBuilder.h"
+#include "Quillet/query/QueryBuilder.h"
+#include "Quillet/records/AccessImporter.h"
+#include "Quillet/records/TableRecords.h"
+#include "Quillet/registry/HeaderTables.h"
+#include "Quillet/registry/LastError.h"
+#include "Quillet/registry/Log.h"
+#include "Quillet/registry/Registry.h"
+#include "Quillet/xml/Document.h"
+#include "Quillet/xml/Face.h"
 
 using quillet::CString;
 
@@ -43,11 +43,11 @@ DbDatabase::DbDatabase() : DbDatabase("") {
 DbDatabase::DbDatabase(const CString& path)
     : DbItem(nullptr),
       m_life(std::make_shared<DbDatabase*>(this)),
-      m_log(std::make_unique<quillet::DbLog>()),
-      m_registry(std::make_unique<quillet::DbRegistry>(*this, *m_log)),
+      m_log(std::make_unique<quillet::Log>()),
+      m_registry(std::make_unique<quillet::Registry>(*this, *m_log)),
       m_source(std::make_unique<DbSource>(this)),
       m_importer(std::make_unique<quillet::AccessImporter>(*m_source, *m_registry, *m_log)),
-      m_reader(std::make_unique<quillet::DbLazyReader>(*this, *m_source, *m_registry, *m_importer, *m_log)),
+      m_reader(std::make_unique<quillet::LazyReader>(*this, *m_source, *m_registry, *m_importer, *m_log)),
       m_queries(std::make_unique<quillet::QueryBuilder>(*this, *m_registry, *m_reader, *m_log)),
       m_saveError(std::make_unique<quillet::LastError>()) {
     m_source->SetFile(path, false);
@@ -168,7 +168,7 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
     LoadTables();
     quillet::CreateHeaderTable(*m_registry);
     quillet::CreatePropertiesTable(*m_registry);
-    quillet::DbDocumentWriter writer(*m_registry, *m_log);
+    quillet::DocumentWriter writer(*m_registry, *m_log);
     try {
         if (writer.Write(quillet::xml::Node(document), quillet::xml::Node(parent))) {
             return true;
@@ -410,7 +410,7 @@ const CString& DbDatabase::GetName() const {
 
 void DbDatabase::ParseXmlTableData(const CString& xml) {
     quillet::Omissions ofThisText;
-    quillet::DbDocumentReader(*m_registry, *m_log, ofThisText).ReadTableText(xml);
+    quillet::DocumentReader(*m_registry, *m_log, ofThisText).ReadTableText(xml);
 }
 
 void DbDatabase::GetError(std::vector<CString>& out) {

@@ -14,10 +14,10 @@
 
 namespace quillet {
 class AccessImporter;
-class DbCallUp;
-class DbLazyReader;
-class DbLog;
-class DbRegistry;
+class Upcalls;
+class LazyReader;
+class Log;
+class Registry;
 class LastError;
 class QueryBuilder;
 class SaveGuard;
@@ -217,7 +217,7 @@ public:
 
 private:
     friend class DbSource;
-    friend class quillet::DbCallUp;
+    friend class quillet::Upcalls;
 
     // Back to a database that has read nothing; the log is kept.
     void Clear();
@@ -228,11 +228,11 @@ private:
 
     // Names this object as long as it lives.
     std::shared_ptr<DbDatabase*> m_life;
-    std::unique_ptr<quillet::DbLog> m_log;
-    std::unique_ptr<quillet::DbRegistry> m_registry;
+    std::unique_ptr<quillet::Log> m_log;
+    std::unique_ptr<quillet::Registry> m_registry;
     std::unique_ptr<DbSource> m_source;
     std::unique_ptr<quillet::AccessImporter> m_importer;
-    std::unique_ptr<quillet::DbLazyReader> m_reader;
+    std::unique_ptr<quillet::LazyReader> m_reader;
     std::unique_ptr<quillet::QueryBuilder> m_queries;
     std::unique_ptr<quillet::LastError> m_saveError;
     // Null where any file is saved over.

@@ -1,8 +1,8 @@
 // The one exception that the library itself raises.
 #pragma once
 
-#include "base/CException.h"
-#include "base/CString.h"
+#include "Quillet/base/CException.h"
+#include "Quillet/base/CString.h"
 
 // Thrown by pointer; the catcher deletes it. It can be caught as quillet::CException too.
 class QUILLET_API DbException : public quillet::CException {

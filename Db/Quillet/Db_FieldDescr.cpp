@@ -6,9 +6,9 @@
 #include <optional>
 #include <utility>
 
-#include "Quillet/Db_Base64.h"
-#include "platform/NumberText.h"
-#include "xml/Face.h"
+#include "Quillet/platform/NumberText.h"
+#include "Quillet/values/Base64.h"
+#include "Quillet/xml/Face.h"
 
 using quillet::CComVariant;
 using quillet::CString;

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "Quillet/Db_Base64.h"
 #include "Quillet/Db_FieldDescr.h"
-#include "platform/NumberText.h"
+#include "Quillet/platform/NumberText.h"
+#include "Quillet/values/Base64.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "Quillet/Db_Item.h"
-#include "base/CComVariant.h"
-#include "base/CString.h"
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CString.h"
 
 class DbFieldDescr;
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "Quillet/Db_SqlText.h"
 #include "Quillet/Db_TableRow.h"
-#include "platform/NumberText.h"
+#include "Quillet/platform/NumberText.h"
+#include "Quillet/query/SqlText.h"
 
 using quillet::CComVariant;
 using quillet::CString;

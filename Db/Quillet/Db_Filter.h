@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "Quillet/Db_Comparison.h"
 #include "Quillet/clv/element.h"
+#include "Quillet/values/Comparison.h"
 
 class DbTableRow;
 

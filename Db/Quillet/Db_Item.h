@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
 
 class DbItem;
 

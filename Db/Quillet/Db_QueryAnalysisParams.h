@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "Quillet/base/CString.h"
 #include "Quillet/clv/clause.h"
-#include "base/CString.h"
 
 class DbFilter;
 class DbTableDescr;

@@ -4,19 +4,19 @@
 #include <limits>
 #include <optional>
 
-#include "Quillet/Db_Bookmarks.h"
-#include "Quillet/Db_CallUp.h"
-#include "Quillet/Db_CurrentIndex.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
-#include "Quillet/Db_FieldBindings.h"
-#include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_QueryDef.h"
-#include "Quillet/Db_RowCondition.h"
 #include "Quillet/Db_TableDef.h"
-#include "base/Rollback.h"
-#include "platform/Clock.h"
-#include "platform/File.h"
+#include "Quillet/base/OutOfRange.h"
+#include "Quillet/base/Rollback.h"
+#include "Quillet/cursor/Bookmarks.h"
+#include "Quillet/cursor/CurrentIndex.h"
+#include "Quillet/cursor/FieldBindings.h"
+#include "Quillet/cursor/RowCondition.h"
+#include "Quillet/platform/Clock.h"
+#include "Quillet/platform/File.h"
+#include "Quillet/registry/Upcalls.h"
 
 using quillet::CComVariant;
 using quillet::CString;
@@ -177,7 +177,7 @@ CString DbRecordset::GetTableName() const {
     }
     const DbTableInfo* const info = database->GetTableInfo(m_name);
     return info != nullptr && info->GetData() == Data() ? info->GetName()
-                                                        : quillet::DbCallUp::TableName(database, *Data());
+                                                        : quillet::Upcalls::TableName(database, *Data());
 }
 
 bool DbRecordset::OpenBy(NameFunction nameOf, const CString& text) {
@@ -404,7 +404,7 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
     CString line;
     line.Format("FindRow '%s' processed in %.4f [s]", where.ToUtf8().c_str(),
                 quillet::platform::CounterSeconds() - start);
-    quillet::DbCallUp::Log(Database(), line);
+    quillet::Upcalls::Log(Database(), line);
     return found;
 }
 
@@ -592,7 +592,7 @@ void DbRecordset::SetFieldNull(void* variable) {
 
 DbFieldValue& DbRecordset::StoredCell(int field) const {
     DbTableRow* const row = Data()->GetRow(m_position);
-    return row == nullptr ? quillet::Nowhere<DbFieldValue>() : row->GetField(static_cast<uint64>(field));
+    return row == nullptr ? quillet::OutOfRange<DbFieldValue>() : row->GetField(static_cast<uint64>(field));
 }
 
 uint64 DbRecordset::FieldOrThrow(const CString& name, int line) const {

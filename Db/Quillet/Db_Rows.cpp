@@ -5,12 +5,12 @@
 #include <new>
 #include <utility>
 
-#include "Quillet/Db_RowArena.h"
-#include "Quillet/Db_RowTokens.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
-#include "base/Reserve.h"
-#include "base/Rollback.h"
+#include "Quillet/base/Reserve.h"
+#include "Quillet/base/Rollback.h"
+#include "Quillet/rows/RowArena.h"
+#include "Quillet/rows/RowTokens.h"
 
 // Rows and the memory in which they stand.
 struct DbRows::Storage {

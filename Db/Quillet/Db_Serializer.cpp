@@ -6,7 +6,7 @@
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/dbaccess/DBACCESS.h"
-#include "platform/MessageBox.h"
+#include "Quillet/platform/MessageBox.h"
 
 using quillet::CString;
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <functional>
 
+#include "Quillet/base/CString.h"
 #include "Quillet/dbaccess/DBACCESS_ALL.h"
-#include "base/CString.h"
 
 // A path whose last three characters are "xml", whatever their case, is that of a catalog document; any other
 // is that of an Access file.

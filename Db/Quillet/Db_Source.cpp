@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
-#include "Quillet/Db_XmlScanner.h"
-#include "platform/File.h"
+#include "Quillet/document/XmlScanner.h"
+#include "Quillet/platform/File.h"
+#include "Quillet/registry/Upcalls.h"
 
 using quillet::CString;
 
@@ -120,11 +120,11 @@ void DbSource::SetSequentialAccess(bool on) {
     }
     const bool wasOn = std::exchange(m_sequential, on);
     const std::shared_ptr<DbDatabase*> owner = m_owner.lock();
-    if (wasOn != on && owner && quillet::DbCallUp::HasBegunToRead(*owner)) {
+    if (wasOn != on && owner && quillet::Upcalls::HasBegunToRead(*owner)) {
         CString line;
         line.Format("Sequential access was switched %s after the first access to '%s': too late, no effect",
                     on ? "on" : "off", m_path.ToUtf8().c_str());
-        quillet::DbCallUp::Log(*owner, line);
+        quillet::Upcalls::Log(*owner, line);
     }
 }
 

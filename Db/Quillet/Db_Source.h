@@ -5,13 +5,13 @@
 #include <memory>
 #include <string>
 
-#include "base/CString.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CString.h"
+#include "Quillet/platform/Automation.h"
 
 class DbDatabase;
 
 namespace quillet {
-class DbLazyReader;
+class LazyReader;
 class XmlScanner;
 namespace platform {
 class ReadableFile;
@@ -73,7 +73,7 @@ public:
     bool ExtractXmlNode(const quillet::CString& path, quillet::CString& text);
 
 private:
-    friend class quillet::DbLazyReader;
+    friend class quillet::LazyReader;
 
     enum class Type : std::uint32_t { None = 0, Xml = 1, Mdb = 2 };
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
-#include "Quillet/Db_Nowhere.h"
-#include "base/CException.h"
-#include "platform/Clock.h"
-#include "xml/Face.h"
+#include "Quillet/base/CException.h"
+#include "Quillet/base/OutOfRange.h"
+#include "Quillet/platform/Clock.h"
+#include "Quillet/registry/Upcalls.h"
+#include "Quillet/xml/Face.h"
 
 using quillet::CComVariant;
 using quillet::CString;
@@ -107,7 +107,7 @@ bool DbTableData::LoadRows(IDispatch* element) {
         LogMisfits();
         CString line;
         line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]",
-                    quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(),
+                    quillet::Upcalls::TableName(LiveParent(), *this).ToUtf8().c_str(),
                     static_cast<int>(count), count == 1 ? "row" : "rows",
                     quillet::platform::CounterSeconds() - start);
         LogToDatabase(line);
@@ -161,7 +161,7 @@ bool DbTableData::ParseXmlData() {
         }
     }
     try {
-        if (!quillet::DbCallUp::ParseRows(LiveParent(), *this, m_xmlSource)) {
+        if (!quillet::Upcalls::ParseRows(LiveParent(), *this, m_xmlSource)) {
             return false;
         }
     } catch (quillet::CException* exception) {
@@ -193,7 +193,7 @@ DbRows* DbTableData::GetRows() {
 
 DbTableRow& DbTableData::operator[](uint64 pos) {
     DbTableRow* const row = pos < size() ? m_rows->GetRow(static_cast<int>(pos)) : nullptr;
-    return row == nullptr ? quillet::Nowhere<DbTableRow>(nullptr) : *row;
+    return row == nullptr ? quillet::OutOfRange<DbTableRow>(nullptr) : *row;
 }
 
 DbTableRow* DbTableData::GetRow(int pos) {
@@ -264,7 +264,7 @@ long DbTableData::LatestStamp() {
 }
 
 void DbTableData::LogToDatabase(const CString& line) {
-    quillet::DbCallUp::Log(LiveParent(), line);
+    quillet::Upcalls::Log(LiveParent(), line);
 }
 
 void DbTableData::NoteMisfit() {
@@ -279,7 +279,7 @@ void DbTableData::LogMisfits() {
     }
     CString line;
     line.Format("Table '%s' has rows whose values do not match its %d fields: %d, the first is row %d",
-                quillet::DbCallUp::TableName(LiveParent(), *this).ToUtf8().c_str(),
+                quillet::Upcalls::TableName(LiveParent(), *this).ToUtf8().c_str(),
                 GetTableDescr() == nullptr ? 0 : static_cast<int>(GetTableDescr()->size()),
                 static_cast<int>(m_misfits), static_cast<int>(m_firstMisfit));
     LogToDatabase(line);

@@ -13,8 +13,8 @@ class DbDatabase;
 class DbTableInfo;
 
 namespace quillet {
-class DbCallUp;
-class DbDocumentReader;
+class Upcalls;
+class DocumentReader;
 class QueryBuilder;
 }  // namespace quillet
 
@@ -93,8 +93,8 @@ private:
     friend class DbRecordset;
     friend class DbRows;
     friend class DbTableInfo;
-    friend class quillet::DbCallUp;
-    friend class quillet::DbDocumentReader;
+    friend class quillet::Upcalls;
+    friend class quillet::DocumentReader;
     friend class quillet::QueryBuilder;
 
     // Takes back the row at a position, where AddRow put it and nothing was added since.

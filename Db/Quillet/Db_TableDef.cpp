@@ -1,9 +1,9 @@
 #include "Quillet/Db_TableDef.h"
 
-#include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
-#include "Quillet/Db_SqlText.h"
+#include "Quillet/query/SqlText.h"
+#include "Quillet/registry/Upcalls.h"
 
 using quillet::CString;
 
@@ -102,7 +102,7 @@ bool DbTableDef::DeleteField(CString name) {
 bool DbTableDef::Append() {
     DbDatabase* const database = GetDatabase();
     if (m_prepared == nullptr) {
-        quillet::DbCallUp::Log(database, "Cannot append database... call DbTableDef::Create(...) first");
+        quillet::Upcalls::Log(database, "Cannot append database... call DbTableDef::Create(...) first");
         return false;
     }
     DbTableInfo info(m_name, DbTableInfo::Table, 0, "", m_prepared->m_descr.get(), m_prepared->m_data.get(),

@@ -5,13 +5,13 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Quillet/Db_CallUp.h"
 #include "Quillet/Db_Database.h"
-#include "Quillet/Db_Nowhere.h"
-#include "Quillet/Db_SqlText.h"
-#include "base/Reserve.h"
-#include "base/Rollback.h"
-#include "xml/Face.h"
+#include "Quillet/base/OutOfRange.h"
+#include "Quillet/base/Reserve.h"
+#include "Quillet/base/Rollback.h"
+#include "Quillet/query/SqlText.h"
+#include "Quillet/registry/Upcalls.h"
+#include "Quillet/xml/Face.h"
 
 using quillet::CString;
 using quillet::Lowered;
@@ -245,7 +245,7 @@ bool DbTableDescr::DeleteIndex(CString name) {
 }
 
 void DbTableDescr::Clear() {
-    quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    quillet::Upcalls::FieldsWillChange(LiveParent(), *this);
     ClearAll();
     SetChanged();
 }
@@ -296,7 +296,7 @@ bool DbTableDescr::IsField(CString name) const {
 
 const DbFieldDescr& DbTableDescr::GetField(int i) const {
     return i >= 0 && static_cast<uint64>(i) < size() ? *at(static_cast<uint64>(i))
-                                                     : quillet::Nowhere<DbFieldDescr>();
+                                                     : quillet::OutOfRange<DbFieldDescr>();
 }
 
 const DbFieldDescr& DbTableDescr::GetField(const CString& name) const {
@@ -304,7 +304,7 @@ const DbFieldDescr& DbTableDescr::GetField(const CString& name) const {
 }
 
 DbFieldDescr& DbTableDescr::operator[](uint64 i) {
-    return i < size() ? *at(i) : quillet::Nowhere<DbFieldDescr>();
+    return i < size() ? *at(i) : quillet::OutOfRange<DbFieldDescr>();
 }
 
 DbFieldDescr& DbTableDescr::operator[](const CString& name) {
@@ -328,7 +328,7 @@ void DbTableDescr::AppendField(const DbFieldDescr& field) {
 }
 
 void DbTableDescr::Append(const CString& name, bool key, VARTYPE type) {
-    quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    quillet::Upcalls::FieldsWillChange(LiveParent(), *this);
     // A lookup that stands need not be made anew for one more name.
     m_namesStale = !AreNamesKnown();
     const std::size_t position = size();
@@ -347,7 +347,7 @@ void DbTableDescr::Append(const CString& name, bool key, VARTYPE type) {
     }
     std::vector<std::vector<uint64>> positions = IndexPositions();
     SetChanged();
-    quillet::DbCallUp::FieldsChanged(LiveParent(), *this, position, true);
+    quillet::Upcalls::FieldsChanged(LiveParent(), *this, position, true);
     appended.Keep();
     static_cast<void>(field.release());
     MoveIndexPositions(positions);
@@ -357,7 +357,7 @@ bool DbTableDescr::DeleteField(int i) {
     if (i < 0 || static_cast<uint64>(i) >= size()) {
         return false;
     }
-    quillet::DbCallUp::FieldsWillChange(LiveParent(), *this);
+    quillet::Upcalls::FieldsWillChange(LiveParent(), *this);
     std::unique_ptr<DbFieldDescr> field(at(static_cast<uint64>(i)));
     erase(begin() + i);
     m_namesStale = true;
@@ -367,7 +367,7 @@ bool DbTableDescr::DeleteField(int i) {
         m_namesStale = true;
     });
     std::vector<std::vector<uint64>> positions = IndexPositions();
-    quillet::DbCallUp::FieldsChanged(LiveParent(), *this, static_cast<uint64>(i), false);
+    quillet::Upcalls::FieldsChanged(LiveParent(), *this, static_cast<uint64>(i), false);
     erased.Keep();
     MoveIndexPositions(positions);
     SetChanged();

@@ -1,14 +1,14 @@
 // The registry's entry for one table or query.
 #pragma once
 
-#include "base/CString.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CString.h"
+#include "Quillet/platform/Automation.h"
 
 class DbTableData;
 class DbTableDescr;
 
 namespace quillet {
-class DbRegistry;
+class Registry;
 class QueryBuilder;
 }  // namespace quillet
 
@@ -56,7 +56,7 @@ public:
     void Clear();
 
 private:
-    friend class quillet::DbRegistry;
+    friend class quillet::Registry;
     friend class quillet::QueryBuilder;
 
     // The first entry, from this one down, that stands on no query.

@@ -4,13 +4,13 @@
 #include <memory>
 #include <new>
 
-#include "Quillet/Db_CallUp.h"
-#include "Quillet/Db_FieldNames.h"
-#include "Quillet/Db_Nowhere.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
-#include "base/Reserve.h"
-#include "xml/Face.h"
+#include "Quillet/base/OutOfRange.h"
+#include "Quillet/base/Reserve.h"
+#include "Quillet/registry/Upcalls.h"
+#include "Quillet/values/FieldNames.h"
+#include "Quillet/xml/Face.h"
 
 using quillet::CComVariant;
 using quillet::CString;
@@ -156,7 +156,7 @@ void DbTableRow::LogFailedSave(std::size_t position) {
         for (const quillet::UnsavableField& field : quillet::UnsavableFields(*descr)) {
             if (field.m_field == position) {
                 line.Format("Table '%s' can't be saved: %s",
-                            quillet::DbCallUp::TableName(data->LiveParent(), *data).ToUtf8().c_str(),
+                            quillet::Upcalls::TableName(data->LiveParent(), *data).ToUtf8().c_str(),
                             field.m_why.c_str());
                 rows->LogToDatabase(line);
             }
@@ -207,7 +207,7 @@ void DbTableRow::SetFieldValuePtr(uint64 i, DbFieldValue* v) {
 }
 
 DbFieldValue& DbTableRow::NoCell() {
-    return quillet::Nowhere<DbFieldValue>();
+    return quillet::OutOfRange<DbFieldValue>();
 }
 
 DbFieldValue& DbTableRow::operator[](const CString& name) {

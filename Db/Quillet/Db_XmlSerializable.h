@@ -1,7 +1,7 @@
 // What reads and writes itself as XML.
 #pragma once
 
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
 
 // Both operations take automation interfaces of an XML document object model: our own documents' or any
 // other's. Another's may fail by throwing whatever it likes: that is a failure like any other, and comes out

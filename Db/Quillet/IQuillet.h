@@ -10,7 +10,6 @@
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_FieldDescr.h"
-#include "Quillet/Db_FieldNames.h"
 #include "Quillet/Db_FieldValue.h"
 #include "Quillet/Db_Filter.h"
 #include "Quillet/Db_Item.h"
@@ -31,9 +30,10 @@
 #include "Quillet/dbaccess/DBACCESS_RECORDSET.h"
 #include "Quillet/dbaccess/LangMappings.h"
 #include "Quillet/dbaccess/VorqOdbcRecordset.h"
-#include "odbc/CDBVariant.h"
-#include "odbc/DatabaseError.h"
-#include "platform/MessageBox.h"
-#include "xml/Document.h"
+#include "Quillet/odbc/CDBVariant.h"
+#include "Quillet/odbc/DatabaseError.h"
+#include "Quillet/platform/MessageBox.h"
+#include "Quillet/values/FieldNames.h"
+#include "Quillet/xml/Document.h"
 
 #endif

@@ -10,9 +10,9 @@
 #include <type_traits>
 
 #include "ComHelpers.h"
-#include "MsxmlDocument.h"
 #include "TestPaths.h"
-#include "platform/TemporaryFolder.h"
+#include "support/MsxmlDocument.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 

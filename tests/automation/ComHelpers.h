@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "base/CComVariant.h"
+#include "Quillet/base/CComVariant.h"
 
 namespace quillet::test {
 

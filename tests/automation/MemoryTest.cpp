@@ -1,6 +1,6 @@
 // What a script host needs to walk through many rows: no more for the second time than for the first.
 #include "AutomationHelpers.h"
-#include "WindowsProcess.h"
+#include "support/WindowsProcess.h"
 
 // Behind the header that it builds on.
 #include <psapi.h>

@@ -5,9 +5,9 @@
 #include <set>
 
 #include "AutomationHelpers.h"
-#include "RegexMatchers.h"
 #include "Registry.h"
-#include "WindowsProcess.h"
+#include "support/RegexMatchers.h"
+#include "support/WindowsProcess.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/CString.h"
+#include "Quillet/base/CString.h"
 
 namespace quillet::test {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "CountingDescr.h"
+#include "support/CountingDescr.h"
 
 namespace quillet::test {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::test {
 namespace {

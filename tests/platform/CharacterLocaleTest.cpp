@@ -1,4 +1,4 @@
-#include "platform/CharacterLocale.h"
+#include "Quillet/platform/CharacterLocale.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The performance counter.
-#include "platform/Clock.h"
+#include "Quillet/platform/Clock.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 // Collation keys beside the comparison that they stand for.
-#include "platform/Collation.h"
+#include "Quillet/platform/Collation.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "CollationCheck.h"
+#include "support/CollationCheck.h"
 
 namespace quillet::test {
 namespace {

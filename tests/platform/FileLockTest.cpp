@@ -1,5 +1,5 @@
 // One writer at a time.
-#include "platform/FileLock.h"
+#include "Quillet/platform/FileLock.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <string>
 #include <thread>
 
-#include "TemporaryFolder.h"
-#include "platform/File.h"
+#include "Quillet/platform/File.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 namespace {

@@ -1,5 +1,5 @@
 // Reading files and replacing them whole.
-#include "platform/File.h"
+#include "Quillet/platform/File.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <string>
 
-#include "AsOrdinaryUser.h"
-#include "TemporaryFolder.h"
+#include "support/AsOrdinaryUser.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 namespace {

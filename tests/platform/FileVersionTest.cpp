@@ -1,5 +1,5 @@
 // Whether a file still is what it was.
-#include "platform/FileVersion.h"
+#include "Quillet/platform/FileVersion.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 namespace {

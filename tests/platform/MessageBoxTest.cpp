@@ -1,5 +1,5 @@
 // Messages and the handler that takes them.
-#include "platform/MessageBox.h"
+#include "Quillet/platform/MessageBox.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/NumberText.h"
+#include "Quillet/platform/NumberText.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <cstring>
 #include <random>
 
-#include "VariantValues.h"
-#include "base/CComVariant.h"
+#include "Quillet/base/CComVariant.h"
+#include "support/VariantValues.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The table of case mappings that the Windows port brings along, beside ICU's. The tests of this port link
 // the table itself; the library has ICU's.
-#include "platform/CaseMapping.h"
+#include "Quillet/platform/CaseMapping.h"
 
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>

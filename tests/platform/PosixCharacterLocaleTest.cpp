@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/CharacterLocale.h"
-#include "platform/TemporaryFolder.h"
+#include "Quillet/platform/CharacterLocale.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::platform {
 namespace {

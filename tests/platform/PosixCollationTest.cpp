@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "CollationCheck.h"
+#include "support/CollationCheck.h"
 
 namespace quillet::test {
 namespace {

@@ -9,9 +9,9 @@
 #include <filesystem>
 #include <string>
 
-#include "AsOrdinaryUser.h"
-#include "TemporaryFolder.h"
-#include "platform/FileLock.h"
+#include "Quillet/platform/FileLock.h"
+#include "support/AsOrdinaryUser.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 namespace {

@@ -15,9 +15,9 @@
 #include <utility>
 #include <vector>
 
-#include "AsOrdinaryUser.h"
-#include "TemporaryFolder.h"
-#include "platform/File.h"
+#include "Quillet/platform/File.h"
+#include "support/AsOrdinaryUser.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 namespace {

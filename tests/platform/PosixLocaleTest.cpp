@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "VariantValues.h"
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
+#include "support/VariantValues.h"
 
 namespace quillet::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/MessageBox.h"
+#include "Quillet/platform/MessageBox.h"
 
 namespace quillet::test {
 namespace {

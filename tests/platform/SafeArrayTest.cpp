@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "VariantValues.h"
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
+#include "support/VariantValues.h"
 
 namespace quillet::test {
 namespace {

@@ -1,5 +1,5 @@
 // Case mapping and comparison without case.
-#include "platform/Text.h"
+#include "Quillet/platform/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "VariantValues.h"
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
+#include "support/VariantValues.h"
 
 namespace quillet::test {
 namespace {

@@ -17,8 +17,8 @@
 #include <random>
 #include <string>
 
-#include "VariantValues.h"
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
+#include "support/VariantValues.h"
 
 namespace quillet::test {
 namespace {

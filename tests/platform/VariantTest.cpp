@@ -1,8 +1,8 @@
 // The life of a variant.
 #include <gtest/gtest.h>
 
-#include "VariantValues.h"
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
+#include "support/VariantValues.h"
 
 namespace quillet::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <clocale>
 #include <string>
 
-#include "platform/CharacterLocale.h"
+#include "Quillet/platform/CharacterLocale.h"
 
 namespace quillet::platform {
 namespace {

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <string>
 
-#include "TemporaryFolder.h"
-#include "platform/FileLock.h"
+#include "Quillet/platform/FileLock.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::test {
 namespace {

@@ -13,11 +13,11 @@
 #include <thread>
 #include <vector>
 
-#include "RegexMatchers.h"
-#include "TemporaryFolder.h"
-#include "VariantValues.h"
-#include "WindowsHandle.h"
-#include "platform/File.h"
+#include "Quillet/platform/File.h"
+#include "support/RegexMatchers.h"
+#include "support/TemporaryFolder.h"
+#include "support/VariantValues.h"
+#include "support/WindowsHandle.h"
 
 namespace quillet::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <new>
 #include <string>
 
-#include "base/CException.h"
+#include "Quillet/base/CException.h"
 #include "support/AllocationPlan.h"
 
 namespace quillet::test {

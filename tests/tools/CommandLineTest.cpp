@@ -1,8 +1,8 @@
 // What holds for every command: options, help, exit statuses, files that are none.
 #include <gmock/gmock.h>
 
-#include "RegexMatchers.h"
-#include "tools/ToolTest.h"
+#include "support/RegexMatchers.h"
+#include "support/ToolTest.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <sstream>
 
 #include "TestPaths.h"
-#include "tools/RunProgram.h"
+#include "support/RunProgram.h"
 
 namespace quillet::test {
 namespace {

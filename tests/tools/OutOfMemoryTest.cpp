@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "Run.h"
-#include "platform/TemporaryFolder.h"
 #include "support/AllocationPlan.h"
+#include "support/TemporaryFolder.h"
 
 namespace quillet::tool {
 namespace {

@@ -1,7 +1,7 @@
 // What the command line says where a POSIX system refuses: rights of files, and a device that is always full.
 #include <gmock/gmock.h>
 
-#include "tools/ToolTest.h"
+#include "support/ToolTest.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "platform/FileLock.h"
-#include "tools/ToolTest.h"
+#include "Quillet/platform/FileLock.h"
+#include "support/ToolTest.h"
 
 namespace {
 

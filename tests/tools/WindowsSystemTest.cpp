@@ -1,8 +1,8 @@
 // What the command line says of files that somebody keeps for himself.
 #include <gtest/gtest.h>
 
-#include "WindowsHandle.h"
-#include "tools/ToolTest.h"
+#include "support/ToolTest.h"
+#include "support/WindowsHandle.h"
 
 namespace {
 

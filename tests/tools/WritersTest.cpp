@@ -4,9 +4,9 @@
 #include <chrono>
 #include <thread>
 
-#include "Catalog.h"
-#include "platform/FileLock.h"
-#include "tools/ToolTest.h"
+#include "Quillet/platform/FileLock.h"
+#include "input/Catalog.h"
+#include "support/ToolTest.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <new>
 #include <stdexcept>
 
-#include "MsxmlDocument.h"
 #include "Quillet/Db_Exception.h"
-#include "base/CComVariant.h"
+#include "Quillet/base/CComVariant.h"
+#include "support/MsxmlDocument.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // does not fit.
 #include <limits>
 
-#include "CatalogHelpers.h"
 #include "Server.h"
+#include "support/CatalogHelpers.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <string>
 
-#include "MsxmlDocument.h"
-#include "TestHelpers.h"
-#include "platform/TemporaryFolder.h"
+#include "support/MsxmlDocument.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestHelpers.h"
 
 namespace quillet::test {
 

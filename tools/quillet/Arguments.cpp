@@ -8,13 +8,13 @@
 #include <new>
 #include <sstream>
 
-#include "CellText.h"
-#include "Commands.h"
-#include "CsvReader.h"
 #include "Failure.h"
-#include "PlainText.h"
-#include "Sink.h"
-#include "base/Utf8.h"
+#include "Quillet/base/Utf8.h"
+#include "commands/Commands.h"
+#include "input/CellText.h"
+#include "input/CsvReader.h"
+#include "output/PlainText.h"
+#include "output/Sink.h"
 
 namespace quillet::tool {
 

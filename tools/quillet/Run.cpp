@@ -4,10 +4,10 @@
 #include <new>
 
 #include "Arguments.h"
-#include "Catalog.h"
 #include "Failure.h"
+#include "Quillet/base/CException.h"
 #include "System.h"
-#include "base/CException.h"
+#include "input/Catalog.h"
 
 namespace quillet::tool {
 

@@ -11,7 +11,7 @@
 
 #include <cstdlib>
 
-#include "base/Utf8.h"
+#include "Quillet/base/Utf8.h"
 #else
 #include <unistd.h>
 #endif

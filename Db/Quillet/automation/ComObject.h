@@ -5,7 +5,7 @@
 #include "Quillet/automation/IQuillet.h"
 #include "Quillet/automation/LibraryApp.h"
 #include "Quillet/automation/Results.h"
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

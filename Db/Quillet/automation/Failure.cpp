@@ -5,8 +5,8 @@
 #include <memory>
 #include <new>
 
-#include "base/CComVariant.h"
-#include "base/CException.h"
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CException.h"
 
 namespace quillet::automation {
 

@@ -1,8 +1,8 @@
 // How a method fails: by an exception inside, by a result and error information outside.
 #pragma once
 
-#include "base/CString.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CString.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Quillet/automation/TypeInformation.h"
-#include "base/CComVariant.h"
+#include "Quillet/base/CComVariant.h"
 
 namespace quillet::automation {
 

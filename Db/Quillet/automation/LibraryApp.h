@@ -3,8 +3,8 @@
 
 #include <atomic>
 
-#include "base/CString.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CString.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

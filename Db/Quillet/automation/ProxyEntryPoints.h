@@ -1,7 +1,7 @@
 // The entry points of the proxies and stubs, made from IQuillet.idl (dlldata.c).
 #pragma once
 
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
 
 extern "C" {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Quillet/automation/Module.h"
-#include "base/CString.h"
+#include "Quillet/base/CString.h"
 
 namespace quillet::automation {
 

@@ -1,8 +1,8 @@
 // One key of the registry.
 #pragma once
 
-#include "base/CString.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CString.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

@@ -1,7 +1,7 @@
 // Where classes are registered: for all users, or for the current one alone.
 #pragma once
 
-#include "platform/Automation.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

@@ -7,9 +7,9 @@
 #include <type_traits>
 
 #include "Quillet/automation/Failure.h"
-#include "base/CComVariant.h"
-#include "base/CString.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CString.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

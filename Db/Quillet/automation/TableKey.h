@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "base/CComVariant.h"
-#include "base/CString.h"
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CString.h"
 
 namespace quillet::automation {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <unordered_map>
 
-#include "base/CComVariant.h"
+#include "Quillet/base/CComVariant.h"
 
 namespace quillet::automation {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "base/CComVariant.h"
-#include "platform/Automation.h"
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 

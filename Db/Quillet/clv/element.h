@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform/Export.h"
+#include "Quillet/platform/Export.h"
 
 namespace clv {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "odbc/Failure.h"
+#include "Quillet/odbc/Failure.h"
 
 using quillet::CRuntimeClass;
 using quillet::CString;

@@ -1,7 +1,7 @@
 // The tables of a database, as its catalog lists them.
 #pragma once
 
-#include "odbc/Cursor.h"
+#include "Quillet/odbc/Cursor.h"
 
 // A cursor whose rows are tables. What is of another type than the filter asks for (system tables, views,
 // queries) is passed over, also where the driver lists it.

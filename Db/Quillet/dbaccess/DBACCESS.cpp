@@ -7,14 +7,14 @@
 #include <string>
 #include <system_error>
 
+#include "Quillet/dbaccess/AccessFile.h"
 #include "Quillet/dbaccess/CTables.h"
 #include "Quillet/dbaccess/DBACCESS_VECTOR.h"
-#include "Quillet/dbaccess/Db_AccessFile.h"
 #include "Quillet/dbaccess/VorqOdbcRecordset.h"
-#include "odbc/Connection.h"
-#include "odbc/DatabaseError.h"
-#include "odbc/Transaction.h"
-#include "platform/MessageBox.h"
+#include "Quillet/odbc/Connection.h"
+#include "Quillet/odbc/DatabaseError.h"
+#include "Quillet/odbc/Transaction.h"
+#include "Quillet/platform/MessageBox.h"
 
 using quillet::CDBVariant;
 using quillet::CException;

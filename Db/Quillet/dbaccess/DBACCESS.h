@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "base/CString.h"
+#include "Quillet/base/CString.h"
 
 class DBACCESS_COLUMN;
 class DBACCESS_RECORD;

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "Quillet/base/CString.h"
 #include "Quillet/dbaccess/DBACCESS_VECTOR.h"
-#include "base/CString.h"
 
 // Pairs of a table's name and its rows, in the order in which the tables were added (the vector that it is).
 class QUILLET_API DBACCESS_ALL : public std::vector<std::pair<quillet::CString, DBACCESS_VECTOR>> {

@@ -1,6 +1,6 @@
 #include "Quillet/dbaccess/DBACCESS_COLUMN.h"
 
-#include "odbc/CDBVariant.h"
+#include "Quillet/odbc/CDBVariant.h"
 
 using quillet::CDBVariant;
 using quillet::CString;

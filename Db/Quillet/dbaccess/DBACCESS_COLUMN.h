@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "base/CByteArray.h"
-#include "base/CString.h"
+#include "Quillet/base/CByteArray.h"
+#include "Quillet/base/CString.h"
 
 namespace quillet {
 class CDBVariant;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Quillet/Db_Nowhere.h"
+#include "Quillet/base/OutOfRange.h"
 
 using quillet::CString;
 using quillet::WideView;
@@ -26,12 +26,12 @@ DBACCESS_RECORD::~DBACCESS_RECORD() = default;
 
 DBACCESS_COLUMN& DBACCESS_RECORD::operator[](int position) {
     const auto index = static_cast<std::size_t>(position);
-    return index < size() ? *(begin() + position) : quillet::Nowhere<DBACCESS_COLUMN>();
+    return index < size() ? *(begin() + position) : quillet::OutOfRange<DBACCESS_COLUMN>();
 }
 
 const DBACCESS_COLUMN& DBACCESS_RECORD::operator[](int position) const {
     const auto index = static_cast<std::size_t>(position);
-    return index < size() ? *(begin() + position) : quillet::Nowhere<DBACCESS_COLUMN>();
+    return index < size() ? *(begin() + position) : quillet::OutOfRange<DBACCESS_COLUMN>();
 }
 
 DBACCESS_COLUMN& DBACCESS_RECORD::operator[](const CString& name) {

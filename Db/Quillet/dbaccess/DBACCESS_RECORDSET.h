@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Quillet/dbaccess/DBACCESS_RECORD.h"
-#include "odbc/Cursor.h"
+#include "Quillet/odbc/Cursor.h"
 
 // Each column of the record is bound by its code: 1 a boolean, 3 an integer of 16 bits, 4 a long, 6 and 7
 // reals, 9 bytes up to as many as the column holds when the cursor opens, 10 a text of up to 255 code units.

@@ -1,7 +1,7 @@
 // Named double parameters.
 #pragma once
 
-#include "base/CString.h"
+#include "Quillet/base/CString.h"
 
 // A host that implements it overrides the two virtual members, and says "using IDbParamValues::SetParam;" and
 // the same of GetParam where its own callers pass other names than wide text.

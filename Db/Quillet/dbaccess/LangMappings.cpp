@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Quillet/dbaccess/DBACCESS_COLUMN.h"
-#include "platform/CharacterLocale.h"
+#include "Quillet/platform/CharacterLocale.h"
 
 using quillet::CComVariant;
 using quillet::CString;

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "base/CComVariant.h"
-#include "base/CString.h"
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CString.h"
 
 class DBACCESS_COLUMN;
 

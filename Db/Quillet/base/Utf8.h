@@ -1,0 +1,47 @@
+// Conversion between UTF-8 and UTF-16.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Quillet/platform/Text.h"
+
+namespace quillet {
+
+using platform::WideString;
+using platform::WideView;
+
+// Whether every byte belongs to a well-formed sequence (no overlong forms, no surrogates, up to U+10FFFF).
+QUILLET_API bool IsValidUtf8(std::string_view text);
+
+// The length of the well-formed beginning of text, in bytes.
+QUILLET_API std::size_t ValidUtf8Length(std::string_view text);
+
+// Appends text to target; each malformed byte becomes U+FFFD.
+QUILLET_API void AppendWide(std::string_view text, WideString& target);
+
+// Appends text to target; each lone surrogate becomes U+FFFD.
+QUILLET_API void AppendUtf8(WideView text, std::string& target);
+
+// Appends one code point (not a surrogate, up to U+10FFFF).
+QUILLET_API void AppendCodePoint(char32_t codePoint, std::string& target);
+
+// Reads the code point at position and moves position behind it; a lone surrogate comes back as it is.
+inline char32_t NextCodePoint(WideView text, std::size_t& position) {
+    const char32_t first = static_cast<char16_t>(text[position++]);
+    if (first < 0xD800 || first > 0xDBFF || position == text.size()) {
+        return first;
+    }
+    const char32_t second = static_cast<char16_t>(text[position]);
+    if (second < 0xDC00 || second > 0xDFFF) {
+        return first;
+    }
+    ++position;
+    return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+inline bool IsSurrogate(char32_t codePoint) {
+    return codePoint >= 0xD800 && codePoint <= 0xDFFF;
+}
+
+}  // namespace quillet

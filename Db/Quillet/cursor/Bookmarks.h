@@ -1,0 +1,31 @@
+// The positions that a cursor remembers.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "Quillet/platform/Automation.h"
+
+namespace quillet {
+
+// Positions by their numbers.
+class QUILLET_API Bookmarks {
+public:
+    // Remembers the position, unless the number is taken.
+    void Add(uint64 number, std::int32_t position) { m_positions.emplace(number, position); }
+    // Remembers the position instead of what the number stood for.
+    void Set(uint64 number, std::int32_t position) { m_positions[number] = position; }
+    // Nothing for an unknown number.
+    std::optional<std::int32_t> Find(uint64 number) const;
+    void Clear() { m_positions.clear(); }
+
+    // A row was deleted, and the cursor stands at the row before it. Bookmarks of that row are dropped, those
+    // of later rows move up: the deleted row's own now stand for the row before it.
+    void RowDeleted(std::int32_t before);
+
+private:
+    std::map<uint64, std::int32_t> m_positions;
+};
+
+}  // namespace quillet

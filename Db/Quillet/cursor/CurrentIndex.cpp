@@ -1,0 +1,227 @@
+#include "Quillet/cursor/CurrentIndex.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "Quillet/platform/Collation.h"
+#include "Quillet/rows/RowOrder.h"
+
+namespace quillet {
+
+namespace {
+
+using Index = DbTableDescr::DbIndex;
+using Result = DbTableRow::eCmpResult;
+
+std::vector<uint64> FieldsOf(const Index& index, const DbTableDescr& descr) {
+    std::vector<uint64> fields;
+    for (const CString& name : index.GetFieldNames()) {
+        fields.push_back(static_cast<uint64>(descr.GetFieldIndex(name)));
+    }
+    return fields;
+}
+
+// Null where there is none.
+DbTableRow* RowAt(DbTableData& data, uint64 position) {
+    return position < data.size() ? data.GetRow(static_cast<int>(position)) : nullptr;
+}
+
+// A value that stands in one order with all others of its type. Texts stand in the order of their foldings:
+// only there do texts that are equal without case stand together in every language.
+class Sortable {
+public:
+    // The value must outlive its use here. False where it stands in no order: a null, what does not equal
+    // itself, a text without a collation key.
+    bool Set(const CComVariant& value) {
+        m_value = &value;
+        if (value.vt != VT_BSTR) {
+            return value.vt != VT_EMPTY && Order(value, value) == static_cast<HRESULT>(VARCMP_EQ);
+        }
+        m_folded = value.Text();
+        platform::FoldCase(m_folded);
+        m_key.clear();
+        return platform::AppendCollationKey(m_folded, m_key) == platform::CollationKey::Order;
+    }
+
+    VARTYPE Type() const { return m_value->vt; }
+
+    // For values of one type. Texts that the collation takes for equal, though more than case is different,
+    // are greater than each other.
+    Result CompareTo(const Sortable& other) const {
+        if (Type() == VT_BSTR) {
+            return m_folded == other.m_folded ? DbTableRow::CmpEqual
+                   : m_key < other.m_key      ? DbTableRow::CmpLess
+                                              : DbTableRow::CmpGreater;
+        }
+        const HRESULT order = Order(*m_value, *other.m_value);
+        return order == static_cast<HRESULT>(VARCMP_EQ)   ? DbTableRow::CmpEqual
+               : order == static_cast<HRESULT>(VARCMP_LT) ? DbTableRow::CmpLess
+                                                          : DbTableRow::CmpGreater;
+    }
+
+private:
+    const CComVariant* m_value = nullptr;
+    WideString m_folded;
+    std::string m_key;
+};
+
+// How many leading fields of the row hold values that stand in an order; the values are set to these.
+std::size_t Read(const DbTableRow& row, const std::vector<uint64>& fields, std::vector<Sortable>& values) {
+    std::size_t count = 0;
+    while (count < values.size() && values[count].Set(row.GetField(fields[count]).GetVariant())) {
+        ++count;
+    }
+    return count;
+}
+
+// How many leading fields the second row follows the first by, of those that are asked for.
+std::size_t AscendingFields(const std::vector<Sortable>& first, const std::vector<Sortable>& second,
+                            std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (first[i].Type() != second[i].Type()) {
+            count = i;
+        }
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const Result result = first[i].CompareTo(second[i]);
+        if (result != DbTableRow::CmpEqual) {
+            return result == DbTableRow::CmpLess ? count : i;
+        }
+    }
+    return count;
+}
+
+// The types of the values in as many leading fields as the rows ascend by, taken in the order.
+std::vector<VARTYPE> AscendingTypes(const std::vector<uint64>& order, const std::vector<uint64>& fields,
+                                    DbTableData& data) {
+    std::size_t count = order.empty() ? 0 : fields.size();
+    std::vector<Sortable> before(count);
+    std::vector<Sortable> values(count);
+    for (std::size_t place = 0; place < order.size() && count > 0; ++place) {
+        const DbTableRow* const row = RowAt(data, order[place]);
+        count = row == nullptr ? 0 : std::min(count, Read(*row, fields, values));
+        if (place > 0) {
+            count = AscendingFields(before, values, count);
+        }
+        before.swap(values);
+    }
+    std::vector<VARTYPE> types(count);
+    std::transform(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(count), types.begin(),
+                   [](const Sortable& value) { return value.Type(); });
+    return types;
+}
+
+// What the rows are searched for by halves: one value for each of the leading fields.
+class Target {
+public:
+    // False where the keys have no place among values of the types.
+    bool Set(const CComVariant* keys, std::size_t count, const std::vector<VARTYPE>& types) {
+        m_keys.resize(count);
+        m_values.resize(count);
+        if (count > types.size()) {
+            return false;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            if (keys[i].vt != types[i] || !m_keys[i].Set(keys[i])) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool IsGreater(const DbTableRow& row, const std::vector<uint64>& fields) {
+        for (std::size_t i = 0; i < m_keys.size(); ++i) {
+            const CComVariant& value = row.GetField(fields[i]).GetVariant();
+            if (value.vt != m_keys[i].Type() || !m_values[i].Set(value)) {
+                return false;
+            }
+            const Result result = m_keys[i].CompareTo(m_values[i]);
+            if (result != DbTableRow::CmpEqual) {
+                return result == DbTableRow::CmpGreater;
+            }
+        }
+        return false;
+    }
+
+private:
+    std::vector<Sortable> m_keys;
+    std::vector<Sortable> m_values;
+};
+
+}  // namespace
+
+void CurrentIndex::Set(const Index* index) {
+    m_index = index == nullptr ? nullptr : index->LifeToken();
+}
+
+uint64 CurrentIndex::PositionAt(uint64 place) const {
+    const Index* const index = Get();
+    if (index == nullptr) {
+        return place;
+    }
+    const std::vector<uint64>& order = index->GetRowOrder();
+    return place < order.size() ? order[place] : NoRow;
+}
+
+void CurrentIndex::Build(const DbTableDescr& descr, DbTableData& data) {
+    const std::vector<uint64> fields = FieldsOf(*Get(), descr);
+    // Stands for a row that is missing.
+    DbTableRow nothing(nullptr);
+    std::vector<DbTableRow*> rows(data.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        DbTableRow* const row = data.GetRow(static_cast<int>(i));
+        rows[i] = row == nullptr ? &nothing : row;
+    }
+    Get()->GetRowOrder() = OrderOfRows(rows, fields);
+}
+
+std::optional<uint64> CurrentIndex::Find(const DbTableDescr& descr, DbTableData& data,
+                                         const CComVariant* keys, uint64 count) {
+    Index& index = *Get();
+    std::vector<uint64> fields = FieldsOf(index, descr);
+    const std::vector<uint64>& order = std::as_const(index).GetRowOrder();
+    if (!index.m_ascendingTypes) {
+        index.m_ascendingTypes = AscendingTypes(order, fields, data);
+    }
+    fields.resize(std::min<uint64>(fields.size(), count));
+
+    const auto isEqual = [&](uint64 position) {
+        const DbTableRow* const row = RowAt(data, position);
+        return row != nullptr && DbTableRow::CompareEx(fields, keys, static_cast<int>(fields.size()), *row) ==
+                                     DbTableRow::CmpEqual;
+    };
+    auto found = order.begin();
+    Target target;
+    if (target.Set(keys, fields.size(), *index.m_ascendingTypes)) {
+        found = std::partition_point(order.begin(), order.end(), [&](uint64 position) {
+            const DbTableRow* const row = RowAt(data, position);
+            return row != nullptr && target.IsGreater(*row, fields);
+        });
+        if (found != order.end() && !isEqual(*found)) {
+            found = order.end();
+        }
+    } else {
+        found = std::find_if(order.begin(), order.end(), isEqual);
+    }
+    return found == order.end() ? std::nullopt : std::optional(static_cast<uint64>(found - order.begin()));
+}
+
+void CurrentIndex::RowDeleted(uint64 place, uint64 position) {
+    Index* const index = Get();
+    if (index == nullptr) {
+        return;
+    }
+    // Rows that ascend do so without one of them.
+    std::vector<uint64>& order = index->m_rowOrder;
+    if (place < order.size()) {
+        order.erase(order.begin() + static_cast<std::ptrdiff_t>(place));
+    }
+    for (uint64& entry : order) {
+        if (entry > position) {
+            --entry;
+        }
+    }
+}
+
+}  // namespace quillet

@@ -1,0 +1,35 @@
+#include "Quillet/cursor/RowCondition.h"
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/query/SqlText.h"
+
+namespace quillet {
+
+bool RowCondition::Read(DbDatabase& database, const CString& table, const DbTableDescr& structure,
+                        const CString& text) {
+    CString condition = text;
+    JoinLines(condition);
+    m_params.fields = {"*"};
+    m_params.tables = {table};
+    m_params.searched = &structure;
+    m_params.state = parser::QueryAnalysisParams::Where;
+    if (!database.AnalyzeSQL(condition, &m_params)) {
+        return false;
+    }
+    DbTableDescr* const descr = database.GetTableDescr(table);
+    if (descr == nullptr) {
+        return m_params.filters.empty();
+    }
+    // A text that names further tables may have had some of them read, and something done to this one.
+    m_filters = descr->TakeFilters(m_params.filters);
+    return m_filters.size() == m_params.filters.size();
+}
+
+bool RowCondition::Holds(const DbTableRow& row) {
+    for (const std::unique_ptr<DbFilter>& filter : m_filters) {
+        filter->Evaluate(row);
+    }
+    return m_params.clause->evaluate();
+}
+
+}  // namespace quillet

@@ -1,0 +1,103 @@
+// Reads the catalog document, whole or in the pieces that sequential reading cuts out.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <set>
+
+#include "Quillet/base/CString.h"
+#include "Quillet/xml/Node.h"
+
+class DbTableData;
+
+namespace quillet {
+
+namespace xml {
+class Document;
+}
+
+class Log;
+class Registry;
+class Omissions;
+
+// A table whose rows still stand in the file, and its name there.
+struct UnreadTable {
+    CString m_name;
+    DbTableData* m_data;
+    // Whether the log says that it was not reached.
+    bool m_isReported = false;
+};
+using Unread = std::deque<UnreadTable>;
+
+// What sequential reading found in a file, by the places where the elements begin.
+struct ScannedPlaces {
+    // How many tables the structures of header and body describe.
+    std::size_t m_described = 0;
+    // The structures and the list of the header's rows.
+    std::set<std::uint64_t> m_lists;
+    // The body's rows, by the lowered names of the tables.
+    std::map<CString, std::uint64_t> m_tables;
+};
+
+// What is passed over leaves a line in the log and is noted as an omission. Only running out of memory is
+// thrown, and what a member says.
+class DocumentReader {
+public:
+    DocumentReader(Registry& registry, Log& log, Omissions& omissions)
+        : m_registry(registry), m_log(log), m_omissions(omissions) {}
+
+    // Registers the tables of a file and reads their rows. A file that is no catalog leaves a line in the log
+    // and the tables that were read until the fault.
+    void ReadDatabase(const CString& path);
+
+    // Reads the rows of the unread tables from the whole of a file that was scanned; leaves those for which
+    // the file has none. Notes what else of the file nobody has read, and where scanning took something else
+    // for a part of the catalog, as what stands in a comment. What was read counts as unchanged.
+    void ReadUnread(const CString& path, const ScannedPlaces& scanned, Unread& unread);
+
+    // Registers the tables of a <structure> element's text; returns how many it describes. Text that is none
+    // leaves a line in the log.
+    std::size_t ReadStructureText(const CString& xml);
+
+    // Whether a <structure> element's text describes a table of that name.
+    static bool DescribesTable(const CString& xml, const CString& name);
+
+    // Reads the rows in a <data> element's text. Text that is none leaves a line in the log.
+    void ReadDataText(const CString& xml);
+
+    // Reads the rows of a <table> element's text into the table that it names. Throws DbException
+    // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
+    void ReadTableText(const CString& xml);
+
+    // The rows of a table for which none waits: it has no structure, or has rows already.
+    void OmitRows(const CString& name);
+
+    // The file is no complete catalog, for a reason that may be empty; nothing is omitted where it is blank.
+    void NoteUnreadable(const CString& path, const CString& why);
+
+    // The line about what is no complete catalog.
+    static constexpr const char* InvalidFormat = "Invalid xml database file format";
+
+private:
+    template <typename OnStructure, typename OnData>
+    void Walk(const xml::Document& document, OnStructure onStructure, OnData onData);
+    void NoteSiblings(const xml::Node& last, const char* parent);
+    void NotePassedOver(const xml::Node& node, const char* parent);
+    std::size_t ReadStructure(const xml::Node& structure);
+    void ReadData(const xml::Node& data);
+    void CheckList(const xml::Node& list, const ScannedPlaces& scanned);
+    void ReadUnreadData(const xml::Node& data, const ScannedPlaces& scanned, std::set<CString>& names,
+                        Unread& unread);
+    void NoteEntities(const xml::Document& document);
+    void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
+    void Omit(const CString& line, const DbTableData* table = nullptr);
+    void LogUnreadable(const CString& path, const xml::Document& document);
+
+    Registry& m_registry;
+    Log& m_log;
+    Omissions& m_omissions;
+};
+
+}  // namespace quillet

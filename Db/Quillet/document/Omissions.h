@@ -1,0 +1,44 @@
+// What a file holds and the model that was read from it does not.
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+#include "Quillet/base/CString.h"
+
+class DbTableData;
+
+namespace quillet {
+
+// Reading notes here what it passes over, so that the file is not overwritten without it. Lookups take time
+// in the number of omissions, of which a sound file has none.
+class Omissions {
+public:
+    // One line of text; table, where one is given, is the one that lacks something.
+    void Note(CString what, const DbTableData* table = nullptr) {
+        m_list.emplace_back(table, std::move(what));
+    }
+    // A program deletes the table, and what it lacks with it.
+    void Forget(const DbTableData* table) {
+        m_list.erase(std::remove_if(m_list.begin(), m_list.end(),
+                                    [&](const auto& omission) { return omission.first == table; }),
+                     m_list.end());
+    }
+    void Clear() { m_list.clear(); }
+    // Takes over what tables lack.
+    void AppendThoseOfTables(const Omissions& other) {
+        std::copy_if(other.m_list.begin(), other.m_list.end(), std::back_inserter(m_list),
+                     [](const auto& omission) { return omission.first != nullptr; });
+    }
+
+    bool IsEmpty() const { return m_list.empty(); }
+    // The first that was noted; empty where there is none.
+    CString First() const { return m_list.empty() ? CString() : m_list.front().second; }
+
+private:
+    std::vector<std::pair<const DbTableData*, CString>> m_list;
+};
+
+}  // namespace quillet

@@ -1,0 +1,30 @@
+// One handle of the driver manager.
+#pragma once
+
+#include "Quillet/platform/Odbc.h"
+
+namespace quillet::odbc {
+
+// Owns an environment, a connection or a statement; frees it when it goes.
+class Handle {
+public:
+    Handle() = default;
+    // A handle of the type that belongs to the parent, null for an environment. A failure is thrown as a
+    // DatabaseError with what the parent says.
+    Handle(SQLSMALLINT type, const Handle& parent);
+    Handle(Handle&& other) noexcept;
+    Handle& operator=(Handle&& other) noexcept;
+    ~Handle() { Free(); }
+
+    void Free();
+
+    SQLSMALLINT Type() const { return m_type; }
+    SQLHANDLE Get() const { return m_handle; }
+    explicit operator bool() const { return m_handle != nullptr; }
+
+private:
+    SQLSMALLINT m_type = 0;
+    SQLHANDLE m_handle = nullptr;
+};
+
+}  // namespace quillet::odbc

@@ -1,0 +1,21 @@
+// Dates as text in both directions. Private to this port.
+#pragma once
+
+#include "Quillet/platform/Text.h"
+#include "Quillet/platform/posix/Locale.h"
+
+namespace quillet::platform {
+
+// A date counts days since 1899-12-30; the fraction is the time of the day, also before that day. The years
+// 100 to 9999 have dates.
+bool IsDateInRange(double serial);
+
+// The short date of the locale, then the time where the date has a fraction. A date on day 0 is written as
+// its time alone. E_INVALIDARG where the date is out of range.
+HRESULT WriteDate(DATE date, const Locale& locale, WideString& text);
+
+// Reads a date of three numbers in the order of the locale or another in which they are one, a time, or date
+// and time. DISP_E_TYPEMISMATCH for anything else.
+HRESULT ReadDate(WideView text, const Locale& locale, DATE& date);
+
+}  // namespace quillet::platform

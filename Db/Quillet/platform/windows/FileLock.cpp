@@ -1,0 +1,95 @@
+// The lock is a file beside the one that it is for, which nobody else can open as long as it is held and
+// which the system removes with its last handle. On the file itself a lock would be in the way of its
+// replacement.
+#include "Quillet/platform/FileLock.h"
+
+#include <array>
+#include <charconv>
+
+#include "Quillet/platform/File.h"
+#include "Quillet/platform/FileNames.h"
+#include "Quillet/platform/windows/FileHandle.h"
+
+namespace quillet::platform {
+namespace {
+
+class WindowsFileLock final : public FileLock {
+public:
+    explicit WindowsFileLock(Handle file) : m_file(std::move(file)) {}
+
+private:
+    Handle m_file;
+};
+
+// The path of the lock of a file; the error, or ERROR_SUCCESS.
+DWORD LockPath(const std::string& path, WideString& lock) {
+    WideString wide;
+    const DWORD error = ToSystemPath(path, wide);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    const Handle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
+    if (!file.IsOpen()) {
+        return GetLastError();
+    }
+    // Where the file system can't tell, a link has a lock of its own.
+    const WideString final = FinalPath(file);
+    const WideString& target = final.empty() ? wide : final;
+    lock = PathBeside(target, NamesBeside(NameOf(target)) + ".lock");
+    return ERROR_SUCCESS;
+}
+
+Handle OpenLock(const WideString& lock) {
+    return Handle(CreateFileW(lock.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ, nullptr,
+                              OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+}
+
+// The holder has written its number into the lock. Nothing where it has not got so far, or is gone by now.
+std::optional<std::uint64_t> HolderOf(const WideString& lock) {
+    const Handle file = OpenExisting(lock, GENERIC_READ, FILE_ATTRIBUTE_NORMAL);
+    std::array<char, 16> text;
+    DWORD length = 0;
+    std::uint64_t process = 0;
+    const bool isRead =
+        file.IsOpen() && ReadFile(file.Get(), text.data(), text.size(), &length, nullptr) != 0;
+    const bool isNumber =
+        isRead && std::from_chars(text.data(), text.data() + length, process).ec == std::errc();
+    return isNumber ? std::optional(process) : std::nullopt;
+}
+
+}  // namespace
+
+std::unique_ptr<FileLock> FileLock::Try(const std::string& path, Refusal& refusal) {
+    WideString lock;
+    const DWORD error = LockPath(path, lock);
+    if (error != ERROR_SUCCESS) {
+        Fail(error, &refusal.m_why);
+        return nullptr;
+    }
+    Handle file = OpenLock(lock);
+    // A lock that is let go while somebody reads whose it is stays for that moment, and can't be opened.
+    constexpr int MostAttempts = 5;
+    constexpr DWORD MillisecondsBetween = 5;
+    for (int attempt = 1; !file.IsOpen() && GetLastError() == ERROR_ACCESS_DENIED && attempt < MostAttempts;
+         ++attempt) {
+        Sleep(MillisecondsBetween);
+        file = OpenLock(lock);
+    }
+    if (!file.IsOpen()) {
+        const DWORD refused = GetLastError();
+        refusal.m_isHeld = refused == ERROR_SHARING_VIOLATION;
+        if (refusal.m_isHeld) {
+            refusal.m_holder = HolderOf(lock);
+        } else {
+            Fail(refused, &refusal.m_why);
+        }
+        return nullptr;
+    }
+    const std::string process = std::to_string(GetCurrentProcessId());
+    DWORD written = 0;
+    static_cast<void>(
+        WriteFile(file.Get(), process.data(), static_cast<DWORD>(process.size()), &written, nullptr));
+    return std::make_unique<WindowsFileLock>(std::move(file));
+}
+
+}  // namespace quillet::platform

@@ -1,0 +1,383 @@
+#include "Quillet/query/QueryBuilder.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <numeric>
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/document/LazyReader.h"
+#include "Quillet/platform/Clock.h"
+#include "Quillet/query/QueryFields.h"
+#include "Quillet/query/SqlAnalyzer.h"
+#include "Quillet/query/SqlText.h"
+#include "Quillet/registry/Log.h"
+#include "Quillet/registry/Registry.h"
+#include "Quillet/rows/Distinct.h"
+#include "Quillet/rows/RowOrder.h"
+
+namespace quillet {
+
+namespace {
+
+using Params = parser::QueryAnalysisParams;
+
+// The stamp of no data.
+constexpr long NoStamp = std::numeric_limits<std::int32_t>::min();
+
+bool SelectsAll(const Params& params) {
+    return params.fields.front() == "*";
+}
+
+// Whether the answer is the source as it stands.
+bool IsWholeTable(const Params& params, const DbTableDescr& source) {
+    if (params.tables.size() != 1 || !params.conditions.empty() || !params.order.empty() || params.top >= 0) {
+        return false;
+    }
+    if (SelectsAll(params)) {
+        return true;
+    }
+    // Names in brackets are other names here.
+    const auto same = [](const CString& name, const DbFieldDescr* field) {
+        return name.CompareNoCase(field->GetName()) == 0;
+    };
+    return std::equal(params.fields.begin(), params.fields.end(), source.begin(), source.end(), same);
+}
+
+// The visible positions of the rows for which the clause holds, the first ones as far as the limit goes.
+std::vector<uint64> FindRows(const Params& params, DbTableDescr& descr, DbRows& rows) {
+    const uint64 limit = params.top < 0 ? rows.GetRowsCount() : static_cast<uint64>(params.top);
+    std::vector<uint64> found;
+    for (uint64 i = 0; i < rows.GetRowsCount() && found.size() < limit; ++i) {
+        const DbTableRow* const row = rows.GetRow(static_cast<int>(i));
+        if (row == nullptr) {
+            continue;
+        }
+        // Rows of a query may follow another descriptor than the one that is searched.
+        descr.Evaluate(*row);
+        if (params.clause->evaluate()) {
+            found.push_back(i);
+        }
+    }
+    return found;
+}
+
+std::vector<DbTableRow*> RowsAt(DbRows& rows, const std::vector<uint64>& positions) {
+    std::vector<DbTableRow*> list(positions.size());
+    std::transform(positions.begin(), positions.end(), list.begin(),
+                   [&](uint64 position) { return rows.GetRow(static_cast<int>(position)); });
+    return list;
+}
+
+// Keeps what stands at the places, in their order.
+void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
+    std::vector<uint64> picked(places.size());
+    std::transform(places.begin(), places.end(), picked.begin(),
+                   [&](uint64 place) { return positions[place]; });
+    positions = std::move(picked);
+}
+
+// Appends a row for each position, with copies of its cells.
+void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::vector<uint64>& fields,
+               DbRows& to) {
+    // The cells of some rows at a time are looked up before one is copied, so that the memory which holds
+    // them is on its way for all of them at once.
+    constexpr std::size_t RowsAtATime = 64;
+    std::vector<const DbFieldValue*> cells(RowsAtATime * fields.size());
+    to.AddRows(positions.size(), false);
+    for (std::size_t first = 0; first < positions.size(); first += RowsAtATime) {
+        const std::size_t end = std::min(first + RowsAtATime, positions.size());
+        auto found = cells.begin();
+        for (std::size_t i = first; i < end; ++i) {
+            const DbTableRow& row = *from.GetRow(static_cast<int>(positions[i]));
+            found = std::transform(fields.begin(), fields.end(), found,
+                                   [&](uint64 field) { return &row[field]; });
+        }
+        auto cell = cells.cbegin();
+        for (std::size_t i = first; i < end; ++i) {
+            DbTableRow& row = *to.GetRow(static_cast<int>(i));
+            for (std::size_t field = 0; field < fields.size(); ++field) {
+                row[field] = **cell++;
+            }
+        }
+    }
+}
+
+// Whether the entry's rows are computed from another's and are to be what they would be now.
+bool Follows(const DbTableInfo& entry) {
+    return entry.GetType() == DbTableInfo::Query && entry.GetRelated() != nullptr && !entry.IsJoin();
+}
+
+// Appends the fields at the positions, and drops the positions of those whose name is taken.
+void CopyFields(DbTableDescr& from, std::vector<uint64>& fields, DbTableDescr& to) {
+    const auto isTaken = [&](uint64 field) { return !to.CreateField(from[field]); };
+    fields.erase(std::remove_if(fields.begin(), fields.end(), isTaken), fields.end());
+}
+
+}  // namespace
+
+class QueryBuilder::Call {
+public:
+    explicit Call(QueryBuilder& builder) : m_builder(builder) { ++m_builder.m_depth; }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+    ~Call() {
+        if (--m_builder.m_depth == 0) {
+            m_builder.m_refreshed.clear();
+        }
+    }
+
+private:
+    QueryBuilder& m_builder;
+};
+
+bool QueryBuilder::Query(const CString& sql, CString& name) {
+    return Ask(sql, nullptr, name);
+}
+
+bool QueryBuilder::Analyze(const CString& sql, Params& params) {
+    const Call call(*this);
+    return SqlAnalyzer(m_database, *this, m_log, params).Analyze(sql);
+}
+
+bool QueryBuilder::Verify(const CString& sql) {
+    Params params;
+    if (!Analyze(sql, params)) {
+        return false;
+    }
+    RemoveFilters(params);
+    return true;
+}
+
+void QueryBuilder::Refresh(DbTableInfo& info) {
+    const Call call(*this);
+    for (DbTableInfo* const query : QueriesUpTo(info)) {
+        if (!m_refreshed.emplace(query, nullptr).second) {
+            continue;
+        }
+        if (!IsInStep(*query)) {
+            CString name;
+            Ask(query->GetSql(), query, name);
+        }
+        m_refreshed[query] = &LowestOf(*query);
+    }
+}
+
+void QueryBuilder::RefreshAll() {
+    const Call call(*this);
+    for (auto& [key, entry] : m_registry.All()) {
+        Refresh(entry);
+    }
+}
+
+std::vector<DbTableInfo*> QueryBuilder::QueriesUpTo(DbTableInfo& info) const {
+    std::vector<DbTableInfo*> queries;
+    for (DbTableInfo* query = &info; Follows(*query) && m_refreshed.count(query) == 0;
+         query = query->GetRelated()) {
+        queries.push_back(query);
+    }
+    std::reverse(queries.begin(), queries.end());
+    return queries;
+}
+
+const DbTableInfo& QueryBuilder::LowestOf(const DbTableInfo& query) const {
+    const auto source = m_refreshed.find(query.GetRelated());
+    return source == m_refreshed.end() || source->second == nullptr ? query.LowestQuery() : *source->second;
+}
+
+bool QueryBuilder::IsInStep(const DbTableInfo& query) const {
+    const DbTableInfo* const source = query.GetRelated();
+    const bool follows = source == nullptr || source->GetData() == nullptr ||
+                         query.GetSyncStamp() == source->GetData()->LatestStamp();
+    return follows && (source == nullptr || !Follows(*source) || LowestOf(query).IsQuerySync());
+}
+
+bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
+    // A query over several tables asks those behind the first from within itself.
+    constexpr std::size_t DeepestCall = 200;
+    const Call call(*this);
+    name = NextName();
+    CString text = sql;
+    JoinLines(text);
+    LowerOutsideQuotes(text);
+    if (text.Find("select") < 0) {
+        return FindTable(WithoutBrackets(text), name);
+    }
+    if (m_depth > DeepestCall) {
+        LogCycle(sql);
+        return false;
+    }
+    const double start = platform::CounterSeconds();
+    Params params;
+    if (!Analyze(text, params) || !Answer(sql, params, answer, name)) {
+        if (answer != nullptr) {
+            // Nobody asked for this text now, and it is tried again each time.
+            RemoveFilters(params);
+        }
+        return false;
+    }
+    RemoveFilters(params);
+    m_log.Print("Query '%s' processed in %.4f [s]", name.ToUtf8().c_str(),
+                platform::CounterSeconds() - start);
+    return true;
+}
+
+CString QueryBuilder::NextName() {
+    CString name;
+    name.Format("Query_%d", static_cast<int>(DbDatabase::m_queriesCount));
+    // Past the largest number the names start anew from the smallest, without undefined behaviour.
+    DbDatabase::m_queriesCount =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(DbDatabase::m_queriesCount) + 1U);
+    return name;
+}
+
+void QueryBuilder::LogCycle(const CString& sql) {
+    m_log.Print("Query '%s' stands on itself, or on too many other queries", sql.ToUtf8().c_str());
+}
+
+bool QueryBuilder::FindTable(const CString& text, CString& name) {
+    const DbTableInfo* const info = m_database.GetTableInfo(text);
+    if (info == nullptr) {
+        m_log.Print("SQL Analyze - table '%s' not found", text.ToUtf8().c_str());
+        return false;
+    }
+    name = info->GetName();
+    return true;
+}
+
+bool QueryBuilder::Answer(const CString& sql, const Params& params, DbTableInfo* answer, CString& name) {
+    DbTableInfo& source = *m_registry.Find(params.tables.front());
+    const bool isRefresh = answer != nullptr;
+    if (!isRefresh) {
+        answer = m_registry.FindQuery(sql);
+    }
+    if (answer != nullptr) {
+        // A source that it stands on already does not stand on it, unless they share what they hold.
+        const bool mayBeBelow = answer->GetRelated() != &source || m_registry.IsShared(*answer);
+        if (mayBeBelow && source.StandsOn(*answer)) {
+            LogCycle(sql);
+            return false;
+        }
+        name = answer->GetName();
+        if (!isRefresh && params.tables.size() == 1 && answer->GetRelated() == &source && IsInStep(*answer)) {
+            return true;
+        }
+    }
+    if (!isRefresh && IsWholeTable(params, *source.GetDescr())) {
+        name = source.GetName();
+        return true;
+    }
+    if (!params.clause->IsValid()) {
+        return false;
+    }
+    while (answer == nullptr && m_registry.Find(name) != nullptr) {
+        name = NextName();
+    }
+    return Build(sql, params, source, answer, name);
+}
+
+bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& source, DbTableInfo* answer,
+                         const CString& name) {
+    DbTableDescr& descr = *source.GetDescr();
+    std::vector<uint64> fields;
+    std::vector<uint64> order;
+    if (SelectsAll(params)) {
+        fields.resize(descr.size());
+        std::iota(fields.begin(), fields.end(), uint64{0});
+    } else if (!FindFields(params, params.fields, descr, fields)) {
+        return false;
+    }
+    if (!FindFields(params, params.order, descr, order)) {
+        return false;
+    }
+
+    m_reader.ReadUntil(source.GetData());
+    if (!source.GetData()->ParseXmlData()) {
+        m_log.Add(UnreadRowsLine(params.tables.front(), m_reader.LastReadError()));
+        return false;
+    }
+    DbRows& rows = *source.GetData()->GetRows();
+    const long stamp = source.GetData()->LatestStamp();
+    std::vector<uint64> found = FindRows(params, descr, rows);
+    if (!order.empty()) {
+        Pick(OrderOfRows(RowsAt(rows, found), order), found);
+        if (params.desc) {
+            std::reverse(found.begin(), found.end());
+        }
+    }
+    if (params.distinct) {
+        Pick(DistinctRows(RowsAt(rows, found), fields), found);
+    }
+
+    const bool isStampKnown = source.GetData()->IsLatestStampKnown();
+    if (answer == nullptr) {
+        // An answer that can't be finished is never registered.
+        auto newDescr = std::make_unique<DbTableDescr>(&m_database);
+        auto newData = std::make_unique<DbTableData>(&m_database, newDescr.get());
+        Fill(*newDescr, *newData, params, descr, rows, fields, found);
+        answer = m_registry.Create(name, DbTableInfo::Query, newDescr.get(), newData.get(), sql, &source);
+        static_cast<void>(newDescr.release());
+        static_cast<void>(newData.release());
+    } else {
+        // Nor is one in step.
+        answer->SetSyncStamp(NoStamp);
+        m_registry.Renew(*answer, source);
+        Fill(*answer->GetDescr(), *answer->GetData(), params, descr, rows, fields, found);
+    }
+    if (isStampKnown) {
+        source.GetData()->ConfirmLatestStamp();
+    }
+    answer->SetSyncStamp(stamp);
+    // An answer is no change of the catalog.
+    answer->GetDescr()->Sync();
+    answer->GetData()->Sync();
+    return true;
+}
+
+void QueryBuilder::Fill(DbTableDescr& toDescr, DbTableData& toData, const Params& params, DbTableDescr& descr,
+                        DbRows& rows, std::vector<uint64>& fields, std::vector<uint64>& found) {
+    if (!SelectsAll(params)) {
+        CopyFields(descr, fields, toDescr);
+        CopyCells(rows, found, fields, *toData.GetRows());
+        return;
+    }
+    // Rows show their cells by position, so every field is there, whatever its name.
+    for (const DbFieldDescr* const field : descr) {
+        toDescr.AppendField(*field);
+    }
+    for (uint64& position : found) {
+        position = rows.GetStoragePosition(position);
+    }
+    toData.Bind(rows.GetLender(), found);
+}
+
+bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& names,
+                              const DbTableDescr& descr, std::vector<uint64>& fields) {
+    const QueryFields known(descr);
+    std::vector<bool> isFound(descr.size());
+    for (const CString& name : names) {
+        const int field = known.Find(name);
+        if (field < 0) {
+            m_log.Add(NoFieldLine(name, params.tables.front()));
+            return false;
+        }
+        const auto position = static_cast<std::size_t>(field);
+        if (!isFound[position]) {
+            isFound[position] = true;
+            fields.push_back(position);
+        }
+    }
+    return true;
+}
+
+void QueryBuilder::RemoveFilters(const Params& params) {
+    if (params.filters.empty()) {
+        return;
+    }
+    if (const DbTableInfo* const source = m_registry.Find(params.tables.front())) {
+        source->GetDescr()->TakeFilters(params.filters);
+    }
+}
+
+}  // namespace quillet

@@ -1,0 +1,81 @@
+// Answers query texts.
+#pragma once
+
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+#include "Quillet/Db_QueryAnalysisParams.h"
+#include "Quillet/Db_TableInfo.h"
+
+class DbDatabase;
+class DbRows;
+class DbTableData;
+class DbTableDescr;
+
+namespace quillet {
+
+class LazyReader;
+class Log;
+class Registry;
+
+// Finds the rows that a query asks for, puts them in order, and makes them a table of the database.
+class QueryBuilder {
+public:
+    QueryBuilder(DbDatabase& database, Registry& registry, LazyReader& reader, Log& log)
+        : m_database(database), m_registry(registry), m_reader(reader), m_log(log) {}
+
+    // See the members of DbDatabase.
+    bool Query(const CString& sql, CString& name);
+    bool Analyze(const CString& sql, parser::QueryAnalysisParams& params);
+    bool Verify(const CString& sql);
+
+    // Answers a query again that is out of step with what it stands on, and before it the queries that it
+    // stands on; nothing for any other entry.
+    void Refresh(DbTableInfo& info);
+    void RefreshAll();
+
+private:
+    class Call;
+
+    // The entry and the queries that it stands on, down to one that is in m_refreshed; the lowest first.
+    std::vector<DbTableInfo*> QueriesUpTo(DbTableInfo& info) const;
+    // The lowest of the queries that a query stands on, or it itself.
+    const DbTableInfo& LowestOf(const DbTableInfo& query) const;
+    // Whether the rows are those that the query would give now: nothing happened to its source since, nor to
+    // the table below a source that is a query.
+    bool IsInStep(const DbTableInfo& query) const;
+
+    // Fills the given query table, or finds out which table answers.
+    bool Ask(const CString& sql, DbTableInfo* answer, CString& name);
+    static CString NextName();
+    void LogCycle(const CString& sql);
+    bool FindTable(const CString& text, CString& name);
+    bool Answer(const CString& sql, const parser::QueryAnalysisParams& params, DbTableInfo* answer,
+                CString& name);
+    bool Build(const CString& sql, const parser::QueryAnalysisParams& params, DbTableInfo& source,
+               DbTableInfo* answer, const CString& name);
+    // found holds visible positions and is used up; so is fields.
+    static void Fill(DbTableDescr& toDescr, DbTableData& toData, const parser::QueryAnalysisParams& params,
+                     DbTableDescr& descr, DbRows& rows, std::vector<uint64>& fields,
+                     std::vector<uint64>& found);
+    // The positions of the fields, each once. False, with a line in the log, where a name is no field.
+    bool FindFields(const parser::QueryAnalysisParams& params, const std::vector<CString>& names,
+                    const DbTableDescr& descr, std::vector<uint64>& fields);
+    // Deletes the filters of an analysis.
+    void RemoveFilters(const parser::QueryAnalysisParams& params);
+
+    DbDatabase& m_database;
+    Registry& m_registry;
+    LazyReader& m_reader;
+    Log& m_log;
+    // How many calls stand in each other.
+    std::size_t m_depth = 0;
+    // What the outermost call has brought up to date, or tried to, and the lowest query that each stands on;
+    // null while it is being tried. Where an entry is here, so are the queries below it. They stay as they
+    // are until that call is over: neither does the structure of an analysis change, nor does a query that
+    // can't be answered cost more than one try.
+    std::unordered_map<const DbTableInfo*, const DbTableInfo*> m_refreshed;
+};
+
+}  // namespace quillet

@@ -1,0 +1,162 @@
+#include "Quillet/query/SqlText.h"
+
+#include <algorithm>
+
+namespace quillet {
+
+namespace {
+
+constexpr WideView QuoteMarks = OLESTR("'\"\uFF91");
+constexpr WideView Operators = OLESTR("*)(<>=");
+
+bool IsOneOf(WideView marks, WCHAR unit) {
+    return marks.find(unit) != WideView::npos;
+}
+
+// Whether the two characters are one operator.
+bool IsPair(WCHAR first, WCHAR second) {
+    return (second == '=' && IsOneOf(OLESTR("<>="), first)) || (first == '<' && second == '>');
+}
+
+// The position after the stretch that a quotation mark opens at the position.
+std::size_t EndOfQuote(WideView text, std::size_t open) {
+    const std::size_t close = text.find(text[open], open + 1);
+    return close == WideView::npos ? text.size() : close + 1;
+}
+
+}  // namespace
+
+CString WithoutBrackets(CString name) {
+    if (!name.IsEmpty() && name[name.GetLength() - 1] == ']') {
+        name = name.Left(name.GetLength() - 1);
+    }
+    if (!name.IsEmpty() && name[0] == '[') {
+        name = name.Mid(1);
+    }
+    return name;
+}
+
+CString WithoutQuotes(const CString& text) {
+    WideView view = text.View();
+    if (!view.empty() && IsOneOf(QuoteMarks, view.front())) {
+        view.remove_prefix(1);
+    }
+    if (!view.empty() && IsOneOf(QuoteMarks, view.back())) {
+        view.remove_suffix(1);
+    }
+    return CString(view);
+}
+
+void JoinLines(CString& text) {
+    text.Replace("\r", " ");
+    text.Replace("\n", " ");
+}
+
+void LowerOutsideQuotes(CString& text) {
+    const WideString source(text.View());
+    CString result;
+    std::size_t position = 0;
+    while (position < source.size()) {
+        const std::size_t open = std::min(source.find_first_of(QuoteMarks, position), source.size());
+        result += Lowered(CString(WideView(source).substr(position, open - position)));
+        if (open == source.size()) {
+            break;
+        }
+        const std::size_t end = EndOfQuote(source, open);
+        result += CString(WideView(source).substr(open, end - open));
+        position = end;
+    }
+    text = result;
+}
+
+CString WithBlanksAroundOperators(const CString& sql) {
+    constexpr std::size_t LeftAlone = 2;
+    const WideView text = sql.View();
+    WideString result;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const WCHAR unit = text[at];
+        if (IsOneOf(QuoteMarks, unit)) {
+            const std::size_t end = EndOfQuote(text, at);
+            result += text.substr(at, end - at);
+            at = end;
+            continue;
+        }
+        if (!IsOneOf(Operators, unit)) {
+            result += unit;
+            ++at;
+            continue;
+        }
+        const WCHAR next = at + 1 < text.size() ? text[at + 1] : WCHAR(0);
+        const std::size_t length = IsPair(unit, next) ? 2 : 1;
+        const WideView partners = length == 2 ? OLESTR("!") : OLESTR("=<>!");
+        const bool joins = unit == '=' && !result.empty() && IsOneOf(partners, result.back());
+        if (at >= LeftAlone && !joins && result.back() != ' ') {
+            result += ' ';
+        }
+        result += text.substr(at, length);
+        at += length;
+        const bool isJoined = unit == '=' && length == 1 && IsOneOf(OLESTR("<>!"), next);
+        if (at > LeftAlone && at < text.size() && text[at] != ' ' && !isJoined) {
+            result += ' ';
+        }
+    }
+    return CString(WideView(result));
+}
+
+CString SpacedName(const CString& name, bool isAtBeginning) {
+    const CString front = isAtBeginning ? "[" : "  [";
+    const CString text = WithBlanksAroundOperators(front + name + "]");
+    return text.Mid(front.GetLength(), text.GetLength() - front.GetLength() - 1);
+}
+
+bool HoldsOperator(const CString& text) {
+    return text.View().find_first_of(Operators) != WideView::npos;
+}
+
+CString NoTableLine(const CString& table) {
+    CString line;
+    line.Format("SQL Analyze - no table '%s' found", table.ToUtf8().c_str());
+    return line;
+}
+
+CString NoFieldLine(const CString& field, const CString& table) {
+    CString line;
+    line.Format("SQL Analyze - no '%s' field found in '%s' table", field.ToUtf8().c_str(),
+                table.ToUtf8().c_str());
+    return line;
+}
+
+CString UnreadRowsLine(const CString& table, const CString& why) {
+    CString line;
+    line.Format("SQL Analyze - the rows of '%s' can't be read: %s", table.ToUtf8().c_str(),
+                why.ToUtf8().c_str());
+    return line;
+}
+
+bool SqlTokens::Next() {
+    WCHAR closing = 0;
+    while (!m_atEnd) {
+        m_atEnd = m_position == m_text.size();
+        const WCHAR unit = m_atEnd ? WCHAR(' ') : m_text[m_position];
+        ++m_position;
+        if (!m_atEnd && closing != 0) {
+            m_token += unit;
+            closing = unit == closing ? WCHAR(0) : closing;
+        } else if (m_atEnd || IsOneOf(OLESTR(" ,;"), unit)) {
+            if (!m_token.empty()) {
+                return true;
+            }
+        } else {
+            if (unit == '[') {
+                closing = ']';
+            } else if (IsOneOf(QuoteMarks, unit)) {
+                closing = unit;
+            }
+            m_token += unit;
+        }
+    }
+    return false;
+}
+
+}  // namespace quillet

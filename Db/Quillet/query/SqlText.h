@@ -1,0 +1,63 @@
+// How names and query texts are written.
+#pragma once
+
+#include <cstddef>
+
+#include "Quillet/base/CString.h"
+
+namespace quillet {
+
+// The name without one closing bracket at its end and one opening bracket at its beginning.
+QUILLET_API CString WithoutBrackets(CString name);
+
+// The text without one quote mark (', " or U+FF91) at its beginning and one at its end; they need not match,
+// and either may be missing.
+QUILLET_API CString WithoutQuotes(const CString& text);
+
+// Puts a blank in place of every carriage return and line feed.
+QUILLET_API void JoinLines(CString& text);
+
+// Lowers the text outside quoted stretches. A stretch opens with ', " or U+FF91 and closes at the next
+// occurrence of the same character.
+QUILLET_API void LowerOutsideQuotes(CString& text);
+
+// Puts blanks around the operators * ) ( < > = outside quoted stretches, so that each is a token of its own.
+// <=, >=, == and <> stay together, and so does != after a blank. The first two characters are left alone.
+QUILLET_API CString WithBlanksAroundOperators(const CString& sql);
+
+// A name as it comes out of a query text in which it stands in square brackets: with blanks around operators.
+// At the beginning of the text the first character of the name is left alone.
+QUILLET_API CString SpacedName(const CString& name, bool isAtBeginning);
+
+// Whether blanks may have been put into the text.
+bool HoldsOperator(const CString& text);
+
+// The lines of the log about a name in a query text that means nothing.
+CString NoTableLine(const CString& table);
+CString NoFieldLine(const CString& field, const CString& table);
+
+// The line about a table whose rows can't be read, for the reason given.
+CString UnreadRowsLine(const CString& table, const CString& why);
+
+// Cuts a query text into tokens at blanks, commas and semicolons. A token may hold quoted stretches, in ', ",
+// [ ] or U+FF91, in which nothing separates; the quotation marks stay.
+class QUILLET_API SqlTokens {
+public:
+    // The text must live as long as this object.
+    explicit SqlTokens(WideView text) : m_text(text) {}
+
+    // Reads on to the end of the token. False when the text is at its end.
+    bool Next();
+    // The token, never empty; valid until the next call.
+    WideView Token() const { return m_token; }
+    // Forgets the token. One that is not dropped is the beginning of the next.
+    void Drop() { m_token.clear(); }
+
+private:
+    WideView m_text;
+    std::size_t m_position = 0;
+    bool m_atEnd = false;
+    WideString m_token;
+};
+
+}  // namespace quillet

@@ -1,0 +1,123 @@
+// Which tables a database has: by name, and by index in the order of creation.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+#include "Quillet/Db_TableInfo.h"
+
+class DbDatabase;
+class DbItem;
+
+namespace quillet {
+
+class Log;
+
+// Owns the structure and the contents of every table. Entries stay where they are until they are deleted.
+// Whatever makes, renames or deletes does so wholly, or throws std::bad_alloc and changes nothing.
+class Registry {
+public:
+    // Ordered by the lowered name.
+    using Entries = std::map<CString, DbTableInfo>;
+
+    Registry(DbDatabase& owner, Log& log) : m_owner(owner), m_log(log) {}
+    Registry(const Registry&) = delete;
+    Registry& operator=(const Registry&) = delete;
+    ~Registry() { Clear(); }
+
+    // The one place where tables and queries come into being. Null, with a line in the log, where the name is
+    // taken; nothing is taken over then. A null structure or null contents are made.
+    DbTableInfo* Create(const CString& name, DbTableInfo::eType type, DbTableDescr* descr, DbTableData* data,
+                        const CString& sql, DbTableInfo* related);
+    DbTableInfo* Create(const CString& name, DbTableInfo::eType type, const CString& sql,
+                        DbTableInfo* related);
+    // A query whose text is its name, and that follows nothing.
+    DbTableInfo* CreateJoin(const CString& name, DbTableInfo& first);
+
+    // Deletes every entry that stands on the named one, and that one, with structure and contents; later
+    // tables move up.
+    void DeleteWithRelated(const CString& name);
+    // Deletes every query, joins too, and returns how many there were.
+    std::size_t DeleteQueries();
+    void Clear();
+    // See DbDatabase::RenameTable.
+    void Rename(const CString& oldName, const CString& newName);
+
+    // Empties a query that is to be filled anew, from the source on which it stands from now on. The filters
+    // of its structure stay: whoever made them may hold them.
+    static void Renew(DbTableInfo& query, DbTableInfo& source);
+
+    DbTableInfo* Find(const CString& name);
+    DbTableInfo* Find(const DbTableData* data);
+    // The query that has the text and is no join; of several the one whose lowered name comes first. Null
+    // where there is none.
+    DbTableInfo* FindQuery(const CString& sql);
+    // Whether another table has the same structure or contents.
+    bool IsShared(const DbTableInfo& info) const;
+
+    std::size_t Count() const { return m_tables.size(); }
+    // The positions must be below Count.
+    const CString& NameAt(std::size_t index) const { return m_tables[index].m_name; }
+    DbTableDescr* DescrAt(std::size_t index) const { return m_tables[index].m_descr; }
+    DbTableData* DataAt(std::size_t index) const { return m_tables[index].m_data; }
+
+    Entries& All() { return m_entries; }
+    // The contents of all tables that follow the descriptor, each once.
+    std::vector<DbTableData*> DataOf(const DbTableDescr& descr) const;
+
+private:
+    struct Table {
+        CString m_name;
+        CString m_lowered;
+        // Null from the moment that the table goes.
+        DbTableDescr* m_descr = nullptr;
+        DbTableData* m_data = nullptr;
+        // The table's own entry; null where a rename left it without one.
+        DbTableInfo* m_entry = nullptr;
+    };
+    // How many tables show some contents, and the entry of the one where it is known.
+    struct Use {
+        std::size_t m_tables = 0;
+        DbTableInfo* m_entry = nullptr;
+    };
+    // The queries of one text by their lowered names.
+    using Queries = std::map<CString, DbTableInfo*>;
+
+    DbTableInfo* Register(DbTableInfo info);
+    void MakeRoomForOne();
+    // Structure and contents of a table that comes; one that goes leaves what nobody uses any more.
+    void TakeUp(DbTableDescr* descr, DbTableData* data);
+    void Drop(Table& table);
+    // Whether nobody uses the object any more.
+    bool LetGoOf(DbTableDescr* descr, const DbTableData* follower);
+    bool LetGoOf(DbTableData* data);
+    std::size_t UsesOf(const DbTableDescr* descr) const;
+    std::size_t UsesOf(const DbTableData* data) const;
+    void DeleteLeaving();
+    void Delete(const std::vector<DbTableInfo*>& doomed);
+    // The entry goes, or goes by another name, and the table that it was made for may stay.
+    void Forget(const DbTableInfo& entry);
+    void AddText(Entries::iterator query);
+    void RemoveText(Entries::iterator query);
+    std::size_t IndexOf(const DbTableInfo& info) const;
+    std::vector<DbTableInfo*> StandingOn(DbTableInfo& doomed);
+    void RenumberFrom(std::size_t index);
+
+    DbDatabase& m_owner;
+    Log& m_log;
+    // In the order of creation.
+    std::vector<Table> m_tables;
+    Entries m_entries;
+    // The contents that follow each structure, one for each table, in the order of creation.
+    std::unordered_map<const DbTableDescr*, std::vector<DbTableData*>> m_followers;
+    std::unordered_map<const DbTableData*, Use> m_uses;
+    // The queries of each text, but joins.
+    std::unordered_map<CString, Queries> m_queries;
+    // What is deleted next. There is always room for all structures and contents, so that nothing that goes
+    // needs memory.
+    std::vector<DbItem*> m_leaving;
+};
+
+}  // namespace quillet

@@ -1,0 +1,71 @@
+#include "Quillet/registry/Upcalls.h"
+
+#include <vector>
+
+#include "Quillet/Db_Database.h"
+#include "Quillet/document/LazyReader.h"
+#include "Quillet/registry/Log.h"
+#include "Quillet/registry/Registry.h"
+
+namespace quillet {
+
+void Upcalls::Log(DbItem* item, const CString& line) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        database->m_log->Add(line);
+    }
+}
+
+bool Upcalls::HasBegunToRead(DbItem* item) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    return database != nullptr && database->m_reader->HasBegun();
+}
+
+void Upcalls::FieldsWillChange(DbItem* item, const DbTableDescr& descr) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        for (DbTableData* const data : database->m_registry->DataOf(descr)) {
+            database->m_reader->ReadUntil(data);
+            data->ParseXmlData();
+        }
+    }
+}
+
+void Upcalls::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 index, bool added) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        const std::vector<DbTableData*> followers = database->m_registry->DataOf(descr);
+        if (!added) {
+            for (DbTableData* const data : followers) {
+                data->Update(index, false);
+            }
+            return;
+        }
+        // All of them follow, or none.
+        std::vector<DbRows::NewCells> cells;
+        cells.reserve(followers.size());
+        for (DbTableData* const data : followers) {
+            cells.emplace_back(*data->m_rows, index);
+        }
+        for (DbRows::NewCells& made : cells) {
+            made.Insert();
+        }
+    }
+}
+
+bool Upcalls::ParseRows(DbItem* item, const DbTableData& data, const CString& xml) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    if (database != nullptr) {
+        database->m_reader->ParseRows(data, xml);
+    }
+    return database != nullptr;
+}
+
+CString Upcalls::TableName(DbItem* item, const DbTableData& data) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    const DbTableInfo* const info = database == nullptr ? nullptr : database->m_registry->Find(&data);
+    return info == nullptr ? CString() : info->GetName();
+}
+
+void Upcalls::LetGo(DbDatabase& database, const std::vector<DbItem*>& items) {
+    database.ReleaseChildren(items.begin(), items.end());
+}
+
+}  // namespace quillet

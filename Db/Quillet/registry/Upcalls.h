@@ -1,0 +1,41 @@
+// What the lower classes of the model tell the database that they belong to. An item that belongs to none
+// tells nobody.
+#pragma once
+
+#include <vector>
+
+#include "Quillet/base/CString.h"
+
+class DbDatabase;
+class DbItem;
+class DbTableData;
+class DbTableDescr;
+
+namespace quillet {
+
+class Upcalls {
+public:
+    // Whether the database has begun to read its source.
+    static bool HasBegunToRead(DbItem* database);
+
+    // Appends a line to the log of the database that item is; nothing for any other item.
+    static void Log(DbItem* item, const CString& line);
+
+    // The fields of the descriptor are about to change: rows that wait to be read are read now.
+    static void FieldsWillChange(DbItem* database, const DbTableDescr& descr);
+
+    // A field was added at the index, or removed from there: the rows follow. Where it throws, none did.
+    static void FieldsChanged(DbItem* database, const DbTableDescr& descr, uint64 index, bool added);
+
+    // Reads the rows in the XML text that a table kept into the table that it names; throws as
+    // DbDatabase::ParseXmlTableData. False where there is no database to read them.
+    static bool ParseRows(DbItem* database, const DbTableData& data, const CString& xml);
+
+    // The name under which the data is registered; empty for none.
+    static CString TableName(DbItem* database, const DbTableData& data);
+
+    // The database lets go of items that are deleted next, so that none is searched for among the others.
+    static void LetGo(DbDatabase& database, const std::vector<DbItem*>& items);
+};
+
+}  // namespace quillet

@@ -1,0 +1,157 @@
+// Each field's values become classes, numbers that are the same for equal values. Rows are then told apart by
+// the numbers alone, except where a class may hold different values, or a value may equal others outside of
+// its class.
+#include "Quillet/rows/Distinct.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Quillet/rows/EqualityClasses.h"
+
+namespace quillet {
+
+namespace {
+
+// What is known of the rows: equal rows of whose classes we are sure are in one group, and such a group holds
+// only equal rows.
+struct Groups {
+    // How far the group of a row can be relied on.
+    enum class Trust : std::uint8_t {
+        Sure,
+        // Rows of the group may differ.
+        NotInside,
+        // Rows of other groups may be equal.
+        Nowhere,
+    };
+
+    std::vector<std::uint32_t> m_ofRow;
+    std::vector<Trust> m_trust;
+    std::size_t m_count = 1;
+};
+
+void Distrust(Groups& groups, const EqualityClasses& classes, const std::vector<std::uint32_t>& ofRow) {
+    for (std::size_t row = 0; row < ofRow.size(); ++row) {
+        if (ofRow[row] == EqualityClasses::Any) {
+            groups.m_trust[row] = Groups::Trust::Nowhere;
+        } else if (classes.IsLoose(ofRow[row])) {
+            groups.m_trust[row] = std::max(groups.m_trust[row], Groups::Trust::NotInside);
+        }
+    }
+}
+
+void Divide(Groups& groups, const std::vector<std::uint32_t>& ofRow) {
+    constexpr unsigned HighHalf = 32;
+    Numbering<std::uint64_t> pairs;
+    for (std::size_t row = 0; row < ofRow.size(); ++row) {
+        groups.m_ofRow[row] =
+            pairs.NumberOf(std::uint64_t{groups.m_ofRow[row]} << HighHalf | std::uint64_t{ofRow[row]});
+    }
+    groups.m_count = pairs.Keys().size();
+}
+
+Groups GroupsOf(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
+    Groups groups{std::vector<std::uint32_t>(rows.size()), std::vector<Groups::Trust>(rows.size())};
+    std::vector<std::uint32_t> ofRow(rows.size());
+    // The values of some rows at a time are looked up before one is classed, so that the memory which holds
+    // them is on its way for all of them at once.
+    constexpr std::size_t RowsAtATime = 64;
+    std::array<const CComVariant*, RowsAtATime> values = {};
+    for (const uint64 field : fields) {
+        EqualityClasses classes;
+        for (std::size_t first = 0; first < rows.size(); first += RowsAtATime) {
+            const auto some = rows.subspan(first, std::min(RowsAtATime, rows.size() - first));
+            const auto end =
+                std::transform(some.begin(), some.end(), values.begin(),
+                               [&](const DbTableRow* row) { return &row->GetField(field).GetVariant(); });
+            std::transform(values.begin(), end, ofRow.begin() + static_cast<std::ptrdiff_t>(first),
+                           [&](const CComVariant* value) { return classes.ClassOf(*value); });
+        }
+        if (!classes.AreSure()) {
+            Distrust(groups, classes, ofRow);
+            Divide(groups, ofRow);
+        } else if (groups.m_count > 1) {
+            Divide(groups, ofRow);
+        } else {
+            groups.m_ofRow.swap(ofRow);
+            groups.m_count = classes.Count();
+        }
+    }
+    return groups;
+}
+
+// Takes the rows in turn and keeps those that equal none kept before.
+class Selection {
+public:
+    Selection(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields)
+        : m_rows(rows), m_fields(fields), m_groups(GroupsOf(rows, fields)), m_last(m_groups.m_count, None) {}
+
+    std::vector<uint64> Take() {
+        for (std::size_t row = 0; row < m_rows.size(); ++row) {
+            if (!IsRepetition(row)) {
+                Keep(row);
+            }
+        }
+        return std::move(m_kept);
+    }
+
+private:
+    static constexpr std::uint32_t None = UINT32_MAX;
+
+    bool AreEqual(std::size_t left, uint64 right) const {
+        return std::all_of(m_fields.begin(), m_fields.end(), [&](uint64 field) {
+            const DbTableRow& leftRow = *m_rows[left];
+            const DbTableRow& rightRow = *m_rows[right];
+            return leftRow.GetField(field).GetVariant() == rightRow.GetField(field).GetVariant();
+        });
+    }
+
+    bool IsAmong(std::size_t row, const std::vector<uint64>& kept) const {
+        return std::any_of(kept.begin(), kept.end(), [&](uint64 other) { return AreEqual(row, other); });
+    }
+
+    bool IsInGroup(std::size_t row) const {
+        std::uint32_t kept = m_last[m_groups.m_ofRow[row]];
+        if (m_groups.m_trust[row] == Groups::Trust::Sure) {
+            return kept != None;
+        }
+        while (kept != None && !AreEqual(row, m_kept[kept])) {
+            kept = m_before[kept];
+        }
+        return kept != None;
+    }
+
+    bool IsRepetition(std::size_t row) const {
+        if (m_groups.m_trust[row] == Groups::Trust::Nowhere) {
+            return IsAmong(row, m_kept);
+        }
+        return IsInGroup(row) || IsAmong(row, m_keptAnywhere);
+    }
+
+    void Keep(std::size_t row) {
+        std::uint32_t& last = m_last[m_groups.m_ofRow[row]];
+        m_before.push_back(last);
+        last = static_cast<std::uint32_t>(m_kept.size());
+        m_kept.push_back(row);
+        if (m_groups.m_trust[row] == Groups::Trust::Nowhere) {
+            m_keptAnywhere.push_back(row);
+        }
+    }
+
+    std::span<DbTableRow* const> m_rows;
+    const std::vector<uint64>& m_fields;
+    Groups m_groups;
+    std::vector<uint64> m_kept;
+    // The kept rows whose groups say nothing.
+    std::vector<uint64> m_keptAnywhere;
+    // Indexes of kept rows: the last of each group, and for each kept row the one of its group before.
+    std::vector<std::uint32_t> m_last;
+    std::vector<std::uint32_t> m_before;
+};
+
+}  // namespace
+
+std::vector<uint64> DistinctRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
+    return Selection(rows, fields).Take();
+}
+
+}  // namespace quillet

@@ -1,0 +1,83 @@
+// Which values are equal, told by numbers.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/rows/Numbering.h"
+
+namespace quillet {
+
+// Gives values classes, numbers that count from 0: values that are equal by operator== have the same, as far
+// as that can be told from a value alone. Texts that were given must outlive the object.
+class EqualityClasses {
+public:
+    // In place of a class: the value may equal values of any class.
+    static constexpr std::uint32_t Any = UINT32_MAX;
+
+    std::uint32_t ClassOf(const CComVariant& value);
+
+    std::size_t Count() const { return m_isLoose.size(); }
+    // Whether equal values, and only they, share a class. This and the next are known once all values came.
+    bool AreSure() const { return m_areSure; }
+    // Whether the class may hold values that differ.
+    bool IsLoose(std::uint32_t number) const { return m_isLoose[number]; }
+
+private:
+    // A number's value and type. Numbers that compare equal have equal keys.
+    struct NumberKey {
+        std::uint64_t m_bits;
+        VARTYPE m_type;
+
+        friend bool operator==(const NumberKey&, const NumberKey&) = default;
+    };
+    struct HashNumberKey {
+        std::size_t operator()(const NumberKey& key) const {
+            return static_cast<std::size_t>(key.m_bits + key.m_type);
+        }
+    };
+
+    static std::uint64_t BitsOf(double number);
+    static std::uint64_t BitsOf(LONGLONG number) { return static_cast<std::uint64_t>(number); }
+    // None for what is no number.
+    static std::optional<NumberKey> KeyOf(const CComVariant& value);
+
+    std::uint32_t NewClass();
+    std::uint32_t AnyClass();
+    std::uint32_t OneClass(std::optional<std::uint32_t>& number);
+    std::uint32_t ClassOfText(WideView text);
+    std::uint32_t ClassOfNewText(WideView text);
+
+    std::vector<bool> m_isLoose;
+    bool m_areSure = true;
+    std::optional<std::uint32_t> m_empty;
+    std::optional<std::uint32_t> m_null;
+    Numbering<NumberKey, HashNumberKey> m_numbers;
+    std::vector<std::uint32_t> m_ofNumber;
+    Numbering<std::string_view> m_texts;
+    std::vector<std::uint32_t> m_ofText;
+    Numbering<std::string> m_keys;
+    std::vector<std::uint32_t> m_ofKey;
+    std::string m_key;
+};
+
+// The same for equality as the operator = of a field of texts has it: values share a class exactly when they
+// are equal as texts without regard to case, or both null. What has no text has a class of its own each time.
+class TextClasses {
+public:
+    std::uint32_t ClassOf(const CComVariant& value);
+    std::size_t Count() const { return m_count; }
+
+private:
+    std::uint32_t m_count = 0;
+    std::optional<std::uint32_t> m_null;
+    Numbering<WideString> m_texts;
+    std::vector<std::uint32_t> m_ofText;
+    WideString m_folded;
+};
+
+}  // namespace quillet

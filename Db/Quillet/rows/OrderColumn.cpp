@@ -1,0 +1,301 @@
+#include "Quillet/rows/OrderColumn.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+#include "Quillet/platform/Collation.h"
+#include "Quillet/rows/Numbering.h"
+
+namespace quillet {
+
+namespace {
+
+using platform::CollationKey;
+
+// The type of most cells, of those types whose cells can be ranked.
+VARTYPE CommonestType(const std::vector<const CComVariant*>& cells) {
+    constexpr std::array<VARTYPE, 7> Types = {VT_I2, VT_I4, VT_R4, VT_R8, VT_DATE, VT_BOOL, VT_BSTR};
+    std::array<std::size_t, VT_BOOL + 1> counts = {};
+    for (const CComVariant* const cell : cells) {
+        if (cell->vt < counts.size()) {
+            ++counts[cell->vt];
+        }
+    }
+    return *std::max_element(Types.begin(), Types.end(),
+                             [&](VARTYPE left, VARTYPE right) { return counts[left] < counts[right]; });
+}
+
+// The value of a number of the type, and 0 for an empty cell, which compares as 0.
+std::optional<double> NumberOf(const CComVariant& cell, VARTYPE type) {
+    if (cell.vt == VT_EMPTY) {
+        return 0;
+    }
+    if (cell.vt != type) {
+        return std::nullopt;
+    }
+    double number = 0;
+    switch (type) {
+        case VT_I2:
+            number = cell.iVal;
+            break;
+        case VT_I4:
+            number = cell.lVal;
+            break;
+        case VT_BOOL:
+            number = cell.boolVal;
+            break;
+        case VT_R4:
+            number = double{cell.fltVal};
+            break;
+        default:
+            number = cell.dblVal;
+            break;
+    }
+    return std::isnan(number) ? std::nullopt : std::optional(number);
+}
+
+// Sorts keys, each once: by their first bytes, those that are alike in them by their next, and so on. Each
+// byte of a key is looked at once, and its memory only where that is needed.
+class KeySort {
+public:
+    // Key i ends in bytes at ends[i], where the next begins.
+    KeySort(std::string_view bytes, const std::vector<std::size_t>& ends)
+        : m_bytes(bytes), m_ends(ends), m_entries(ends.size()), m_repeats(ends.size()) {
+        for (std::size_t i = 0; i < m_entries.size(); ++i) {
+            m_entries[i].m_number = static_cast<std::uint32_t>(i);
+        }
+        m_open.push_back({0, m_entries.size(), 0});
+        while (!m_open.empty()) {
+            const Run run = m_open.back();
+            m_open.pop_back();
+            Sort(run);
+        }
+    }
+
+    std::size_t Size() const { return m_entries.size(); }
+    // The number of the key at a place of the order.
+    std::uint32_t At(std::size_t place) const { return m_entries[place].m_number; }
+    // Whether the key at a place is the same as the one before.
+    bool Repeats(std::size_t place) const { return m_repeats[place]; }
+
+private:
+    struct Entry {
+        // The bytes at hand as a number, and how many they are.
+        std::uint64_t m_bytes;
+        std::uint32_t m_size;
+        std::uint32_t m_number;
+    };
+
+    static constexpr std::size_t BytesAtHand = sizeof(Entry::m_bytes);
+
+    // Entries that are alike in all bytes before a depth.
+    struct Run {
+        std::size_t m_first;
+        std::size_t m_end;
+        std::size_t m_depth;
+    };
+
+    void Read(Entry& entry, std::size_t depth) const {
+        constexpr unsigned BitsPerByte = 8;
+        const std::size_t start = entry.m_number == 0 ? 0 : m_ends[entry.m_number - 1];
+        const std::string_view left = m_bytes.substr(start + depth, m_ends[entry.m_number] - start - depth);
+        entry.m_size = static_cast<std::uint32_t>(std::min(left.size(), BytesAtHand));
+        entry.m_bytes = 0;
+        for (std::size_t i = 0; i < BytesAtHand; ++i) {
+            const unsigned char byte = i < entry.m_size ? static_cast<unsigned char>(left[i]) : 0;
+            entry.m_bytes = entry.m_bytes << BitsPerByte | byte;
+        }
+    }
+
+    void Sort(const Run& run) {
+        const auto first = m_entries.begin() + static_cast<std::ptrdiff_t>(run.m_first);
+        const auto end = m_entries.begin() + static_cast<std::ptrdiff_t>(run.m_end);
+        std::for_each(first, end, [&](Entry& entry) { Read(entry, run.m_depth); });
+        std::sort(first, end, [](const Entry& left, const Entry& right) {
+            return std::tie(left.m_bytes, left.m_size) < std::tie(right.m_bytes, right.m_size);
+        });
+        for (std::size_t place = run.m_first; place < run.m_end;) {
+            const Entry& alike = m_entries[place];
+            std::size_t next = place + 1;
+            while (next < run.m_end && m_entries[next].m_bytes == alike.m_bytes &&
+                   m_entries[next].m_size == alike.m_size) {
+                ++next;
+            }
+            if (alike.m_size < BytesAtHand) {
+                std::fill(m_repeats.begin() + static_cast<std::ptrdiff_t>(place + 1),
+                          m_repeats.begin() + static_cast<std::ptrdiff_t>(next), true);
+            } else if (next - place > 1) {
+                m_open.push_back({place, next, run.m_depth + BytesAtHand});
+            }
+            place = next;
+        }
+    }
+
+    std::string_view m_bytes;
+    const std::vector<std::size_t>& m_ends;
+    std::vector<Entry> m_entries;
+    std::vector<bool> m_repeats;
+    // What is not sorted yet.
+    std::vector<Run> m_open;
+};
+
+// The different texts of a field, numbered as they come.
+class Texts {
+public:
+    std::uint32_t NumberOf(WideView text) { return m_numbers.NumberOf(text); }
+
+    // Once all texts came: gives each a rank, its place in the collation, which equal texts share; and a
+    // value that texts share which are equal without case. Where that is a consistent order, all texts of one
+    // value share a rank. A text without a key for its order has the rank that is given.
+    void SetRanks(std::uint32_t withoutKey) {
+        std::string keys;
+        std::vector<std::size_t> ends;
+        std::vector<std::uint32_t> texts;
+        for (std::uint32_t text = 0; text < m_numbers.Keys().size(); ++text) {
+            const std::size_t end = keys.size();
+            if (platform::AppendCollationKey(m_numbers.Keys()[text], keys) == CollationKey::Order) {
+                ends.push_back(keys.size());
+                texts.push_back(text);
+            } else {
+                keys.resize(end);
+            }
+        }
+        const KeySort sorted(keys, ends);
+        SetValues();
+        m_isConsistent = IsConsistent(sorted, texts);
+        m_ranks.assign(m_numbers.Keys().size(), withoutKey);
+        for (std::size_t i = 0; i < sorted.Size(); ++i) {
+            const std::uint32_t text = texts[sorted.At(i)];
+            const bool isAlike = m_isConsistent ? i > 0 && m_values[text] == m_values[texts[sorted.At(i - 1)]]
+                                                : sorted.Repeats(i);
+            if (!isAlike) {
+                ++m_rankCount;
+            }
+            m_ranks[text] = m_rankCount - 1;
+        }
+    }
+
+    bool IsConsistent() const { return m_isConsistent; }
+    std::uint32_t Rank(std::uint32_t text) const { return m_ranks[text]; }
+    std::uint32_t Value(std::uint32_t text) const { return m_values[text]; }
+    std::uint32_t RankCount() const { return m_rankCount; }
+
+private:
+    // Folds all texts at once; between them is a zero, which does not combine with anything.
+    void SetValues() {
+        const std::vector<WideView>& texts = m_numbers.Keys();
+        WideString folded;
+        for (const WideView text : texts) {
+            folded.append(text).push_back(0);
+        }
+        platform::FoldCase(folded);
+        const WideView all = folded;
+        Numbering<WideView> values;
+        m_values.reserve(texts.size());
+        std::size_t start = 0;
+        for (const WideView text : texts) {
+            m_values.push_back(values.NumberOf(all.substr(start, text.size())));
+            start += text.size() + 1;
+        }
+    }
+
+    // Whether all texts have keys, equal ones have one value, and each value stands in one stretch.
+    bool IsConsistent(const KeySort& sorted, const std::vector<std::uint32_t>& texts) const {
+        std::vector<bool> seen(m_values.size());
+        for (std::size_t i = 0; i < sorted.Size(); ++i) {
+            const std::uint32_t value = m_values[texts[sorted.At(i)]];
+            if (i > 0 && m_values[texts[sorted.At(i - 1)]] == value) {
+                continue;
+            }
+            if (seen[value] || sorted.Repeats(i)) {
+                return false;
+            }
+            seen[value] = true;
+        }
+        return texts.size() == m_values.size();
+    }
+
+    Numbering<WideView> m_numbers;
+    std::vector<std::uint32_t> m_ranks;
+    std::vector<std::uint32_t> m_values;
+    std::uint32_t m_rankCount = 0;
+    bool m_isConsistent = false;
+};
+
+}  // namespace
+
+OrderColumn::OrderColumn(std::span<DbTableRow* const> rows, uint64 field) : m_rows(rows), m_field{field} {
+    Cells cells(rows.size());
+    std::transform(rows.begin(), rows.end(), cells.begin(),
+                   [field](const DbTableRow* row) { return &row->GetField(field).GetVariant(); });
+    const VARTYPE type = CommonestType(cells);
+    if (type == VT_BSTR) {
+        RankTexts(cells);
+    } else {
+        RankNumbers(cells, type);
+    }
+}
+
+void OrderColumn::RankNumbers(const Cells& cells, VARTYPE type) {
+    std::vector<std::pair<double, std::uint32_t>> sorted;
+    sorted.reserve(cells.size());
+    m_ranks.assign(cells.size(), Other);
+    bool hasEmpty = false;
+    bool hasZero = false;
+    for (std::uint32_t row = 0; row < cells.size(); ++row) {
+        const CComVariant& cell = *cells[row];
+        if (const std::optional<double> number = NumberOf(cell, type)) {
+            sorted.emplace_back(*number, row);
+            hasEmpty = hasEmpty || cell.vt == VT_EMPTY;
+            hasZero = hasZero || (cell.vt == type && *number == 0);
+        } else if (cell.vt == VT_NULL) {
+            m_ranks[row] = Null;
+        }
+    }
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto& left, const auto& right) { return left.first < right.first; });
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        if (i == 0 || sorted[i].first != sorted[i - 1].first) {
+            ++m_rankCount;
+        }
+        m_ranks[sorted[i].second] = m_rankCount - 1;
+    }
+    m_isConsistent = sorted.size() == cells.size() && !(hasEmpty && hasZero);
+    m_values = m_ranks;
+    for (std::size_t row = 0; hasEmpty && hasZero && row < cells.size(); ++row) {
+        if (cells[row]->vt == VT_EMPTY) {
+            m_values[row] = EmptyValue;
+        }
+    }
+}
+
+void OrderColumn::RankTexts(const Cells& cells) {
+    Texts texts;
+    m_values.assign(cells.size(), Null);
+    for (std::size_t row = 0; row < cells.size(); ++row) {
+        if (cells[row]->vt == VT_BSTR) {
+            m_values[row] = texts.NumberOf(cells[row]->Text());
+        }
+    }
+    texts.SetRanks(Other);
+    m_isConsistent = texts.IsConsistent();
+    m_rankCount = texts.RankCount();
+    m_ranks.assign(cells.size(), Other);
+    for (std::size_t row = 0; row < cells.size(); ++row) {
+        if (cells[row]->vt == VT_BSTR) {
+            m_ranks[row] = texts.Rank(m_values[row]);
+            m_values[row] = texts.Value(m_values[row]);
+        } else {
+            m_isConsistent = false;
+            m_ranks[row] = cells[row]->vt == VT_NULL ? Null : Other;
+        }
+    }
+}
+
+}  // namespace quillet

@@ -1,0 +1,18 @@
+// How the operators of conditions compare.
+#pragma once
+
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CString.h"
+
+namespace quillet {
+
+using Comparison = bool (*)(const CComVariant& left, const CComVariant& right);
+
+// The comparison behind one of the operators <, <=, =, ==, >=, >, != and <>, where a field is a text or none
+// is (DbTableDescr::AddFilter says how it compares); null for another operator.
+QUILLET_API Comparison ComparisonOf(const CString& op, bool texts);
+
+// Whether the operator is = or ==.
+QUILLET_API bool IsEquality(const CString& op);
+
+}  // namespace quillet

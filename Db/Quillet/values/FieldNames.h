@@ -1,0 +1,29 @@
+// Which names of fields stand in the way of saving a table.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Quillet/platform/Automation.h"
+
+class DbTableDescr;
+
+namespace quillet {
+
+// A field under whose safe name no row can be saved.
+struct UnsavableField {
+    // Its position, from 0, and that of the earlier field that has the same safe name; none where the safe
+    // name itself is the fault.
+    std::size_t m_field = 0;
+    std::optional<std::size_t> m_same;
+    // In words, with the names of both fields.
+    std::string m_why;
+};
+
+// Every such field, in their order. A table without rows is saved all the same: fields are written with their
+// names as text.
+QUILLET_API std::vector<UnsavableField> UnsavableFields(const DbTableDescr& descr);
+
+}  // namespace quillet

@@ -1,0 +1,143 @@
+// Handles to XML nodes: of our own documents, or of any other automation DOM, which is driven late-bound.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Quillet/base/CComVariant.h"
+
+namespace pugi {
+struct xml_node_struct;
+struct xml_attribute_struct;
+}  // namespace pugi
+
+namespace quillet::xml {
+
+class Tree;
+struct PackedLeaves;
+
+// Thrown by value when a DOM refuses an operation; caught by whoever guards it, never leaves the library.
+struct DomError {
+    std::string m_message;
+};
+
+// A node of one of our trees.
+struct NativeNode {
+    Tree* m_tree = nullptr;
+    pugi::xml_node_struct* m_node = nullptr;
+};
+
+// A light value: walking allocates nothing in our own documents. A null node answers every question with
+// nothing; operations that change a document throw DomError when they can't, and std::bad_alloc out of
+// memory, which leaves our own documents as they were.
+class QUILLET_API Node {
+public:
+    Node() = default;
+    // The node behind an automation interface; a null interface gives a null node.
+    explicit Node(IDispatch* dispatch);
+    explicit Node(NativeNode native) : m_native(native) {}
+
+    bool IsNull() const { return m_native.m_node == nullptr && !m_foreign; }
+    bool IsElement() const;
+    std::string Name() const;
+
+    // Children and siblings in document order, elements and text alike; blanks between elements, comments and
+    // processing instructions are passed over.
+    Node FirstChild() const;
+    Node NextSibling() const;
+    std::size_t CountChildren() const;
+
+    // Where the '<' of an element stands in the text that its document was read from; none for one that was
+    // made, and in other document object models.
+    std::optional<std::uint64_t> PlaceInText() const;
+
+    // The value of the first attribute, whatever it is called.
+    std::optional<std::string> FirstAttributeValue() const;
+
+    // This node is a document. The new node stands nowhere until it is appended.
+    Node CreateElement(std::string_view name) const;
+    Node CreateProcessingInstruction(std::string_view target, std::string_view data) const;
+
+    // Sets the attribute, in place of one of that name.
+    void SetAttribute(std::string_view name, std::string_view value) const;
+    void SetAttribute(std::string_view name, WideView value) const;
+
+    // Puts child behind the last child of this node. Both belong to one document.
+    void AppendChild(const Node& child) const;
+
+    // The node for automation clients, and for the Save and Load of the model; null for a null node. A node
+    // of our own documents keeps its tree alive as long as somebody holds it. Throws std::bad_alloc.
+    CComPtr<IDispatch> Automation() const;
+
+    // The interface of another DOM's node; null for nodes of our own.
+    IDispatch* Foreign() const { return m_foreign.Get(); }
+    const NativeNode& Native() const { return m_native; }
+
+private:
+    void SetNativeAttribute(std::string_view name, const std::string& value) const;
+
+    NativeNode m_native;
+    CComPtr<IDispatch> m_foreign;
+};
+
+// Walks the attributes of an element in document order.
+class QUILLET_API AttributeReader {
+public:
+    explicit AttributeReader(const Node& element);
+    AttributeReader(const AttributeReader&) = delete;
+    AttributeReader& operator=(const AttributeReader&) = delete;
+    ~AttributeReader();
+
+    // Moves to the next attribute; false behind the last one.
+    bool Next();
+    std::string_view Name() const;
+    // UTF-8, the entities resolved; valid until the next move.
+    std::string_view Value() const;
+
+private:
+    class Foreign;
+
+    pugi::xml_attribute_struct* m_next = nullptr;
+    pugi::xml_attribute_struct* m_current = nullptr;
+    std::unique_ptr<Foreign> m_foreign;
+};
+
+// An element without children that is written attribute by attribute and appended when it is complete. It is
+// dropped when it is destroyed before that.
+class QUILLET_API LeafElement {
+public:
+    // Both belong to one document: document creates the nodes, parent receives the element.
+    LeafElement(const Node& document, const Node& parent, std::string_view name);
+    LeafElement(const LeafElement&) = delete;
+    LeafElement& operator=(const LeafElement&) = delete;
+    ~LeafElement();
+
+    // Adds an attribute. Throws DomError where the name is none that XML allows or stands already, or the
+    // text holds what XML 1.0 can't carry.
+    void Attribute(std::string_view name, std::string_view value);
+    void Attribute(std::string_view name, WideView value);
+
+    void Append();
+
+private:
+    class Foreign;
+
+    void CheckName(std::string_view name);
+    template <typename Text>
+    void Write(std::string_view name, Text value);
+
+    // In our own documents: where leaves are written, the piece of text that takes this one, and where it
+    // begins.
+    PackedLeaves* m_packed = nullptr;
+    std::string* m_text = nullptr;
+    std::size_t m_start = 0;
+    std::size_t m_attributes = 0;
+    Node m_parent;
+    std::unique_ptr<Foreign> m_foreign;
+};
+
+}  // namespace quillet::xml

@@ -1,0 +1,81 @@
+// The tree behind a document: a pugixml document, elements that stand nowhere yet, and leaves that were
+// written straight into text.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "Quillet/xml/Node.h"
+
+namespace quillet::xml {
+
+// Leaf elements at the end of an element's children, kept as the text that will be saved. Whoever walks the
+// children gets them as nodes first.
+struct PackedLeaves {
+    // The leaves, in pieces of bounded size that end between two of them.
+    std::vector<std::string> m_pieces;
+    // Attribute names of the leaf written last, known to be well-formed and different: the rows of a table
+    // repeat them.
+    std::vector<std::string> m_names;
+};
+
+// Every member throws std::bad_alloc where memory runs out; the tree is what it was then, except by Load.
+class Tree : public std::enable_shared_from_this<Tree> {
+public:
+    // Receives text piece by piece; false stops the writing.
+    using Sink = std::function<bool(std::string_view)>;
+
+    Tree() = default;
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    // Replaces the content by that of a text, which the nodes will point into.
+    pugi::xml_parse_result Load(std::string text);
+
+    pugi::xml_node Root() const { return m_document; }
+
+    // A new node that stands nowhere; Drop takes it back.
+    pugi::xml_node Create(pugi::xml_node_type type);
+    void Drop(pugi::xml_node node);
+    // Throws DomError where parent can't hold child.
+    void Append(pugi::xml_node parent, pugi::xml_node child);
+
+    // Where leaves at the end of the element are written.
+    PackedLeaves& Packed(pugi::xml_node parent);
+
+    pugi::xml_node FirstChild(pugi::xml_node parent);
+    pugi::xml_node NextSibling(pugi::xml_node node);
+    pugi::xml_node PreviousSibling(pugi::xml_node node) const;
+    pugi::xml_node LastChild(pugi::xml_node parent);
+    // Null for a node that stands nowhere.
+    pugi::xml_node Parent(pugi::xml_node node) const;
+
+    // Writes the node and all below it; what is deeper nested than any recursion would bear, too.
+    bool Write(pugi::xml_node top, const Sink& sink) const;
+
+private:
+    void Unpack(pugi::xml_node parent);
+
+    std::string m_source;
+    pugi::xml_document m_document;
+    // Parent of the nodes that stand nowhere; never seen from outside.
+    pugi::xml_node m_workshop;
+    std::unordered_map<const void*, PackedLeaves> m_packed;
+};
+
+// Throws std::bad_alloc where the parser ran out of memory.
+void RequireMemory(const pugi::xml_parse_result& result);
+
+// Whether text is a Name of XML 1.0 (fifth edition).
+QUILLET_API bool IsXmlName(std::string_view text);
+
+// Appends an attribute value with its markup escaped; false where it holds what XML 1.0 can't carry.
+QUILLET_API bool AppendEscaped(std::string_view value, std::string& target);
+QUILLET_API bool AppendEscaped(WideView value, std::string& target);
+
+}  // namespace quillet::xml

@@ -1,7 +1,0 @@
-#include "odbc/FieldExchange.h"
-
-namespace quillet::odbc {
-
-FieldExchange::~FieldExchange() = default;
-
-}  // namespace quillet::odbc

@@ -1,0 +1,128 @@
+// Where a POSIX system keeps a program from reading or writing: rights, and a disk that runs full.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "support/AsOrdinaryUser.h"
+#include "support/CatalogHelpers.h"
+
+namespace {
+
+using namespace quillet::test;
+using std::filesystem::perms;
+using testing::HasSubstr;
+
+class PosixBadInput : public testing::TestWithParam<Reading> {
+protected:
+    void SetUp() override { WriteBytes(m_folder / "given.xml", SmallCatalog()); }
+
+    CString Path() { return CString(Utf8(m_folder / "given.xml")); }
+    std::unique_ptr<DbDatabase> OpenGiven() { return Open(m_folder / "given.xml", GetParam()); }
+
+    void ExpectUntouched() {
+        EXPECT_EQ(ReadBytes(m_folder / "given.xml"), SmallCatalog());
+        EXPECT_EQ(m_folder.Names().size(), 1U) << "nothing is left beside it";
+    }
+
+    TemporaryFolder m_folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(, PosixBadInput, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
+
+TEST_F(PosixBadInput, FileThatMayNotBeRead_CantBeOpened) {
+    std::filesystem::permissions(m_folder / "given.xml", perms::none);
+    const AsOrdinaryUser user;
+    if (!user.IsBound()) {
+        GTEST_SKIP() << "the superuser's rights can't be dropped here";
+    }
+    EXPECT_THAT(ThrownMessage([&] { DbDatabase database(Path()); }),
+                HasSubstr("Invalid source file '" + Path().ToUtf8() + "'"));
+}
+
+TEST_P(PosixBadInput, FolderThatTakesNoFile_LeavesTheOldOne) {
+    std::filesystem::permissions(m_folder / "given.xml", perms(0666));
+    std::filesystem::permissions(m_folder.Path(), perms(0555));
+    {
+        const AsOrdinaryUser user;
+        if (!user.IsBound()) {
+            GTEST_SKIP() << "the superuser's rights can't be dropped here";
+        }
+        const auto database = OpenGiven();
+        database->DeleteTable("Alpha");
+        EXPECT_FALSE(database->Save(Path()));
+        EXPECT_TRUE(LogHolds(*database, Path().ToUtf8()));
+    }
+    std::filesystem::permissions(m_folder.Path(), perms(0755));
+    ExpectUntouched();
+}
+
+// No file may grow beyond a limit, as on a disk that runs full.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
+
+TEST_P(PosixBadInput, FullDisk_LeavesTheOldFileAndTheChange) {
+    const std::size_t size = SmallCatalog().size();
+    for (const rlim_t room : {rlim_t(0), rlim_t(1), rlim_t(size / 2), rlim_t(size - 1)}) {
+        WriteBytes(m_folder / "given.xml", SmallCatalog());
+        const auto database = OpenGiven();
+        DbTableData* const alpha = database->GetTableData("Alpha");
+        ASSERT_EQ(alpha->size(), 2U);
+        alpha->AddRows(10);
+        bool saved = true;
+        {
+            const FullDisk full(room);
+            saved = database->Save(Path());
+        }
+        EXPECT_FALSE(saved);
+        EXPECT_TRUE(LogHolds(*database, Path().ToUtf8())) << room;
+        EXPECT_TRUE(database->IsChanged());
+        ExpectUntouched();
+        EXPECT_TRUE(database->Save(Path())) << "with room again";
+    }
+}
+
+TEST_P(PosixBadInput, FullDiskWhenDestroyed_LeavesTheOldFile) {
+    auto database = OpenGiven();
+    ASSERT_EQ(database->GetTableData("Beta")->size(), 1U);
+    database->GetTableData("Beta")->AddRow();
+    {
+        const FullDisk full(100);
+        database.reset();
+    }
+    ExpectUntouched();
+}
+
+// The memory of a process can be opened and not be read at its beginning, where nothing is mapped.
+TEST_P(PosixBadInput, AnErrorOfReading_IsToldFromACatalogThatIsNone) {
+    std::filesystem::create_symlink("/proc/self/mem", m_folder / "memory.xml");
+    const auto database = Open(m_folder / "memory.xml", GetParam());
+    database->SetChanged();
+    EXPECT_EQ(database->GetTablesCount(), 2);
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("Input/output error"));
+    if (GetParam() == Reading::Sequential) {
+        EXPECT_TRUE(LogHolds(*database, "memory.xml' could not be read: Input/output error"));
+        EXPECT_FALSE(LogHolds(*database, "Invalid xml database file format"));
+    }
+    EXPECT_FALSE(database->Save(CString(Utf8(m_folder / "memory.xml"))));
+}
+
+}  // namespace

@@ -1,0 +1,449 @@
+// Saving over the file that a database was read from: nothing that stands in it is lost.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/CatalogHelpers.h"
+
+namespace {
+
+using quillet::test::CatalogParts;
+using quillet::test::Dump;
+using quillet::test::FieldXml;
+using quillet::test::LogHolds;
+using quillet::test::LongType;
+using quillet::test::Open;
+using quillet::test::ReadBytes;
+using quillet::test::Reading;
+using quillet::test::RowsOf;
+using quillet::test::SmallCatalog;
+using quillet::test::SmallParts;
+using quillet::test::TableXml;
+using quillet::test::TakeLog;
+using quillet::test::TemporaryFolder;
+using quillet::test::Utf8;
+using quillet::test::WriteBytes;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class SavingOverSource : public testing::TestWithParam<Reading> {
+protected:
+    std::filesystem::path File() const { return m_folder / "given.xml"; }
+    CString Path(const std::string& name = "given.xml") const { return CString(Utf8(m_folder / name)); }
+
+    std::unique_ptr<DbDatabase> OpenXml(const std::string& xml) const {
+        WriteBytes(File(), xml);
+        return Open(File(), GetParam());
+    }
+
+    static void Change(DbDatabase& database) {
+        (*database.GetTableData("Header"))[0][uint64{0}].SetValue("Changed");
+        database.SetChanged();
+    }
+
+    // A file that holds more than the database: neither Save nor the destructor writes over it, by whatever
+    // path, and any other file is written.
+    void ExpectKept(const std::string& xml) const {
+        {
+            const auto database = OpenXml(xml);
+            Change(*database);
+            TakeLog(*database);
+            EXPECT_FALSE(database->Save(Path())) << xml;
+            const std::vector<std::string> lines = TakeLog(*database);
+            ASSERT_FALSE(lines.empty());
+            EXPECT_THAT(lines.back(), HasSubstr("' could not be written: what was not read from it would be "
+                                                "lost: "));
+            EXPECT_THAT(database->LastSaveError().ToUtf8(), HasSubstr("would be lost: "));
+            EXPECT_NE(database->LastReadError(), CString());
+            EXPECT_FALSE(database->Save(CString(Utf8(m_folder / "." / "given.xml"))));
+            EXPECT_TRUE(database->IsChanged());
+            EXPECT_EQ(ReadBytes(File()), xml);
+            EXPECT_TRUE(database->Save(Path("other.xml")));
+            EXPECT_EQ(database->LastSaveError(), CString());
+            Change(*database);
+        }
+        EXPECT_EQ(ReadBytes(File()), xml) << "the destructor wrote";
+        EXPECT_THAT(m_folder.Names(), SizeIs(2));
+    }
+
+    TemporaryFolder m_folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(, SavingOverSource, testing::Values(Reading::Whole, Reading::Sequential),
+                         quillet::test::ReadingName);
+
+std::string WithInserted(std::string xml, const std::string& before, const std::string& text) {
+    const std::size_t place = xml.find(before);
+    EXPECT_NE(place, std::string::npos) << before;
+    return xml.insert(place, text);
+}
+
+std::string WithReplaced(std::string xml, const std::string& what, const std::string& with) {
+    const std::size_t place = xml.find(what);
+    EXPECT_NE(place, std::string::npos) << what;
+    return xml.replace(place, what.size(), with);
+}
+
+TEST_P(SavingOverSource, AFileCutShort_IsKept) {
+    const std::string whole = SmallCatalog();
+    for (const char* end : {"<body>", "</header>", "</database>", "<row title"}) {
+        ExpectKept(whole.substr(0, whole.find(end)));
+    }
+}
+
+TEST_P(SavingOverSource, AFileCutInsideATable_IsKept) {
+    const std::string xml = SmallCatalog().substr(0, SmallCatalog().find("<row size"));
+    {
+        const auto database = OpenXml(xml);
+        Change(*database);
+        EXPECT_FALSE(database->Save(Path()));
+        EXPECT_FALSE(database->LastSaveError().IsEmpty());
+    }
+    EXPECT_EQ(ReadBytes(File()), xml);
+}
+
+TEST_P(SavingOverSource, AFileThatIsNoCatalog_IsKept) {
+    ExpectKept("<html><body>text</body></html>\n");
+    ExpectKept("not XML at all");
+}
+
+TEST_P(SavingOverSource, ASecondDataOrBodyOrHeader_IsKept) {
+    const std::string more = "<data>\n" + TableXml("Gamma", "<row note=\"a note\" />\n") + "</data>\n";
+    ExpectKept(WithInserted(SmallCatalog(), "</body>", more));
+    ExpectKept(WithInserted(SmallCatalog(), "</header>", more));
+    ExpectKept(WithInserted(SmallCatalog(), "</database>", "<body>\n<structure />\n" + more + "</body>\n"));
+    ExpectKept(
+        WithInserted(SmallCatalog(), "</database>", "<HEADER>\n<structure />\n" + more + "</HEADER>\n"));
+    ExpectKept(WithInserted(SmallCatalog(), "</body>",
+                            "<structure>\n" + TableXml("More", FieldXml("a", LongType)) + "</structure>\n"));
+}
+
+TEST_P(SavingOverSource, ASecondRoot_IsKept) {
+    const std::string root = SmallCatalog().substr(SmallCatalog().find("<database>"));
+    ExpectKept(SmallCatalog() + root);
+}
+
+TEST_P(SavingOverSource, ASurplusElementThatIsEmpty_IsLoggedAndLosesNothing) {
+    const auto database = OpenXml(WithInserted(SmallCatalog(), "</body>", "<data />\n"));
+    Change(*database);
+    EXPECT_TRUE(database->Save(Path()));
+    EXPECT_TRUE(LogHolds(*database, "A surplus <data> in <body> is left out"));
+}
+
+TEST_P(SavingOverSource, RowsOfAnUnknownTable_AreKept) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData += TableXml("Ghost", "<row a=\"1\" />\n");
+    ExpectKept(parts.Xml());
+}
+
+TEST_P(SavingOverSource, RowsInTwoPlaces_AreKept) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData += TableXml("Alpha", "<row name=\"three\" count=\"3\" />\n");
+    ExpectKept(parts.Xml());
+}
+
+TEST_P(SavingOverSource, ATableThatStandsTwiceInTheStructure_IsKept) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyStructure += TableXml("ALPHA", FieldXml("a", LongType));
+    ExpectKept(parts.Xml());
+}
+
+TEST_P(SavingOverSource, MalformedRows_AreKept) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData =
+        TableXml("Alpha", "<row name=\"one\" count=\"1\" />\ntext\n<row name=\"two\" count=\"2\" />\n") +
+        TableXml("Beta", "<row size=\"2.5\" />\n") + TableXml("Gamma", "");
+    ExpectKept(parts.Xml());
+}
+
+TEST_P(SavingOverSource, ATableThatAProgramDeletes_TakesItsMalformedRowsWithIt) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData =
+        TableXml("Alpha", "text") + TableXml("Beta", "<row size=\"2.5\" />\n") + TableXml("Gamma", "");
+    const auto database = OpenXml(parts.Xml());
+    database->GetTableData("Alpha")->size();
+    database->DeleteTable("Alpha");
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), GetParam()), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_P(SavingOverSource, AFileOfBlanks_IsSaved) {
+    for (const char* blank : {"", "  \r\n\t\n", "\xEF\xBB\xBF"}) {
+        {
+            const auto database = OpenXml(blank);
+            Change(*database);
+            EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+        }
+        EXPECT_THAT(ReadBytes(File()), HasSubstr("Changed"));
+    }
+}
+
+TEST_P(SavingOverSource, Create_ReplacesADamagedFile) {
+    WriteBytes(File(), "damaged");
+    DbDatabase database(Path());
+    EXPECT_EQ(database.GetTablesCount(), 2);
+    database.Create(Path());
+    Change(database);
+    EXPECT_TRUE(database.Save(Path())) << database.LastSaveError();
+    EXPECT_THAT(ReadBytes(File()), HasSubstr("Changed"));
+}
+
+TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsWritten) {
+    const auto database = OpenXml("damaged");
+    Change(*database);
+    std::filesystem::remove(File());
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+}
+
+TEST_P(SavingOverSource, AnotherLinkToTheFile_IsTheFile) {
+    const auto database = OpenXml("damaged");
+    Change(*database);
+    std::error_code error;
+    std::filesystem::create_hard_link(File(), m_folder / "link.xml", error);
+    if (error) {
+        GTEST_SKIP() << "no links here: " << error.message();
+    }
+    EXPECT_FALSE(database->Save(Path("link.xml")));
+    database->Sync();
+}
+
+TEST_P(SavingOverSource, ASoundFile_IsSavedAgainAndAgain) {
+    const auto database = OpenXml(SmallCatalog());
+    Change(*database);
+    EXPECT_TRUE(database->Save(Path()));
+    EXPECT_EQ(database->LastReadError(), CString());
+    database->DeleteTable("Beta");
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_EQ(Dump(*Open(File(), Reading::Whole)), Dump(*database));
+}
+
+// What people and tools write, and a reader that looks for markup byte by byte can't follow.
+const char* const LegalXml[][2] = {
+    {"<table name=\"Beta\">\n<row", "<!-- a comment -->\n"},
+    {"<table name=\"Gamma\" />\n</data>", "<!-- a comment with <data> in it -->\n"},
+};
+
+TEST_F(SavingOverSource, TablesThatTheScannerDoesNotReach_AreEmptyWithALineAndReadBeforeTheFileIsRewritten) {
+    for (const auto& [place, text] : LegalXml) {
+        const std::string xml = WithInserted(SmallCatalog(), place, text);
+        WriteBytes(File(), xml);
+        const std::string sound = Dump(*Open(File(), Reading::Whole));
+        {
+            const auto database = Open(File(), Reading::Sequential);
+            DbTableData* const gamma = database->GetTableData("Gamma");
+            EXPECT_EQ(gamma->size(), 0U);
+            EXPECT_FALSE(gamma->IsInitialized()) << text;
+            EXPECT_TRUE(LogHolds(*database, "Table 'Gamma' was not reached in the file")) << text;
+            EXPECT_FALSE(database->IsChanged());
+            (*database->GetTableData("Header"))[0][uint64{0}].SetValue("Small");
+            EXPECT_TRUE(database->IsChanged());
+        }
+        EXPECT_EQ(Dump(*Open(File(), Reading::Whole)), sound) << "saved by the destructor, after " << text;
+        EXPECT_NE(ReadBytes(File()), xml);
+    }
+}
+
+TEST_F(SavingOverSource, ALineEndAfterATagsName_LosesNoTable) {
+    WriteBytes(File(),
+               WithReplaced(SmallCatalog(), "<table name=\"Beta\">\n<row", "<table\nname=\"Beta\">\n<row"));
+    const std::string sound = Dump(*Open(File(), Reading::Whole));
+    const auto database = Open(File(), Reading::Sequential);
+    Change(*database);
+    ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
+    (*database->GetTableData("Header"))[0][uint64{0}].SetValue("Small");
+    EXPECT_EQ(Dump(*database), sound);
+    database->Sync();
+}
+
+TEST_F(SavingOverSource, AfterRelease_TheRestIsReadBeforeTheFileIsRewritten) {
+    WriteBytes(File(), SmallCatalog());
+    {
+        const auto database = Open(File(), Reading::Sequential);
+        database->GetTableData("Alpha");
+        database->GetSource()->Release();
+        EXPECT_EQ(database->GetTableData("Beta")->size(), 0U);
+        EXPECT_TRUE(LogHolds(*database, "Table 'Beta' was not reached in the file"));
+        Change(*database);
+        ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
+        EXPECT_THAT(RowsOf(*database, "Beta"), ElementsAre("2.5"));
+        EXPECT_FALSE(database->IsChanged());
+    }
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_F(SavingOverSource, ATableThatWasRenamedBeforeItWasReached_GetsItsRows) {
+    WriteBytes(File(), SmallCatalog());
+    const auto database = Open(File(), Reading::Sequential);
+    database->GetTablesCount();
+    database->GetSource()->Release();
+    ASSERT_TRUE(database->RenameTable("Beta", "Delta"));
+    ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*database, "Delta"), ElementsAre("2.5"));
+}
+
+TEST_F(SavingOverSource, ATableThatWasReplacedBeforeItWasReached_KeepsTheNewRows) {
+    WriteBytes(File(), SmallCatalog());
+    const auto database = Open(File(), Reading::Sequential);
+    DBACCESS_VECTOR records;
+    database->GetTable("Beta", records);
+    database->GetSource()->Release();
+    const auto again = Open(File(), Reading::Sequential);
+    again->GetTablesCount();
+    again->GetSource()->Release();
+    records.front().front() = 7.5;
+    again->CopyTableFrom(std::pair<CString, DBACCESS_VECTOR>("Beta", records));
+    ASSERT_TRUE(again->Save(Path())) << again->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("7.5"));
+}
+
+TEST_F(SavingOverSource, ASequentialModelOfWhichOneTableWasReadAndChanged_IsSavedWhole) {
+    WriteBytes(File(), SmallCatalog());
+    {
+        const auto database = Open(File(), Reading::Sequential);
+        (*database->GetTableData("Alpha"))[0]["count"].SetValue(CComVariant(11));
+    }
+    const auto saved = Open(File(), Reading::Whole);
+    EXPECT_THAT(RowsOf(*saved, "Alpha"), ElementsAre("one 11", "two 2"));
+    EXPECT_THAT(RowsOf(*saved, "Beta"), ElementsAre("2.5"));
+}
+
+// A reader that looks for markup byte by byte takes a table, or a list, out of a comment.
+TEST_P(SavingOverSource, WhatStandsInAComment_IsNotSavedInThePlaceOfWhatStandsBehindIt) {
+    const std::string decoys[][2] = {
+        {"<table name=\"Gamma\" />\n</data>\n</body>",
+         "<!-- <row n='7' /></table> <table name='Gamma'><row note='old' /></table> -->"},
+        {"<body>", "<!-- <x /></header><body><structure></structure><data></data></body> -->"},
+        {"<database>",
+         "<!-- <database><header><structure></structure><data></data></header><body><structure>"
+         "</structure><data></data></body></database> -->"},
+    };
+    for (const auto& [place, decoy] : decoys) {
+        CatalogParts parts = SmallParts();
+        parts.m_bodyData = parts.m_bodyData.substr(0, parts.m_bodyData.find("<table name=\"Gamma\"")) +
+                           TableXml("Gamma", "");
+        const std::string xml = WithInserted(parts.Xml(), place, decoy);
+        WriteBytes(File(), xml);
+        const std::string sound = Dump(*Open(File(), Reading::Whole));
+        {
+            const auto database = Open(File(), GetParam());
+            Dump(*database);
+            database->SetChanged();
+        }
+        EXPECT_EQ(Dump(*Open(File(), Reading::Whole)), sound) << decoy;
+    }
+}
+
+TEST_F(SavingOverSource, CommentsBetweenRows_LoseNoRow) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData = TableXml("Alpha",
+                                "<row name=\"one\" count=\"1\" />\n<!-- <row name=\"x\" count=\"7\" /> -->\n"
+                                "<row name=\"two\" count=\"2\" />\n") +
+                       TableXml("Beta", "<row size=\"2.5\" />\n") + TableXml("Gamma", "");
+    WriteBytes(File(), parts.Xml());
+    const auto database = Open(File(), Reading::Sequential);
+    EXPECT_EQ(database->GetTableData("Alpha")->size(), 0U);
+    Change(*database);
+    ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*database, "Alpha"), ElementsAre("one 1", "two 2"));
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Alpha"), ElementsAre("one 1", "two 2"));
+}
+
+TEST_P(SavingOverSource, EntitiesOfADocumentType_AreKept) {
+    std::string xml = WithReplaced(SmallCatalog(), "title=\"Small\"", "title=\"&e;\"");
+    ExpectKept(WithInserted(xml, "<database>", "<!DOCTYPE database [<!ENTITY e 'entity'>]>\n"));
+}
+
+TEST_F(SavingOverSource, AFaultThatGoesAway_DoesNotRefuseTheNextSave) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "the time of a change can't be put back";
+#endif
+    const std::string xml =
+        WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n");
+    WriteBytes(File(), xml);
+    const auto database = Open(File(), Reading::Sequential);
+    Change(*database);
+    const auto time = std::filesystem::last_write_time(File());
+    std::filesystem::rename(File(), m_folder / "aside.xml");
+    EXPECT_FALSE(database->Save(Path())) << "tables are still to be read from it";
+    std::filesystem::rename(m_folder / "aside.xml", File());
+    std::filesystem::last_write_time(File(), time);
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_P(SavingOverSource, LastSaveError_OfATableThatFails_NamesIt) {
+    DbDatabase database;
+    database.Create(Path());
+    for (const char* name : {"First", "Second", "Third"}) {
+        DbTableInfo* const info = database.CreateTable(CString(name), DbTableInfo::Table);
+        info->GetDescr()->CreateField("n", false, DbFieldDescr::Text);
+        info->GetData()->AddRow();
+    }
+    (*database.GetTableData("Second"))[0]["n"].SetValue(CComVariant("a\x01"));
+    database.GetTableData("Third")->SetXmlSource("<table name=\"Third\"><row n=\"1\" /></table>");
+    EXPECT_FALSE(database.Save(Path()));
+    EXPECT_EQ(database.LastSaveError(), CString("Error on table \"Second\" - body data saving"));
+    EXPECT_THAT(TakeLog(database).back(), HasSubstr("Error on table \"Second\" - body data saving"));
+    database.Sync();
+}
+
+TEST_P(SavingOverSource, LoadWhole_TellsWhetherTheDatabaseHoldsAllOfTheFile) {
+    EXPECT_TRUE(OpenXml(SmallCatalog())->LoadWhole());
+    const auto commented = OpenXml(WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- c -->"));
+    EXPECT_TRUE(commented->LoadWhole());
+    EXPECT_THAT(RowsOf(*commented, "Beta"), ElementsAre("2.5"));
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData += TableXml("Ghost", "<row a=\"1\" />\n");
+    const auto database = OpenXml(parts.Xml());
+    EXPECT_FALSE(database->LoadWhole());
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Ghost' has rows but no structure"));
+}
+
+TEST_P(SavingOverSource, LastReadError_SaysWhatAndWhere) {
+    const auto database = OpenXml(WithReplaced(SmallCatalog(), "</structure>", "</structures>"));
+    database->LoadTables();
+    if (GetParam() == Reading::Whole) {
+        EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("line "));
+    }
+    EXPECT_FALSE(database->LastReadError().IsEmpty());
+}
+
+TEST_P(SavingOverSource, LastSaveError_IsTheLastLineOfTheLogAndEmptyAfterSuccess) {
+    const auto database = OpenXml(SmallCatalog());
+    EXPECT_EQ(database->LastSaveError(), CString());
+    EXPECT_FALSE(database->Save(Path("none/there.xml")));
+    EXPECT_FALSE(database->LastSaveError().IsEmpty());
+    EXPECT_EQ(TakeLog(*database).back(), "File '" + Path("none/there.xml").ToUtf8() +
+                                             "' could not be written: " + database->LastSaveError().ToUtf8());
+    EXPECT_FALSE(database->Save(Path("other.txt")));
+    EXPECT_THAT(TakeLog(*database), IsEmpty());
+    EXPECT_THAT(database->LastSaveError().ToUtf8(), HasSubstr("ends neither"));
+    EXPECT_FALSE(database->Save(Path("other.mdb")));
+    EXPECT_THAT(TakeLog(*database).back(), HasSubstr("other.mdb' could not be written: "));
+    EXPECT_TRUE(database->Save(Path("other.xml")));
+    EXPECT_EQ(database->LastSaveError(), CString());
+}
+
+TEST_P(SavingOverSource, LogLimit_KeepsTheLatestLines) {
+    const auto database = OpenXml(SmallCatalog());
+    database->LoadTables();
+    database->SetLogLimit(2);
+    EXPECT_THAT(TakeLog(*database), SizeIs(2));
+    for (const char* name : {"a", "b", "c"}) {
+        database->CreateTable(CString(name), DbTableInfo::Table);
+    }
+    const std::vector<std::string> lines = TakeLog(*database);
+    ASSERT_THAT(lines, SizeIs(2));
+    EXPECT_THAT(lines.front(), HasSubstr("'b'"));
+    database->SetLogLimit(0);
+    for (const char* name : {"d", "e", "f"}) {
+        database->CreateTable(CString(name), DbTableInfo::Table);
+    }
+    EXPECT_TRUE(LogHolds(*database, "'d'"));
+    database->ClearLog();
+    EXPECT_EQ(database->GetErrorLog(), CString());
+    database->Sync();
+}
+
+}  // namespace

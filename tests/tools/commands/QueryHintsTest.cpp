@@ -1,0 +1,144 @@
+// What the program says beside the database about queries that are refused, or understood otherwise than they
+// look.
+#include <gmock/gmock.h>
+
+#include "support/ToolTest.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class QueryHints : public quillet::test::ToolTest {
+protected:
+    void SetUp() override { m_file = CopyExample("european-steel.xml"); }
+
+    std::string WhyNot(const std::string& query) const { return Failure({"query", m_file, query}); }
+    std::string WhyNotFound(const std::string& where) const {
+        return Failure({"find", m_file, "IPE", where});
+    }
+
+    // The warning beside the answer of a query, without its beginning.
+    std::string Warning(const std::string& query) const { return WarningOf(Run({"query", m_file, query})); }
+
+    std::string WarningOf(const quillet::test::RunResult& result) const {
+        EXPECT_EQ(result.m_status, 0);
+        EXPECT_NE(result.m_output, "");
+        const std::string complaint = Complaint(result.m_errors);
+        const std::string beginning = "warning: " + m_file + ": ";
+        EXPECT_THAT(complaint, StartsWith(beginning));
+        return complaint.substr(std::min(complaint.size(), beginning.size()));
+    }
+
+    std::string m_file;
+};
+
+TEST_F(QueryHints, FirstWordMisspelt_NamesSelect) {
+    EXPECT_THAT(WhyNot("selct name from IPE"), EndsWith("; did you mean 'select' instead of 'selct'?"));
+    EXPECT_THAT(WhyNot("SELETC name from [Selected ones]"),
+                EndsWith("; did you mean 'select' instead of 'SELETC'?"));
+    EXPECT_THAT(WhyNot("get name from IPE"), EndsWith("; a query begins with select, not with 'get'"));
+    EXPECT_THAT(WhyNot("delete from IPE"),
+                EndsWith("; a query changes nothing; 'quillet --help' lists the commands that do"));
+}
+
+TEST_F(QueryHints, MisspeltNames_AreSuggested) {
+    EXPECT_THAT(WhyNot("select name from IPP"), EndsWith("table 'IPP': did you mean 'IPE'?"));
+    EXPECT_THAT(WhyNot("IPP"), HasSubstr("did you mean 'IPE'"));
+    EXPECT_THAT(WhyNot("select nmae, h from IPE"), EndsWith("; field 'nmae': did you mean 'name'?"));
+    EXPECT_THAT(WhyNot("select name from IPE where Iyy > 5"), HasSubstr("field 'Iyy': did you mean 'Iy'"));
+    EXPECT_THAT(WhyNot("select name from IPE where 5 < Welly"),
+                EndsWith("field 'Welly': did you mean 'Wely'?"));
+    EXPECT_THAT(WhyNot("select name from IPE order by nme"), EndsWith("field 'nme': did you mean 'name'?"));
+    EXPECT_THAT(WhyNotFound("Welly > 5 and Wely < 9"), EndsWith("field 'Welly': did you mean 'Wely'?"));
+}
+
+TEST_F(QueryHints, NamesThatNeedBrackets_AreSuggestedInThem) {
+    const std::string file = CopyExample("materials.xml");
+    EXPECT_THAT(Failure({"query", file, "select fub from [Bolt clases]"}),
+                EndsWith("table 'Bolt clases': did you mean '[Bolt classes]'?"));
+    EXPECT_THAT(Failure({"query", file, "select fub from 'Bolt classes'"}),
+                EndsWith("names stand in square brackets, not in quotation marks"));
+}
+
+TEST_F(QueryHints, WordsOfOtherDialects_SayWhatToWriteInstead) {
+    EXPECT_THAT(
+        WhyNot("select name from IPE limit 5"),
+        EndsWith("; 'limit' is not in the language: the option --limit N of the command shows the first N "
+                 "rows of the answer"));
+    EXPECT_THAT(WhyNot("select name from IPE where h > 300 LIMIT 5"),
+                HasSubstr("; 'LIMIT' is not in the language"));
+    EXPECT_THAT(WhyNot("select name from IPE order by h limit 5"), HasSubstr("--limit N"));
+    EXPECT_THAT(
+        WhyNot("select name from IPE where h > 300 group by b"),
+        EndsWith("; 'group' is not in the language: rows are not grouped; 'select distinct' drops those "
+                 "that repeat"));
+    EXPECT_THAT(WhyNot("select name from IPE group by b"), HasSubstr("'group' is not in the language"));
+    EXPECT_THAT(
+        WhyNot("select name from IPE where name like 'IPE 1%'"),
+        EndsWith("; 'like' is not in the language: there are no patterns; whole texts are compared, as in "
+                 "(name >= 'a' and name < 'b')"));
+    EXPECT_THAT(WhyNot("select name from IPE where h between 100 and 200"),
+                EndsWith("; 'between' is not in the language: write (h >= 100 and h <= 200)"));
+    EXPECT_THAT(WhyNot("select name from IPE where h in (100, 120)"),
+                EndsWith("; 'in' is not in the language: write (h = 100 or h = 120)"));
+    EXPECT_THAT(
+        WhyNot("select name from IPE where name is not null"),
+        EndsWith("; 'is' is not in the language: write = or !=; no word stands for null, and name = '' finds "
+                 "an empty text"));
+    EXPECT_THAT(WhyNot("select count(*) from IPE"), HasSubstr("--explain tells how many rows there are"));
+    EXPECT_THAT(WhyNot("select name from IPE join HEA"), HasSubstr("'join' is not in the language"));
+    EXPECT_THAT(WhyNotFound("h between 100 and 200"), HasSubstr("write (h >= 100 and h <= 200)"));
+    EXPECT_THAT(WhyNotFound("h > 100 limit 5"), HasSubstr("with --all every one"));
+}
+
+// What a hint says to write is answered.
+TEST_F(QueryHints, WhatToWriteInstead_IsUnderstood) {
+    EXPECT_EQ(Output({"query", m_file, "select name from IPE where (h >= 100 and h <= 120)"}),
+              Output({"query", m_file, "select name from IPE where (h = 100 or h = 120)"}));
+    EXPECT_EQ(Output({"query", m_file, "select name from IPE where (name >= 'IPE 5' and name < 'IPE 6')"}),
+              "name\n-------\nIPE 500\nIPE 550\n");
+}
+
+TEST_F(QueryHints, WordsInQuotesOrBrackets_AreNoHintsBusiness) {
+    const std::string csv = Write("in.csv", "limit,like\n1,is\n");
+    Output({"import", m_file, "group", csv});
+    EXPECT_EQ(Output({"query", m_file, "select limit from group where like = 'is' and limit = 1", "--format",
+                      "csv"}),
+              "limit\r\n1\r\n");
+    EXPECT_THAT(WhyNot("select limit from group where like = 'is' and limits = 1"),
+                EndsWith("; field 'limits': did you mean 'limit'?"));
+    EXPECT_THAT(WhyNot("select name from IPE where nam = 'limit like between'"),
+                Not(HasSubstr("not in the language")));
+    EXPECT_THAT(WhyNot("select name from IPE where [between] = 5"), Not(HasSubstr("not in the language")));
+}
+
+TEST_F(QueryHints, QuoteThatIsNeverClosed_IsNamed) {
+    EXPECT_THAT(WhyNot("select name from [IPE where h > 5"), EndsWith("; the bracket [ is never closed"));
+    EXPECT_EQ(Warning("select name from IPE where name = 'IPE 80"), "the quotation mark ' is never closed");
+    EXPECT_EQ(WarningOf(Run({"find", m_file, "IPE", "name = \"IPE 80"})),
+              "the quotation mark \" is never closed");
+}
+
+TEST_F(QueryHints, ConditionThatEndsWithAnOperator_IsAnsweredWithAWarning) {
+    EXPECT_EQ(Warning("select name from IPE where h > 500 or"),
+              "the condition ends with 'or', and nothing follows it");
+    EXPECT_EQ(Warning("select name from IPE where h > 500 AND order by h"),
+              "the condition ends with 'AND', and nothing follows it");
+    EXPECT_EQ(WhyNotFound("h > 500 and"),
+              m_file + ": no row of 'IPE' fits; the condition ends with 'and', and nothing follows it");
+}
+
+TEST_F(QueryHints, NameThatFitsTwoFieldsButForCase_IsWarnedOf) {
+    const std::string warning = "'iy' fits the fields 'Iy' and 'iy': 'Iy' is taken";
+    EXPECT_EQ(Warning("select name, iy from IPE where h = 80"), warning);
+    EXPECT_EQ(Warning("select name from IPE where iy > 80"), warning);
+    EXPECT_EQ(Warning("select name from IPE order by [iy]"), warning);
+    EXPECT_EQ(WarningOf(Run({"find", m_file, "IPE", "iy > 80"})), warning);
+    EXPECT_EQ(Run({"query", m_file, "select Iy from IPE where name != 'iy'"}).m_errors, "")
+        << "the one that is taken, and a text";
+}
+
+}  // namespace

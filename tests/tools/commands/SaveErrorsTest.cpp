@@ -1,0 +1,81 @@
+#include "commands/SaveErrors.h"
+
+#include <gmock/gmock.h>
+
+#include "Quillet/IQuillet.h"
+#include "commands/LogLines.h"
+#include "support/TemporaryFolder.h"
+
+namespace quillet::tool {
+namespace {
+
+using testing::ElementsAre;
+
+// What is told of a database that can't be saved.
+std::vector<std::string> WhyNotSaved(DbDatabase& database) {
+    const test::TemporaryFolder folder;
+    std::vector<CString> lines;
+    EXPECT_FALSE(database.Save(CString(test::Utf8(folder / "out.xml"))));
+    database.GetError(lines);
+    std::vector<std::string> narrow;
+    for (const CString& line : lines) {
+        if (IsFault(line.ToUtf8())) {
+            narrow.push_back(line.ToUtf8());
+        }
+    }
+    database.Sync();
+    return ExplainSaveErrors(database, narrow);
+}
+
+class SaveErrors : public testing::Test {
+protected:
+    void SetUp() override {
+        m_database.CreateTable("Mine", DbTableInfo::Table);
+        Structure().CreateField("name", true, DbFieldDescr::Text);
+    }
+
+    DbTableDescr& Structure() { return *m_database.GetTableDescr("Mine"); }
+    DbTableRow& AddRow() {
+        DbTableData& data = *m_database.GetTableData("Mine");
+        return data[data.AddRow()];
+    }
+
+    DbDatabase m_database;
+};
+
+TEST_F(SaveErrors, TextThatNoCatalogCarries_IsNamedByTableRowAndField) {
+    Structure().CreateField("note", false, DbFieldDescr::Text);
+    AddRow();
+    AddRow()["note"].GetVariant().SetText(CString(std::string("a\x01z")).View());
+    EXPECT_THAT(
+        WhyNotSaved(m_database),
+        ElementsAre("table 'Mine', row 2, field 'note': the text holds U+0001, which a catalog can't carry"));
+}
+
+TEST_F(SaveErrors, FieldNamesThatNoCatalogCarries_AreNamed) {
+    Structure().CreateField("a&b", false, DbFieldDescr::Text);
+    AddRow();
+    EXPECT_THAT(
+        WhyNotSaved(m_database),
+        ElementsAre("Table 'Mine' can't be saved: the field 'a&b' would be saved as 'a&b', which is no "
+                    "name in XML"));
+}
+
+TEST_F(SaveErrors, FieldsThatAreWrittenAlike_AreBothNamed) {
+    Structure().CreateField("a b", false, DbFieldDescr::Text);
+    Structure().CreateField("a_b", false, DbFieldDescr::Text);
+    AddRow();
+    EXPECT_THAT(WhyNotSaved(m_database),
+                ElementsAre("Table 'Mine' can't be saved: the fields 'a b' and 'a_b' would both be saved as "
+                            "'a_b'"));
+}
+
+TEST_F(SaveErrors, OtherLines_StayAsTheyAre) {
+    EXPECT_THAT(
+        ExplainSaveErrors(m_database, {"File 'x' could not be written: full",
+                                       "Error on table \"None\" - body data saving"}),
+        ElementsAre("File 'x' could not be written: full", "Error on table \"None\" - body data saving"));
+}
+
+}  // namespace
+}  // namespace quillet::tool

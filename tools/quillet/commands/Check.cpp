@@ -1,0 +1,313 @@
+// Reads all of a catalog and says what is wrong with it.
+#include <charconv>
+#include <set>
+
+#include "Quillet/values/FieldNames.h"
+#include "Quillet/xml/Document.h"
+#include "commands/Commands.h"
+#include "input/Catalog.h"
+#include "input/CellText.h"
+#include "output/Listing.h"
+#include "output/Output.h"
+#include "output/PlainText.h"
+#include "output/Progress.h"
+
+namespace quillet::tool {
+
+namespace {
+
+constexpr int Sound = 0;
+constexpr int Faulty = 1;
+
+// What is wrong, and where as far as that is known: lines and rows count from 1, 0 stands for none.
+struct Finding {
+    std::string m_message;
+    std::size_t m_line = 0;
+    std::string m_table = {};
+    std::size_t m_row = 0;
+    std::string m_field = {};
+};
+
+using Findings = std::vector<Finding>;
+
+// The attribute of an element; empty where it has none of the name.
+std::string Attribute(const xml::Node& element, std::string_view name) {
+    xml::AttributeReader attributes(element);
+    while (attributes.Next()) {
+        if (attributes.Name() == name) {
+            return std::string(attributes.Value());
+        }
+    }
+    return {};
+}
+
+// A type that no field can have leaves a field without one.
+bool IsUnknownType(const std::string& type) {
+    unsigned short number = 0;
+    std::from_chars(type.data(), type.data() + type.size(), number);
+    DbFieldDescr field;
+    field.SetType(number);
+    return field.GetType() == VT_EMPTY && type != "0";
+}
+
+// Of a list of attributes all others are dropped by the next change.
+void CheckAttributes(const xml::Node& element, const std::set<std::string_view>& known, Findings& findings) {
+    xml::AttributeReader attributes(element);
+    while (attributes.Next()) {
+        if (known.count(attributes.Name()) == 0) {
+            findings.push_back({"an attribute " + Quoted(std::string(attributes.Name())) + " of <" +
+                                element.Name() + "> that no catalog has there"});
+        }
+    }
+}
+
+// A table has its name, in the first attribute.
+void CheckTableAttributes(const xml::Node& table, Findings& findings) {
+    xml::AttributeReader attributes(table);
+    if (attributes.Next()) {
+        CheckAttributes(table, {attributes.Name()}, findings);
+    }
+}
+
+void CheckFieldTypes(const xml::Node& table, Findings& findings) {
+    for (xml::Node field = table.FirstChild(); !field.IsNull(); field = field.NextSibling()) {
+        const std::string type = Attribute(field, "type");
+        const std::string name = Attribute(field, "name");
+        if (!field.FirstChild().IsNull()) {
+            findings.push_back({"the field holds elements or text, which no catalog has there", 0,
+                                Attribute(table, "name"), 0, name});
+        }
+        CheckAttributes(field, {"name", "key", "type", "required"}, findings);
+        if (IsUnknownType(type)) {
+            findings.push_back({"there is no type " + Quoted(type) + ", its values are read as text", 0,
+                                Attribute(table, "name"), 0, name});
+        }
+    }
+}
+
+// The tables that a structure describes, in lower case; their fields' types are checked.
+std::set<CString> CheckTables(const xml::Node& structure, Findings& findings) {
+    std::set<CString> names;
+    for (xml::Node table = structure.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+        names.insert(Lowered(table.FirstAttributeValue().value_or("")));
+        CheckTableAttributes(table, findings);
+        CheckFieldTypes(table, findings);
+    }
+    return names;
+}
+
+// Whether the database tells itself that it left the element out.
+bool IsLoggedAsSurplus(const xml::Node& element, const Settings& settings) {
+    const CString name(element.Name());
+    return !settings.m_sequential &&
+           (name.CompareNoCase("header") == 0 || name.CompareNoCase("body") == 0 ||
+            name.CompareNoCase("structure") == 0 || name.CompareNoCase("data") == 0);
+}
+
+// What stands below an element after the two that a catalog has there.
+void CheckSurplus(const xml::Node& parent, const Settings& settings, Findings& findings) {
+    constexpr std::size_t Known = 2;
+    std::size_t position = 0;
+    for (xml::Node child = parent.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
+        if (position++ < Known || IsLoggedAsSurplus(child, settings)) {
+            continue;
+        }
+        const std::string what = child.IsElement() ? "an element <" + child.Name() + ">" : "text";
+        findings.push_back({what + " in <" + parent.Name() + "> that no catalog has there"});
+    }
+}
+
+// A row holds nothing but attributes.
+void CheckRows(const xml::Node& data, Findings& findings) {
+    for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+        CheckTableAttributes(table, findings);
+        std::size_t number = 0;
+        for (xml::Node row = table.FirstChild(); !row.IsNull(); row = row.NextSibling()) {
+            ++number;
+            if (!row.FirstChild().IsNull()) {
+                findings.push_back({"the row holds elements or text, which no catalog has there", 0,
+                                    table.FirstAttributeValue().value_or(""), number});
+            }
+        }
+    }
+}
+
+// One of the two halves of a catalog, whose tables are returned in lower case.
+std::set<CString> CheckHalf(const xml::Node& half, const Settings& settings, Findings& findings) {
+    const xml::Node structure = half.FirstChild();
+    for (const xml::Node& element : {half, structure, structure.NextSibling()}) {
+        CheckAttributes(element, {}, findings);
+    }
+    CheckRows(structure.NextSibling(), findings);
+    CheckSurplus(half, settings, findings);
+    return CheckTables(structure, findings);
+}
+
+// The file as XML, before it is read as a catalog. False where it is none.
+bool CheckXml(const std::string& path, const Settings& settings, Findings& findings) {
+    const RunningProgress progress(ScreenBesideFiles(), "Checking " + path);
+    xml::Document document;
+    if (!document.LoadFile(path)) {
+        findings.push_back({document.Error().m_message, document.Error().m_line});
+        return false;
+    }
+    std::size_t roots = 0;
+    xml::Node database;
+    for (xml::Node root = document.Root().FirstChild(); !root.IsNull(); root = root.NextSibling()) {
+        ++roots;
+        if (CString(root.Name()).CompareNoCase("database") == 0) {
+            database = root;
+        }
+    }
+    if (database.IsNull()) {
+        findings.push_back({"no catalog: there is no <database> element"});
+        return false;
+    }
+    if (roots > 1) {
+        findings.push_back({"there is more than one element at the top, and the last <database> is read"});
+    }
+    CheckAttributes(database, {}, findings);
+    const xml::Node header = database.FirstChild();
+    const std::set<CString> names = CheckHalf(header, settings, findings);
+    for (const char* name : {HeaderName, PropertiesName}) {
+        if (names.count(Lowered(name)) == 0) {
+            findings.push_back({"the header has no table " + std::string(name)});
+        }
+    }
+    CheckHalf(header.NextSibling(), settings, findings);
+    CheckSurplus(database, settings, findings);
+    return true;
+}
+
+void CheckFieldNames(const Table& table, Findings& findings) {
+    std::set<CString> seen;
+    for (const DbFieldDescr* field : *table.m_descr) {
+        if (!seen.insert(field->GetName()).second) {
+            findings.push_back({"two fields have this name", 0, table.m_name, 0, field->GetName().ToUtf8()});
+        }
+    }
+    // Fields of one name were found above.
+    const auto name = [&](std::size_t field) {
+        return table.m_descr->GetField(static_cast<int>(field)).GetName();
+    };
+    for (const UnsavableField& field : UnsavableFields(*table.m_descr)) {
+        if (!field.m_same || name(*field.m_same) != name(field.m_field)) {
+            findings.push_back(
+                {"rows can't be saved: " + field.m_why, 0, table.m_name, 0, name(field.m_field).ToUtf8()});
+        }
+    }
+}
+
+// A cell without a value fits every column, and every value fits a column without a type.
+bool Fits(const DbFieldDescr& field, const CComVariant& cell) {
+    return cell.vt == field.GetType() || field.GetType() == VT_EMPTY || cell.vt == VT_EMPTY ||
+           cell.vt == VT_NULL || (cell.vt == VT_BSTR && cell.Text().empty());
+}
+
+void CheckCells(const Table& table, Findings& findings) {
+    const std::size_t rows = table.m_data->size();
+    RunningProgress progress(ScreenBesideFiles(), "Checking " + table.m_name, rows);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const DbTableRow& cells = *table.m_data->GetRow(static_cast<int>(row));
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            const DbFieldDescr& field = table.m_descr->GetField(static_cast<int>(i));
+            if (!Fits(field, cells.GetField(i).GetVariant())) {
+                CString text;
+                cells.GetField(i).ValueToString(text);
+                findings.push_back(
+                    {Quoted(text.ToUtf8()) + " is no value of the type " + field.GetTypeString().ToUtf8(), 0,
+                     table.m_name, row + 1, field.GetName().ToUtf8()});
+            } else if (!IsReadBack(cells.GetField(i).GetVariant())) {
+                findings.push_back(
+                    {LostNumber(cells.GetField(i)), 0, table.m_name, row + 1, field.GetName().ToUtf8()});
+            }
+        }
+        progress.Set(row + 1);
+    }
+}
+
+void CheckDatabase(const std::string& path, const Settings& settings, Findings& findings) {
+    Catalog catalog(path, settings);
+    catalog.ReadAll();
+    for (const std::string& fault : catalog.Faults()) {
+        findings.push_back({fault});
+    }
+    DbDatabase& database = catalog.Database();
+    if (settings.m_sequential && catalog.IsXml() && catalog.Faults().empty() && !database.LoadWhole()) {
+        findings.push_back({database.LastReadError().ToUtf8()});
+    }
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        const Table table = {database.GetTableName(i).ToUtf8(), database.GetTableDescr(i),
+                             database.GetTableData(i)};
+        if (catalog.IsXml() && !table.m_data->IsInitialized() && !IsHeaderOrProperties(table.m_name)) {
+            findings.push_back({"its rows are missing from the file", 0, table.m_name});
+        }
+        CheckFieldNames(table, findings);
+        CheckCells(table, findings);
+    }
+}
+
+// "FILE:LINE: table 'T', row 3, field 'f': message", without what is not known.
+std::string Describe(const std::string& path, const Finding& finding) {
+    std::string text = path + (finding.m_line == 0 ? "" : ":" + std::to_string(finding.m_line)) + ": ";
+    if (!finding.m_table.empty()) {
+        text += "table '" + finding.m_table + "'";
+        text += finding.m_row == 0 ? "" : ", row " + std::to_string(finding.m_row);
+        text += finding.m_field.empty() ? "" : ", field '" + finding.m_field + "'";
+        text += ": ";
+    }
+    return text + finding.m_message;
+}
+
+void PrintFindings(const std::string& path, const Findings& findings) {
+    StandardOutput output;
+    for (const Finding& finding : findings) {
+        output.Write(Visible(Describe(path, finding)) + "\n");
+    }
+    if (findings.empty()) {
+        output.Write(Visible(path) + ": ok\n");
+    }
+    output.Close();
+}
+
+Value TextOrNull(const std::string& text) {
+    return text.empty() ? Value() : Value::OfText(text);
+}
+
+Value CountOrNull(std::size_t count) {
+    return count == 0 ? Value() : Value::OfCount(count);
+}
+
+void ListFindings(const std::string& path, const Findings& findings, const Writer& writer) {
+    RecordListing listing({{"file"}, {"line", true}, {"table"}, {"row", true}, {"field"}, {"message"}});
+    for (const Finding& finding : findings) {
+        listing.Add({Value::OfText(path), CountOrNull(finding.m_line), TextOrNull(finding.m_table),
+                     CountOrNull(finding.m_row), TextOrNull(finding.m_field),
+                     Value::OfText(finding.m_message)});
+    }
+    StandardOutput output;
+    writer.Write(listing, output);
+    output.Close();
+}
+
+}  // namespace
+
+int Check(const Settings& settings, const CheckRequest& request) {
+    const std::string& path = request.m_file;
+    Findings findings;
+    const bool isXml = Catalog(path, settings).IsXml();
+    if (!isXml || CheckXml(path, settings, findings)) {
+        CheckDatabase(path, settings, findings);
+    }
+    if (settings.m_format == Format::Text) {
+        PrintFindings(path, findings);
+    } else {
+        ListFindings(path, findings, *MakeWriter(settings.m_format));
+    }
+    if (!findings.empty()) {
+        Complain(path + ": " + Counted(findings.size(), "fault"));
+    }
+    return findings.empty() ? Sound : Faulty;
+}
+
+}  // namespace quillet::tool

@@ -1,0 +1,122 @@
+// A catalog from an Access file, and an Access file filled from a catalog.
+#include "Failure.h"
+#include "Quillet/platform/File.h"
+#include "commands/Commands.h"
+#include "input/AccessFile.h"
+#include "input/Catalog.h"
+#include "input/CellText.h"
+#include "input/FileKind.h"
+#include "input/TableRecords.h"
+#include "input/WriteLock.h"
+#include "output/Output.h"
+#include "output/PlainText.h"
+
+namespace quillet::tool {
+
+namespace {
+
+constexpr int Done = 0;
+
+// Fields of dates, money and the like come without a type and without values.
+void WarnOfLostValues(Catalog& catalog) {
+    DbDatabase& database = catalog.Database();
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        for (const DbFieldDescr* field : *database.GetTableDescr(i)) {
+            if (field->GetType() == VT_EMPTY) {
+                Complain("warning: " + catalog.Path() + ": table " +
+                         Quoted(database.GetTableName(i).ToUtf8()) + ", field " +
+                         Quoted(field->GetName().ToUtf8()) + ": values of its type are left out");
+            }
+        }
+    }
+}
+
+// Where a number stands that its text can't carry, and how many more there are; empty where there is none.
+std::string FindLostNumbers(Catalog& catalog) {
+    DbDatabase& database = catalog.Database();
+    std::string first;
+    std::size_t others = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        const DbTableDescr& descr = *database.GetTableDescr(i);
+        DbTableData& data = *database.GetTableData(i);
+        for (std::size_t row = 0; row < data.size(); ++row) {
+            const DbTableRow& cells = *data.GetRow(static_cast<int>(row));
+            for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+                if (IsReadBack(cells.GetField(cell).GetVariant())) {
+                    continue;
+                }
+                others += first.empty() ? 0U : 1U;
+                if (first.empty()) {
+                    first = "table " + Quoted(database.GetTableName(i).ToUtf8()) + ", row " +
+                            std::to_string(row + 1) + ", field " +
+                            Quoted(descr.GetField(static_cast<int>(cell)).GetName().ToUtf8()) + ": " +
+                            LostNumber(cells.GetField(cell));
+                }
+            }
+        }
+    }
+    return first + (others == 0 ? "" : " (and " + std::to_string(others) + " more)");
+}
+
+// Nothing has been written yet.
+void RefuseLostNumbers(Catalog& catalog, const ConvertRequest& request) {
+    const std::string lost = FindLostNumbers(catalog);
+    if (lost.empty()) {
+        return;
+    }
+    if (!request.m_lossy) {
+        throw catalog.Failed("not converted: " + lost + "; --lossy goes on");
+    }
+    Complain("warning: " + catalog.Path() + ": " + lost);
+}
+
+int ToXml(const Settings& settings, const ConvertRequest& request) {
+    const std::unique_ptr<platform::FileLock> lock =
+        request.m_replace ? LockForWriting(request.m_target, settings) : nullptr;
+    Catalog catalog(request.m_source, settings);
+    catalog.Database().RefuseForeignChangesOf(request.m_target);
+    if (!request.m_replace) {
+        RefuseExisting(request.m_target);
+    }
+    catalog.ReadAll();
+    catalog.RefuseFaults("not converted");
+    RefuseLostNumbers(catalog, request);
+    WarnOfLostValues(catalog);
+    const std::size_t tables = catalog.TableNames().size();
+    Report report(settings, request.m_target + ": " + Counted(tables, "table") + " converted");
+    catalog.SaveAs(request.m_target);
+    report.Print();
+    return Done;
+}
+
+int ToAccess(const Settings& settings, const ConvertRequest& request) {
+    if (!platform::PathExists(request.m_target)) {
+        throw Failure(
+            request.m_target +
+            ": not there; tables can only be put into an Access file that exists, an empty one will do");
+    }
+    RefuseOtherKind(request.m_target);
+    const std::unique_ptr<platform::FileLock> lock = LockForWriting(request.m_target, settings);
+    Catalog catalog(request.m_source, settings);
+    catalog.ReadAll();
+    catalog.RefuseFaults("not converted");
+    const DBACCESS_ALL tables = ReadRecords(catalog);
+    Report report(settings, request.m_target + ": " + Counted(tables.size(), "table") + " converted");
+    FillAccessFile(request.m_target, tables);
+    report.Print();
+    return Done;
+}
+
+}  // namespace
+
+int Convert(const Settings& settings, const ConvertRequest& request) {
+    if (HasAccessEnding(request.m_source) && HasXmlEnding(request.m_target)) {
+        return ToXml(settings, request);
+    }
+    if (HasXmlEnding(request.m_source) && HasAccessEnding(request.m_target)) {
+        return ToAccess(settings, request);
+    }
+    throw UsageError("convert makes OUT.xml of IN.mdb, or fills OUT.mdb from IN.xml");
+}
+
+}  // namespace quillet::tool

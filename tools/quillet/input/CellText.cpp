@@ -1,0 +1,205 @@
+#include "input/CellText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+
+#include "commands/Names.h"
+#include "output/PlainText.h"
+
+namespace quillet::tool {
+
+namespace {
+
+constexpr std::string_view Digits = "0123456789";
+
+std::string_view WithoutPlus(std::string_view text) {
+    return text.starts_with('+') && !text.starts_with("+-") ? text.substr(1) : text;
+}
+
+// The whole text as a number. The words for infinity and the like, which the conversion knows, are none.
+template <typename Number>
+std::optional<Number> ReadNumber(std::string_view text) {
+    text = WithoutPlus(text);
+    Number number{};
+    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool hasDigits = text.find_first_of(Digits) != std::string_view::npos;
+    if (!hasDigits || result.ec != std::errc() || result.ptr != text.data() + text.size() ||
+        !IsReadBack(CComVariant(number))) {
+        return std::nullopt;
+    }
+    return number;
+}
+
+std::optional<bool> ReadBoolean(std::string_view text) {
+    const CString word(std::string{text});
+    if (word.CompareNoCase("true") == 0 || text == "1") {
+        return true;
+    }
+    if (word.CompareNoCase("false") == 0 || text == "0") {
+        return false;
+    }
+    return std::nullopt;
+}
+
+// Four characters for three bytes, padded at the end only.
+bool IsBase64(std::string_view text) {
+    constexpr std::size_t Group = 4;
+    constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t padding = std::min(text.find_first_not_of(Alphabet), text.size());
+    const std::string_view rest = text.substr(padding);
+    return text.size() % Group == 0 && (rest.empty() || rest == "=" || rest == "==");
+}
+
+// Identifiers such as 007 and 12345678901234567890 would lose digits as numbers.
+bool KeepsDigitsAsNumber(std::string_view text) {
+    constexpr std::size_t DigitsOfDouble = 15;
+    const std::string_view number = text.starts_with('-') ? text.substr(1) : text;
+    const bool isInteger = number.find_first_not_of(Digits) == std::string_view::npos;
+    const bool hasLeadingZero =
+        number.size() > 1 && number[0] == '0' && Digits.find(number[1]) != Digits.npos;
+    return !text.starts_with('+') && !hasLeadingZero && (!isInteger || number.size() <= DigitsOfDouble);
+}
+
+constexpr std::array<DbFieldDescr::eFieldType, 8> Types = {
+    DbFieldDescr::Boolean, DbFieldDescr::Integer, DbFieldDescr::Long,   DbFieldDescr::Float,
+    DbFieldDescr::Double,  DbFieldDescr::Text,    DbFieldDescr::Binary, DbFieldDescr::Empty,
+};
+
+// GetTypeString speaks of the variant type, which a field of the type integer has in common with long.
+std::string WordOfType(DbFieldDescr::eFieldType type) {
+    if (type == DbFieldDescr::Integer) {
+        return "integer";
+    }
+    DbFieldDescr field;
+    field.SetDbType(type);
+    return field.GetTypeString().ToUtf8();
+}
+
+template <typename Number>
+bool FillNumber(std::optional<Number> number, CComVariant& cell) {
+    if (number) {
+        cell.SetNumber(*number);
+    }
+    return number.has_value();
+}
+
+}  // namespace
+
+void TypeGuess::See(std::string_view text) {
+    if (text.empty()) {
+        return;
+    }
+    m_sawValue = true;
+    if (m_isBoolean) {
+        m_isBoolean = text != "0" && text != "1" && ReadBoolean(text).has_value();
+    }
+    if (m_isDouble) {
+        m_isDouble = KeepsDigitsAsNumber(text) && ReadNumber<double>(text).has_value();
+        m_isLong = m_isLong && m_isDouble && ReadNumber<std::int32_t>(text).has_value();
+    }
+}
+
+DbFieldDescr::eFieldType TypeGuess::Type() const {
+    if (!m_sawValue) {
+        return DbFieldDescr::Text;
+    }
+    if (m_isBoolean) {
+        return DbFieldDescr::Boolean;
+    }
+    if (!m_isDouble) {
+        return DbFieldDescr::Text;
+    }
+    return m_isLong ? DbFieldDescr::Long : DbFieldDescr::Double;
+}
+
+std::optional<DbFieldDescr::eFieldType> TypeOfWord(std::string_view word) {
+    const auto* const found = std::find_if(Types.begin(), Types.end(), [&](DbFieldDescr::eFieldType type) {
+        return CString(WordOfType(type)).CompareNoCase(std::string(word)) == 0;
+    });
+    return found == Types.end() ? std::nullopt : std::optional<DbFieldDescr::eFieldType>(*found);
+}
+
+std::string TypeWords() {
+    std::vector<std::string> words;
+    std::transform(Types.begin(), Types.end(), std::back_inserter(words), WordOfType);
+    return JoinNames(words);
+}
+
+bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cell) {
+    const bool isText = field.GetType() == VT_BSTR || field.GetType() == VT_EMPTY;
+    if (isText) {
+        cell.SetText(CString(std::string(text)).View());
+        return true;
+    }
+    if (text.empty()) {
+        cell.Clear();
+        return true;
+    }
+    switch (field.GetType()) {
+        case VT_I4:
+            return FillNumber(ReadNumber<std::int32_t>(text), cell);
+        case VT_R4:
+            return FillNumber(ReadNumber<float>(text), cell);
+        case VT_R8:
+            return FillNumber(ReadNumber<double>(text), cell);
+        case VT_BOOL:
+            return FillNumber(ReadBoolean(text), cell);
+        default:
+            if (!IsBase64(text)) {
+                return false;
+            }
+            field.Convert(cell, CString(std::string(text)).GetString());
+            return true;
+    }
+}
+
+bool IsReadBack(const CComVariant& cell) {
+    // Nearly all numbers lie in between.
+    constexpr double SurelyLarge = 1e-30;
+    constexpr double SurelySmall = 1e30;
+    if (cell.vt != VT_R4 && cell.vt != VT_R8) {
+        return true;
+    }
+    const double number = std::fabs(cell.vt == VT_R4 ? static_cast<double>(cell.fltVal) : cell.dblVal);
+    if (number == 0 || (number > SurelyLarge && number < SurelySmall)) {
+        return true;
+    }
+    std::string text;
+    AppendValueText(cell, text);
+    DbFieldDescr field;
+    field.SetType(cell.vt);
+    CComVariant back;
+    field.Convert(back, CString(text).GetString());
+    return back.vt == cell.vt;
+}
+
+std::string LostNumber(const DbFieldValue& cell) {
+    CString text;
+    cell.ValueToString(text);
+    return "the number can't be carried by a text: " + Quoted(text.ToUtf8()) + " is not read back";
+}
+
+std::string UncarriableCharacter(std::string_view text) {
+    // U+FFFE and U+FFFF, without their first two bytes EF BF.
+    const std::size_t noncharacter = std::min(text.find("\xEF\xBF\xBE"), text.find("\xEF\xBF\xBF"));
+    const auto* const control = std::find_if(text.begin(), text.end(), [](char letter) {
+        return static_cast<unsigned char>(letter) < ' ' && letter != '\t' && letter != '\n' && letter != '\r';
+    });
+    unsigned codePoint = 0;
+    if (control != text.end()) {
+        codePoint = static_cast<unsigned char>(*control);
+    } else if (noncharacter != std::string_view::npos) {
+        codePoint = text[noncharacter + 2] == '\xBE' ? 0xFFFEU : 0xFFFFU;
+    } else {
+        return {};
+    }
+    std::array<char, 16> name;
+    std::snprintf(name.data(), name.size(), "U+%04X", codePoint);
+    return name.data();
+}
+
+}  // namespace quillet::tool

@@ -1,0 +1,73 @@
+// A table that stands in a CSV file.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Quillet/Db_TableData.h"
+#include "Quillet/Db_TableDescr.h"
+#include "input/CsvReader.h"
+
+namespace quillet::tool {
+
+// The separator of values where nobody names one.
+constexpr char Comma = ',';
+
+// The text of a CSV file, read twice: once for names and types, once for the values. What is wrong with the
+// file throws Failure, which names it and the line.
+class CsvTable {
+public:
+    // Is told how much of Work is done.
+    using Progress = std::function<void(std::uint64_t)>;
+
+    // What stands between values; without one it is a comma, and a file that seems to use another is refused.
+    CsvTable(const std::string& path, std::optional<char> delimiter);
+
+    // What both readings have to do, in bytes.
+    std::uint64_t Work() const { return 2 * static_cast<std::uint64_t>(m_text.size()); }
+
+    // Reads everything but the values. Headings that can't be saved or queried get other names, or are
+    // refused where they can't be saved and names are kept.
+    void ReadStructure(bool keepsNames, const Progress& progress);
+
+    // Headings that got other names, with these.
+    const std::vector<std::pair<std::string, std::string>>& Renamed() const { return m_renamed; }
+    DbTableDescr& Structure() { return m_structure; }
+    std::size_t CountRows() const { return m_rows; }
+
+    // The field that an option means by its name or its heading.
+    DbFieldDescr& FieldFor(const std::string& option, const std::string& name);
+
+    // Appends the rows to a table that has these fields.
+    void FillRows(DbTableData& data, const Progress& progress) const;
+
+private:
+    CsvReader Reader() const { return CsvReader(m_text, m_path, m_delimiter.value_or(Comma)); }
+    void ReadNames(const CsvReader& reader, bool keepsNames);
+    void RefuseOtherDelimiter(const CsvReader& reader) const;
+    void CheckNames(const CsvReader& reader) const;
+    void CheckRow(const CsvReader& reader) const;
+    void FillRow(const CsvReader& reader, DbTableRow& row) const;
+    std::string Field(std::size_t index) const;
+
+    std::string m_path;
+    std::optional<char> m_delimiter;
+    std::string m_text;
+    std::vector<std::string> m_headings;
+    std::vector<std::pair<std::string, std::string>> m_renamed;
+    DbTableDescr m_structure{nullptr};
+    std::size_t m_rows = 0;
+};
+
+// Appends a field to a table without rows. Files may hold fields that differ in case only, as I and i, though
+// only the first one is found by name; CreateField would refuse the second.
+DbFieldDescr& AppendField(DbTableDescr& descr);
+
+// The field of exactly this name, otherwise the first that has it in other case; null where there is none.
+DbFieldDescr* FindField(const DbTableDescr& descr, const CString& name);
+
+}  // namespace quillet::tool

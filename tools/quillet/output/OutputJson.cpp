@@ -1,0 +1,52 @@
+#include <nlohmann/json.hpp>
+
+#include "output/Output.h"
+
+namespace quillet::tool {
+
+namespace {
+
+std::string JsonText(const std::string& text) {
+    using Json = nlohmann::json;
+    return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string JsonValue(const Value& value) {
+    switch (value.m_kind) {
+        case Value::Kind::Null:
+            return "null";
+        case Value::Kind::Boolean:
+        case Value::Kind::Number:
+            // Written with a point, both are JSON as they stand, with the digits that the catalog itself
+            // would hold.
+            return value.m_text;
+        default:
+            return JsonText(value.m_text);
+    }
+}
+
+}  // namespace
+
+void JsonWriter::Write(const Listing& listing, Sink& sink, const Progress& progress) const {
+    std::vector<std::string> keys;
+    for (const Column& column : listing.Columns()) {
+        keys.push_back((keys.empty() ? "" : ", ") + JsonText(column.m_name) + ": ");
+    }
+    std::vector<Value> values;
+    std::string line;
+    sink.Write("[");
+    for (std::size_t row = 0; row < listing.CountRows(); ++row) {
+        listing.ReadRow(row, NumberStyle::Point, values);
+        line = row == 0 ? "\n  {" : ",\n  {";
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            line += keys[i];
+            line += JsonValue(values[i]);
+        }
+        line += '}';
+        sink.Write(line);
+        progress(row + 1);
+    }
+    sink.Write(listing.CountRows() == 0 ? "]\n" : "\n]\n");
+}
+
+}  // namespace quillet::tool

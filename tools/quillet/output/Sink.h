@@ -1,0 +1,56 @@
+// Where output goes: standard output, or a file that is replaced in one step.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Quillet/platform/File.h"
+
+namespace quillet::tool {
+
+// Gathers what is written into blocks. Nothing counts as written before Close.
+class Sink {
+public:
+    Sink() = default;
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
+    virtual ~Sink();
+
+    // Throws Failure where the bytes are not taken.
+    void Write(std::string_view bytes);
+    // Sends what is left and ends the output. Throws Failure. No further call is allowed but destruction.
+    void Close();
+
+private:
+    virtual void Send(std::string_view bytes) = 0;
+    virtual void Finish() = 0;
+
+    std::string m_block;
+};
+
+class StandardOutput final : public Sink {
+private:
+    void Send(std::string_view bytes) override;
+    void Finish() override;
+};
+
+// The file is what it was until Close.
+class FileOutput final : public Sink {
+public:
+    // Throws Failure where the file can't be written.
+    explicit FileOutput(const std::string& path);
+
+private:
+    void Send(std::string_view bytes) override;
+    void Finish() override;
+
+    std::string m_path;
+    std::unique_ptr<platform::AtomicFile> m_file;
+};
+
+// Throws Failure where a file that would be written is already there, and names the option that overwrites
+// it.
+void RefuseExisting(const std::string& path);
+
+}  // namespace quillet::tool
