@@ -385,11 +385,13 @@ bool DbDatabase::VerifySQL(CString sql) {
 }
 
 CString DbDatabase::inner_join(CString first, CString second, CString left, CString op, CString right) {
-    return quillet::JoinBuilder(*this, *m_registry, *m_log).Inner({first, second, left, op, right});
+    return quillet::JoinBuilder(*m_queries, *m_reader, *m_registry, *m_log)
+        .Inner({first, second, left, op, right});
 }
 
 CString DbDatabase::right_join(CString first, CString second, CString left, CString op, CString right) {
-    return quillet::JoinBuilder(*this, *m_registry, *m_log).Right({first, second, left, op, right});
+    return quillet::JoinBuilder(*m_queries, *m_reader, *m_registry, *m_log)
+        .Right({first, second, left, op, right});
 }
 
 CString DbDatabase::left_join(CString, CString, CString, CString, CString) {

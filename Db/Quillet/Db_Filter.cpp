@@ -6,7 +6,7 @@
 
 #include "Quillet/Db_TableRow.h"
 #include "Quillet/platform/NumberText.h"
-#include "Quillet/query/SqlText.h"
+#include "Quillet/values/Names.h"
 
 using quillet::CComVariant;
 using quillet::CString;

@@ -5,8 +5,8 @@
 
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
-#include "Quillet/dbaccess/DBACCESS.h"
 #include "Quillet/platform/MessageBox.h"
+#include "Quillet/records/AccessTables.h"
 
 using quillet::CString;
 
@@ -17,31 +17,8 @@ DbSerializer::StepHandler& Handler() {
     return s_handler;
 }
 
-void Tell(std::size_t done, std::size_t count, const CString& table, bool isWhole) {
-    if (Handler()) {
-        Handler()({done, count, table, isWhole});
-    }
-}
-
 bool IsXml(const CString& path) {
     return path.Right(3).CompareNoCase("xml") == 0;
-}
-
-bool LoadAccess(const CString& path, DBACCESS_ALL& all) {
-    DBACCESS access(path.GetString());
-    std::vector<CString> names;
-    access.GetTables(names);
-    bool good = true;
-    all.resize(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        auto& [name, rows] = all[i];
-        name = names[i];
-        rows.clear();
-        const bool isWhole = access.GetTableData(name, rows);
-        good = good && isWhole;
-        Tell(i + 1, names.size(), name, isWhole);
-    }
-    return good;
 }
 
 void LoadXml(const CString& path, DBACCESS_ALL& all) {
@@ -68,13 +45,23 @@ auto FindTable(Tables& all, const CString& name) {
 }  // namespace
 
 DbSerializer::StepHandler DbSerializer::SetStepHandler(StepHandler handler) {
-    return std::exchange(Handler(), std::move(handler));
+    const bool isSet = static_cast<bool>(handler);
+    StepHandler before = std::exchange(Handler(), std::move(handler));
+    if (isSet) {
+        quillet::ListenerForTables() = [](std::size_t done, std::size_t count, const CString& table,
+                                          bool isWhole) {
+            Handler()({done, count, table, isWhole});
+        };
+    } else {
+        quillet::ListenerForTables() = nullptr;
+    }
+    return before;
 }
 
 bool DbSerializer::Load(const CString& path, DBACCESS_ALL& all) {
     try {
         if (!IsXml(path)) {
-            return LoadAccess(path, all);
+            return quillet::ReadAccessTables(path, all);
         }
         LoadXml(path, all);
         return true;
@@ -96,12 +83,7 @@ bool DbSerializer::Save(const CString& path, const DBACCESS_ALL& all) {
         database.CopyFrom(all);
         return true;
     }
-    DBACCESS access(path.GetString(), DBACCESS::NoDialog);
-    std::size_t done = 0;
-    for (const auto& [name, rows] : all) {
-        const bool isWhole = access.SetTableData(name, rows);
-        Tell(++done, all.size(), name, isWhole);
-    }
+    quillet::WriteAccessTables(path, all);
     return true;
 }
 

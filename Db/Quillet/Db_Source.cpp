@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/document/XmlScanner.h"
 #include "Quillet/platform/File.h"
@@ -33,7 +32,7 @@ std::int32_t DbSource::MaxBufferSize = 16384;
 
 DbSource::DbSource(DbDatabase* owner) : m_blockSize(MaxBufferSize) {
     if (owner != nullptr) {
-        m_owner = owner->LifeToken();
+        m_owner = quillet::Upcalls::LifeTokenOf(*owner);
     }
 }
 
@@ -93,7 +92,7 @@ void DbSource::CloseFile() {
 
 void DbSource::ClearOwner() {
     if (const std::shared_ptr<DbDatabase*> owner = m_owner.lock()) {
-        (*owner)->Clear();
+        quillet::Upcalls::Clear(**owner);
     }
 }
 
@@ -120,11 +119,11 @@ void DbSource::SetSequentialAccess(bool on) {
     }
     const bool wasOn = std::exchange(m_sequential, on);
     const std::shared_ptr<DbDatabase*> owner = m_owner.lock();
-    if (wasOn != on && owner && quillet::Upcalls::HasBegunToRead(*owner)) {
+    if (wasOn != on && owner && quillet::Upcalls::HasBegunToRead(quillet::Upcalls::AsItem(*owner))) {
         CString line;
         line.Format("Sequential access was switched %s after the first access to '%s': too late, no effect",
                     on ? "on" : "off", m_path.ToUtf8().c_str());
-        quillet::Upcalls::Log(*owner, line);
+        quillet::Upcalls::Log(quillet::Upcalls::AsItem(*owner), line);
     }
 }
 

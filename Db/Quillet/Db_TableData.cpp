@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "Quillet/Db_Database.h"
 #include "Quillet/base/CException.h"
 #include "Quillet/base/OutOfRange.h"
 #include "Quillet/platform/Clock.h"
@@ -46,7 +45,7 @@ bool LostField(const DbTableDescr::DbIndex& index) {
 }  // namespace
 
 DbTableData::DbTableData(DbDatabase* db, DbTableDescr* descr)
-    : DbItem(db),
+    : DbItem(quillet::Upcalls::AsItem(db)),
       m_rows(std::make_unique<DbRows>(this, descr)),
       m_descr(descr == nullptr ? nullptr : descr->LifeToken()) {
 }

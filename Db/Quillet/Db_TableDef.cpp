@@ -2,8 +2,8 @@
 
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
-#include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Upcalls.h"
+#include "Quillet/values/Names.h"
 
 using quillet::CString;
 

@@ -5,12 +5,11 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Quillet/Db_Database.h"
 #include "Quillet/base/OutOfRange.h"
 #include "Quillet/base/Reserve.h"
 #include "Quillet/base/Rollback.h"
-#include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Upcalls.h"
+#include "Quillet/values/Names.h"
 #include "Quillet/xml/Face.h"
 
 using quillet::CString;
@@ -89,7 +88,7 @@ void DbTableDescr::DbIndex::MoveFieldIndexes(std::vector<uint64>& positions) {
     }
 }
 
-DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(db) {
+DbTableDescr::DbTableDescr(DbDatabase* db) : DbItem(quillet::Upcalls::AsItem(db)) {
 }
 
 DbTableDescr::~DbTableDescr() {

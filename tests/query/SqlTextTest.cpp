@@ -17,8 +17,6 @@ using quillet::SqlTokens;
 using quillet::WideString;
 using quillet::WideView;
 using quillet::WithBlanksAroundOperators;
-using quillet::WithoutBrackets;
-using quillet::WithoutQuotes;
 using quillet::test::Units;
 
 using Strings = std::vector<std::string>;
@@ -45,32 +43,10 @@ Strings Tokens(const CString& sql) {
 
 // ---- Names and literals
 
-TEST(DbSqlText, WithoutBrackets_EachEndLosesOneOnItsOwn) {
-    EXPECT_EQ(WithoutBrackets("[a b]"), "a b");
-    EXPECT_EQ(WithoutBrackets("[[a]]"), "[a]");
-    EXPECT_EQ(WithoutBrackets("[a"), "a");
-    EXPECT_EQ(WithoutBrackets("a]"), "a");
-    EXPECT_EQ(WithoutBrackets("]a["), "]a[");
-    EXPECT_EQ(WithoutBrackets("[]"), "");
-    EXPECT_EQ(WithoutBrackets("["), "");
-    EXPECT_EQ(WithoutBrackets("]"), "");
-    EXPECT_EQ(WithoutBrackets(""), "");
-}
-
 TEST(DbSqlText, JoinLines_AlsoWithinQuotes) {
     CString text = "a\r\nb\n'c\nd'\r";
     JoinLines(text);
     EXPECT_EQ(text, "a  b 'c d' ");
-}
-
-TEST(DbSqlText, WithoutQuotes_EachEndLosesOneOfAnyKind) {
-    EXPECT_EQ(WithoutQuotes("'a'"), "a");
-    EXPECT_EQ(WithoutQuotes("'a\""), "a");
-    EXPECT_EQ(WithoutQuotes("\uFF91a"), "a");
-    EXPECT_EQ(WithoutQuotes("''a'"), "'a");
-    EXPECT_EQ(WithoutQuotes("'"), "");
-    EXPECT_EQ(WithoutQuotes("''"), "");
-    EXPECT_EQ(WithoutQuotes(""), "");
 }
 
 // ---- Lower case

@@ -196,7 +196,7 @@ private:
     static CLI::Option& AddFile(CLI::App& command, std::string& file);
     static CLI::Option& AddTable(CLI::App& command, std::string& table);
     void AddNoWait(CLI::App& command);
-    static void AddStretch(CLI::App& command, Stretch& rows);
+    static void AddRowRange(CLI::App& command, RowRange& rows);
     static CLI::Option& AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
                                 const char* form, const char* description);
 
@@ -287,7 +287,7 @@ void CommandLine::AddNoWait(CLI::App& command) {
         "Fail at once while another program is changing the file");
 }
 
-void CommandLine::AddStretch(CLI::App& command, Stretch& rows) {
+void CommandLine::AddRowRange(CLI::App& command, RowRange& rows) {
     command.add_option("--limit", rows.m_limit, "Show at most N rows")->check(CheckCount)->type_name("N");
     command.add_option("--offset", rows.m_offset, "Pass over the first N rows")
         ->check(CheckCount)
@@ -320,7 +320,7 @@ void CommandLine::AddShow() {
     CLI::App& command = Add("show", "Show the rows of a table");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
-    AddStretch(command, request->m_rows);
+    AddRowRange(command, request->m_rows);
     Choose(command, request, Show);
 }
 
@@ -332,7 +332,7 @@ void CommandLine::AddQuery() {
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
-    AddStretch(command, request->m_rows);
+    AddRowRange(command, request->m_rows);
     command.add_flag("--explain", request->m_explain, "Show how the query is read instead of the rows");
     command.footer(std::string(QueryNotes) + CommonNotes);
     command.parse_complete_callback([&command, request] {

@@ -4,12 +4,14 @@
 #include <string>
 #include <utility>
 
-#include "Quillet/Db_Database.h"
+#include "Quillet/Db_Source.h"
+#include "Quillet/Db_TableData.h"
 #include "Quillet/platform/Clock.h"
 #include "Quillet/records/AccessImporter.h"
 #include "Quillet/registry/HeaderTables.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
+#include "Quillet/registry/Upcalls.h"
 #include "Quillet/xml/Document.h"
 
 namespace quillet {
@@ -57,7 +59,7 @@ void LazyReader::ReadStructure() {
         throw;
     }
     m_error.Clear();
-    m_owner.Sync();
+    Upcalls::Sync(m_owner);
 }
 
 void LazyReader::Read() {

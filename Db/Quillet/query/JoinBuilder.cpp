@@ -11,12 +11,15 @@
 #include <span>
 #include <utility>
 
-#include "Quillet/Db_Database.h"
+#include "Quillet/Db_TableData.h"
+#include "Quillet/document/LazyReader.h"
+#include "Quillet/query/QueryBuilder.h"
 #include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
 #include "Quillet/rows/EqualityClasses.h"
 #include "Quillet/values/Comparison.h"
+#include "Quillet/values/Names.h"
 
 namespace quillet {
 
@@ -300,13 +303,13 @@ const DbFieldDescr& JoinBuilder::Side::Field() const {
 bool JoinBuilder::FindTable(const CString& name, Side& side) {
     side.m_name = WithoutBrackets(name);
     // A query that is out of step is answered again here, and its fields may be others after that.
-    if (m_database.GetTableData(side.m_name) == nullptr) {
+    side.m_table = m_queries.FindInStep(side.m_name);
+    if (side.m_table == nullptr) {
         m_log.Add(NoTableLine(side.m_name));
         return false;
     }
-    side.m_table = m_registry.Find(side.m_name);
     if (!side.m_table->GetData()->ParseXmlData()) {
-        m_log.Add(UnreadRowsLine(side.m_name, m_database.LastReadError()));
+        m_log.Add(UnreadRowsLine(side.m_name, m_reader.LastReadError()));
         return false;
     }
     return true;

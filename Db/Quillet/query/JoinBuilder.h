@@ -3,13 +3,14 @@
 
 #include "Quillet/base/CString.h"
 
-class DbDatabase;
 class DbFieldDescr;
 class DbTableInfo;
 
 namespace quillet {
 
+class LazyReader;
 class Log;
+class QueryBuilder;
 class Registry;
 
 // Finds the pairs of rows that a condition joins and makes them a table of the database.
@@ -24,8 +25,8 @@ public:
         CString m_right;
     };
 
-    JoinBuilder(DbDatabase& database, Registry& registry, Log& log)
-        : m_database(database), m_registry(registry), m_log(log) {}
+    JoinBuilder(QueryBuilder& queries, LazyReader& reader, Registry& registry, Log& log)
+        : m_queries(queries), m_reader(reader), m_registry(registry), m_log(log) {}
 
     // See the members of DbDatabase.
     CString Inner(const Texts& texts);
@@ -50,7 +51,8 @@ private:
     // The table of the answer, empty.
     DbTableInfo& MakeTable(const CString& name, DbTableInfo& first);
 
-    DbDatabase& m_database;
+    QueryBuilder& m_queries;
+    LazyReader& m_reader;
     Registry& m_registry;
     Log& m_log;
 };

@@ -6,7 +6,7 @@
 #include <memory>
 #include <numeric>
 
-#include "Quillet/Db_Database.h"
+#include "Quillet/Db_TableData.h"
 #include "Quillet/document/LazyReader.h"
 #include "Quillet/platform/Clock.h"
 #include "Quillet/query/QueryFields.h"
@@ -14,8 +14,10 @@
 #include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
+#include "Quillet/registry/Upcalls.h"
 #include "Quillet/rows/Distinct.h"
 #include "Quillet/rows/RowOrder.h"
+#include "Quillet/values/Names.h"
 
 namespace quillet {
 
@@ -138,7 +140,7 @@ bool QueryBuilder::Query(const CString& sql, CString& name) {
 
 bool QueryBuilder::Analyze(const CString& sql, Params& params) {
     const Call call(*this);
-    return SqlAnalyzer(m_database, *this, m_log, params).Analyze(sql);
+    return SqlAnalyzer(*this, m_log, params).Analyze(sql);
 }
 
 bool QueryBuilder::Verify(const CString& sql) {
@@ -148,6 +150,20 @@ bool QueryBuilder::Verify(const CString& sql) {
     }
     RemoveFilters(params);
     return true;
+}
+
+DbTableInfo* QueryBuilder::Find(const CString& name) {
+    m_reader.ReadStructure();
+    return m_registry.Find(name);
+}
+
+DbTableInfo* QueryBuilder::FindInStep(const CString& name) {
+    DbTableInfo* const info = Find(name);
+    if (info != nullptr) {
+        m_reader.ReadUntil(info->GetData());
+        Refresh(*info);
+    }
+    return info;
 }
 
 void QueryBuilder::Refresh(DbTableInfo& info) {
@@ -225,10 +241,7 @@ bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
 
 CString QueryBuilder::NextName() {
     CString name;
-    name.Format("Query_%d", static_cast<int>(DbDatabase::m_queriesCount));
-    // Past the largest number the names start anew from the smallest, without undefined behaviour.
-    DbDatabase::m_queriesCount =
-        static_cast<std::int32_t>(static_cast<std::uint32_t>(DbDatabase::m_queriesCount) + 1U);
+    name.Format("Query_%d", static_cast<int>(Upcalls::NextQueryNumber()));
     return name;
 }
 
@@ -237,7 +250,7 @@ void QueryBuilder::LogCycle(const CString& sql) {
 }
 
 bool QueryBuilder::FindTable(const CString& text, CString& name) {
-    const DbTableInfo* const info = m_database.GetTableInfo(text);
+    const DbTableInfo* const info = Find(text);
     if (info == nullptr) {
         m_log.Print("SQL Analyze - table '%s' not found", text.ToUtf8().c_str());
         return false;

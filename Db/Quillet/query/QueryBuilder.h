@@ -30,6 +30,11 @@ public:
     bool Analyze(const CString& sql, parser::QueryAnalysisParams& params);
     bool Verify(const CString& sql);
 
+    // The table of the name, or null; its rows may wait to be read.
+    DbTableInfo* Find(const CString& name);
+    // The same once its rows have been looked for; a query that is out of step has been answered again.
+    DbTableInfo* FindInStep(const CString& name);
+
     // Answers a query again that is out of step with what it stands on, and before it the queries that it
     // stands on; nothing for any other entry.
     void Refresh(DbTableInfo& info);

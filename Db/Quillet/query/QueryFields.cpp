@@ -2,6 +2,7 @@
 
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/query/SqlText.h"
+#include "Quillet/values/Names.h"
 
 namespace quillet {
 

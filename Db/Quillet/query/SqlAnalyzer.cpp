@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <limits>
 
-#include "Quillet/Db_Database.h"
 #include "Quillet/Db_Filter.h"
+#include "Quillet/Db_TableDescr.h"
+#include "Quillet/Db_TableInfo.h"
 #include "Quillet/query/QueryBuilder.h"
 #include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Log.h"
+#include "Quillet/values/Names.h"
 
 namespace quillet {
 
@@ -114,7 +116,7 @@ bool SqlAnalyzer::TakeKeyword(WideView token) {
 
 void SqlAnalyzer::TakeTable(const CString& name) {
     m_params.tables.push_back(name);
-    DbTableInfo* const info = m_database.GetTableInfo(name);
+    DbTableInfo* const info = m_queries.Find(name);
     if (info == nullptr) {
         FailTable(name);
         return;
@@ -205,7 +207,8 @@ void SqlAnalyzer::Finish() {
 
 DbTableDescr* SqlAnalyzer::SearchedTable() {
     const CString name = m_params.tables.empty() ? CString() : m_params.tables.front();
-    DbTableDescr* const descr = m_params.tables.empty() ? nullptr : m_database.GetTableDescr(name);
+    const DbTableInfo* const info = m_params.tables.empty() ? nullptr : m_queries.Find(name);
+    DbTableDescr* const descr = info == nullptr ? nullptr : info->GetDescr();
     if (descr == nullptr || (m_params.searched != nullptr && m_params.searched != descr)) {
         FailTable(name);
         return nullptr;

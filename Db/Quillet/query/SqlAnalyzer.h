@@ -9,7 +9,6 @@
 #include "Quillet/query/QueryFields.h"
 #include "Quillet/rows/Numbering.h"
 
-class DbDatabase;
 class DbTableDescr;
 
 namespace quillet {
@@ -21,8 +20,8 @@ class QueryBuilder;
 // FROM table's descriptor. Whatever is wrong leaves a line in the log.
 class SqlAnalyzer {
 public:
-    SqlAnalyzer(DbDatabase& database, QueryBuilder& queries, Log& log, parser::QueryAnalysisParams& params)
-        : m_database(database), m_queries(queries), m_log(log), m_params(params) {}
+    SqlAnalyzer(QueryBuilder& queries, Log& log, parser::QueryAnalysisParams& params)
+        : m_queries(queries), m_log(log), m_params(params) {}
 
     // True where the text is a query that can be answered.
     bool Analyze(CString sql);
@@ -44,7 +43,6 @@ private:
     void FailTable(const CString& name);
     void FailField(const CString& field);
 
-    DbDatabase& m_database;
     QueryBuilder& m_queries;
     Log& m_log;
     parser::QueryAnalysisParams& m_params;

@@ -1,4 +1,5 @@
 #include "Quillet/query/SqlText.h"
+#include "Quillet/values/Names.h"
 
 #include <algorithm>
 
@@ -6,7 +7,6 @@ namespace quillet {
 
 namespace {
 
-constexpr WideView QuoteMarks = OLESTR("'\"\uFF91");
 constexpr WideView Operators = OLESTR("*)(<>=");
 
 bool IsOneOf(WideView marks, WCHAR unit) {
@@ -25,27 +25,6 @@ std::size_t EndOfQuote(WideView text, std::size_t open) {
 }
 
 }  // namespace
-
-CString WithoutBrackets(CString name) {
-    if (!name.IsEmpty() && name[name.GetLength() - 1] == ']') {
-        name = name.Left(name.GetLength() - 1);
-    }
-    if (!name.IsEmpty() && name[0] == '[') {
-        name = name.Mid(1);
-    }
-    return name;
-}
-
-CString WithoutQuotes(const CString& text) {
-    WideView view = text.View();
-    if (!view.empty() && IsOneOf(QuoteMarks, view.front())) {
-        view.remove_prefix(1);
-    }
-    if (!view.empty() && IsOneOf(QuoteMarks, view.back())) {
-        view.remove_suffix(1);
-    }
-    return CString(view);
-}
 
 void JoinLines(CString& text) {
     text.Replace("\r", " ");

@@ -1,4 +1,4 @@
-// How names and query texts are written.
+// How query texts are written.
 #pragma once
 
 #include <cstddef>
@@ -6,13 +6,6 @@
 #include "Quillet/base/CString.h"
 
 namespace quillet {
-
-// The name without one closing bracket at its end and one opening bracket at its beginning.
-QUILLET_API CString WithoutBrackets(CString name);
-
-// The text without one quote mark (', " or U+FF91) at its beginning and one at its end; they need not match,
-// and either may be missing.
-QUILLET_API CString WithoutQuotes(const CString& text);
 
 // Puts a blank in place of every carriage return and line feed.
 QUILLET_API void JoinLines(CString& text);

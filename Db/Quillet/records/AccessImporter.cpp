@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "Quillet/Db_Serializer.h"
 #include "Quillet/Db_Source.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/dbaccess/DBACCESS.h"
 #include "Quillet/dbaccess/LangMappings.h"
+#include "Quillet/records/AccessTables.h"
 #include "Quillet/registry/HeaderTables.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
@@ -71,7 +71,7 @@ bool AccessImporter::Import() {
     bool loaded = false;
     {
         const ForcedDefinitions forced;
-        loaded = DbSerializer::Load(m_source.GetFile(), all);
+        loaded = ReadAccessTables(m_source.GetFile(), all);
     }
     if (loaded) {
         CopyFrom(all);

@@ -7,7 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Quillet/Db_Database.h"
+#include "Quillet/Db_TableData.h"
 #include "Quillet/base/Rollback.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Upcalls.h"

@@ -9,6 +9,29 @@
 
 namespace quillet {
 
+DbItem* Upcalls::AsItem(DbDatabase* database) {
+    return database;
+}
+
+std::weak_ptr<DbDatabase*> Upcalls::LifeTokenOf(const DbDatabase& database) {
+    return database.LifeToken();
+}
+
+void Upcalls::Clear(DbDatabase& database) {
+    database.Clear();
+}
+
+void Upcalls::Sync(DbDatabase& database) {
+    database.Sync();
+}
+
+std::int32_t Upcalls::NextQueryNumber() {
+    const std::int32_t number = DbDatabase::m_queriesCount;
+    // Past the largest number they start anew from the smallest, without undefined behaviour.
+    DbDatabase::m_queriesCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1U);
+    return number;
+}
+
 void Upcalls::Log(DbItem* item, const CString& line) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
         database->m_log->Add(line);

@@ -2,6 +2,8 @@
 // tells nobody.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "Quillet/base/CString.h"
@@ -15,6 +17,17 @@ namespace quillet {
 
 class Upcalls {
 public:
+    // The database as an item, and null for null.
+    static DbItem* AsItem(DbDatabase* database);
+    // Empty once the database goes.
+    static std::weak_ptr<DbDatabase*> LifeTokenOf(const DbDatabase& database);
+    // Forgets all tables.
+    static void Clear(DbDatabase& database);
+    // The state of now counts as unchanged.
+    static void Sync(DbDatabase& database);
+    // The number of the next query table, which counts all databases of the process.
+    static std::int32_t NextQueryNumber();
+
     // Whether the database has begun to read its source.
     static bool HasBegunToRead(DbItem* database);
 

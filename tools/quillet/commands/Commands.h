@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Settings.h"
-#include "commands/Stretch.h"
+#include "commands/RowRange.h"
 
 namespace quillet::tool {
 
@@ -25,13 +25,13 @@ struct FieldsRequest {
 struct ShowRequest {
     std::string m_file;
     std::string m_table;
-    Stretch m_rows;
+    RowRange m_rows;
 };
 
 struct QueryRequest {
     std::string m_file;
     std::string m_query;
-    Stretch m_rows;
+    RowRange m_rows;
     bool m_explain = false;
 };
 

@@ -2,9 +2,9 @@
 #include "Failure.h"
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
-#include "commands/Names.h"
 #include "input/Catalog.h"
 #include "input/CellText.h"
+#include "output/Names.h"
 #include "output/Output.h"
 #include "output/PlainText.h"
 

@@ -4,11 +4,11 @@
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/cursor/RowCondition.h"
 #include "commands/Commands.h"
-#include "commands/LogLines.h"
+#include "commands/Printing.h"
 #include "commands/QueryHints.h"
 #include "input/Catalog.h"
+#include "input/LogLines.h"
 #include "output/PlainText.h"
-#include "output/Printing.h"
 
 namespace quillet::tool {
 

@@ -6,9 +6,9 @@
 
 #include "Quillet/query/SqlText.h"
 #include "commands/Commands.h"
+#include "commands/Printing.h"
 #include "commands/QueryHints.h"
 #include "input/Catalog.h"
-#include "output/Printing.h"
 
 namespace quillet::tool {
 

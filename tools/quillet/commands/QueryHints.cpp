@@ -4,9 +4,10 @@
 #include <initializer_list>
 
 #include "Quillet/query/SqlText.h"
-#include "commands/Names.h"
+#include "Quillet/values/Names.h"
 #include "commands/QueryWords.h"
 #include "input/Catalog.h"
+#include "output/Names.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -4,9 +4,9 @@
 #include "Failure.h"
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
+#include "commands/Printing.h"
 #include "input/Catalog.h"
 #include "output/PlainText.h"
-#include "output/Printing.h"
 
 namespace quillet::tool {
 

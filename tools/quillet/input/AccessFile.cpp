@@ -14,8 +14,8 @@
 #include "Quillet/platform/FileVersion.h"
 #include "Quillet/platform/MessageBox.h"
 #include "System.h"
-#include "commands/Names.h"
 #include "input/Catalog.h"
+#include "output/Names.h"
 #include "output/PlainText.h"
 #include "output/TableProgress.h"
 

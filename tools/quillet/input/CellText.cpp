@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "commands/Names.h"
+#include "output/Names.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -6,10 +6,10 @@
 
 #include "Quillet/platform/File.h"
 #include "Quillet/xml/Tree.h"
-#include "commands/Names.h"
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "input/Headings.h"
+#include "output/Names.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -1,4 +1,4 @@
-#include "output/Printing.h"
+#include "commands/Printing.h"
 
 namespace quillet::tool {
 
@@ -8,7 +8,7 @@ void Print(const Settings& settings, const Listing& listing) {
     output.Close();
 }
 
-void PrintRows(const Settings& settings, const Table& table, const Stretch& rows) {
+void PrintRows(const Settings& settings, const Table& table, const RowRange& rows) {
     const TableListing listing(*table.m_descr, *table.m_data, rows.m_offset, rows.m_limit);
     StandardOutput output;
     WriteWithProgress(*MakeWriter(settings.m_format), listing, output, ScreenBesideStandardOutput(),

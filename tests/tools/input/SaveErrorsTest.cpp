@@ -1,9 +1,9 @@
-#include "commands/SaveErrors.h"
+#include "input/SaveErrors.h"
 
 #include <gmock/gmock.h>
 
 #include "Quillet/IQuillet.h"
-#include "commands/LogLines.h"
+#include "input/LogLines.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::tool {

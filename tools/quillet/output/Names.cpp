@@ -1,4 +1,4 @@
-#include "commands/Names.h"
+#include "output/Names.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,4 +1,4 @@
-#include "commands/LogLines.h"
+#include "input/LogLines.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 
 namespace quillet::tool {
 
-struct Stretch {
+struct RowRange {
     std::size_t m_offset = 0;
     std::size_t m_limit = std::numeric_limits<std::size_t>::max();
 };

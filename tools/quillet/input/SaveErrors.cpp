@@ -1,4 +1,4 @@
-#include "commands/SaveErrors.h"
+#include "input/SaveErrors.h"
 
 #include <algorithm>
 #include <string_view>

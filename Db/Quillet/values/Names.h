@@ -1,0 +1,18 @@
+// Names in brackets, and texts in quotes.
+#pragma once
+
+#include "Quillet/base/CString.h"
+
+namespace quillet {
+
+// The marks that open and close a text in quotes.
+constexpr WideView QuoteMarks = OLESTR("'\"\uFF91");
+
+// The name without one closing bracket at its end and one opening bracket at its beginning.
+QUILLET_API CString WithoutBrackets(CString name);
+
+// The text without one quote mark (', " or U+FF91) at its beginning and one at its end; they need not match,
+// and either may be missing.
+QUILLET_API CString WithoutQuotes(const CString& text);
+
+}  // namespace quillet
