@@ -66,6 +66,7 @@ set_source_files_properties(${sources}/Proxies.c PROPERTIES
 set_source_files_properties(${QUILLET_MADE}/dlldata.c PROPERTIES
   COMPILE_OPTIONS "-w;-DENTRY_PREFIX=Proxy;-DREGISTER_PROXY_DLL;-DPROXY_DELEGATION")
 target_link_libraries(IQuillet PRIVATE quillet_automation rpcrt4)
+target_compile_definitions(IQuillet PRIVATE QUILLET_BUILDING)
 
 install(FILES ${QUILLET_MADE}/IQuillet.h ${QUILLET_MADE}/IQuillet_i.c ${QUILLET_MADE}/IQuillet.tlb
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/IQuillet/Quillet/automation)

@@ -1,5 +1,5 @@
 # Installs the library, builds the example host against the package and runs it; then compiles it once more with what
-# pkg-config says.
+# pkg-config says. Every installed header compiles alone, also where folders of the host have names of the library's.
 #
 # BUILD_DIR is the build to install, SOURCE_DIR the project, WORK_DIR a folder of its own. For another system than this
 # one TOOLCHAIN builds the programs, EMULATOR runs them, and SUFFIX ends their names.
@@ -41,6 +41,31 @@ get_filename_component(package ${package} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${package})
 run(pkg-config --cflags iquillet)
 separate_arguments(cflags UNIX_COMMAND "${run_output}")
+
+file(GLOB entries RELATIVE ${stage}/include/IQuillet ${stage}/include/IQuillet/*)
+if(NOT entries STREQUAL "Quillet")
+  message(FATAL_ERROR "The include folder holds ${entries}")
+endif()
+file(GLOB_RECURSE headers RELATIVE ${stage}/include/IQuillet ${stage}/include/IQuillet/*.h)
+list(LENGTH headers count)
+if(count LESS 40)
+  message(FATAL_ERROR "Only ${count} headers are installed")
+endif()
+set(sources)
+foreach(header IN LISTS headers)
+  # The host's own header of the name comes first on the path.
+  string(REPLACE Quillet/ "" own ${header})
+  if(own MATCHES "^(base|xml|odbc|platform)/")
+    file(WRITE ${WORK_DIR}/own/${own} "#error the host's own header\n")
+  endif()
+  string(MAKE_C_IDENTIFIER ${header} name)
+  file(WRITE ${WORK_DIR}/alone/${name}.cpp "#include <${header}>\n#include <${header}>\nint ${name};\n")
+  list(APPEND sources ${WORK_DIR}/alone/${name}.cpp)
+endforeach()
+if(NOT EXISTS ${WORK_DIR}/own/base/CString.h)
+  message(FATAL_ERROR "There is no header to be in the way")
+endif()
+run(${CXX} -std=c++20 -fsyntax-only -I${WORK_DIR}/own ${cflags} ${sources})
 run(pkg-config --libs iquillet)
 separate_arguments(libs UNIX_COMMAND "${run_output}")
 run(${CXX} -std=c++20 ${cflags} ${SOURCE_DIR}/examples/host.cpp -o ${WORK_DIR}/host${SUFFIX} ${libs})

@@ -47,7 +47,7 @@ public:
     const quillet::CString& GetName() const { return m_name; }
     // The name under which rows are saved: a blank is replaced by _ , / by _S_, \ by _BS_, < by _L_, > by
     // _G_, ( by _LP_, ) by _RP_ and * by _STAR_. Nothing else is, so it need not be a name that a document
-    // takes, and two names can have the same one (see UnsavableFields in values/FieldNames.h).
+    // takes, and two names can have the same one: the log of a save that fails for it names both.
     const quillet::CString& GetSafeName() const { return m_safeName; }
     // Names the field and stamps it. A table's lookup by name goes on by the name that the field had when it
     // was last made: it knows a new name only after the next field was created or deleted. Rename before the

@@ -75,6 +75,6 @@ private:
 namespace quillet {
 
 // The text form of a value as ValueToString gives it, appended as UTF-8.
-QUILLET_API void AppendValueText(const CComVariant& value, std::string& out);
+void AppendValueText(const CComVariant& value, std::string& out);
 
 }  // namespace quillet

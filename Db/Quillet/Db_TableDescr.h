@@ -139,7 +139,7 @@ public:
 
     // Appends a field; the rows of the table get its default value. False where the name is taken. A name of
     // which no document can make an attribute is taken, and so is one whose safe name another field has: the
-    // table can't be saved with rows then (see UnsavableFields in values/FieldNames.h).
+    // table can't be saved with rows then, and the log of that save names the field.
     bool CreateField(const quillet::CString& name, bool key, DbFieldDescr::eFieldType type);
     // The same with name, key flag and type of another field.
     bool CreateField(const DbFieldDescr& field);

@@ -33,7 +33,6 @@
 #include "Quillet/odbc/CDBVariant.h"
 #include "Quillet/odbc/DatabaseError.h"
 #include "Quillet/platform/MessageBox.h"
-#include "Quillet/values/FieldNames.h"
 #include "Quillet/xml/Document.h"
 
 #endif

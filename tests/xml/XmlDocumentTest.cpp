@@ -1,4 +1,5 @@
 #include "Quillet/xml/Document.h"
+#include "Quillet/xml/Nesting.h"
 
 #include <gtest/gtest.h>
 

@@ -151,7 +151,7 @@ QUILLET_API HRESULT Order(const CComVariant& left, const CComVariant& right);
 
 // Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found
 // equal.
-QUILLET_API bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right);
+bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right);
 
 // An interface pointer that counts its references.
 template <typename Interface>

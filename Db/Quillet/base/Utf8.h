@@ -12,19 +12,19 @@ using platform::WideString;
 using platform::WideView;
 
 // Whether every byte belongs to a well-formed sequence (no overlong forms, no surrogates, up to U+10FFFF).
-QUILLET_API bool IsValidUtf8(std::string_view text);
+bool IsValidUtf8(std::string_view text);
 
 // The length of the well-formed beginning of text, in bytes.
-QUILLET_API std::size_t ValidUtf8Length(std::string_view text);
+std::size_t ValidUtf8Length(std::string_view text);
 
 // Appends text to target; each malformed byte becomes U+FFFD.
-QUILLET_API void AppendWide(std::string_view text, WideString& target);
+void AppendWide(std::string_view text, WideString& target);
 
 // Appends text to target; each lone surrogate becomes U+FFFD.
-QUILLET_API void AppendUtf8(WideView text, std::string& target);
+void AppendUtf8(WideView text, std::string& target);
 
 // Appends one code point (not a surrogate, up to U+10FFFF).
-QUILLET_API void AppendCodePoint(char32_t codePoint, std::string& target);
+void AppendCodePoint(char32_t codePoint, std::string& target);
 
 // Reads the code point at position and moves position behind it; a lone surrogate comes back as it is.
 inline char32_t NextCodePoint(WideView text, std::size_t& position) {

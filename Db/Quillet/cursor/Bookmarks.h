@@ -10,7 +10,7 @@
 namespace quillet {
 
 // Positions by their numbers.
-class QUILLET_API Bookmarks {
+class Bookmarks {
 public:
     // Remembers the position, unless the number is taken.
     void Add(uint64 number, std::int32_t position) { m_positions.emplace(number, position); }

@@ -17,7 +17,7 @@ constexpr uint64 NoRow = std::numeric_limits<uint64>::max();
 // An index whose row order maps places to the visible positions of rows; none, and places are positions. The
 // index keeps the order, so other cursors go by it too; it does not follow what is done to the rows later. An
 // index that was deleted is current no more.
-class QUILLET_API CurrentIndex {
+class CurrentIndex {
 public:
     // Null for none.
     DbTableDescr::DbIndex* Get() const { return m_index ? *m_index : nullptr; }

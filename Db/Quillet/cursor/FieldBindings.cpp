@@ -111,19 +111,19 @@ void FieldBindings::WriteVariable(CComVariant& value, const void* variable) {
     }
 }
 
-template QUILLET_API void FieldBindings::ReadVariable<short>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::ReadVariable<int>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::ReadVariable<long>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::ReadVariable<float>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::ReadVariable<double>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::ReadVariable<bool>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::ReadVariable<CString>(const CComVariant& value, void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<short>(CComVariant& value, const void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<int>(CComVariant& value, const void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<long>(CComVariant& value, const void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<float>(CComVariant& value, const void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<double>(CComVariant& value, const void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<bool>(CComVariant& value, const void* variable);
-template QUILLET_API void FieldBindings::WriteVariable<CString>(CComVariant& value, const void* variable);
+template void FieldBindings::ReadVariable<short>(const CComVariant& value, void* variable);
+template void FieldBindings::ReadVariable<int>(const CComVariant& value, void* variable);
+template void FieldBindings::ReadVariable<long>(const CComVariant& value, void* variable);
+template void FieldBindings::ReadVariable<float>(const CComVariant& value, void* variable);
+template void FieldBindings::ReadVariable<double>(const CComVariant& value, void* variable);
+template void FieldBindings::ReadVariable<bool>(const CComVariant& value, void* variable);
+template void FieldBindings::ReadVariable<CString>(const CComVariant& value, void* variable);
+template void FieldBindings::WriteVariable<short>(CComVariant& value, const void* variable);
+template void FieldBindings::WriteVariable<int>(CComVariant& value, const void* variable);
+template void FieldBindings::WriteVariable<long>(CComVariant& value, const void* variable);
+template void FieldBindings::WriteVariable<float>(CComVariant& value, const void* variable);
+template void FieldBindings::WriteVariable<double>(CComVariant& value, const void* variable);
+template void FieldBindings::WriteVariable<bool>(CComVariant& value, const void* variable);
+template void FieldBindings::WriteVariable<CString>(CComVariant& value, const void* variable);
 
 }  // namespace quillet

@@ -11,7 +11,7 @@
 
 namespace quillet {
 
-class QUILLET_API FieldBindings {
+class FieldBindings {
 public:
     // Sets the variable from a cell's value.
     using ReadFunction = void (*)(const CComVariant& value, void* variable);

@@ -12,7 +12,7 @@ class DbTableDescr;
 
 namespace quillet {
 
-class QUILLET_API RowCondition {
+class RowCondition {
 public:
     // Reads a condition on the rows of the named table, which has the structure, as the part of a query after
     // WHERE; DbRecordset::Condition puts blanks in front where they are needed. False, with lines in the

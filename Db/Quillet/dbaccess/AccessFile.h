@@ -14,12 +14,12 @@ bool IsWithoutDriver(const odbc::DatabaseError& error);
 
 // The format with the path in the place of the first %s, in braces where the path needs them to stay one
 // value. A path for which there is no such way is refused.
-QUILLET_API CString ConnectString(const CString& format, const CString& path);
+CString ConnectString(const CString& format, const CString& path);
 
 // Opens the file through the connection. Where the format is the one above, a file that can't be one of
 // Access is refused without asking the driver, and where no driver has its name the driver's newer name is
 // tried next. Failures are thrown as odbc::DatabaseError, by pointer.
-QUILLET_API void OpenAccessFile(odbc::Connection& connection, const CString& format, const CString& path,
-                                unsigned long options);
+void OpenAccessFile(odbc::Connection& connection, const CString& format, const CString& path,
+                    unsigned long options);
 
 }  // namespace quillet

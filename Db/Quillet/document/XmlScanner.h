@@ -15,7 +15,7 @@ namespace quillet {
 // ("\database\body") by the names alone: a name ends at the first blank or '>', attributes are not looked at,
 // and markup inside an attribute value counts as markup. An empty element without attributes and blank
 // ("<x/>") takes the slash into its name. A byte-order mark before the first element is text like any other.
-class QUILLET_API XmlScanner {
+class XmlScanner {
 public:
     // Gives up to capacity bytes of the stream; 0 at its end.
     using ReadBytes = std::function<std::size_t(char* buffer, std::size_t capacity)>;

@@ -8,7 +8,7 @@ namespace quillet::odbc {
 // From its construction to its end, everything written through the connection goes to the file in one step,
 // as a driver is fast that need not see to the disk row by row. It is kept in any case: rows written before
 // an error stay. Where the driver knows no transactions, each row goes to the file for itself.
-class QUILLET_API Transaction {
+class Transaction {
 public:
     // A connection that is not open is refused with a DatabaseError, thrown by pointer.
     explicit Transaction(const Connection& connection);

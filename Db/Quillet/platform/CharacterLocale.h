@@ -9,7 +9,7 @@ namespace quillet::platform {
 // "C", whatever it was before. The language is an English word in lower case, such as "polish". Where the
 // system has no locale of it, the locale stays as it is as long as the object lives. Not for two threads at a
 // time.
-class QUILLET_API CharacterLocale {
+class CharacterLocale {
 public:
     explicit CharacterLocale(const WCHAR* language);
     CharacterLocale(const CharacterLocale&) = delete;

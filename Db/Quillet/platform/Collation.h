@@ -19,6 +19,6 @@ enum class CollationKey {
 
 // Appends the text's key. Nothing is appended where there is none. Texts of European letters, digits, usual
 // signs, kana, common Chinese characters and Hangul syllables have a key for Order.
-QUILLET_API CollationKey AppendCollationKey(WideView text, std::string& key);
+CollationKey AppendCollationKey(WideView text, std::string& key);
 
 }  // namespace quillet::platform

@@ -4,13 +4,12 @@
 #include <functional>
 #include <string>
 
-#include "Quillet/platform/Export.h"
 #include "Quillet/platform/Odbc.h"
 
 namespace quillet::platform {
 
 // The path of a file as the drivers of this system take it. Both are UTF-8.
-QUILLET_API std::string DriverPath(const std::string& path);
+std::string DriverPath(const std::string& path);
 
 // Calls what makes a connection, from its handles on, so that the driver manager converts the connection's
 // texts without loss, whatever the locale of the process is. An exception goes through.

@@ -10,8 +10,6 @@
 #include <string>
 #include <string_view>
 
-#include "Quillet/platform/Export.h"
-
 namespace quillet::platform {
 
 class FileVersion;
@@ -19,7 +17,7 @@ class FileVersion;
 // Which file something is, whatever paths lead to it: equal for one file, by device and inode or by volume
 // and file number. The identity of a file that exists no more may become that of a new one; as long as a
 // ReadableFile is open, its identity is its own.
-class QUILLET_API FileIdentity {
+class FileIdentity {
 public:
     // Of the file that the path leads to, links followed; nothing where no file is, as for a folder.
     static std::optional<FileIdentity> Of(const std::string& path);
@@ -45,7 +43,7 @@ struct FileStamp {
 };
 
 // A file open for reading, without sharing restrictions: others may read, write or replace it meanwhile.
-class QUILLET_API ReadableFile {
+class ReadableFile {
 public:
     // Null where the path is no file that can be read (a directory is none); why, if asked, says the reason.
     static std::unique_ptr<ReadableFile> Open(const std::string& path, std::string* why = nullptr);
@@ -70,21 +68,20 @@ protected:
 };
 
 // Whether anything has that name: a file, a folder, or a link, wherever it leads.
-QUILLET_API bool PathExists(const std::string& path);
+bool PathExists(const std::string& path);
 
 // Whether the path names an existing file that can be opened for writing. Nothing is created or changed.
-QUILLET_API bool CanWriteFile(const std::string& path);
+bool CanWriteFile(const std::string& path);
 
 // The whole file as bytes; nothing where it can't be read, and why says the reason. After each block goesOn
 // is given all bytes up to there; nothing where it returns false.
-QUILLET_API std::optional<std::string> ReadWholeFile(
-    const std::string& path, std::string* why = nullptr,
-    const std::function<bool(std::string_view)>& goesOn = nullptr);
+std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why = nullptr,
+                                         const std::function<bool(std::string_view)>& goesOn = nullptr);
 
 // Writes a file beside its target and puts it in the target's place in one step, flushed to the disk. Until
 // Commit succeeds, and for ever if it does not, the target is what it was. Links are followed and the mode of
 // an existing target is kept; a target that may not be written fails as an open would.
-class QUILLET_API AtomicFile {
+class AtomicFile {
 public:
     // Null, with the reason in why, where the target may not be written or the folder takes no new file.
     static std::unique_ptr<AtomicFile> Create(const std::string& target, std::string* why = nullptr);

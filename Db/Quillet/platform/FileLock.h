@@ -7,14 +7,12 @@
 #include <optional>
 #include <string>
 
-#include "Quillet/platform/Export.h"
-
 namespace quillet::platform {
 
 // Held from before a file is read until it is saved, so that no change between is lost. Only those who ask
 // for it are hindered. It belongs to the file, whatever links lead there, and goes with its holder, also when
 // that is killed. Once the file is replaced, the lock has done its work: let it go.
-class QUILLET_API FileLock {
+class FileLock {
 public:
     // Why there is no lock.
     struct Refusal {

@@ -11,7 +11,7 @@ namespace quillet::platform {
 
 // Which file it was, its length, the time of its last change and a digest of its bytes, since times can be
 // too coarse or be set back; or that there was none.
-class QUILLET_API FileVersion {
+class FileVersion {
 public:
     // Reads the file that the path leads to, links followed. A file that can't be read, or that is changed
     // while it is read, has a version that matches nothing.

@@ -19,7 +19,7 @@ QUILLET_API void MakeUpper(WideString& text);
 
 // Replaces every code point by its simple case folding; texts that CompareNoCase finds equal, and only they,
 // become the same.
-QUILLET_API void FoldCase(WideString& text);
+void FoldCase(WideString& text);
 
 // Compares by code point after simple case folding: negative, 0 or positive.
 QUILLET_API int CompareNoCase(WideView left, WideView right);

@@ -15,7 +15,7 @@ namespace quillet {
 // names of the fields with the same blanks put in; it is found where exactly one fits.
 //
 // Lives no longer than the structure, which must not change meanwhile.
-class QUILLET_API QueryFields {
+class QueryFields {
 public:
     explicit QueryFields(const DbTableDescr& descr) : m_descr(descr) {}
 

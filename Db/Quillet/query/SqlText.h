@@ -8,19 +8,19 @@
 namespace quillet {
 
 // Puts a blank in place of every carriage return and line feed.
-QUILLET_API void JoinLines(CString& text);
+void JoinLines(CString& text);
 
 // Lowers the text outside quoted stretches. A stretch opens with ', " or U+FF91 and closes at the next
 // occurrence of the same character.
-QUILLET_API void LowerOutsideQuotes(CString& text);
+void LowerOutsideQuotes(CString& text);
 
 // Puts blanks around the operators * ) ( < > = outside quoted stretches, so that each is a token of its own.
 // <=, >=, == and <> stay together, and so does != after a blank. The first two characters are left alone.
-QUILLET_API CString WithBlanksAroundOperators(const CString& sql);
+CString WithBlanksAroundOperators(const CString& sql);
 
 // A name as it comes out of a query text in which it stands in square brackets: with blanks around operators.
 // At the beginning of the text the first character of the name is left alone.
-QUILLET_API CString SpacedName(const CString& name, bool isAtBeginning);
+CString SpacedName(const CString& name, bool isAtBeginning);
 
 // Whether blanks may have been put into the text.
 bool HoldsOperator(const CString& text);
@@ -34,7 +34,7 @@ CString UnreadRowsLine(const CString& table, const CString& why);
 
 // Cuts a query text into tokens at blanks, commas and semicolons. A token may hold quoted stretches, in ', ",
 // [ ] or U+FF91, in which nothing separates; the quotation marks stay.
-class QUILLET_API SqlTokens {
+class SqlTokens {
 public:
     // The text must live as long as this object.
     explicit SqlTokens(WideView text) : m_text(text) {}

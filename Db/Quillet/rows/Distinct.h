@@ -18,7 +18,6 @@ namespace quillet {
 //
 // Takes linear time, but for values that have to be compared with one another: texts without a collation key,
 // and types of no catalog that compare equal to themselves.
-QUILLET_API std::vector<uint64> DistinctRows(std::span<DbTableRow* const> rows,
-                                             const std::vector<uint64>& fields);
+std::vector<uint64> DistinctRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields);
 
 }  // namespace quillet

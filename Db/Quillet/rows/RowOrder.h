@@ -18,7 +18,6 @@ namespace quillet {
 //
 // Takes n log n steps. Cells are compared only where one is not of its field's commonest type, or is a text
 // without a collation key or NaN.
-QUILLET_API std::vector<uint64> OrderOfRows(std::span<DbTableRow* const> rows,
-                                            const std::vector<uint64>& fields);
+std::vector<uint64> OrderOfRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields);
 
 }  // namespace quillet

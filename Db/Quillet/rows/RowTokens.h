@@ -5,15 +5,13 @@
 #include <memory>
 #include <unordered_map>
 
-#include "Quillet/platform/Export.h"
-
 class DbTableRow;
 
 namespace quillet {
 
 // A token names its row as long as the row lives and holds null afterwards. Rows whose token nobody holds
 // cost nothing: what is kept here grows with the tokens that are held, not with those that were.
-class QUILLET_API RowTokens {
+class RowTokens {
 public:
     RowTokens() = default;
     RowTokens(const RowTokens&) = delete;

@@ -13,10 +13,10 @@ std::vector<BYTE> BytesOf(const CComVariant& value);
 
 // Appends the text of what BytesOf gives: carriage return, line feed and blank after every 19 full groups of
 // four characters, never after a padded one.
-QUILLET_API void AppendBase64(const CComVariant& bytes, std::string& out);
+void AppendBase64(const CComVariant& bytes, std::string& out);
 
 // Replaces value by the byte array (lower bound 0) that the text stands for. Characters outside the alphabet
 // are skipped; the text ends at its padding, and an incomplete group without padding is dropped.
-QUILLET_API void DecodeBase64(WideView text, CComVariant& value);
+void DecodeBase64(WideView text, CComVariant& value);
 
 }  // namespace quillet

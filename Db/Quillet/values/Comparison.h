@@ -10,9 +10,9 @@ using Comparison = bool (*)(const CComVariant& left, const CComVariant& right);
 
 // The comparison behind one of the operators <, <=, =, ==, >=, >, != and <>, where a field is a text or none
 // is (DbTableDescr::AddFilter says how it compares); null for another operator.
-QUILLET_API Comparison ComparisonOf(const CString& op, bool texts);
+Comparison ComparisonOf(const CString& op, bool texts);
 
 // Whether the operator is = or ==.
-QUILLET_API bool IsEquality(const CString& op);
+bool IsEquality(const CString& op);
 
 }  // namespace quillet

@@ -24,6 +24,6 @@ struct UnsavableField {
 
 // Every such field, in their order. A table without rows is saved all the same: fields are written with their
 // names as text.
-QUILLET_API std::vector<UnsavableField> UnsavableFields(const DbTableDescr& descr);
+std::vector<UnsavableField> UnsavableFields(const DbTableDescr& descr);
 
 }  // namespace quillet

@@ -9,10 +9,10 @@ namespace quillet {
 constexpr WideView QuoteMarks = OLESTR("'\"\uFF91");
 
 // The name without one closing bracket at its end and one opening bracket at its beginning.
-QUILLET_API CString WithoutBrackets(CString name);
+CString WithoutBrackets(CString name);
 
 // The text without one quote mark (', " or U+FF91) at its beginning and one at its end; they need not match,
 // and either may be missing.
-QUILLET_API CString WithoutQuotes(const CString& text);
+CString WithoutQuotes(const CString& text);
 
 }  // namespace quillet

@@ -4,6 +4,7 @@
 
 #include "Quillet/platform/File.h"
 #include "Quillet/xml/Face.h"
+#include "Quillet/xml/Nesting.h"
 #include "Quillet/xml/Tree.h"
 
 namespace quillet::xml {

@@ -11,7 +11,6 @@
 #include <string_view>
 
 #include "Quillet/platform/Export.h"
-#include "Quillet/xml/Nesting.h"
 #include "Quillet/xml/Node.h"
 
 namespace quillet::platform {
@@ -38,7 +37,8 @@ public:
 
     // Replaces the content by that of a file (path in UTF-8) or of a text. False, with an empty document and
     // the reason in Error, when it can't be read, is not well-formed (as far as pugixml looks), is not valid
-    // in its encoding or goes beyond a limit of Nesting.h; a file that does is not read any further.
+    // in its encoding or goes beyond the limits (elements in each other 256 deep, 100 million of them); a
+    // file that does is not read any further.
     bool LoadFile(const std::string& path);
     bool LoadText(std::string_view text);
     const ReadError& Error() const { return m_error; }
@@ -75,6 +75,6 @@ private:
 
 // The value of the first attribute of a text that begins with an element's start tag, as "<x name="a&lt;b">"
 // does; false where there is none.
-QUILLET_API bool FirstAttributeOfText(std::string_view text, std::string& value);
+bool FirstAttributeOfText(std::string_view text, std::string& value);
 
 }  // namespace quillet::xml

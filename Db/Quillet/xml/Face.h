@@ -15,11 +15,11 @@ protected:
     ~INativeNode() = default;
 };
 
-QUILLET_API extern const IID IID_INativeNode;
+extern const IID IID_INativeNode;
 
 // Shows a node as IDispatch. It lives on the stack and is shown node after node: whoever is handed the
 // interface uses it during the call and does not keep it.
-class QUILLET_API Face {
+class Face {
 public:
     Face();
     explicit Face(const Node& node) : Face() { Show(node); }

@@ -5,8 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "Quillet/platform/Export.h"
-
 namespace quillet::xml {
 
 // Elements nested deeper than this are refused.
@@ -16,7 +14,7 @@ constexpr std::size_t MaxElements = 100'000'000;
 
 // Looks at the markup of a text that grows, so that a file which no document can be made of is given up long
 // before it is read to its end. It does not tell whether the text is well-formed.
-class QUILLET_API Nesting {
+class Nesting {
 public:
     // The limit of elements is a parameter for tests.
     explicit Nesting(std::size_t mostElements = MaxElements) : m_mostElements(mostElements) {}

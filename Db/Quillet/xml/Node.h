@@ -85,7 +85,7 @@ private:
 };
 
 // Walks the attributes of an element in document order.
-class QUILLET_API AttributeReader {
+class AttributeReader {
 public:
     explicit AttributeReader(const Node& element);
     AttributeReader(const AttributeReader&) = delete;
@@ -108,7 +108,7 @@ private:
 
 // An element without children that is written attribute by attribute and appended when it is complete. It is
 // dropped when it is destroyed before that.
-class QUILLET_API LeafElement {
+class LeafElement {
 public:
     // Both belong to one document: document creates the nodes, parent receives the element.
     LeafElement(const Node& document, const Node& parent, std::string_view name);

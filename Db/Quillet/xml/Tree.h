@@ -72,10 +72,10 @@ private:
 void RequireMemory(const pugi::xml_parse_result& result);
 
 // Whether text is a Name of XML 1.0 (fifth edition).
-QUILLET_API bool IsXmlName(std::string_view text);
+bool IsXmlName(std::string_view text);
 
 // Appends an attribute value with its markup escaped; false where it holds what XML 1.0 can't carry.
-QUILLET_API bool AppendEscaped(std::string_view value, std::string& target);
-QUILLET_API bool AppendEscaped(WideView value, std::string& target);
+bool AppendEscaped(std::string_view value, std::string& target);
+bool AppendEscaped(WideView value, std::string& target);
 
 }  // namespace quillet::xml

@@ -1,0 +1,37 @@
+# A host that takes the project in as a part of its own, by add_subdirectory or FetchContent: it gets the library, and none
+# of the tests, benchmarks and tools with the packages that these need.
+#
+# SOURCE_DIR is the project, WORK_DIR a folder of its own.
+file(REMOVE_RECURSE ${WORK_DIR})
+foreach(way add_subdirectory FetchContent)
+  set(host ${WORK_DIR}/${way})
+  if(way STREQUAL "FetchContent")
+    set(taking "include(FetchContent)
+FetchContent_Declare(IQuillet SOURCE_DIR ${SOURCE_DIR})
+FetchContent_MakeAvailable(IQuillet)")
+  else()
+    set(taking "add_subdirectory(${SOURCE_DIR} iquillet)")
+  endif()
+  file(WRITE ${host}/CMakeLists.txt "cmake_minimum_required(VERSION 3.21)
+project(Host LANGUAGES CXX)
+${taking}
+add_executable(host ${SOURCE_DIR}/examples/host.cpp)
+target_link_libraries(host PRIVATE IQuillet::IQuillet)
+foreach(target class_tests quillet catalog_bench gmock)
+  if(TARGET \${target})
+    message(FATAL_ERROR \"a host gets \${target}\")
+  endif()
+endforeach()
+")
+  execute_process(COMMAND ${CMAKE_COMMAND} -S ${host} -B ${host}/build -G ${GENERATOR} -DCMAKE_CXX_COMPILER=${CXX}
+    -DCMAKE_BUILD_TYPE=Debug OUTPUT_VARIABLE output ERROR_VARIABLE output RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${way} ended with ${result}:\n${output}")
+  endif()
+  # One file of the host, with the headers that it sees.
+  execute_process(COMMAND ${CMAKE_COMMAND} --build ${host}/build --target CMakeFiles/host.dir${SOURCE_DIR}/examples/host.cpp.o
+    OUTPUT_VARIABLE output ERROR_VARIABLE output RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${way}: the host's build ended with ${result}:\n${output}")
+  endif()
+endforeach()
