@@ -126,6 +126,15 @@ TEST_F(Edit, NumberThatIsNotReadBack_MayBeDroppedOrReplaced) {
     }
 }
 
+TEST_F(Edit, Set_FieldOfAnUnknownType_IsSavedWithNoneAndKeepsItsTexts) {
+    const std::string file = WriteChanged("type.xml", "name=\"nu\" key=\"false\" type=\"5\"",
+                                          "name=\"nu\" key=\"false\" type=\"99\"");
+    const std::string rows = Output({"show", file, "Steel", "--format", "csv"});
+    EXPECT_EQ(Run({"set", file, "header", "title=x"}).m_status, 0);
+    EXPECT_THAT(Read("type.xml"), HasSubstr("name=\"nu\" key=\"false\" type=\"0\""));
+    EXPECT_EQ(Output({"show", file, "Steel", "--format", "csv"}), rows);
+}
+
 TEST_F(Edit, Set_AsJson_PrintsNothing) {
     const std::string file = CopyExample("materials.xml");
     EXPECT_EQ(Output({"set", file, "header", "title=x", "--format", "json"}), "");
