@@ -165,6 +165,17 @@ TEST_F(QueryHints, ConditionThatEndsWithAnOperator_IsAnsweredWithAWarning) {
               m_file + ": no row of 'IPE' fits; the condition ends with 'and', and nothing follows it");
 }
 
+TEST_F(QueryHints, ExplainedQuery_IsWarnedOfAsAnAnsweredOne) {
+    const std::string query = "select IY from IPE where h > 550 and";
+    const quillet::test::RunResult answered = Run({"query", m_file, query});
+    const quillet::test::RunResult explained = Run({"query", m_file, query, "--explain"});
+    EXPECT_EQ(explained.m_status, 0);
+    EXPECT_THAT(explained.m_output, HasSubstr("source"));
+    EXPECT_EQ(explained.m_errors, answered.m_errors);
+    EXPECT_THAT(explained.m_errors, HasSubstr("the condition ends with 'and', and nothing follows it"));
+    EXPECT_THAT(explained.m_errors, HasSubstr("'IY' fits the fields 'Iy' and 'iy': 'Iy' is taken"));
+}
+
 TEST_F(QueryHints, NameThatFitsTwoFieldsButForCase_IsWarnedOf) {
     const std::string warning = "'iy' fits the fields 'Iy' and 'iy': 'Iy' is taken";
     EXPECT_EQ(Warning("select name, iy from IPE where h = 80"), warning);
