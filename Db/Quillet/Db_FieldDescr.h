@@ -55,7 +55,7 @@ public:
     void SetName(const quillet::CString& name);
 
     // Sets the default value and the converter of a variant type. VT_I2 gives a 32-bit integer and VT_DATE a
-    // text; an unknown type leaves an empty default and the converter as it was.
+    // text; an unknown type leaves an empty default and the converter as it was, and is saved as 0.
     void SetType(unsigned short variantType);
     void SetDbType(eFieldType type);
     eFieldType GetDbType() const;

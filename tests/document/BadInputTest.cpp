@@ -466,6 +466,7 @@ TEST_F(BadInput, Utf16File_IsReadWholeButNotSequentially) {
     const auto sequential = Open(m_folder / "given.xml", Reading::Sequential);
     EXPECT_EQ(sequential->GetTablesCount(), 2);
     EXPECT_TRUE(LogHolds(*sequential, InvalidFormat));
+    EXPECT_EQ(sequential->LastReadError(), "it is in UTF-16 or UTF-32, which can only be read as a whole");
 }
 
 TEST_P(BadInput, ByteOrderMark_IsNoTrouble) {

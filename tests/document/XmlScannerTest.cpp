@@ -423,6 +423,46 @@ TEST_F(XmlScannerOf, ByteOrderMark_IsPassedOverAsText) {
               (Outcome{true, "<a>1</a>", false}));
 }
 
+// The units of an ASCII text in some bytes each, the last or the first of which holds the letter.
+std::string InWideUnits(const std::string& text, std::size_t width, bool isLetterFirst) {
+    const std::string rest(width - 1, '\0');
+    std::string wide;
+    for (const char letter : text) {
+        wide += isLetterFirst ? letter + rest : rest + letter;
+    }
+    return wide;
+}
+
+TEST_F(XmlScannerOf, Utf16AndUtf32_AreNotFollowed) {
+    using namespace std::string_literals;
+    const std::string text = "<d><t>1</t></d>";
+    const std::vector<std::string> streams = {
+        InWideUnits(text, 2, true),
+        InWideUnits(text, 2, false),
+        InWideUnits(text, 4, true),
+        InWideUnits(text, 4, false),
+        "\xFF\xFE" + InWideUnits("  " + text, 2, true),
+        "\xFE\xFF" + InWideUnits("  " + text, 2, false),
+        "\xFF\xFE\0\0"s + InWideUnits("  " + text, 4, true),
+        "\0\0\xFE\xFF"s + InWideUnits("  " + text, 4, false),
+    };
+    for (std::size_t i = 0; i < streams.size(); ++i) {
+        XmlScanner scanner(Stream(streams[i]), 16);
+        std::string bytes = "before";
+        EXPECT_FALSE(scanner.Extract("\\d\\t", bytes)) << i;
+        EXPECT_EQ(bytes, "");
+        EXPECT_TRUE(scanner.IsEof());
+        EXPECT_STREQ(scanner.Refusal(), "it is in UTF-16 or UTF-32, which can only be read as a whole") << i;
+        EXPECT_FALSE(scanner.Extract("\\d", bytes)) << "nor is anything found later";
+    }
+    for (const std::string& narrow : {text, "\xEF\xBB\xBF" + text, "\0\0"s + text, "<"s, ""s}) {
+        XmlScanner scanner(Stream(narrow), 16);
+        std::string bytes;
+        scanner.Extract("\\d\\t", bytes);
+        EXPECT_EQ(scanner.Refusal(), nullptr) << narrow;
+    }
+}
+
 TEST_F(XmlScannerOf, PathBeyondAscii_MatchesNoBytes) {
     EXPECT_EQ(Extract("<\xC3\xA4>1</\xC3\xA4>", {"\\\xC3\xA4"})[0], (Outcome{false, "", true}));
 }

@@ -122,8 +122,30 @@ TEST_F(CommandLine, XmlOfAnotherKind_IsNoCatalog) {
     EXPECT_EQ(Failure({"info", file}), file + ": no catalog: its header or its body is not complete");
     EXPECT_EQ(Failure({"--sequential", "info", file}),
               file +
-                  ": no catalog that can be read sequentially: its header or its body is not found; try it "
-                  "without --sequential");
+                  ": no catalog that can be read sequentially: its header or its body is not found, or "
+                  "not all of it; try it without --sequential");
+}
+
+TEST_F(CommandLine, SoundFileThatSequentialReadingCannotFollow_SaysToReadItAsAWhole) {
+    CopyExample("materials.xml");
+    const std::string text = Read("materials.xml");
+    std::string wide = "\xFF\xFE";
+    for (const char letter : text.substr(text.find("<database>"))) {
+        wide += letter;
+        wide += '\0';
+    }
+    const std::string file = Write("wide.xml", wide);
+    EXPECT_EQ(Output({"check", file}), file + ": ok\n");
+    const std::string why =
+        file + ": it is in UTF-16 or UTF-32, which can only be read as a whole; try it without --sequential";
+    EXPECT_EQ(Failure({"info", file, "--sequential"}), why);
+    EXPECT_EQ(Failure({"show", file, "Steel", "--sequential"}), why);
+    EXPECT_EQ(Failure({"query", file, "Steel", "--sequential"}), why);
+    EXPECT_EQ(Failure({"set", file, "header", "title=x", "--sequential"}), why);
+    EXPECT_EQ(Read("wide.xml"), wide);
+    const quillet::test::RunResult checked = Run({"check", file, "--sequential"});
+    EXPECT_EQ(checked.m_status, 1);
+    EXPECT_EQ(checked.m_output, why + "\n");
 }
 
 TEST_F(CommandLine, Reading_WhateverTheCommand_LeavesTheFileAsItWas) {

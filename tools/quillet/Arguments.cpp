@@ -196,6 +196,7 @@ private:
     static CLI::Option& AddFile(CLI::App& command, std::string& file);
     static CLI::Option& AddTable(CLI::App& command, std::string& table);
     void AddNoWait(CLI::App& command);
+    void AddLossy(CLI::App& command);
     static void AddRowRange(CLI::App& command, RowRange& rows);
     static CLI::Option& AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
                                 const char* form, const char* description);
@@ -285,6 +286,10 @@ void CommandLine::AddNoWait(CLI::App& command) {
     command.add_flag_callback(
         "--no-wait", [this] { m_settings.m_waits = false; },
         "Fail at once while another program is changing the file");
+}
+
+void CommandLine::AddLossy(CLI::App& command) {
+    command.add_flag("--lossy", m_settings.m_lossy, "Go on where a number can't be read back from its text");
 }
 
 void CommandLine::AddRowRange(CLI::App& command, RowRange& rows) {
@@ -410,6 +415,7 @@ void CommandLine::AddSet() {
         ->check(CheckKeyValue)
         ->type_name("");
     command.parse_complete_callback([request, values] { request->m_values = SplitValues(*values); });
+    AddLossy(command);
     AddNoWait(command);
     Choose(command, request, Set);
 }
@@ -442,6 +448,7 @@ void CommandLine::AddImport() {
             request->m_delimiter = *delimiter == TabWord ? '\t' : delimiter->front();
         }
     });
+    AddLossy(command);
     AddNoWait(command);
     Choose(command, request, Import);
 }
@@ -451,6 +458,7 @@ void CommandLine::AddDrop() {
     CLI::App& command = Add("drop", "Delete a table");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
+    AddLossy(command);
     AddNoWait(command);
     Choose(command, request, Drop);
 }
@@ -467,6 +475,7 @@ void CommandLine::AddRename() {
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
+    AddLossy(command);
     AddNoWait(command);
     Choose(command, request, Rename);
 }
@@ -483,8 +492,8 @@ void CommandLine::AddConvert() {
         ->check(CheckNotEmpty)
         ->type_name("");
     command.add_flag("--replace", request->m_replace, "Overwrite OUT.xml");
-    command.add_flag("--lossy", request->m_lossy, "Go on where a number can't be read back from its text");
     command.footer(std::string(ConvertNotes) + CommonNotes);
+    AddLossy(command);
     AddNoWait(command);
     Choose(command, request, Convert);
 }

@@ -13,6 +13,8 @@ struct Settings {
     bool m_log = false;
     // Commands that write wait for a file that another program is changing.
     bool m_waits = true;
+    // They go on where numbers are lost.
+    bool m_lossy = false;
 };
 
 }  // namespace quillet::tool

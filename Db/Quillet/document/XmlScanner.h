@@ -34,7 +34,8 @@ public:
     // Whether the stream has ended, or was given up; nothing more will be found.
     bool IsEof() const { return m_eof; }
     // Why the stream was given up; null where it was not. Elements nested deeper than xml::MaxDepth, a name
-    // longer than any, and an element that no string can hold are not followed further.
+    // longer than any, and an element that no string can hold are not followed further; UTF-16 and UTF-32 are
+    // not even begun with.
     const char* Refusal() const { return m_refusal; }
 
 private:

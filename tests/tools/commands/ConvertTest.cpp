@@ -296,8 +296,10 @@ TEST_F(Convert, ToXml_NumberThatItsTextCannotCarry_IsNamedUnlessLossIsAllowed) {
               EndsWith(" is not read back; --lossy goes on")));
     EXPECT_FALSE(Exists("back.xml"));
 
+    quillet::tool::Settings lossy{quillet::tool::Format::Json};
+    lossy.m_lossy = true;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(quillet::tool::Convert({quillet::tool::Format::Json}, {access, target, false, true}), 0);
+    EXPECT_EQ(quillet::tool::Convert(lossy, {access, target}), 0);
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 StartsWith("quillet: warning: " + access + ": table 'Bolts', row 2, field 'd': the number "));
     EXPECT_THAT(Values(target, "Bolts"), HasSubstr("M12,12,1.75,"));

@@ -19,6 +19,17 @@ protected:
         EXPECT_EQ(Read(name), before);
         return message;
     }
+
+    // A catalog whose table Bolts has two numbers that no text of 15 digits carries.
+    std::string FileWithLostNumbers() const {
+        const std::string file = CopyExample("materials.xml");
+        Output({"import", file, "Bolts", Write("bolts.csv", "d\n4711.25\n4711.5\n"), "--replace"});
+        std::string text = Read("materials.xml");
+        for (const std::string number : {"4711.25", "4711.5"}) {
+            text.replace(text.find("\"" + number) + 1, number.size(), "1.79769313486231570E+308");
+        }
+        return Write("lost.xml", text);
+    }
 };
 
 TEST_F(Edit, New_WithValues_MakesACatalogThatHoldsThem) {
@@ -77,6 +88,51 @@ TEST_F(Edit, Set_BadKeysOrValues_ChangeNothing) {
                 HasSubstr("'footer' is neither header nor properties"));
     EXPECT_THAT(UsageError({"set", file, "header", "title"}), HasSubstr("is not of the form KEY=VALUE"));
     EXPECT_THAT(UsageError({"set", file, "header"}), HasSubstr("required"));
+}
+
+// Every command that changes a file writes all of it.
+TEST_F(Edit, NumberThatIsNotReadBack_IsDestroyedWithLossyOnly) {
+    const std::string file = FileWithLostNumbers();
+    const std::string lost =
+        file +
+        ": not changed: table 'Bolts', row 1, field 'd': the number can't be carried by a text: "
+        "'1.79769313486232E+308' is not read back (and 1 more)";
+    const std::string read = Read("lost.xml");
+    const std::vector<std::vector<std::string>> commands = {
+        {"set", file, "header", "title=x"},
+        {"rename", file, "Bolts", "Screws"},
+        {"drop", file, "Steel"},
+        {"import", file, "New", Write("in.csv", "a\n1\n")}};
+    for (std::vector<std::string> command : commands) {
+        SCOPED_TRACE(command.front());
+        Write("lost.xml", read);
+        EXPECT_EQ(FailsUnchanged("lost.xml", command), lost + "; --lossy goes on");
+
+        command.emplace_back("--lossy");
+        const quillet::test::RunResult result = Run(command);
+        EXPECT_EQ(result.m_status, 0);
+        EXPECT_THAT(result.m_errors, StartsWith("quillet: warning: " + file + ": table 'Bolts', row 1, "));
+        EXPECT_THAT(Read("lost.xml"), HasSubstr("\"1.79769313486232E+308\""));
+    }
+}
+
+TEST_F(Edit, NumberThatIsNotReadBack_MayBeDroppedOrReplaced) {
+    const std::string csv = Write("in.csv", "d\n12\n");
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"drop", "Bolts"}, {"import", "Bolts", csv, "--replace"}}) {
+        std::vector<std::string> arguments = command;
+        arguments.insert(arguments.begin() + 1, FileWithLostNumbers());
+        EXPECT_NE(Output(arguments), "");
+    }
+}
+
+TEST_F(Edit, Set_FieldOfAnUnknownType_IsSavedWithNoneAndKeepsItsTexts) {
+    const std::string file = WriteChanged("type.xml", "name=\"nu\" key=\"false\" type=\"5\"",
+                                          "name=\"nu\" key=\"false\" type=\"99\"");
+    const std::string rows = Output({"show", file, "Steel", "--format", "csv"});
+    EXPECT_EQ(Run({"set", file, "header", "title=x"}).m_status, 0);
+    EXPECT_THAT(Read("type.xml"), HasSubstr("name=\"nu\" key=\"false\" type=\"0\""));
+    EXPECT_EQ(Output({"show", file, "Steel", "--format", "csv"}), rows);
 }
 
 TEST_F(Edit, Set_AsJson_PrintsNothing) {

@@ -238,6 +238,30 @@ TEST_F(Import, Import_CommasBesideOtherMarks_AreTakenForWhatTheyAre) {
     EXPECT_EQ(Rows()[0], json({{"name", "a"}, {"note", "one; two"}}));
 }
 
+TEST_F(Import, Import_QuotedValuesBetweenOtherDelimiters_AreNamedAndThenTaken) {
+    const std::string semicolons =
+        "1: the values seem to be separated by semicolons: --delimiter ';' reads them";
+    EXPECT_EQ(FailsUnchanged("\"name\";\"h\";\"G\"\r\n\"IPE 80\";\"80,5\";\"6\"\r\n"), semicolons);
+    EXPECT_EQ(FailsUnchanged("name;\"h\"\nIPE 80;80\n"), semicolons);
+    EXPECT_EQ(FailsUnchanged("\"name\";\"h, mm\"\n"), semicolons);
+    EXPECT_EQ(FailsUnchanged("name;\"h;\nmm\"\nIPE 80;80\n"), semicolons);
+    EXPECT_EQ(FailsUnchanged("\"name\"\t\"h\"\nIPE 80\t80\n"),
+              "1: the values seem to be separated by tabs: --delimiter tab reads them");
+    EXPECT_EQ(FailsUnchanged("\"name\"|\"h\"\nIPE 80|80\n"),
+              "1: the values seem to be separated by bars: --delimiter '|' reads them");
+    EXPECT_THAT(FailsUnchanged("a\"b;c\n1;2\n"), HasSubstr("a quotation mark inside a value"))
+        << "no delimiter makes sense of it";
+    EXPECT_THAT(Run(Command("\"name\";\"h\"\n", {"--delimiter", ","})).m_errors,
+                HasSubstr("a quotation mark inside a value"))
+        << "as it was asked for";
+
+    ImportText("\"name\";\"h\"\n\"a;b\";\"80.5\"\n", {"--delimiter", ";"});
+    EXPECT_EQ(Rows()[0], json({{"name", "a;b"}, {"h", 80.5}}));
+    const quillet::test::RunResult single = Run(Command("\"name; h\"\n\"a;b\"\n", {"--replace"}));
+    EXPECT_EQ(single.m_status, 0) << single.m_errors;
+    EXPECT_EQ(Rows()[0], json({{"name_h", "a;b"}})) << "one quoted value is no row of two";
+}
+
 TEST_F(Import, Import_BadDelimiterOrRuleOfNames_IsBadUsage) {
     for (const char* delimiter : {"ab", "\"", "\n", "é"}) {
         EXPECT_THAT(UsageError({"import", m_file, "New", "in.csv", "--delimiter", delimiter}),

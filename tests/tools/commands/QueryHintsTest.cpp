@@ -102,6 +102,40 @@ TEST_F(QueryHints, WhatToWriteInstead_IsUnderstood) {
               "name\n-------\nIPE 500\nIPE 550\n");
 }
 
+TEST_F(QueryHints, NegatedOperatorOfOtherDialects_StaysNegated) {
+    EXPECT_THAT(WhyNot("select name from IPE where h not in (80, 100)"),
+                EndsWith("; 'not in' is not in the language: write (not (h = 80 or h = 100))"));
+    EXPECT_THAT(WhyNot("select name from IPE where h NOT BETWEEN 1 AND 2"),
+                EndsWith("; 'not BETWEEN' is not in the language: write (not (h >= 1 and h <= 2))"));
+    EXPECT_THAT(WhyNot("select name from IPE where name not like 'a%'"),
+                EndsWith("; 'not like' is not in the language: there are no patterns; whole texts are "
+                         "compared, as in (not (name >= 'a' and name < 'b'))"));
+    EXPECT_THAT(WhyNot("select name from IPE where not h in (80, 100) and b > 1"),
+                EndsWith("; 'not h in' is not in the language: write (not (h = 80 or h = 100))"));
+    EXPECT_THAT(WhyNotFound("b > 1 and h not in (80)"),
+                EndsWith("; 'not in' is not in the language: write (not (h = 80))"));
+}
+
+// A not before the brackets alone would reach over the conditions that follow.
+TEST_F(QueryHints, WhatToWriteInsteadOfANegatedOperator_IsUnderstoodAmongOtherConditions) {
+    const std::string written = "select name from IPE where (not (h = 80 or h = 100)) and h <= 140";
+    EXPECT_EQ(Output({"query", m_file, written}), "name\n-------\nIPE 120\nIPE 140\n");
+    EXPECT_EQ(Output({"query", m_file, "select name from IPE where h <= 140 and (not (h = 80 or h = 100))"}),
+              Output({"query", m_file, written}));
+}
+
+TEST_F(QueryHints, InWithoutValues_IsShownWithExamples) {
+    for (const std::string list : {"", "()", "(", "(select h from HEA)"}) {
+        EXPECT_THAT(WhyNot("select name from IPE where h in " + list),
+                    EndsWith("; 'in' is not in the language: write (h = 1 or h = 2)"));
+    }
+    EXPECT_THAT(WhyNot("select name from IPE where h in 80 and b > 5"),
+                EndsWith("; 'in' is not in the language: write (h = 80)"));
+    EXPECT_THAT(WhyNot("select name from IPE where h in (1, 2, 3, 4) and b > 5"),
+                EndsWith("; 'in' is not in the language: write (h = 1 or h = 2 or h = 3 or ...)"));
+    EXPECT_THAT(WhyNot("select name from IPE where (h) in (80)"), EndsWith("write (h = 80)"));
+}
+
 TEST_F(QueryHints, WordsInQuotesOrBrackets_AreNoHintsBusiness) {
     const std::string csv = Write("in.csv", "limit,like\n1,is\n");
     Output({"import", m_file, "group", csv});
@@ -129,6 +163,17 @@ TEST_F(QueryHints, ConditionThatEndsWithAnOperator_IsAnsweredWithAWarning) {
               "the condition ends with 'AND', and nothing follows it");
     EXPECT_EQ(WhyNotFound("h > 500 and"),
               m_file + ": no row of 'IPE' fits; the condition ends with 'and', and nothing follows it");
+}
+
+TEST_F(QueryHints, ExplainedQuery_IsWarnedOfAsAnAnsweredOne) {
+    const std::string query = "select IY from IPE where h > 550 and";
+    const quillet::test::RunResult answered = Run({"query", m_file, query});
+    const quillet::test::RunResult explained = Run({"query", m_file, query, "--explain"});
+    EXPECT_EQ(explained.m_status, 0);
+    EXPECT_THAT(explained.m_output, HasSubstr("source"));
+    EXPECT_EQ(explained.m_errors, answered.m_errors);
+    EXPECT_THAT(explained.m_errors, HasSubstr("the condition ends with 'and', and nothing follows it"));
+    EXPECT_THAT(explained.m_errors, HasSubstr("'IY' fits the fields 'Iy' and 'iy': 'Iy' is taken"));
 }
 
 TEST_F(QueryHints, NameThatFitsTwoFieldsButForCase_IsWarnedOf) {

@@ -226,16 +226,11 @@ void CheckCells(const Table& table, Findings& findings) {
     }
 }
 
-void CheckDatabase(const std::string& path, const Settings& settings, Findings& findings) {
-    Catalog catalog(path, settings);
-    catalog.ReadAll();
+void CheckCatalog(Catalog& catalog, Findings& findings) {
     for (const std::string& fault : catalog.Faults()) {
         findings.push_back({fault});
     }
     DbDatabase& database = catalog.Database();
-    if (settings.m_sequential && catalog.IsXml() && catalog.Faults().empty() && !database.LoadWhole()) {
-        findings.push_back({database.LastReadError().ToUtf8()});
-    }
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
         const Table table = {database.GetTableName(i).ToUtf8(), database.GetTableDescr(i),
                              database.GetTableData(i)};
@@ -245,6 +240,46 @@ void CheckDatabase(const std::string& path, const Settings& settings, Findings& 
         CheckFieldNames(table, findings);
         CheckCells(table, findings);
     }
+}
+
+bool IsRead(Catalog& catalog, const std::string& table) {
+    DbTableData* const data = catalog.Database().GetTableData(table);
+    return data != nullptr && data->IsInitialized();
+}
+
+// Whether it is the sequential reading, and not the file, that lacks something.
+bool MissesWhatIsThere(Catalog& sequential, Catalog& whole) {
+    bool isAllThere = !whole.IsIncomplete();
+    for (const std::string& table : whole.TableNames()) {
+        const bool isThere = IsRead(whole, table);
+        if (isThere && !IsRead(sequential, table)) {
+            return true;
+        }
+        isAllThere = isAllThere && (isThere || IsHeaderOrProperties(table));
+    }
+    return isAllThere;
+}
+
+void CheckDatabase(const std::string& path, const Settings& settings, Findings& findings) {
+    Catalog catalog(path, settings);
+    catalog.ReadAll();
+    if (settings.m_sequential && catalog.IsXml() && catalog.IsIncomplete()) {
+        // What is wrong with the file itself shows when it is read as a whole.
+        Settings asAWhole = settings;
+        asAWhole.m_sequential = false;
+        Catalog whole(path, asAWhole);
+        whole.ReadAll();
+        if (MissesWhatIsThere(catalog, whole)) {
+            findings.push_back({catalog.WhyIncomplete()});
+        }
+        CheckCatalog(whole, findings);
+        return;
+    }
+    if (settings.m_sequential && catalog.IsXml() && catalog.Faults().empty() &&
+        !catalog.Database().LoadWhole()) {
+        findings.push_back({catalog.Database().LastReadError().ToUtf8()});
+    }
+    CheckCatalog(catalog, findings);
 }
 
 // "FILE:LINE: table 'T', row 3, field 'f': message", without what is not known.

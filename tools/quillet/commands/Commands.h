@@ -100,8 +100,6 @@ struct ConvertRequest {
     std::string m_source;
     std::string m_target;
     bool m_replace = false;
-    // Goes on where numbers are lost.
-    bool m_lossy = false;
 };
 
 int Info(const Settings& settings, const InfoRequest& request);

@@ -2,9 +2,9 @@
 #include "Failure.h"
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
+#include "commands/LostNumbers.h"
 #include "input/AccessFile.h"
 #include "input/Catalog.h"
-#include "input/CellText.h"
 #include "input/FileKind.h"
 #include "input/TableRecords.h"
 #include "input/WriteLock.h"
@@ -31,45 +31,6 @@ void WarnOfLostValues(Catalog& catalog) {
     }
 }
 
-// Where a number stands that its text can't carry, and how many more there are; empty where there is none.
-std::string FindLostNumbers(Catalog& catalog) {
-    DbDatabase& database = catalog.Database();
-    std::string first;
-    std::size_t others = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
-        const DbTableDescr& descr = *database.GetTableDescr(i);
-        DbTableData& data = *database.GetTableData(i);
-        for (std::size_t row = 0; row < data.size(); ++row) {
-            const DbTableRow& cells = *data.GetRow(static_cast<int>(row));
-            for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-                if (IsReadBack(cells.GetField(cell).GetVariant())) {
-                    continue;
-                }
-                others += first.empty() ? 0U : 1U;
-                if (first.empty()) {
-                    first = "table " + Quoted(database.GetTableName(i).ToUtf8()) + ", row " +
-                            std::to_string(row + 1) + ", field " +
-                            Quoted(descr.GetField(static_cast<int>(cell)).GetName().ToUtf8()) + ": " +
-                            LostNumber(cells.GetField(cell));
-                }
-            }
-        }
-    }
-    return first + (others == 0 ? "" : " (and " + std::to_string(others) + " more)");
-}
-
-// Nothing has been written yet.
-void RefuseLostNumbers(Catalog& catalog, const ConvertRequest& request) {
-    const std::string lost = FindLostNumbers(catalog);
-    if (lost.empty()) {
-        return;
-    }
-    if (!request.m_lossy) {
-        throw catalog.Failed("not converted: " + lost + "; --lossy goes on");
-    }
-    Complain("warning: " + catalog.Path() + ": " + lost);
-}
-
 int ToXml(const Settings& settings, const ConvertRequest& request) {
     const std::unique_ptr<platform::FileLock> lock =
         request.m_replace ? LockForWriting(request.m_target, settings) : nullptr;
@@ -80,7 +41,7 @@ int ToXml(const Settings& settings, const ConvertRequest& request) {
     }
     catalog.ReadAll();
     catalog.RefuseFaults("not converted");
-    RefuseLostNumbers(catalog, request);
+    RefuseLostNumbers(catalog, "not converted", settings);
     WarnOfLostValues(catalog);
     const std::size_t tables = catalog.TableNames().size();
     Report report(settings, request.m_target + ": " + Counted(tables, "table") + " converted");

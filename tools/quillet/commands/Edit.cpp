@@ -2,6 +2,7 @@
 #include "Failure.h"
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
+#include "commands/LostNumbers.h"
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "output/Names.h"
@@ -57,6 +58,7 @@ int New(const Settings& settings, const NewRequest& request) {
 int Set(const Settings& settings, const SetRequest& request) {
     Catalog catalog = Catalog::OpenForEditing(request.m_file, settings);
     SetValues(catalog, request.m_table, request.m_values);
+    RefuseLostNumbers(catalog, "not changed", settings);
     Report report(settings, catalog.Path() + ": " + Counted(request.m_values.size(), "value") + " set in " +
                                 request.m_table);
     catalog.Save();
@@ -71,6 +73,7 @@ int Drop(const Settings& settings, const DropRequest& request) {
         throw catalog.Failed("the table " + table.m_name + " can't be dropped, every catalog has it");
     }
     catalog.Database().DeleteTable(table.m_name);
+    RefuseLostNumbers(catalog, "not changed", settings);
     Report report(settings, catalog.Path() + ": table '" + table.m_name + "' dropped");
     catalog.Save();
     report.Print();
@@ -90,6 +93,8 @@ int Rename(const Settings& settings, const RenameRequest& request) {
     if (!isOwnName && catalog.Database().IsTable(newName)) {
         throw catalog.Failed("a table " + Quoted(newName) + " is already there");
     }
+    // Under the names that the file knows.
+    RefuseLostNumbers(catalog, "not changed", settings);
     catalog.Database().RenameTable(table.m_name, newName);
     Report report(settings, catalog.Path() + ": table '" + table.m_name + "' renamed to '" + newName + "'");
     catalog.Save();

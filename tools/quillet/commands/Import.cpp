@@ -1,5 +1,6 @@
 // A table from comma-separated values.
 #include "commands/Commands.h"
+#include "commands/LostNumbers.h"
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "input/CsvTable.h"
@@ -81,6 +82,7 @@ int Import(const Settings& settings, const ImportRequest& request) {
         AppendField(*info.GetDescr()) = *field;
     }
     FillRows(request, csv, *info.GetData());
+    RefuseLostNumbers(catalog, "not changed", settings);
     Report report(settings,
                   catalog.Path() + ": table '" + info.GetName().ToUtf8() + "' imported, " +
                       Counted(csv.Structure().size(), "field") + ", " + Counted(csv.CountRows(), "row"),

@@ -239,9 +239,9 @@ int Query(const Settings& settings, const QueryRequest& request) {
     }
     if (!request.m_explain) {
         PrintRows(settings, catalog.FindTable(reply.m_table), request.m_rows);
-        for (const std::string& warning : WarningsOnAnswer(catalog.Database(), {request.m_query})) {
-            Complain("warning: " + catalog.Path() + ": " + warning);
-        }
+    }
+    for (const std::string& warning : WarningsOnAnswer(catalog.Database(), {request.m_query})) {
+        Complain("warning: " + catalog.Path() + ": " + warning);
     }
     catalog.WarnOfFaults();
     return Done;

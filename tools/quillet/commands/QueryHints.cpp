@@ -63,69 +63,107 @@ public:
         if (word.m_isText || word.m_isBracketed || word.m_isKeyword || word.m_place == RightSide) {
             return {};
         }
-        std::string advice;
         if (word.m_place == Operator) {
-            advice = InsteadOfOperator(index);
-        } else if (word.m_part == QueryPart::Select) {
-            advice = InsteadInSelect(index);
-        } else {
-            advice = InsteadOfClause(index);
+            return HintOnOperator(index);
         }
-        return advice.empty() ? advice : Quoted(word.m_text) + " is not in the language: " + advice;
+        return Hint(word.m_text,
+                    word.m_part == QueryPart::Select ? InsteadInSelect(index) : InsteadOfClause(index));
+    }
+
+    // Whether the words after a foreign one are no longer where their places say.
+    bool ShiftsPlaces(std::size_t index) const {
+        return m_words[index].Is("between") || m_words[index].Is("in");
     }
 
 private:
+    static constexpr std::size_t LeftSide = 0;
     static constexpr std::size_t Operator = 1;
     static constexpr std::size_t RightSide = 2;
 
-    // The text of a word counted from another; empty beyond the last.
-    std::string TextAt(std::size_t index) const {
-        return index < m_words.size() ? m_words[index].m_text : std::string();
+    static std::string Hint(const std::string& foreign, const std::string& advice) {
+        return advice.empty() ? advice : Quoted(foreign) + " is not in the language: " + advice;
     }
 
-    std::string InsteadOfOperator(std::size_t index) const {
+    // A not of the condition is part of what the advice replaces.
+    std::string HintOnOperator(std::size_t index) const {
+        const std::size_t left = LeftOf(index);
+        const bool isNegatedInside = std::any_of(m_words.begin() + static_cast<std::ptrdiff_t>(left),
+                                                 m_words.begin() + static_cast<std::ptrdiff_t>(index),
+                                                 [](const QueryWord& word) { return word.Is("not"); });
+        const bool isNegatedBefore = !isNegatedInside && left > 0 && m_words[left - 1].Is("not");
+        std::string foreign = m_words[index].m_text;
+        if (isNegatedInside) {
+            foreign = "not " + foreign;
+        } else if (isNegatedBefore) {
+            foreign = "not " + m_words[left].m_text + " " + foreign;
+        }
+        return Hint(foreign,
+                    InsteadOfOperator(index, m_words[left].m_text, isNegatedInside || isNegatedBefore));
+    }
+
+    std::string InsteadOfOperator(std::size_t index, const std::string& left, bool isNegated) const {
         const std::string& word = m_words[index].m_lowered;
         if (word == "between") {
-            return InsteadOfBetween(index);
+            return "write " + Grouped(RangeFor(index, left), isNegated);
         }
         if (word == "in") {
-            return InsteadOfIn(index);
+            return "write " + Grouped(ListFor(index, left), isNegated);
         }
         if (word == "like") {
-            const std::string left = LeftOf(index);
-            return "there are no patterns; whole texts are compared, as in (" + left + " >= 'a' and " + left +
-                   " < 'b')";
+            return "there are no patterns; whole texts are compared, as in " +
+                   Grouped(left + " >= 'a' and " + left + " < 'b'", isNegated);
         }
         if (word == "is") {
-            return "write = or !=; no word stands for null, and " + LeftOf(index) +
-                   " = '' finds an empty text";
+            return "write = or !=; no word stands for null, and " + left + " = '' finds an empty text";
         }
         return {};
     }
 
-    // What stands left of an operator, over a not.
-    std::string LeftOf(std::size_t index) const {
-        return m_words[m_words[index - 1].Is("not") && index > 1 ? index - 2 : index - 1].m_text;
+    // A not reaches over everything to its right, up to a bracket that encloses it.
+    static std::string Grouped(const std::string& conditions, bool isNegated) {
+        return isNegated ? "(not (" + conditions + "))" : "(" + conditions + ")";
     }
 
-    std::string InsteadOfBetween(std::size_t index) const {
-        const std::string left = LeftOf(index);
+    // The left side of the condition that an operator belongs to.
+    std::size_t LeftOf(std::size_t index) const {
+        while (index > 0 && m_words[index].m_place != LeftSide) {
+            --index;
+        }
+        return index;
+    }
+
+    std::string RangeFor(std::size_t index, const std::string& left) const {
         const bool isWhole = index + 3 < m_words.size() && m_words[index + 2].Is("and");
-        return "write (" + left + " >= " + (isWhole ? TextAt(index + 1) : "1") + " and " + left +
-               " <= " + (isWhole ? TextAt(index + 3) : "2") + ")";
+        return left + " >= " + (isWhole ? m_words[index + 1].m_text : "1") + " and " + left +
+               " <= " + (isWhole ? m_words[index + 3].m_text : "2");
     }
 
-    std::string InsteadOfIn(std::size_t index) const {
+    std::string ListFor(std::size_t index, const std::string& left) const {
         constexpr std::size_t MostShown = 3;
-        const std::string left = LeftOf(index);
+        const std::vector<std::string> values = ValuesAfter(index);
         std::string conditions;
-        std::size_t values = 0;
-        for (std::size_t i = index + 1; i < m_words.size() && !m_words[i].Is(")"); ++i) {
-            if (!m_words[i].Is("(") && values++ < MostShown) {
-                conditions += (conditions.empty() ? "" : " or ") + left + " = " + m_words[i].m_text;
+        for (std::size_t i = 0; i < std::min(values.size(), MostShown); ++i) {
+            conditions += (i == 0 ? "" : " or ") + left + " = " + values[i];
+        }
+        return conditions + (values.size() > MostShown ? " or ..." : "");
+    }
+
+    // The values in the brackets after a word, or the one that stands there without them; examples where none
+    // does.
+    std::vector<std::string> ValuesAfter(std::size_t index) const {
+        std::vector<std::string> values;
+        const bool isList = index + 1 < m_words.size() && m_words[index + 1].Is("(");
+        for (std::size_t i = index + (isList ? 2 : 1); i < m_words.size() && IsValue(m_words[i]); ++i) {
+            values.push_back(m_words[i].m_text);
+            if (!isList) {
+                break;
             }
         }
-        return "write (" + conditions + (values > MostShown ? " or ...)" : ")");
+        return values.empty() ? std::vector<std::string>{"1", "2"} : values;
+    }
+
+    static bool IsValue(const QueryWord& word) {
+        return !word.m_isKeyword && word.m_place != QueryWord::None;
     }
 
     std::string InsteadInSelect(std::size_t index) const {
@@ -264,7 +302,7 @@ private:
             }
             const bool isField = descr != nullptr && IsFieldOf(*descr, word);
             if ((word.m_place == 1 || !isField) && TakeForeign(i)) {
-                if (word.m_place == 0) {
+                if (word.m_place == 0 || m_foreign.ShiftsPlaces(i)) {
                     return;
                 }
                 left = QueryWord::None;

@@ -29,8 +29,9 @@ namespace {
 
 constexpr const char* IncompleteCatalog = "no catalog: its header or its body is not complete";
 constexpr const char* IncompleteSequentially =
-    "no catalog that can be read sequentially: its header or its body is not found; try it without "
-    "--sequential";
+    "no catalog that can be read sequentially: its header or its body is not found, or not all "
+    "of it";
+constexpr const char* TryAsAWhole = "; try it without --sequential";
 
 // The model says false where it has no memory; the program ends.
 void RequireMemory(const CString& error) {
@@ -228,6 +229,10 @@ Reply Catalog::Ask(const std::string& query) {
     return {true, IsQueryRead(lines), name.ToUtf8(), ""};
 }
 
+bool Catalog::IsIncomplete() const {
+    return std::find(m_faults.begin(), m_faults.end(), IncompleteCatalog) != m_faults.end();
+}
+
 void Catalog::WarnOfFaults() const {
     if (!m_faults.empty()) {
         const std::string others =
@@ -304,15 +309,19 @@ void Catalog::RefuseUnreadable() {
         throw Failure(m_path + (error.m_line == 0 ? "" : ":" + std::to_string(error.m_line)) + ": " +
                       error.m_message);
     }
-    if (std::find(m_faults.begin(), m_faults.end(), IncompleteCatalog) != m_faults.end()) {
-        // What could not be read then may be in order by now.
-        const CString why = m_database->LastReadError();
-        if (!why.IsEmpty() && !IsInvalidFormat(why.ToUtf8())) {
-            throw Failed(why.ToUtf8());
-        }
-        throw Failed(m_database->GetSource()->IsSequentialAccess() ? IncompleteSequentially
-                                                                   : IncompleteCatalog);
+    if (IsIncomplete()) {
+        throw Failed(WhyIncomplete());
     }
+}
+
+std::string Catalog::WhyIncomplete() const {
+    const bool isSequential = m_database->GetSource()->IsSequentialAccess();
+    // What could not be read then may be in order by now.
+    const CString why = m_database->LastReadError();
+    if (!why.IsEmpty() && !IsInvalidFormat(why.ToUtf8())) {
+        return why.ToUtf8() + (isSequential ? TryAsAWhole : "");
+    }
+    return isSequential ? std::string(IncompleteSequentially) + TryAsAWhole : IncompleteCatalog;
 }
 
 // The first two tables are written as the header, whichever they are.

@@ -73,6 +73,10 @@ public:
     std::vector<std::string> CollectLog();
     // What reading found wrong so far, one line each.
     const std::vector<std::string>& Faults() const { return m_faults; }
+    // Whether reading came to the end of the file before it had everything that a catalog has; and why, with
+    // what helps.
+    bool IsIncomplete() const;
+    std::string WhyIncomplete() const;
     // Says on standard error, in one line, that faults were found.
     void WarnOfFaults() const;
 

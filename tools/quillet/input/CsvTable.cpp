@@ -45,9 +45,14 @@ bool IsCutEvenly(std::string_view text, char delimiter) {
     }
 }
 
-bool HasLetter(const std::vector<std::string>& texts, char letter) {
-    return std::any_of(texts.begin(), texts.end(),
-                       [&](const std::string& text) { return text.find(letter) != std::string::npos; });
+// The values of the first row of a text between these delimiters; none where it can't be read.
+std::size_t CountHeadings(std::string_view text, char delimiter) {
+    try {
+        CsvReader reader(text, "", delimiter);
+        return reader.Next() ? reader.Values().size() : 0;
+    } catch (const Failure&) {
+        return 0;
+    }
 }
 
 // By the byte order mark, or by the empty half of the first letter.
@@ -96,12 +101,7 @@ CsvTable::CsvTable(const std::string& path, std::optional<char> delimiter)
 
 void CsvTable::ReadStructure(bool keepsNames, const Progress& progress) {
     CsvReader reader = Reader();
-    if (!reader.Next()) {
-        throw Failure(m_path + ": empty: the first line must name the fields");
-    }
-    if (!m_delimiter) {
-        RefuseOtherDelimiter(reader);
-    }
+    ReadHeadings(reader);
     ReadNames(reader, keepsNames);
     std::vector<TypeGuess> guesses(m_structure.size());
     while (reader.Next()) {
@@ -117,14 +117,31 @@ void CsvTable::ReadStructure(bool keepsNames, const Progress& progress) {
     }
 }
 
-void CsvTable::RefuseOtherDelimiter(const CsvReader& reader) const {
-    const std::vector<std::string>& headings = reader.Values();
+void CsvTable::ReadHeadings(CsvReader& reader) const {
+    try {
+        if (!reader.Next()) {
+            throw Failure(m_path + ": empty: the first line must name the fields");
+        }
+    } catch (const Failure&) {
+        // To a reader of commas, quoted values between other delimiters are quotation marks out of place.
+        if (!m_delimiter) {
+            RefuseOtherDelimiter(reader, 0);
+        }
+        throw;
+    }
+    if (!m_delimiter) {
+        RefuseOtherDelimiter(reader, reader.Values().size());
+    }
+}
+
+void CsvTable::RefuseOtherDelimiter(const CsvReader& reader, std::size_t headings) const {
     for (const OtherDelimiter& other : OtherDelimiters) {
-        const bool isOnlyHeading = headings.size() == 1 && other.m_letter != '|';
-        if (HasLetter(headings, other.m_letter) && (isOnlyHeading || IsCutEvenly(m_text, other.m_letter))) {
+        const bool isOnlyHope = headings <= 1 && other.m_letter != '|';
+        if (CountHeadings(m_text, other.m_letter) > 1 &&
+            (isOnlyHope || IsCutEvenly(m_text, other.m_letter))) {
             throw Failure(reader.Message(std::string("the values seem to be separated by ") + other.m_plural +
-                                         ": --delimiter " + other.m_option +
-                                         " reads them, --delimiter , takes commas all the same"));
+                                         ": --delimiter " + other.m_option + " reads them" +
+                                         (headings == 0 ? "" : ", --delimiter , takes commas all the same")));
         }
     }
 }

@@ -48,7 +48,9 @@ public:
 private:
     CsvReader Reader() const { return CsvReader(m_text, m_path, m_delimiter.value_or(Comma)); }
     void ReadNames(const CsvReader& reader, bool keepsNames);
-    void RefuseOtherDelimiter(const CsvReader& reader) const;
+    void ReadHeadings(CsvReader& reader) const;
+    // Headings is how many there are between commas; 0 where commas don't make sense of the row.
+    void RefuseOtherDelimiter(const CsvReader& reader, std::size_t headings) const;
     void CheckNames(const CsvReader& reader) const;
     void CheckRow(const CsvReader& reader) const;
     void FillRow(const CsvReader& reader, DbTableRow& row) const;

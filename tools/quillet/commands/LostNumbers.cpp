@@ -1,0 +1,50 @@
+#include "commands/LostNumbers.h"
+
+#include "input/CellText.h"
+#include "output/PlainText.h"
+
+namespace quillet::tool {
+
+namespace {
+
+// Where a number stands that its text can't carry, and how many more there are; empty where there is none.
+std::string FindLostNumbers(Catalog& catalog) {
+    DbDatabase& database = catalog.Database();
+    std::string first;
+    std::size_t others = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        const DbTableDescr& descr = *database.GetTableDescr(i);
+        DbTableData& data = *database.GetTableData(i);
+        for (std::size_t row = 0; row < data.size(); ++row) {
+            const DbTableRow& cells = *data.GetRow(static_cast<int>(row));
+            for (std::size_t cell = 0; cell < cells.size(); ++cell) {
+                if (IsReadBack(cells.GetField(cell).GetVariant())) {
+                    continue;
+                }
+                others += first.empty() ? 0U : 1U;
+                if (first.empty()) {
+                    first = "table " + Quoted(database.GetTableName(i).ToUtf8()) + ", row " +
+                            std::to_string(row + 1) + ", field " +
+                            Quoted(descr.GetField(static_cast<int>(cell)).GetName().ToUtf8()) + ": " +
+                            LostNumber(cells.GetField(cell));
+                }
+            }
+        }
+    }
+    return first + (others == 0 ? "" : " (and " + std::to_string(others) + " more)");
+}
+
+}  // namespace
+
+void RefuseLostNumbers(Catalog& catalog, const std::string& consequence, const Settings& settings) {
+    const std::string lost = FindLostNumbers(catalog);
+    if (lost.empty()) {
+        return;
+    }
+    if (!settings.m_lossy) {
+        throw catalog.Failed(consequence + ": " + lost + "; --lossy goes on");
+    }
+    Complain("warning: " + catalog.Path() + ": " + lost);
+}
+
+}  // namespace quillet::tool
