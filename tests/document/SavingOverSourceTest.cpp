@@ -219,12 +219,14 @@ TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsSavedAgainAndAgainOnceItIsWrit
     }
 }
 
+constexpr const char* SurplusData =
+    "<data>\n<table name=\"Gamma\">\n<row note=\"a note\" />\n</table>\n</data>\n";
+
 // A file that holds more than what was read of it by now.
 class SurplusAfterReading : public SavingOverSource {
 protected:
     SurplusAfterReading() {
-        const std::string more = "<data>\n" + TableXml("Gamma", "<row note=\"a note\" />\n") + "</data>\n";
-        m_xml = WithInserted(SmallCatalog(), "</body>", more);
+        m_xml = WithInserted(SmallCatalog(), "</body>", SurplusData);
         m_database = OpenXml(m_xml);
         m_database->LoadTables();
         Change(*m_database);
@@ -273,14 +275,24 @@ TEST_P(SurplusAfterReading, AFileThatWasRenamed_IsKeptByItsNewName) {
     ExpectRefused("moved.xml");
 }
 
-TEST_F(SurplusAfterReading, AFileThatOthersMadeAnother_IsOverwrittenOnceEveryTableIsRead) {
-    WriteBytes(File(), m_xml);
+TEST_F(SavingOverSource, AFileThatOthersMadeAnother_IsOverwrittenOnceEveryTableIsRead) {
+    WriteBytes(File(), WithInserted(SmallCatalog(), "</body>", SurplusData));
     const auto database = Open(File(), Reading::Sequential);
     database->LoadTables();
     Change(*database);
     WriteBytes(File(), SmallCatalog());
     EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
     EXPECT_THAT(ReadBytes(File()), HasSubstr("Changed"));
+}
+
+TEST_F(SavingOverSource, AFileWhoseOneCellOthersChanged_IsOverwrittenOnceEveryTableIsRead) {
+    WriteBytes(File(), SmallCatalog());
+    const auto database = Open(File(), Reading::Sequential);
+    database->LoadTables();
+    Change(*database);
+    WriteBytes(File(), WithReplaced(SmallCatalog(), "2.5", "7.5"));
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("2.5"));
 }
 
 TEST_F(SavingOverSource, TablesThatWereNotReached_AreReadFromTheFileByItsNewName) {
