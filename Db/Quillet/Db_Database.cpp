@@ -220,6 +220,7 @@ void DbDatabase::DeleteTable(const CString& name) {
     if (const DbTableInfo* const info = m_registry->Find(name)) {
         m_reader->Reach(info->GetData());
         m_reader->Forget(info->GetData());
+        m_reader->ForgetStructure(info->GetDescr());
         m_registry->DeleteWithRelated(name);
         SetChanged();
     }
@@ -229,6 +230,7 @@ void DbDatabase::ClearTable(const CString& name) {
     m_reader->ReadStructure();
     if (DbTableInfo* const info = m_registry->Find(name)) {
         info->Clear();
+        m_reader->ForgetStructure(info->GetDescr());
     }
 }
 

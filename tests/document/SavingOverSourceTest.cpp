@@ -10,6 +10,7 @@ namespace {
 
 using quillet::test::CatalogParts;
 using quillet::test::Dump;
+using quillet::test::FieldNames;
 using quillet::test::FieldXml;
 using quillet::test::LogHolds;
 using quillet::test::LongType;
@@ -445,6 +446,29 @@ TEST_P(SavingOverSource, ATableThatWasClearedBeforeItWasReached_IsSavedEmpty) {
             }
         }
     }
+}
+
+TEST_P(SavingOverSource, AMalformedStructure_IsKeptUntilAProgramDeletesIt) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyStructure = WithReplaced(parts.m_bodyStructure, FieldXml("count", LongType),
+                                         "text" + FieldXml("count", LongType));
+    for (const bool isDeleted : {false, true}) {
+        const auto database = OpenXml(parts.Xml());
+        database->GetTableData("Alpha")->Clear();
+        EXPECT_FALSE(database->Save(Path())) << "the rows are deleted, the fields are not";
+        EXPECT_THAT(database->LastSaveError().ToUtf8(), HasSubstr("'Alpha' has a malformed structure"));
+        isDeleted ? database->DeleteTable("Alpha") : database->ClearTable("Alpha");
+        EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    }
+}
+
+TEST_P(SavingOverSource, RowsThatWereClearedBeforeTheyWereReached_StayDeleted) {
+    const auto database =
+        OpenXml(WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n"));
+    database->GetTableInfo("Beta")->GetData()->Clear();
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), IsEmpty());
+    EXPECT_THAT(FieldNames(*Open(File(), Reading::Whole), "Beta"), ElementsAre("size"));
 }
 
 TEST_P(SavingOverSource, AClearedTable_TakesItsMalformedRowsWithIt) {

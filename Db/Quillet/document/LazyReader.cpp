@@ -251,6 +251,10 @@ void LazyReader::Forget(const DbTableData* data) {
     m_omissions.Forget(data);
 }
 
+void LazyReader::ForgetStructure(const DbTableDescr* descr) {
+    m_omissions.Forget(descr);
+}
+
 CString LazyReader::ReadRest(const CString& path) {
     CString missing = FindMissing(path);
     if (!missing.IsEmpty()) {

@@ -54,6 +54,8 @@ public:
     void Reach(const DbTableData* data);
     // A program deletes what stands in the table, which was reached: its rows are no more waited for.
     void Forget(const DbTableData* data);
+    // A program deletes the fields of a table, or all of it.
+    void ForgetStructure(const DbTableDescr* descr);
 
     // Before the file of a path is replaced: where it is the one that was read, every table that still lacks
     // its rows gets them. What would be lost all the same, in one line; empty for nothing.
