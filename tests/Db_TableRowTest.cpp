@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "support/TestHelpers.h"
@@ -89,6 +90,18 @@ TEST_F(RowTest, Brackets_PositionAndName_AreTheSameCell) {
     EXPECT_EQ(&fixed["[t]"], row.at(1));
     EXPECT_EQ(&fixed[CString("n")], row.at(0));
     EXPECT_EQ(fixed["none"].GetType(), VT_EMPTY);
+}
+
+TEST_F(RowTest, ConstRow_IsReadByFieldName) {
+    NewRow(Long(7), CComVariant("seven"));
+    const DbTableRow& row = Data()[0];
+    EXPECT_EQ(row["n"].GetValue().lVal, 7);
+    CString text;
+    row["[T]"].ValueToString(text);
+    EXPECT_EQ(text, CString("seven"));
+    EXPECT_EQ(row[CString("D")].GetType(), VT_R8);
+    EXPECT_EQ(row["unknown"].GetType(), VT_EMPTY);
+    static_assert(std::is_same_v<decltype(row["n"]), const DbFieldValue&>, "it is read, not written");
 }
 
 TEST_F(RowTest, Brackets_WhereThereIsNoCell_AreAnEmptyValueOfNobody) {

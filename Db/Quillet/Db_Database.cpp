@@ -218,7 +218,9 @@ DbTableInfo* DbDatabase::CreateTable(DbTableInfo* info) {
 void DbDatabase::DeleteTable(const CString& name) {
     m_reader->ReadStructure();
     if (const DbTableInfo* const info = m_registry->Find(name)) {
+        m_reader->Reach(info->GetData());
         m_reader->Forget(info->GetData());
+        m_reader->ForgetStructure(info->GetDescr());
         m_registry->DeleteWithRelated(name);
         SetChanged();
     }
@@ -228,6 +230,7 @@ void DbDatabase::ClearTable(const CString& name) {
     m_reader->ReadStructure();
     if (DbTableInfo* const info = m_registry->Find(name)) {
         info->Clear();
+        m_reader->ForgetStructure(info->GetDescr());
     }
 }
 
@@ -328,24 +331,13 @@ bool DbDatabase::LoadWhole() {
 void DbDatabase::CopyFrom(const DBACCESS_ALL& all) {
     // Rows that still stand in the file would come back over those that are copied.
     LoadTables();
-    for (const auto& [name, records] : all) {
-        ForgetRows(name);
-    }
     m_importer->CopyFrom(all);
     m_reader->MarkRead();
-}
-
-// What the file holds of the table's rows is not wanted any more.
-void DbDatabase::ForgetRows(const CString& name) {
-    if (const DbTableInfo* const info = m_registry->Find(name)) {
-        m_reader->Forget(info->GetData());
-    }
 }
 
 void DbDatabase::CopyTableFrom(const std::pair<CString, DBACCESS_VECTOR>& table) {
     // As above.
     GetTableData(table.first);
-    ForgetRows(table.first);
     m_importer->CopyTable(table.first, table.second);
 }
 

@@ -63,7 +63,9 @@ public:
     // fails, when the file can't be written, and when it is the file that the database was read from and
     // holds tables or rows that could not be read, which would be lost. The last line of the log says what
     // failed, but for a name that ends otherwise; LastSaveError does so in any case. Throws nothing: running
-    // out of memory is such a failure.
+    // out of memory is such a failure. Only that file is read as a whole before it is replaced: before you
+    // save a sequential source to another one, ask LoadWhole, or tables that were not reached are empty
+    // there.
     virtual bool Save(const quillet::CString& path);
     // Appends the <database> element to parent, or to the document itself when parent is null. False when a
     // table failed, which leaves its incomplete element, or the document failed, by whatever it throws.
@@ -123,7 +125,8 @@ public:
     DbTableDescr* GetHeaderDescr();
     DbTableData* GetHeaderData();
 
-    // Reads the rows of every table that still stand in the file.
+    // Reads the rows of every table that still stand in the file. In sequential access they may not all be
+    // reached: LastReadError names the tables then, and LoadWhole reads them.
     void LoadTables();
     // The same, and whether everything that the file holds is in the database now, as Save over the file
     // finds out: in sequential access the file is read as a whole for it. LastReadError says what is missing.
@@ -198,7 +201,9 @@ public:
 
     // Why the last Save failed, in one line; empty after one that succeeded and before the first.
     quillet::CString LastSaveError() const;
-    // Why the last reading of the file did not bring everything in it, in one line; empty after one that did.
+    // Why the last reading of the file did not bring everything in it, in one line; empty after one that did,
+    // and after a Save over the file. In sequential access that has come to its end, the line names tables
+    // that were not reached; what it can't have seen only LoadWhole finds out.
     quillet::CString LastReadError() const;
 
     // Appends the lines of the log to out and empties the log.
@@ -224,7 +229,6 @@ private:
     bool TrySave(const quillet::CString& path);
     bool SaveXml(const quillet::CString& path);
     void LogFailedSave(const quillet::CString& path) noexcept;
-    void ForgetRows(const quillet::CString& name);
 
     // Names this object as long as it lives.
     std::shared_ptr<DbDatabase*> m_life;

@@ -146,11 +146,6 @@ void DbSource::Rewind(bool isEof) {
     m_eof = isEof;
 }
 
-bool DbSource::IsAsScanned() const {
-    const auto file = quillet::platform::ReadableFile::Open(m_path.ToUtf8());
-    return m_stamp && file && file->Stamp() == *m_stamp;
-}
-
 // Always false.
 bool DbSource::Fail(const CString& why) {
     m_readFailure = why;

@@ -85,8 +85,8 @@ private:
     void Rewind(bool isEof);
     // Why sequential reading ended before the end of the file; empty where it did not.
     const quillet::CString& ReadFailure() const { return m_readFailure; }
-    // Whether the file still is what it was when sequential reading began.
-    bool IsAsScanned() const;
+    // What the file was when sequential reading began; null where the system can't tell.
+    const quillet::platform::FileStamp* ScannedStamp() const { return m_stamp.get(); }
     // Whether that was the file's fault, and not that of what stands in it.
     bool IsFileBad() const { return m_isFileBad; }
     bool Fail(const quillet::CString& why);

@@ -36,7 +36,7 @@ public:
     // Appends one row for each child of the element and logs the time that it took. A row that fails ends the
     // load with false. Where memory runs out std::bad_alloc is thrown, and no row is appended.
     bool Load(IDispatch* element) override;
-    // Deletes all rows and the pending text.
+    // Deletes all rows and the pending text; rows that still stand in the database's file don't come back.
     virtual void Clear();
     // Takes the text of a <table> element to be read when the rows are first needed.
     virtual void SetXmlSource(const quillet::CString& xml);

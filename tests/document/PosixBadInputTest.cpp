@@ -1,7 +1,10 @@
 // Where a POSIX system keeps a program from reading or writing: rights, and a disk that runs full.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -123,6 +126,44 @@ TEST_P(PosixBadInput, AnErrorOfReading_IsToldFromACatalogThatIsNone) {
         EXPECT_FALSE(LogHolds(*database, "Invalid xml database file format"));
     }
     EXPECT_FALSE(database->Save(CString(Utf8(m_folder / "memory.xml"))));
+}
+
+// The descriptor by which the process has a file open; -1 where there is none.
+int DescriptorOf(const std::filesystem::path& path) {
+    constexpr int Most = 1024;
+    struct stat file {};
+    struct stat open {};
+    int found = ::stat(path.c_str(), &file) == 0 ? 0 : Most;
+    while (found < Most &&
+           (::fstat(found, &open) == -1 || open.st_dev != file.st_dev || open.st_ino != file.st_ino)) {
+        ++found;
+    }
+    return found < Most ? found : -1;
+}
+
+// The file goes bad once its structure and its first table are read: a folder takes its place below the
+// descriptor, which gives no bytes but an error.
+TEST_F(PosixBadInput, AnErrorInTheMiddleOfSequentialReading_IsToldAndLosesNoTable) {
+    const StaticsGuard statics;
+    DbSource::MaxBufferSize = 16;
+    const auto database = Open(m_folder / "given.xml", Reading::Sequential);
+    EXPECT_EQ(database->GetTableData("Alpha")->size(), 2U);
+    const int reading = DescriptorOf(m_folder / "given.xml");
+    ASSERT_NE(reading, -1);
+    const int folder = ::open(m_folder.Path().c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_NE(::dup2(folder, reading), -1);
+    ::close(folder);
+    EXPECT_EQ(database->GetTableData("Beta")->size(), 0U);
+    EXPECT_TRUE(LogHolds(*database, "given.xml' could not be read: Is a directory"));
+    EXPECT_FALSE(LogHolds(*database, "Invalid xml database file format"));
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("Is a directory"));
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Beta', 'Gamma'"));
+    database->GetTableData("Alpha")->GetRow(0)->SetValue("count", CString("11"));
+    ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_EQ(database->LastReadError(), CString());
+    const auto saved = Open(m_folder / "given.xml", Reading::Whole);
+    EXPECT_THAT(RowsOf(*saved, "Alpha"), testing::ElementsAre("one 11", "two 2"));
+    EXPECT_THAT(RowsOf(*saved, "Beta"), testing::ElementsAre("2.5"));
 }
 
 }  // namespace

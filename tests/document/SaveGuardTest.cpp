@@ -88,6 +88,22 @@ TEST_P(SaveGuardReading, Save_FileThatSomebodyReplacedOrRemoved_IsFalse) {
     EXPECT_TRUE(m_folder.Names().empty());
 }
 
+TEST_P(SaveGuardReading, Save_ByAnotherPathAfterTheFileWasRemoved_IsFalse) {
+    const auto database = OpenGuarded();
+    Change(*database, "mine");
+    database->LoadTables();
+    database->GetSource()->Release();
+    std::filesystem::create_directory(m_folder / "below");
+    std::filesystem::remove(m_folder / "small.xml");
+    for (const char* path : {"/./small.xml", "/below/../small.xml", "/small.xml"}) {
+        EXPECT_FALSE(database->Save(CString(Utf8(m_folder.Path()) + path))) << path;
+        EXPECT_THAT(TakeLog(*database).back(), HasSubstr("somebody else removed it meanwhile"));
+        EXPECT_FALSE(std::filesystem::exists(m_folder / "small.xml"));
+    }
+    EXPECT_TRUE(database->Save(Path("below/small.xml"))) << "another file is no matter";
+    database->Sync();
+}
+
 TEST_P(SaveGuardReading, Destroy_FileThatSomebodyChanged_LeavesIt) {
     {
         const auto database = OpenGuarded();
@@ -129,6 +145,17 @@ TEST_F(SaveGuardTest, Create_OfTwoDatabasesForOneNewFile_OneIsSaved) {
     EXPECT_TRUE(first.Save(Path("new.xml")));
     first.Sync();
     second.Sync();
+}
+
+TEST_F(SaveGuardTest, Save_ByAnotherPathToAFileThatSomebodyMade_IsFalse) {
+    DbDatabase database;
+    database.Create(Path("new.xml"));
+    database.RefuseForeignChanges(true);
+    EXPECT_TRUE(database.Save(CString(Utf8(m_folder.Path()) + "/./new.xml")));
+    WriteBytes(m_folder / "new.xml", "theirs");
+    EXPECT_FALSE(database.Save(Path("new.xml")));
+    EXPECT_EQ(ReadBytes(m_folder / "new.xml"), "theirs");
+    database.Sync();
 }
 
 TEST_F(SaveGuardTest, RefuseForeignChangesOf_AnotherPath_GuardsThat) {

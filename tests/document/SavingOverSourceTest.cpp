@@ -2,12 +2,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "support/CatalogHelpers.h"
 
 namespace {
 
 using quillet::test::CatalogParts;
 using quillet::test::Dump;
+using quillet::test::FieldNames;
 using quillet::test::FieldXml;
 using quillet::test::LogHolds;
 using quillet::test::LongType;
@@ -196,6 +199,126 @@ TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsWritten) {
     EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
 }
 
+// What the library wrote itself lacks nothing.
+TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsSavedAgainAndAgainOnceItIsWritten) {
+    for (const char* first : {"given.xml", "./given.xml"}) {
+        {
+            const auto database = OpenXml("damaged");
+            Change(*database);
+            EXPECT_FALSE(database->Save(Path()));
+            std::filesystem::remove(File());
+            ASSERT_TRUE(database->Save(CString(Utf8(m_folder.Path()) + "/" + first)))
+                << database->LastSaveError();
+            EXPECT_EQ(database->LastReadError(), CString());
+            database->CreateTable("Second", DbTableInfo::Table);
+            EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+            database->CreateTable("Third", DbTableInfo::Table);
+            database->SetChanged();
+        }
+        EXPECT_THAT(ReadBytes(File()), HasSubstr("\"Second\"")) << first;
+        EXPECT_THAT(ReadBytes(File()), HasSubstr("\"Third\"")) << "the destructor did not write";
+    }
+}
+
+constexpr const char* SurplusData =
+    "<data>\n<table name=\"Gamma\">\n<row note=\"a note\" />\n</table>\n</data>\n";
+
+// A file that holds more than what was read of it by now.
+class SurplusAfterReading : public SavingOverSource {
+protected:
+    SurplusAfterReading() {
+        m_xml = WithInserted(SmallCatalog(), "</body>", SurplusData);
+        m_database = OpenXml(m_xml);
+        m_database->LoadTables();
+        Change(*m_database);
+    }
+
+    // Another time of the last change, whatever the clock's steps are.
+    void Touch(const std::string& name = "given.xml") {
+        const auto time = std::filesystem::last_write_time(m_folder / name);
+        std::filesystem::last_write_time(m_folder / name, time + std::chrono::seconds(2));
+    }
+
+    void ExpectRefused(const std::string& name = "given.xml") {
+        EXPECT_FALSE(m_database->Save(Path(name)));
+        EXPECT_THAT(m_database->LastSaveError().ToUtf8(), HasSubstr("A surplus <data> in <body>"));
+        m_database.reset();
+        EXPECT_EQ(ReadBytes(m_folder / name), m_xml);
+    }
+
+    std::string m_xml;
+    std::unique_ptr<DbDatabase> m_database;
+};
+
+INSTANTIATE_TEST_SUITE_P(, SurplusAfterReading, testing::Values(Reading::Whole, Reading::Sequential),
+                         quillet::test::ReadingName);
+
+TEST_P(SurplusAfterReading, AFileThatWasOnlyTouched_IsKept) {
+    Touch();
+    ExpectRefused();
+}
+
+TEST_P(SurplusAfterReading, AFileThatWasWrittenAnewWithTheSameBytes_IsKept) {
+    WriteBytes(File(), m_xml);
+    Touch();
+    ExpectRefused();
+}
+
+TEST_P(SurplusAfterReading, AnEqualCopyInThePlaceOfTheFile_IsKept) {
+    WriteBytes(m_folder / "copy.xml", m_xml);
+    Touch("copy.xml");
+    std::filesystem::rename(m_folder / "copy.xml", File());
+    ExpectRefused();
+}
+
+TEST_P(SurplusAfterReading, AFileThatWasRenamed_IsKeptByItsNewName) {
+    std::filesystem::rename(File(), m_folder / "moved.xml");
+    ExpectRefused("moved.xml");
+}
+
+TEST_F(SavingOverSource, AFileThatOthersMadeAnother_IsOverwrittenOnceEveryTableIsRead) {
+    WriteBytes(File(), WithInserted(SmallCatalog(), "</body>", SurplusData));
+    const auto database = Open(File(), Reading::Sequential);
+    database->LoadTables();
+    Change(*database);
+    WriteBytes(File(), SmallCatalog());
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(ReadBytes(File()), HasSubstr("Changed"));
+}
+
+TEST_F(SavingOverSource, AFileWhoseOneCellOthersChanged_IsOverwrittenOnceEveryTableIsRead) {
+    WriteBytes(File(), SmallCatalog());
+    const auto database = Open(File(), Reading::Sequential);
+    database->LoadTables();
+    Change(*database);
+    WriteBytes(File(), WithReplaced(SmallCatalog(), "2.5", "7.5"));
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_F(SavingOverSource, TablesThatWereNotReached_AreReadFromTheFileByItsNewName) {
+    const std::string xml =
+        WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n");
+    WriteBytes(File(), xml);
+    const auto database = Open(File(), Reading::Sequential);
+    Change(*database);
+    EXPECT_EQ(database->GetTableData("Beta")->size(), 0U);
+    std::filesystem::rename(File(), m_folder / "moved.xml");
+    EXPECT_TRUE(database->Save(Path("moved.xml"))) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(m_folder / "moved.xml", Reading::Whole), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_F(SavingOverSource, AFileThatOthersChangedBeforeEveryTableWasRead_IsKept) {
+    WriteBytes(File(), WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n"));
+    const auto database = Open(File(), Reading::Sequential);
+    Change(*database);
+    EXPECT_EQ(database->GetTableData("Beta")->size(), 0U);
+    WriteBytes(File(), "theirs");
+    EXPECT_FALSE(database->Save(Path()));
+    EXPECT_EQ(ReadBytes(File()), "theirs");
+    database->Sync();
+}
+
 TEST_P(SavingOverSource, AnotherLinkToTheFile_IsTheFile) {
     const auto database = OpenXml("damaged");
     Change(*database);
@@ -295,6 +418,67 @@ TEST_F(SavingOverSource, ATableThatWasReplacedBeforeItWasReached_KeepsTheNewRows
     again->CopyTableFrom(std::pair<CString, DBACCESS_VECTOR>("Beta", records));
     ASSERT_TRUE(again->Save(Path())) << again->LastSaveError();
     EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), ElementsAre("7.5"));
+}
+
+// Rows that a program deleted do not come back from the file.
+TEST_P(SavingOverSource, ATableThatWasClearedBeforeItWasReached_IsSavedEmpty) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyStructure += TableXml("Delta", FieldXml("n", LongType));
+    parts.m_bodyData += TableXml("Delta", "<row n=\"3\" />\n");
+    const std::string plain = parts.Xml();
+    const std::string commented = WithInserted(plain, "<table name=\"Beta\">\n<row", "<!-- a comment -->\n");
+    for (const std::string& xml : {plain, commented}) {
+        for (const bool isAskedForFirst : {false, true}) {
+            for (const bool hasFields : {false, true}) {
+                {
+                    const auto database = OpenXml(xml);
+                    if (isAskedForFirst) {
+                        database->GetTableData("Delta");
+                    }
+                    database->ClearTable("Delta");
+                    if (hasFields) {
+                        database->GetTableDescr("Delta")->CreateField("n", false, DbFieldDescr::Long);
+                    }
+                }
+                const auto saved = Open(File(), Reading::Whole);
+                EXPECT_THAT(RowsOf(*saved, "Delta"), IsEmpty()) << isAskedForFirst << hasFields << xml;
+                EXPECT_THAT(RowsOf(*saved, "Beta"), ElementsAre("2.5"));
+            }
+        }
+    }
+}
+
+TEST_P(SavingOverSource, AMalformedStructure_IsKeptUntilAProgramDeletesIt) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyStructure = WithReplaced(parts.m_bodyStructure, FieldXml("count", LongType),
+                                         "text" + FieldXml("count", LongType));
+    for (const bool isDeleted : {false, true}) {
+        const auto database = OpenXml(parts.Xml());
+        database->GetTableData("Alpha")->Clear();
+        EXPECT_FALSE(database->Save(Path())) << "the rows are deleted, the fields are not";
+        EXPECT_THAT(database->LastSaveError().ToUtf8(), HasSubstr("'Alpha' has a malformed structure"));
+        isDeleted ? database->DeleteTable("Alpha") : database->ClearTable("Alpha");
+        EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    }
+}
+
+TEST_P(SavingOverSource, RowsThatWereClearedBeforeTheyWereReached_StayDeleted) {
+    const auto database =
+        OpenXml(WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- a comment -->\n"));
+    database->GetTableInfo("Beta")->GetData()->Clear();
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
+    EXPECT_THAT(RowsOf(*Open(File(), Reading::Whole), "Beta"), IsEmpty());
+    EXPECT_THAT(FieldNames(*Open(File(), Reading::Whole), "Beta"), ElementsAre("size"));
+}
+
+TEST_P(SavingOverSource, AClearedTable_TakesItsMalformedRowsWithIt) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData =
+        TableXml("Alpha", "text") + TableXml("Beta", "<row size=\"2.5\" />\n") + TableXml("Gamma", "");
+    const auto database = OpenXml(parts.Xml());
+    database->GetTableData("Alpha")->size();
+    database->ClearTable("Alpha");
+    EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
 }
 
 TEST_F(SavingOverSource, ASequentialModelOfWhichOneTableWasReadAndChanged_IsSavedWhole) {
@@ -400,6 +584,63 @@ TEST_P(SavingOverSource, LoadWhole_TellsWhetherTheDatabaseHoldsAllOfTheFile) {
     EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Ghost' has rows but no structure"));
 }
 
+TEST_F(SavingOverSource, LoadWhole_AfterAFaultThatWentAway_IsTrue) {
+    WriteBytes(File(), WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- c -->"));
+    const auto database = Open(File(), Reading::Sequential);
+    database->LoadTables();
+    std::filesystem::rename(File(), m_folder / "aside.xml");
+    EXPECT_FALSE(database->LoadWhole());
+    std::filesystem::rename(m_folder / "aside.xml", File());
+    EXPECT_TRUE(database->LoadWhole()) << database->LastReadError();
+}
+
+TEST_F(SavingOverSource, LoadWhole_OfAStructureWithoutRows_IsTrue) {
+    CatalogParts parts = SmallParts();
+    parts.m_bodyData = TableXml("Alpha", "");
+    WriteBytes(File(), parts.Xml());
+    for (const Reading reading : {Reading::Whole, Reading::Sequential}) {
+        const auto database = Open(File(), reading);
+        EXPECT_TRUE(database->LoadWhole()) << database->LastReadError();
+        EXPECT_EQ(database->LastReadError(), CString());
+    }
+}
+
+TEST_F(SavingOverSource, LastReadError_NamesTheTablesThatWereNotReached) {
+    WriteBytes(File(), WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- c -->"));
+    const auto database = Open(File(), Reading::Sequential);
+    EXPECT_EQ(database->GetTableData("Alpha")->size(), 2U);
+    EXPECT_EQ(database->LastReadError(), CString()) << "Beta may still be reached";
+    EXPECT_EQ(database->GetTableData("Beta")->size(), 0U);
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Beta', 'Gamma'"));
+    EXPECT_TRUE(database->Save(Path("copy.xml")));
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Beta', 'Gamma'"));
+    EXPECT_TRUE(database->LoadWhole());
+    EXPECT_EQ(database->LastReadError(), CString());
+    EXPECT_TRUE(database->Save(Path("copy.xml")));
+    EXPECT_THAT(RowsOf(*Open(m_folder / "copy.xml", Reading::Whole), "Beta"), ElementsAre("2.5"));
+}
+
+TEST_F(SavingOverSource, LastReadError_AfterLoadTables_NamesTheTablesThatWereNotReached) {
+    WriteBytes(File(), WithInserted(SmallCatalog(), "<table name=\"Beta\">\n<row", "<!-- c -->"));
+    const auto database = Open(File(), Reading::Sequential);
+    database->LoadTables();
+    EXPECT_THAT(database->LastReadError().ToUtf8(), HasSubstr("'Beta', 'Gamma'"));
+    database->DeleteTable("Gamma");
+    EXPECT_THAT(database->LastReadError().ToUtf8(), testing::EndsWith("'Beta'"));
+    database->Sync();
+}
+
+TEST_F(SavingOverSource, LastReadError_OfManyTables_StaysOneShortLine) {
+    CatalogParts parts;
+    for (int i = 0; i < 100; ++i) {
+        parts.m_bodyStructure += TableXml("Table" + std::to_string(i), FieldXml("n", LongType));
+    }
+    WriteBytes(File(), parts.Xml());
+    const auto database = Open(File(), Reading::Sequential);
+    database->LoadTables();
+    EXPECT_THAT(database->LastReadError().ToUtf8(), testing::EndsWith("'Table7' and 92 more"));
+}
+
 TEST_P(SavingOverSource, LastReadError_SaysWhatAndWhere) {
     const auto database = OpenXml(WithReplaced(SmallCatalog(), "</structure>", "</structures>"));
     database->LoadTables();
@@ -441,8 +682,21 @@ TEST_P(SavingOverSource, LogLimit_KeepsTheLatestLines) {
         database->CreateTable(CString(name), DbTableInfo::Table);
     }
     EXPECT_TRUE(LogHolds(*database, "'d'"));
+    database->Sync();
+}
+
+TEST_P(SavingOverSource, ClearLog_EmptiesTheLogAndNothingElse) {
+    const auto database = OpenXml(SmallCatalog());
+    EXPECT_FALSE(database->Save(Path("none/there.xml")));
+    ASSERT_NE(database->GetErrorLog(), CString());
+    const CString why = database->LastSaveError();
     database->ClearLog();
     EXPECT_EQ(database->GetErrorLog(), CString());
+    EXPECT_THAT(TakeLog(*database), IsEmpty());
+    EXPECT_EQ(database->LastSaveError(), why);
+    database->ClearLog();
+    database->CreateTable("Next", DbTableInfo::Table);
+    EXPECT_THAT(TakeLog(*database), ElementsAre(HasSubstr("'Next' created")));
     database->Sync();
 }
 

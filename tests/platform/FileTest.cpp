@@ -16,6 +16,7 @@ namespace {
 using platform::AtomicFile;
 using platform::CanWriteFile;
 using platform::FileIdentity;
+using platform::FilePlace;
 using platform::ReadableFile;
 using platform::ReadWholeFile;
 
@@ -199,6 +200,32 @@ TEST_F(File, Identity_OfOneFile_IsTheSameByEveryPath) {
     EXPECT_EQ(FileIdentity::Of("text"), identity);
     std::filesystem::rename(m_folder / "text", m_folder / "renamed");
     EXPECT_EQ(FileIdentity::Of("renamed"), identity);
+}
+
+TEST_F(File, Place_IsTheSameByEveryPathWhetherAFileIsThereOrNot) {
+    const auto place = FilePlace::Of(Missing("text"));
+    ASSERT_TRUE(place.has_value());
+    std::filesystem::create_directory(m_folder / "below");
+    const auto expectSame = [&] {
+        EXPECT_EQ(FilePlace::Of(Missing("./text")), place);
+        EXPECT_EQ(FilePlace::Of(Missing("below/../text")), place);
+        const CurrentFolder current(m_folder.Path());
+        EXPECT_EQ(FilePlace::Of("text"), place);
+        EXPECT_EQ(FilePlace::Of("./text"), place);
+        EXPECT_NE(FilePlace::Of("other"), place);
+        EXPECT_NE(FilePlace::Of("below/text"), place);
+    };
+    expectSame();
+    Existing("text", "contents");
+    expectSame();
+    std::filesystem::remove(m_folder / "text");
+    expectSame();
+}
+
+TEST_F(File, Place_WithoutAFolder_IsNone) {
+    EXPECT_EQ(FilePlace::Of(Missing("none/text")), std::nullopt);
+    EXPECT_EQ(FilePlace::Of(""), std::nullopt);
+    EXPECT_EQ(FilePlace::Of(Missing("text") + std::string("\0more", 5)), std::nullopt);
 }
 
 TEST_F(File, Identity_OfTwoFiles_IsNotTheSame) {

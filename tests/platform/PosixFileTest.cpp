@@ -380,6 +380,18 @@ TEST_F(PosixFile, Identity_Links_LeadToTheirTarget) {
     EXPECT_EQ(platform::FileIdentity::Of(At("dangling")), std::nullopt);
 }
 
+TEST_F(PosixFile, Place_OfALink_IsThatOfItsTarget) {
+    fs::create_symlink("text", m_folder / "link");
+    const auto place = platform::FilePlace::Of(At("text"));
+    EXPECT_NE(place, std::nullopt);
+    EXPECT_EQ(platform::FilePlace::Of(At("link")), place) << "a target that is not there";
+    WriteBytes(m_folder / "text", "contents");
+    EXPECT_EQ(platform::FilePlace::Of(At("link")), place);
+    fs::create_hard_link(m_folder / "text", m_folder / "other name");
+    EXPECT_NE(platform::FilePlace::Of(At("other name")), place) << "a second name is another place";
+    EXPECT_NE(platform::FilePlace::Of(At("TEXT")), place);
+}
+
 TEST_F(PosixFile, Read_Error_IsToldFromTheEnd) {
     // Nothing is mapped at the beginning of a process's memory.
     const auto file = ReadableFile::Open("/proc/self/mem");

@@ -322,6 +322,14 @@ TEST_F(WindowsFile, Identity_FileThatSomebodyKeepsForHimself_IsKnown) {
     EXPECT_EQ(FileIdentity::Of(At("TEXT")), identity);
 }
 
+TEST_F(WindowsFile, Place_NamesThatDifferInCase_AreOne) {
+    const auto place = platform::FilePlace::Of(At("text"));
+    ASSERT_NE(place, std::nullopt);
+    EXPECT_EQ(platform::FilePlace::Of(At("TEXT")), place);
+    EXPECT_EQ(platform::FilePlace::Of(At("none")), platform::FilePlace::Of(At("NONE")));
+    EXPECT_NE(platform::FilePlace::Of(At("none")), place);
+}
+
 TEST_F(WindowsFile, Read_Error_IsToldFromTheEnd) {
     const std::string path = "\\\\.\\pipe\\quillet-test-" + std::to_string(GetCurrentProcessId());
     const HANDLE server =

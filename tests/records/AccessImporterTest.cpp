@@ -174,6 +174,22 @@ TEST(CopyTableFrom, WithRows_ReportsNothing) {
     EXPECT_THAT(ReportOf(database), IsEmpty());
 }
 
+TEST(ImportReport, HoldsTheLinesOfAllCopiesInTheirOrderAsLongAsTheDatabaseLives) {
+    DbDatabase database;
+    const DbDatabase& fixed = database;
+    EXPECT_THAT(fixed.ImportReport(), IsEmpty());
+    database.CopyTableFrom(TableWithoutRows("Second", "a"));
+    database.CopyTableFrom(TextTable("Rows", "a", {"x"}));
+    database.CopyFrom(All({TableWithoutRows("First", "a")}));
+    const std::vector<CString>& report = fixed.ImportReport();
+    EXPECT_THAT(report,
+                ElementsAre(CString("table 'Second' found in ''"), CString("table 'First' found in ''")));
+    database.ClearLog();
+    database.DeleteTable("First");
+    EXPECT_EQ(fixed.ImportReport().size(), 2U) << "it is no part of the log, and tables come and go";
+    EXPECT_EQ(&fixed.ImportReport(), &report);
+}
+
 TEST(CopyTableFrom, RecordsThatJoinedATableWithoutRows_AreRows) {
     DbDatabase database;
     Table table = TextTable("T", "a", {"one", "two"});

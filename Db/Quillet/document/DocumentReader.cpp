@@ -268,7 +268,7 @@ std::size_t DocumentReader::ReadStructure(const xml::Node& structure) {
         if (info == nullptr) {
             m_omissions.Note("Table '" + name + "' stands twice in the structure");
         } else if (!info->GetDescr()->Load(face.Show(table))) {
-            Omit("Table '" + name + "' has a malformed structure", info->GetData());
+            Omit("Table '" + name + "' has a malformed structure", info->GetDescr());
         }
     }
     return tables;
@@ -299,9 +299,9 @@ void DocumentReader::OmitRows(const CString& name) {
              : "Table '" + name + "' has rows in two places of the file, the later ones are left out");
 }
 
-void DocumentReader::Omit(const CString& line, const DbTableData* table) {
+void DocumentReader::Omit(const CString& line, const DbItem* part) {
     m_log.Add(line);
-    m_omissions.Note(line, table);
+    m_omissions.Note(line, part);
 }
 
 void DocumentReader::LogUnreadable(const CString& path, const xml::Document& document) {

@@ -10,6 +10,7 @@
 #include "Quillet/base/CString.h"
 #include "Quillet/xml/Node.h"
 
+class DbItem;
 class DbTableData;
 
 namespace quillet {
@@ -92,7 +93,7 @@ private:
                         Unread& unread);
     void NoteEntities(const xml::Document& document);
     void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
-    void Omit(const CString& line, const DbTableData* table = nullptr);
+    void Omit(const CString& line, const DbItem* part = nullptr);
     void LogUnreadable(const CString& path, const xml::Document& document);
 
     Registry& m_registry;

@@ -26,6 +26,7 @@ constexpr const char* BodyTablePath = "\\database\\body\\data\\table";
 }  // namespace
 
 void LazyReader::Reset() {
+    m_error.Clear();
     m_pending = true;
     m_unread.clear();
     m_handedOut.clear();
@@ -51,9 +52,9 @@ void LazyReader::ReadStructure() {
     try {
         Read();
     } catch (...) {
-        m_error.SetToCurrentException();
         m_registry.Clear();
         Reset();
+        m_error.SetToCurrentException();
         m_source.Rewind(wasEof);
         m_log.BackTo(lines);
         throw;
@@ -244,13 +245,16 @@ void LazyReader::ParseRows(const DbTableData& data, const CString& xml) {
 }
 
 void LazyReader::Forget(const DbTableData* data) {
-    Reach(data);
     const auto table = FindUnread(data);
     if (table != m_unread.end()) {
         m_unread.erase(table);
     }
     m_handedOut.erase(data);
     m_omissions.Forget(data);
+}
+
+void LazyReader::ForgetStructure(const DbTableDescr* descr) {
+    m_omissions.Forget(descr);
 }
 
 CString LazyReader::ReadRest(const CString& path) {
@@ -270,7 +274,7 @@ CString LazyReader::FindMissing(const CString& path) {
     if (!m_omissions.IsEmpty() || !m_scanned) {
         return IsSourceFile(path) ? m_omissions.First() : CString();
     }
-    if (!m_source.IsAsScanned()) {
+    if (!IsWhatWasScanned(path)) {
         // What others have made of the file since says nothing about what was read from it.
         return m_unread.empty() ? CString() : "it was changed or moved before every table was read";
     }
@@ -280,8 +284,25 @@ CString LazyReader::FindMissing(const CString& path) {
     const bool isUnparsed = std::any_of(m_unread.begin(), m_unread.end(), [](const UnreadTable& table) {
         return table.m_data->IsInitialized();
     });
+    if (found.IsEmpty() && !isUnparsed) {
+        m_unread.clear();
+        m_scanned.reset();
+        m_error.Clear();
+    }
     // A table whose text is still no rows can't be saved, which says more.
     return isUnparsed && !m_error.IsOutOfMemory() ? m_omissions.First() : found.First();
+}
+
+// Unread tables can be taken only from the very file, unchanged. To see that it holds nothing else, any file
+// of its length is looked at: another time or another name says nothing about what stands in it.
+bool LazyReader::IsWhatWasScanned(const CString& path) const {
+    const auto file = platform::ReadableFile::Open(path.ToUtf8());
+    const std::optional<platform::FileStamp> now = file ? file->Stamp() : std::nullopt;
+    const platform::FileStamp* const then = m_source.ScannedStamp();
+    if (now && then != nullptr) {
+        return m_unread.empty() ? now->m_size == then->m_size : *now == *then;
+    }
+    return m_unread.empty() && IsSourceFile(path);
 }
 
 // Tables whose text was cut out of the file and is no rows are unread again.
@@ -304,12 +325,19 @@ bool LazyReader::IsSourceFile(const CString& path) const {
 }
 
 bool LazyReader::IsOwnFile(const CString& path) const {
-    return path == m_source.GetFile() || IsSourceFile(path);
+    if (path == m_source.GetFile() || IsSourceFile(path)) {
+        return true;
+    }
+    const auto place = platform::FilePlace::Of(path.ToUtf8());
+    return place && place == platform::FilePlace::Of(m_source.GetFile().ToUtf8());
 }
 
 void LazyReader::MarkWritten() noexcept {
     m_scanned.reset();
     m_unread.clear();
+    m_handedOut.clear();
+    m_omissions.Clear();
+    m_error.Clear();
     m_identity.reset();
     try {
         m_identity = platform::FileIdentity::Of(m_source.GetFile().ToUtf8());
@@ -319,7 +347,29 @@ void LazyReader::MarkWritten() noexcept {
 }
 
 CString LazyReader::LastReadError() const {
-    return m_error.IsSet() ? m_error.Text() : m_omissions.First();
+    if (m_error.IsSet()) {
+        return m_error.Text();
+    }
+    return m_omissions.IsEmpty() ? Unreached() : m_omissions.First();
+}
+
+// Which tables sequential reading has not brought and won't bring any more, in one line.
+CString LazyReader::Unreached() const {
+    constexpr std::size_t MostNames = 8;
+    std::string names;
+    std::size_t count = 0;
+    for (const UnreadTable& table : m_unread) {
+        if (m_source.IsEof() && !table.m_data->IsInitialized() && ++count <= MostNames) {
+            names += (names.empty() ? "'" : ", '") + table.m_name.ToUtf8() + "'";
+        }
+    }
+    if (count == 0) {
+        return {};
+    }
+    const std::string why = m_source.ReadFailure().ToUtf8();
+    const std::string more = count > MostNames ? " and " + std::to_string(count - MostNames) + " more" : "";
+    return CString(why + (why.empty() ? "" : ": ") + "sequential reading did not reach the rows of " + names +
+                   more);
 }
 
 Unread::iterator LazyReader::FindUnread(const DbTableData* data) {

@@ -50,15 +50,19 @@ public:
     // Reads the rows in the text of a <table> element that the table kept. Throws as
     // DbDatabase::ParseXmlTableData.
     void ParseRows(const DbTableData& data, const CString& xml);
-    // The table is about to be deleted: its rows are no more waited for.
+    // Reads tables until the given one has its rows, or the file has no more of them.
+    void Reach(const DbTableData* data);
+    // A program deletes what stands in the table, which was reached: its rows are no more waited for.
     void Forget(const DbTableData* data);
+    // A program deletes the fields of a table, or all of it.
+    void ForgetStructure(const DbTableDescr* descr);
 
     // Before the file of a path is replaced: where it is the one that was read, every table that still lacks
     // its rows gets them. What would be lost all the same, in one line; empty for nothing.
     CString ReadRest(const CString& path);
     // Whether the path leads to the file of the source, the one that was read or the one that is there now.
     bool IsOwnFile(const CString& path) const;
-    // The file of the source is now what the model is.
+    // The file of the source is now what the model is: nothing of it is missing.
     void MarkWritten() noexcept;
 
     // Why the last reading did not bring everything; not set after one that did.
@@ -70,11 +74,12 @@ private:
     void Read();
     void ReadSequentially();
     DbTableData* CutNextTable();
-    void Reach(const DbTableData* data);
     void CheckEnd();
     void LogEnd();
     bool IsSourceFile(const CString& path) const;
     CString FindMissing(const CString& path);
+    bool IsWhatWasScanned(const CString& path) const;
+    CString Unreached() const;
     void TakeBackUnparsed();
     Unread::iterator FindUnread(const DbTableData* data);
     bool IsUnread(const DbTableData* data);

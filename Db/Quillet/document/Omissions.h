@@ -8,7 +8,7 @@
 
 #include "Quillet/base/CString.h"
 
-class DbTableData;
+class DbItem;
 
 namespace quillet {
 
@@ -16,14 +16,13 @@ namespace quillet {
 // in the number of omissions, of which a sound file has none.
 class Omissions {
 public:
-    // One line of text; table, where one is given, is the one that lacks something.
-    void Note(CString what, const DbTableData* table = nullptr) {
-        m_list.emplace_back(table, std::move(what));
-    }
-    // A program deletes the table, and what it lacks with it.
-    void Forget(const DbTableData* table) {
+    // One line of text; part, where one is given, is the structure or the rows of a table that lack
+    // something.
+    void Note(CString what, const DbItem* part = nullptr) { m_list.emplace_back(part, std::move(what)); }
+    // A program deletes what stands in the part, and what it lacks with it.
+    void Forget(const DbItem* part) {
         m_list.erase(std::remove_if(m_list.begin(), m_list.end(),
-                                    [&](const auto& omission) { return omission.first == table; }),
+                                    [&](const auto& omission) { return omission.first == part; }),
                      m_list.end());
     }
     void Clear() { m_list.clear(); }
@@ -38,7 +37,7 @@ public:
     CString First() const { return m_list.empty() ? CString() : m_list.front().second; }
 
 private:
-    std::vector<std::pair<const DbTableData*, CString>> m_list;
+    std::vector<std::pair<const DbItem*, CString>> m_list;
 };
 
 }  // namespace quillet

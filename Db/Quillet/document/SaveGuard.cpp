@@ -2,11 +2,12 @@
 
 namespace quillet {
 
-SaveGuard::SaveGuard(const std::string& path) : m_path(path), m_seen(platform::FileVersion::Of(path)) {
+SaveGuard::SaveGuard(const std::string& path)
+    : m_path(path), m_place(platform::FilePlace::Of(path)), m_seen(platform::FileVersion::Of(path)) {
 }
 
 platform::FileVersion* SaveGuard::For(const std::string& path) {
-    if (path == m_path) {
+    if (path == m_path || (m_place && m_place == platform::FilePlace::Of(path))) {
         return &m_seen;
     }
     const auto identity = platform::FileIdentity::Of(path);

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quillet::platform {
 
@@ -30,6 +31,22 @@ public:
 private:
     std::uint64_t m_device;
     std::array<std::uint64_t, 2> m_number;
+};
+
+// Where a path leads, links followed, whether or not a file stands there by now: equal for one name in one
+// folder, as the system tells names apart.
+class QUILLET_API FilePlace {
+public:
+    // Nothing where the folder is none.
+    static std::optional<FilePlace> Of(const std::string& path);
+
+    FilePlace(const FileIdentity& folder, std::string name) : m_folder(folder), m_name(std::move(name)) {}
+
+    bool operator==(const FilePlace&) const = default;
+
+private:
+    FileIdentity m_folder;
+    std::string m_name;
 };
 
 // What tells a file from what it is after a change, as far as the system keeps it.

@@ -81,6 +81,18 @@ bool Upcalls::ParseRows(DbItem* item, const DbTableData& data, const CString& xm
     return database != nullptr;
 }
 
+void Upcalls::RowsWillGo(DbItem* item, const DbTableData& data) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        database->m_reader->Reach(&data);
+    }
+}
+
+void Upcalls::RowsAreGone(DbItem* item, const DbTableData& data) {
+    if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
+        database->m_reader->Forget(&data);
+    }
+}
+
 CString Upcalls::TableName(DbItem* item, const DbTableData& data) {
     auto* const database = dynamic_cast<DbDatabase*>(item);
     const DbTableInfo* const info = database == nullptr ? nullptr : database->m_registry->Find(&data);

@@ -44,6 +44,11 @@ public:
     // DbDatabase::ParseXmlTableData. False where there is no database to read them.
     static bool ParseRows(DbItem* database, const DbTableData& data, const CString& xml);
 
+    // All rows of the data are about to go, and afterwards: they are gone, also those that still stand in the
+    // file.
+    static void RowsWillGo(DbItem* database, const DbTableData& data);
+    static void RowsAreGone(DbItem* database, const DbTableData& data);
+
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);
 

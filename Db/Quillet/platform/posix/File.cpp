@@ -348,6 +348,15 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
     return IdentityOf(status);
 }
 
+std::optional<FilePlace> FilePlace::Of(const std::string& path) {
+    Location location;
+    struct stat folder {};
+    if (Locate(path, location) != 0 || ::fstat(location.folder.Get(), &folder) == -1) {
+        return std::nullopt;
+    }
+    return FilePlace(IdentityOf(folder), location.name);
+}
+
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
 

@@ -417,6 +417,29 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
     return stamp ? std::optional(stamp->m_identity) : std::nullopt;
 }
 
+std::optional<FilePlace> FilePlace::Of(const std::string& path) {
+    WideString wide;
+    if (ToSystemPath(path, wide) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    {
+        const Handle file(CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, ShareEverything, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        WideString final = file.IsOpen() ? FinalPath(file) : WideString();
+        if (!final.empty() && !IsAside(NameOf(final))) {
+            wide = std::move(final);
+        }
+    }
+    const Handle folder(CreateFileW(FolderOf(wide).c_str(), FILE_READ_ATTRIBUTES, ShareEverything, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const std::optional<FileStamp> stamp = folder.IsOpen() ? StampOf(folder) : std::nullopt;
+    if (!stamp) {
+        return std::nullopt;
+    }
+    FoldCase(wide);
+    return FilePlace(stamp->m_identity, NameOf(wide));
+}
+
 ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
 
