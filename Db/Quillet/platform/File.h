@@ -35,7 +35,7 @@ private:
 
 // Where a path leads, links followed, whether or not a file stands there by now: equal for one name in one
 // folder, as the system tells names apart.
-class QUILLET_API FilePlace {
+class FilePlace {
 public:
     // Nothing where the folder is none.
     static std::optional<FilePlace> Of(const std::string& path);

@@ -224,21 +224,25 @@ TEST_F(Check, Check_WhatAFieldHoldsBesideItsAttributes_IsNamed) {
 
 // Nothing is missing from such a file, and nothing that is said of it is untrue.
 TEST_F(Check, Check_SoundFileThatSequentialReadingCannotFollow_HasOneFault) {
-    const std::string why =
-        ": no catalog that can be read sequentially: its header or its body is not found, or not all of it; "
-        "try it without --sequential\n";
-    for (const std::string place : {"<header>", "<body>", "<table name=\"Steel\">\n<row", "</database>"}) {
-        const std::string file = WriteChanged("remark.xml", place, "<!-- c -->" + place);
+    const std::string hint = "; try it without --sequential\n";
+    const std::string incomplete =
+        ": no catalog that can be read sequentially: its header or its body is not found, or not all of it" +
+        hint;
+    const std::string unreached = ": sequential reading did not reach the rows of ";
+    for (const auto& [place, why] :
+         {std::pair("<header>", incomplete), std::pair("<body>", incomplete),
+          std::pair("<table name=\"Steel\">\n<row",
+                    unreached + "'Steel', 'Concrete', 'Timber', 'Bolts', 'Bolt classes'" + hint)}) {
+        const std::string file = WriteChanged("remark.xml", place, std::string("<!-- c -->") + place);
         EXPECT_EQ(Output({"check", file}), file + ": ok\n") << place;
-        if (place == "</database>") {
-            EXPECT_EQ(Output({"check", file, "--sequential"}), file + ": ok\n") << "after all that is read";
-        } else {
-            EXPECT_EQ(Findings("remark.xml", {"--sequential"}), file + why) << place;
-        }
+        EXPECT_EQ(Findings("remark.xml", {"--sequential"}), file + why) << place;
     }
+    const std::string sound = WriteChanged("remark.xml", "</database>", "<!-- c --></database>");
+    EXPECT_EQ(Output({"check", sound, "--sequential"}), sound + ": ok\n") << "after all that is read";
     const std::string comment = "<table name=\"Bolt classes\">\n<row";
     const std::string file = WriteChanged("remark.xml", comment, "<!-- c -->" + comment);
-    EXPECT_EQ(Findings("remark.xml", {"--sequential"}), file + why) << "the last table is not reached";
+    const std::string why = unreached + "'Bolt classes'" + hint;
+    EXPECT_EQ(Findings("remark.xml", {"--sequential"}), file + why);
     std::string text = Read("remark.xml");
     text.replace(text.find(R"(d="10")"), 6, R"(d="thick")");
     Write("remark.xml", text);
