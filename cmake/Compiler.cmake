@@ -1,3 +1,9 @@
+# quillet_join_sources(target): compiles many of its files as one, where that is asked for. Each file still has to be
+# complete: other builds compile it alone.
+function(quillet_join_sources target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUILLET_JOIN_SOURCES} UNITY_BUILD_BATCH_SIZE 12)
+endfunction()
+
 # What every target of the project is compiled with.
 add_library(quillet_options INTERFACE)
 target_compile_features(quillet_options INTERFACE cxx_std_20)

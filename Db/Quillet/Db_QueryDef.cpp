@@ -8,7 +8,6 @@ using quillet::CString;
 namespace {
 
 // What a report names: the same in every version, so that it can be searched for.
-constexpr const char* Module = "Db/Quillet/Db_QueryDef";
 constexpr int InvalidQueryLine = 55;
 
 }  // namespace
@@ -41,7 +40,7 @@ void DbQueryDef::Create(CString name, CString sql) {
     if (database == nullptr || !database->VerifySQL(m_sql)) {
         CString message;
         message.Format("Invalid '%s' query", m_sql.ToUtf8().c_str());
-        throw new DbException(Module, InvalidQueryLine, message);
+        throw new DbException("Db/Quillet/Db_QueryDef", InvalidQueryLine, message);
     }
 }
 

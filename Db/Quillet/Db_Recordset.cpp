@@ -27,7 +27,6 @@ namespace {
 constexpr uint64 LastModifiedBookmark = 0;
 
 // What a report names: the same in every version, so that it can be searched for.
-constexpr const char* Module = "Db/Quillet/Db_Recordset";
 enum ReportLine {
     NoTableDefLine = 334,
     NoQueryDefLine = 352,
@@ -46,7 +45,7 @@ enum ReportLine {
 };
 
 [[noreturn]] void Throw(ReportLine line, const CString& message) {
-    throw new DbException(Module, line, message);
+    throw new DbException("Db/Quillet/Db_Recordset", line, message);
 }
 
 // A value as it stands in an export.

@@ -10,7 +10,6 @@ using quillet::CString;
 namespace {
 
 // What a report names: the same in every version, so that it can be searched for.
-constexpr const char* Module = "Db/Quillet/Db_TableDef";
 constexpr int NotOpenLine = 178;
 
 }  // namespace
@@ -137,7 +136,8 @@ uint64 DbTableDef::GetFieldCount() const {
 
 long DbTableDef::GetRecordCount() const {
     if (Data() == nullptr) {
-        throw new DbException(Module, NotOpenLine, "Did you forgot to call DbTableDef::Open() first ?");
+        throw new DbException("Db/Quillet/Db_TableDef", NotOpenLine,
+                              "Did you forgot to call DbTableDef::Open() first ?");
     }
     return static_cast<long>(Data()->size());
 }

@@ -12,13 +12,9 @@ namespace {
 // Its length is handed over as a short number.
 constexpr std::size_t LongestConnectString = 32767;
 
-// A number goes where the interface takes a pointer.
-SQLPOINTER Number(SQLULEN value) {
-    return reinterpret_cast<SQLPOINTER>(value);
-}
-
 void Set(const Handle& connection, SQLINTEGER attribute, SQLULEN value) {
-    Check(SQLSetConnectAttrW(connection.Get(), attribute, Number(value), SQL_IS_UINTEGER), connection);
+    Check(SQLSetConnectAttrW(connection.Get(), attribute, NumberAttribute(value), SQL_IS_UINTEGER),
+          connection);
 }
 
 bool HasFunction(const Handle& connection, SQLUSMALLINT function) {
@@ -36,7 +32,7 @@ struct Connection::Handles {
 
     Handles(const std::string& connectString, unsigned long options)
         : m_environment(SQL_HANDLE_ENV, Handle()) {
-        Check(SQLSetEnvAttr(m_environment.Get(), SQL_ATTR_ODBC_VERSION, Number(SQL_OV_ODBC3), 0),
+        Check(SQLSetEnvAttr(m_environment.Get(), SQL_ATTR_ODBC_VERSION, NumberAttribute(SQL_OV_ODBC3), 0),
               m_environment);
         m_connection = Handle(SQL_HANDLE_DBC, m_environment);
         if ((options & ReadOnly) != 0) {

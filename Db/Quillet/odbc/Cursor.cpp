@@ -15,10 +15,6 @@
 namespace quillet::odbc {
 namespace {
 
-SQLPOINTER Number(SQLULEN value) {
-    return reinterpret_cast<SQLPOINTER>(value);
-}
-
 // What a driver made of an attribute; the weakest where it does not say.
 SQLULEN Attribute(const Handle& statement, SQLINTEGER attribute, SQLULEN weakest) {
     SQLULEN value = weakest;
@@ -117,10 +113,11 @@ const Handle* Cursor::OpenStatement(unsigned int options) {
     const Handle& statement = m_state->m_statement;
     const bool isUpdatable = (options & ReadOnly) == 0 && !m_connection->IsReadOnly();
     // A driver without keysets takes another cursor and says so, or keeps to going forward.
-    SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CURSOR_TYPE, Number(SQL_CURSOR_KEYSET_DRIVEN), SQL_IS_UINTEGER);
+    SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CURSOR_TYPE, NumberAttribute(SQL_CURSOR_KEYSET_DRIVEN),
+                    SQL_IS_UINTEGER);
     if (isUpdatable) {
         const SQLRETURN result = SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CONCURRENCY,
-                                                 Number(SQL_CONCUR_ROWVER), SQL_IS_UINTEGER);
+                                                 NumberAttribute(SQL_CONCUR_ROWVER), SQL_IS_UINTEGER);
         if (result != SQL_SUCCESS) {
             m_state->m_refusal.emplace(LastFailure(statement));
         }

@@ -27,4 +27,9 @@ private:
     SQLHANDLE m_handle = nullptr;
 };
 
+// A number where an attribute takes a pointer.
+inline SQLPOINTER NumberAttribute(SQLULEN value) {
+    return reinterpret_cast<SQLPOINTER>(value);
+}
+
 }  // namespace quillet::odbc

@@ -11,6 +11,9 @@
 
 namespace quillet::tool {
 
+// The exit status of a command that did what it was asked for.
+constexpr int Done = 0;
+
 using KeyValue = std::pair<std::string, std::string>;
 
 struct InfoRequest {

@@ -15,8 +15,6 @@ namespace quillet::tool {
 
 namespace {
 
-constexpr int Done = 0;
-
 // Fields of dates, money and the like come without a type and without values.
 void WarnOfLostValues(Catalog& catalog) {
     DbDatabase& database = catalog.Database();

@@ -13,8 +13,6 @@ namespace quillet::tool {
 
 namespace {
 
-constexpr int Done = 0;
-
 // Sets values of the one row of Header or Properties.
 void SetValues(Catalog& catalog, const std::string& tableName, const std::vector<KeyValue>& values) {
     const Table table = catalog.FindTable(tableName);

@@ -14,8 +14,6 @@ namespace quillet::tool {
 
 namespace {
 
-constexpr int Done = 0;
-
 // The columns of the table after one for the position, whose name no field has.
 std::vector<Column> WithPosition(const std::vector<Column>& columns) {
     std::string name = "position";

@@ -12,8 +12,6 @@ namespace quillet::tool {
 
 namespace {
 
-constexpr int Done = 0;
-
 // One bar goes through both readings of the file. The catalog, which is read between them, shows its own.
 void ReadStructure(const ImportRequest& request, CsvTable& csv) {
     RunningProgress bar(ScreenBesideFiles(), "Importing " + FileName(request.m_source), csv.Work());

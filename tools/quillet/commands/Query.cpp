@@ -14,8 +14,6 @@ namespace quillet::tool {
 
 namespace {
 
-constexpr int Done = 0;
-
 // A query text, taken apart.
 struct Analysis {
     std::vector<std::string> m_tokens;

@@ -12,8 +12,6 @@ namespace quillet::tool {
 
 namespace {
 
-constexpr int Done = 0;
-
 // What info tells, in the order in which it is told.
 struct Overview {
     std::vector<std::pair<std::string, Value>> m_file;
