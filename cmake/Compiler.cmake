@@ -2,6 +2,10 @@
 # complete: other builds compile it alone.
 function(quillet_join_sources target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUILLET_JOIN_SOURCES} UNITY_BUILD_BATCH_SIZE 12)
+  if(QUILLET_JOIN_SOURCES AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # What a file keeps to itself looks as if it stood in a header.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
 endfunction()
 
 # What every target of the project is compiled with.

@@ -1448,7 +1448,8 @@ TEST_P(DbDatabaseReading, Save_MdbEnding_IsFalse) {
 }
 
 TEST_P(DbDatabaseReading, Save_UnderAnyNameAndOverItself_ReadsBackTheSame) {
-    for (const char8_t* name : {u8"Tr\u00E4ger \u0436 \u65E5\u672C \U0001F600.xml", u8"with  blanks.xml"}) {
+    for (const char8_t* name : {u8"Tr\u00E4ger \u0436 \u65E5\u672C \U0001F600.xml", u8"with  blanks.xml",
+                                u8"\uFF80\uFF91\uFFE6.xml", u8"\uFFFD.xml"}) {
         const std::filesystem::path path = m_folder / name;
         const CString text(Utf8(path));
         EXPECT_TRUE(OpenSmall()->Save(text));
@@ -1460,7 +1461,7 @@ TEST_P(DbDatabaseReading, Save_UnderAnyNameAndOverItself_ReadsBackTheSame) {
         EXPECT_EQ(Dump(*Open(path, GetParam())), Dump(*database));
         EXPECT_EQ(Open(path, GetParam())->GetTableData("Beta")->size(), 2U);
     }
-    EXPECT_EQ(m_folder.Names().size(), 3U);
+    EXPECT_EQ(m_folder.Names().size(), 5U);
 }
 
 TEST_P(DbDatabaseReading, Save_OntoALongPathAndOverItself_ReadsBackTheSame) {

@@ -393,10 +393,11 @@ TEST_F(File, Atomic_TargetBecomesAFolder_FailsTheCommitAndLeavesNoTrace) {
 }
 
 TEST_F(File, Names_OfAnyCharacters_Work) {
-    for (const char8_t* name : {u8"Tr\u00E4ger \u00FC.xml", u8"\u0436\u0416.xml", u8"\u65E5\u672C.xml",
-                                u8"\U0001F600.xml", u8"e\u0301", u8"\u200F\u05D0", u8"with  blanks in it.xml",
-                                u8"(a) & [b] %PATH% $HOME 'q' `x` #~^!@=+,;{}.xml", u8".hidden",
-                                u8"no ending", u8"a.b.c.xml", u8"-", u8"...x"}) {
+    for (const char8_t* name :
+         {u8"Tr\u00E4ger \u00FC.xml", u8"\u0436\u0416.xml", u8"\u65E5\u672C.xml", u8"\U0001F600.xml",
+          u8"\uFF80\uFF91\uFFE6.xml", u8"\uFFFD.xml", u8"e\u0301", u8"\u200F\u05D0",
+          u8"with  blanks in it.xml", u8"(a) & [b] %PATH% $HOME 'q' `x` #~^!@=+,;{}.xml", u8".hidden",
+          u8"no ending", u8"a.b.c.xml", u8"-", u8"...x"}) {
         ExpectWorks(Missing(name));
         EXPECT_EQ(ReadBytes(m_folder / name), "second");
         ASSERT_EQ(m_folder.Names().size(), 1U);
