@@ -8,12 +8,11 @@
 
 #include "Failure.h"
 #include "Quillet/base/Utf8.h"
+#include "input/FileKind.h"
 
 namespace quillet::tool {
 
 namespace {
-
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 
 int IsNeverBlank(unsigned char) {
     return 0;
@@ -101,8 +100,8 @@ CsvReader::CsvReader(std::string_view text, std::string name, char delimiter)
       m_size(text.size()),
       m_name(std::move(name)),
       m_parser(std::make_unique<Parser>(delimiter)) {
-    if (m_rest.starts_with(ByteOrderMark)) {
-        m_rest.remove_prefix(ByteOrderMark.size());
+    if (m_rest.starts_with(Utf8Mark)) {
+        m_rest.remove_prefix(Utf8Mark.size());
     }
     CheckEncoding();
 }

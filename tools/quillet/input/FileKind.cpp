@@ -25,8 +25,7 @@ bool IsXml(std::string_view bytes) {
     if (bytes.starts_with("\xFF\xFE<"sv) || bytes.starts_with("\xFE\xFF\0<"sv)) {
         return true;
     }
-    constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-    bytes.remove_prefix(bytes.starts_with(ByteOrderMark) ? ByteOrderMark.size() : 0);
+    bytes.remove_prefix(bytes.starts_with(Utf8Mark) ? Utf8Mark.size() : 0);
     const std::size_t begin = bytes.find_first_not_of(" \t\r\n");
     return begin != std::string_view::npos && bytes[begin] == '<';
 }
