@@ -7,15 +7,13 @@
 #include <filesystem>
 #include <string>
 
-#include "Quillet/base/Utf8.h"
+#include "Quillet/base/CString.h"
 #include "Quillet/platform/Text.h"
 
 namespace quillet::test {
 
 inline platform::WideString WideOf(const std::string& text) {
-    platform::WideString wide;
-    AppendWide(text, wide);
-    return wide;
+    return platform::WideString(CString(text).View());
 }
 
 // Backslashes count as two before a quotation mark, and only there.
