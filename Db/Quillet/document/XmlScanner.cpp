@@ -1,10 +1,8 @@
 #include "Quillet/document/XmlScanner.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <limits>
-#include <string_view>
 #include <utility>
 
 #include "Quillet/xml/Nesting.h"
@@ -28,16 +26,6 @@ bool NarrowPath(const CString& path, std::string& narrow) {
         narrow += static_cast<char>(value & 0xFF);
     }
     return true;
-}
-
-// Whether a stream that begins so is UTF-16 or UTF-32: by its byte-order mark, or by the empty bytes around
-// its first '<'.
-bool IsWideText(std::string_view beginning) {
-    using namespace std::string_view_literals;
-    constexpr std::array Beginnings = {"\xFF\xFE"sv, "\xFE\xFF"sv,     "<\0"sv,
-                                       "\0<"sv,      "\0\0\xFE\xFF"sv, "\0\0\0<"sv};
-    return std::any_of(Beginnings.begin(), Beginnings.end(),
-                       [&](std::string_view bytes) { return beginning.starts_with(bytes); });
 }
 
 }  // namespace
@@ -84,7 +72,7 @@ bool XmlScanner::Extract(const CString& path, std::string& bytes) {
         wanted.clear();
     }
     Cut cut{wanted, bytes, {}};
-    if (isFirst && IsWideText({m_block.data(), m_size})) {
+    if (isFirst && xml::UnitsOf({m_block.data(), m_size}).m_size > 1) {
         Refuse(cut, "it is in UTF-16 or UTF-32, which can only be read as a whole");
     }
     while (!m_eof && !cut.m_done) {

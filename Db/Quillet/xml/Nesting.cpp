@@ -36,26 +36,25 @@ bool PassDocumentType(std::string_view text, std::size_t& position) {
 
 }  // namespace
 
-// By the mark at the beginning, or by the first character, which is that of markup.
-Nesting::Units Nesting::UnitsOf(std::string_view text) {
+TextUnits UnitsOf(std::string_view beginning) {
     using namespace std::string_view_literals;
     for (const std::string_view start : {"\xFF\xFE\0\0"sv, "<\0\0\0"sv}) {
-        if (text.starts_with(start)) {
+        if (beginning.starts_with(start)) {
             return {4, 0};
         }
     }
     for (const std::string_view start : {"\0\0\xFE\xFF"sv, "\0\0\0<"sv}) {
-        if (text.starts_with(start)) {
+        if (beginning.starts_with(start)) {
             return {4, 3};
         }
     }
     for (const std::string_view start : {"\xFF\xFE"sv, "<\0"sv}) {
-        if (text.starts_with(start)) {
+        if (beginning.starts_with(start)) {
             return {2, 0};
         }
     }
     for (const std::string_view start : {"\xFE\xFF"sv, "\0<"sv}) {
-        if (text.starts_with(start)) {
+        if (beginning.starts_with(start)) {
             return {2, 1};
         }
     }

@@ -12,6 +12,17 @@ constexpr int MaxDepth = 256;
 // A document of more elements is refused.
 constexpr std::size_t MaxElements = 100'000'000;
 
+// How the characters of a text are laid out: markup is the same in all encodings but for the zeros.
+struct TextUnits {
+    // The bytes of a character: 1 for every encoding but UTF-16 and UTF-32.
+    std::size_t m_size = 1;
+    // The place of the byte that counts.
+    std::size_t m_place = 0;
+};
+
+// Those of a text that begins so: by its byte-order mark, or by its first character, which is that of markup.
+TextUnits UnitsOf(std::string_view beginning);
+
 // Looks at the markup of a text that grows, so that a file which no document can be made of is given up long
 // before it is read to its end. It does not tell whether the text is well-formed.
 class Nesting {
@@ -27,21 +38,13 @@ public:
     bool HasEntities() const { return m_hasEntities; }
 
 private:
-    // How the characters of a text are laid out: markup is the same in all encodings but for the zeros.
-    struct Units {
-        std::size_t m_size = 1;
-        // The place of the byte that counts.
-        std::size_t m_place = 0;
-    };
-    static Units UnitsOf(std::string_view text);
-
     bool FollowNarrow(std::string_view text);
     bool IsWorthATry(std::size_t size) const;
     bool Pass(std::string_view text, std::size_t& position);
     bool PassStartTag(std::string_view text, std::size_t& position);
 
     std::size_t m_mostElements;
-    Units m_units;
+    TextUnits m_units;
     // Of text of wider units, what was given as one byte a character, and how much of the text that is.
     std::string m_narrow;
     std::size_t m_narrowed = 0;
