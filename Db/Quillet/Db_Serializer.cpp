@@ -45,17 +45,13 @@ auto FindTable(Tables& all, const CString& name) {
 }  // namespace
 
 DbSerializer::StepHandler DbSerializer::SetStepHandler(StepHandler handler) {
-    const bool isSet = static_cast<bool>(handler);
-    StepHandler before = std::exchange(Handler(), std::move(handler));
-    if (isSet) {
-        quillet::ListenerForTables() = [](std::size_t done, std::size_t count, const CString& table,
-                                          bool isWhole) {
+    quillet::ListenerForTables() = [](std::size_t done, std::size_t count, const CString& table,
+                                      bool isWhole) {
+        if (Handler()) {
             Handler()({done, count, table, isWhole});
-        };
-    } else {
-        quillet::ListenerForTables() = nullptr;
-    }
-    return before;
+        }
+    };
+    return std::exchange(Handler(), std::move(handler));
 }
 
 bool DbSerializer::Load(const CString& path, DBACCESS_ALL& all) {
