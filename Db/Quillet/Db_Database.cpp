@@ -136,7 +136,8 @@ void DbDatabase::LogFailedSave(const CString& path) noexcept {
         // The last line says it already where a table failed and nothing came after it.
         const CString why = m_saveError->Text();
         if (EndingOf(path) != Ending::Other && m_log->Last() != why) {
-            m_log->Print("File '%s' could not be written: %s", path.ToUtf8().c_str(), why.ToUtf8().c_str());
+            m_log->Print(quillet::Log::Kind::SaveFault, "File '%s' could not be written: %s",
+                         path.ToUtf8().c_str(), why.ToUtf8().c_str());
         }
     } catch (const std::bad_alloc&) {
         m_saveError->SetToCurrentException();
@@ -176,7 +177,7 @@ bool DbDatabase::Save(IDispatch* document, IDispatch* parent) {
         m_saveError->Set(writer.LastFailure());
     } catch (const quillet::xml::DomError& error) {
         m_saveError->Set(CString("The document could not be made: " + error.m_message));
-        m_log->Add(m_saveError->Text());
+        m_log->Add(quillet::Log::Kind::SaveFault, m_saveError->Text());
     }
     return false;
 }
@@ -408,6 +409,10 @@ void DbDatabase::ParseXmlTableData(const CString& xml) {
 }
 
 void DbDatabase::GetError(std::vector<CString>& out) {
+    m_log->MoveTo(out);
+}
+
+void DbDatabase::GetLogEntries(std::vector<DbLogEntry>& out) {
     m_log->MoveTo(out);
 }
 

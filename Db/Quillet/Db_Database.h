@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "Quillet/Db_LogEntry.h"
 #include "Quillet/Db_QueryAnalysisParams.h"
 #include "Quillet/Db_Source.h"
 #include "Quillet/Db_TableData.h"
@@ -208,6 +209,8 @@ public:
 
     // Appends the lines of the log to out and empties the log.
     void GetError(std::vector<quillet::CString>& out);
+    // The same, with what each line is about.
+    void GetLogEntries(std::vector<DbLogEntry>& out);
     // All lines of the log with "\r\n" between them.
     quillet::CString GetErrorLog();
     // Shows them in a message box.

@@ -403,7 +403,7 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
     CString line;
     line.Format("FindRow '%s' processed in %.4f [s]", where.ToUtf8().c_str(),
                 quillet::platform::CounterSeconds() - start);
-    quillet::Upcalls::Log(Database(), line);
+    quillet::Upcalls::Log(Database(), {DbLogEntry::Kind::QueryReport, line});
     return found;
 }
 

@@ -249,6 +249,14 @@ DbTableRow* DbRows::RowAt(uint64 pos) const {
     return m_storage->m_rows[m_order[pos]];
 }
 
+uint64 DbRows::NumberOf(const DbTableRow& row) const {
+    uint64 number = 1;
+    while (number <= m_order.size() && RowAt(number - 1) != &row) {
+        ++number;
+    }
+    return number <= m_order.size() ? number : 0;
+}
+
 DbTableRow* DbRows::GetRow(int pos) {
     return pos < 0 ? nullptr : RowAt(static_cast<uint64>(pos));
 }
@@ -262,9 +270,9 @@ DbTableRow* DbRows::GetLastRow() {
     return m_order.empty() ? nullptr : RowAt(m_order.size() - 1);
 }
 
-void DbRows::LogToDatabase(const quillet::CString& line) {
+void DbRows::LogToDatabase(const DbLogEntry& entry) {
     if (auto* const data = dynamic_cast<DbTableData*>(LiveParent())) {
-        data->LogToDatabase(line);
+        data->LogToDatabase(entry);
     }
 }
 

@@ -7,6 +7,8 @@
 
 #include "Quillet/Db_TableRow.h"
 
+struct DbLogEntry;
+
 // Rows are seen through an order of storage positions: the visible row i is storage[order[i]]. Bound rows
 // share the storage of the rows that they are bound to; the storage, and the rows in it, live as long as
 // somebody shares it.
@@ -83,7 +85,10 @@ private:
     DbRows* BoundTo() const;
     uint64 AppendRows(uint64 n, bool initValues);
     void RemoveFromOrder(uint64 pos);
-    void LogToDatabase(const quillet::CString& line);
+    void LogToDatabase(const DbLogEntry& entry);
+    // Counted from 1 in the visible order; 0 for a row that is not among these. Looks at one row after
+    // another.
+    uint64 NumberOf(const DbTableRow& row) const;
     void NoteMisfit();
 
     DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }

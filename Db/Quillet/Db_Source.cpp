@@ -123,7 +123,7 @@ void DbSource::SetSequentialAccess(bool on) {
         CString line;
         line.Format("Sequential access was switched %s after the first access to '%s': too late, no effect",
                     on ? "on" : "off", m_path.ToUtf8().c_str());
-        quillet::Upcalls::Log(quillet::Upcalls::AsItem(*owner), line);
+        quillet::Upcalls::Log(quillet::Upcalls::AsItem(*owner), {DbLogEntry::Kind::Refused, line});
     }
 }
 

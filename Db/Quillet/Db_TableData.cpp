@@ -61,7 +61,8 @@ bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
     for (uint64 i = 0; i < m_rows->GetRowsCount(); ++i) {
         DbTableRow* const row = m_rows->GetRow(static_cast<int>(i));
         if (row != nullptr && !row->Save(document, parentElement)) {
-            LogToDatabase("Error on DbTableData::Save(IDispatch* doc, IDispatch* element)");
+            LogToDatabase({DbLogEntry::Kind::SaveTrace,
+                           "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)", TableName()});
             return false;
         }
     }
@@ -104,12 +105,12 @@ bool DbTableData::LoadRows(IDispatch* element) {
             }
         }
         LogMisfits();
+        const CString name = TableName();
         CString line;
-        line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]",
-                    quillet::Upcalls::TableName(LiveParent(), *this).ToUtf8().c_str(),
+        line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]", name.ToUtf8().c_str(),
                     static_cast<int>(count), count == 1 ? "row" : "rows",
                     quillet::platform::CounterSeconds() - start);
-        LogToDatabase(line);
+        LogToDatabase({DbLogEntry::Kind::Report, line, name});
         return true;
     } catch (const quillet::xml::DomError&) {
         return false;
@@ -264,8 +265,12 @@ long DbTableData::LatestStamp() {
     return m_latestStamp;
 }
 
-void DbTableData::LogToDatabase(const CString& line) {
-    quillet::Upcalls::Log(LiveParent(), line);
+CString DbTableData::TableName() const {
+    return quillet::Upcalls::TableName(LiveParent(), *this);
+}
+
+void DbTableData::LogToDatabase(const DbLogEntry& entry) {
+    quillet::Upcalls::Log(LiveParent(), entry);
 }
 
 void DbTableData::NoteMisfit() {
@@ -278,10 +283,11 @@ void DbTableData::LogMisfits() {
     if (m_misfits == 0) {
         return;
     }
+    const CString name = TableName();
     CString line;
     line.Format("Table '%s' has rows whose values do not match its %d fields: %d, the first is row %d",
-                quillet::Upcalls::TableName(LiveParent(), *this).ToUtf8().c_str(),
+                name.ToUtf8().c_str(),
                 GetTableDescr() == nullptr ? 0 : static_cast<int>(GetTableDescr()->size()),
                 static_cast<int>(m_misfits), static_cast<int>(m_firstMisfit));
-    LogToDatabase(line);
+    LogToDatabase({DbLogEntry::Kind::ReadFault, line, name, m_firstMisfit});
 }

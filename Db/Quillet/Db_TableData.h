@@ -11,6 +11,7 @@
 
 class DbDatabase;
 class DbTableInfo;
+struct DbLogEntry;
 
 namespace quillet {
 class Upcalls;
@@ -93,6 +94,7 @@ private:
     friend class DbRecordset;
     friend class DbRows;
     friend class DbTableInfo;
+    friend class DbTableRow;
     friend class quillet::Upcalls;
     friend class quillet::DocumentReader;
     friend class quillet::QueryBuilder;
@@ -113,7 +115,8 @@ private:
     // Rows are about to come from elsewhere.
     void DropXmlSource();
     bool LoadRows(IDispatch* element);
-    void LogToDatabase(const quillet::CString& line);
+    void LogToDatabase(const DbLogEntry& entry);
+    quillet::CString TableName() const;
     void NoteMisfit();
     void LogMisfits();
 

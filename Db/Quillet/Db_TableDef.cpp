@@ -101,7 +101,8 @@ bool DbTableDef::DeleteField(CString name) {
 bool DbTableDef::Append() {
     DbDatabase* const database = GetDatabase();
     if (m_prepared == nullptr) {
-        quillet::Upcalls::Log(database, "Cannot append database... call DbTableDef::Create(...) first");
+        quillet::Upcalls::Log(database, {DbLogEntry::Kind::Refused,
+                                         "Cannot append database... call DbTableDef::Create(...) first"});
         return false;
     }
     DbTableInfo info(m_name, DbTableInfo::Table, 0, "", m_prepared->m_descr.get(), m_prepared->m_data.get(),

@@ -4,11 +4,11 @@
 #include <memory>
 #include <new>
 
+#include "Quillet/Db_LogEntry.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/OutOfRange.h"
 #include "Quillet/base/Reserve.h"
-#include "Quillet/registry/Upcalls.h"
 #include "Quillet/values/FieldNames.h"
 #include "Quillet/xml/Face.h"
 
@@ -151,21 +151,21 @@ void DbTableRow::LogFailedSave(std::size_t position) {
     }
     const DbTableDescr* const descr = GetDescr();
     const auto* const data = dynamic_cast<DbTableData*>(rows->LiveParent());
+    const CString table = data == nullptr ? CString() : data->TableName();
+    const int field = static_cast<int>(position);
+    const CString name = descr == nullptr ? CString() : descr->GetField(field).GetName();
     CString line;
     if (descr != nullptr && data != nullptr) {
-        for (const quillet::UnsavableField& field : quillet::UnsavableFields(*descr)) {
-            if (field.m_field == position) {
-                line.Format("Table '%s' can't be saved: %s",
-                            quillet::Upcalls::TableName(data->LiveParent(), *data).ToUtf8().c_str(),
-                            field.m_why.c_str());
-                rows->LogToDatabase(line);
+        for (const quillet::UnsavableField& unsavable : quillet::UnsavableFields(*descr)) {
+            if (unsavable.m_field == position) {
+                line.Format("Table '%s' can't be saved: %s", table.ToUtf8().c_str(), unsavable.m_why.c_str());
+                rows->LogToDatabase({DbLogEntry::Kind::SaveFault, line, table, 0, name});
             }
         }
     }
-    const int field = static_cast<int>(position);
     line.Format("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), %s, %d",
                 descr == nullptr ? "" : descr->GetField(field).GetSafeName().ToUtf8().c_str(), field);
-    rows->LogToDatabase(line);
+    rows->LogToDatabase({DbLogEntry::Kind::SaveTrace, line, table, rows->NumberOf(*this), name});
 }
 
 bool DbTableRow::Load(IDispatch* element) {

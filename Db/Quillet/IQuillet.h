@@ -13,6 +13,7 @@
 #include "Quillet/Db_FieldValue.h"
 #include "Quillet/Db_Filter.h"
 #include "Quillet/Db_Item.h"
+#include "Quillet/Db_LogEntry.h"
 #include "Quillet/Db_QueryDef.h"
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/Db_Rows.h"

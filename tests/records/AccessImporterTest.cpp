@@ -134,7 +134,7 @@ TEST(CopyTableFrom, MoreColumnsThanFields_LoseTheSurplusWithOneLine) {
     ASSERT_EQ(lines.size(), 2U);
     EXPECT_THAT(lines[1],
                 HasSubstr("Table 'T' has records with more columns than its 1 fields: 2, the first is "
-                          "record 1"));
+                          "record 2"));
 }
 
 TEST(CopyTableFrom, WithoutRows_MakesFieldsAndNoRowAndAReportLine) {

@@ -107,7 +107,7 @@ void DocumentReader::NotePassedOver(const xml::Node& node, const char* parent) {
     }
     CString line;
     line.Format("A surplus <%s> in %s is left out", node.Name().c_str(), parent);
-    m_log.Add(line);
+    m_log.Add(Log::Kind::ReadFault, line);
     if (!node.FirstChild().IsNull()) {
         m_omissions.Note(line);
     }
@@ -116,7 +116,7 @@ void DocumentReader::NotePassedOver(const xml::Node& node, const char* parent) {
 // Values would be saved as they are read, with the names of the entities in the place of their text.
 void DocumentReader::NoteEntities(const xml::Document& document) {
     if (document.HasEntities()) {
-        Omit("Entities that a document type declares are not resolved");
+        Omit({Log::Kind::ReadFault, "Entities that a document type declares are not resolved"});
     }
 }
 
@@ -215,7 +215,7 @@ std::size_t DocumentReader::ReadStructureText(const CString& xml) {
         return ReadStructure(Required(document.Root().FirstChild()));
     } catch (DbException* exception) {
         exception->Delete();
-        Omit(InvalidFormat);
+        Omit({Log::Kind::NoCatalog, InvalidFormat});
         return 0;
     }
 }
@@ -241,7 +241,7 @@ void DocumentReader::ReadDataText(const CString& xml) {
         ReadData(Required(document.Root().FirstChild()));
     } catch (DbException* exception) {
         exception->Delete();
-        Omit(InvalidFormat);
+        Omit({Log::Kind::NoCatalog, InvalidFormat});
     }
 }
 
@@ -268,7 +268,8 @@ std::size_t DocumentReader::ReadStructure(const xml::Node& structure) {
         if (info == nullptr) {
             m_omissions.Note("Table '" + name + "' stands twice in the structure");
         } else if (!info->GetDescr()->Load(face.Show(table))) {
-            Omit("Table '" + name + "' has a malformed structure", info->GetDescr());
+            Omit({Log::Kind::ReadFault, "Table '" + name + "' has a malformed structure", name},
+                 info->GetDescr());
         }
     }
     return tables;
@@ -289,25 +290,31 @@ void DocumentReader::ReadData(const xml::Node& data) {
 void DocumentReader::ReadRows(DbTableData& data, const xml::Node& table, const CString& name) {
     xml::Face face(table);
     if (!data.Load(face.Get())) {
-        Omit("Table '" + name + "' has malformed rows", &data);
+        Omit(MalformedRows(name), &data);
     }
 }
 
-void DocumentReader::OmitRows(const CString& name) {
-    Omit(m_registry.Find(name) == nullptr
-             ? "Table '" + name + "' has rows but no structure, they are left out"
-             : "Table '" + name + "' has rows in two places of the file, the later ones are left out");
+DbLogEntry DocumentReader::MalformedRows(const CString& table) {
+    return {DbLogEntry::Kind::MalformedRows, "Table '" + table + "' has malformed rows", table};
 }
 
-void DocumentReader::Omit(const CString& line, const DbItem* part) {
-    m_log.Add(line);
-    m_omissions.Note(line, part);
+void DocumentReader::OmitRows(const CString& name) {
+    Omit({Log::Kind::ReadFault,
+          m_registry.Find(name) == nullptr
+              ? "Table '" + name + "' has rows but no structure, they are left out"
+              : "Table '" + name + "' has rows in two places of the file, the later ones are left out",
+          name});
+}
+
+void DocumentReader::Omit(const DbLogEntry& entry, const DbItem* part) {
+    m_log.Add(entry);
+    m_omissions.Note(entry.m_text, part);
 }
 
 void DocumentReader::LogUnreadable(const CString& path, const xml::Document& document) {
     const xml::ReadError& error = document.Error();
     const std::string place = error.m_line == 0 ? "" : "line " + std::to_string(error.m_line) + ": ";
-    m_log.Add(InvalidFormat);
+    m_log.Add(Log::Kind::NoCatalog, InvalidFormat);
     NoteUnreadable(path, error.m_message.empty() ? CString() : CString(place + error.m_message));
 }
 

@@ -7,7 +7,7 @@
 #include <map>
 #include <set>
 
-#include "Quillet/base/CString.h"
+#include "Quillet/Db_LogEntry.h"
 #include "Quillet/xml/Node.h"
 
 class DbItem;
@@ -78,6 +78,8 @@ public:
     // The file is no complete catalog, for a reason that may be empty; nothing is omitted where it is blank.
     void NoteUnreadable(const CString& path, const CString& why);
 
+    // The entry about a table whose rows could not all be read.
+    static DbLogEntry MalformedRows(const CString& table);
     // The line about what is no complete catalog.
     static constexpr const char* InvalidFormat = "Invalid xml database file format";
 
@@ -93,7 +95,7 @@ private:
                         Unread& unread);
     void NoteEntities(const xml::Document& document);
     void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
-    void Omit(const CString& line, const DbItem* part = nullptr);
+    void Omit(const DbLogEntry& entry, const DbItem* part = nullptr);
     void LogUnreadable(const CString& path, const xml::Document& document);
 
     Registry& m_registry;

@@ -67,7 +67,7 @@ bool DocumentWriter::WriteSection(const xml::Node& document, const xml::Node& pa
         if (!saved) {
             CString line;
             line.Format("Error on table \"%s\" - %s saving", name.ToUtf8().c_str(), section.m_nameInLog);
-            m_log.Add(line);
+            m_log.Add({Log::Kind::SaveFault, line, name});
             m_lastFailure = line;
             good = false;
         }

@@ -160,8 +160,9 @@ DbTableData* LazyReader::CutNextTable() {
         m_unread.erase(table);
         ++m_cut;
         CheckEnd();
-        m_log.Print("Table '%s' xml source extracted in %.4f [s]",
-                    m_registry.Find(data)->GetName().ToUtf8().c_str(), platform::CounterSeconds() - start);
+        const CString& name = m_registry.Find(data)->GetName();
+        m_log.Print(Log::Kind::Report, Log::Place(name), "Table '%s' xml source extracted in %.4f [s]",
+                    name.ToUtf8().c_str(), platform::CounterSeconds() - start);
         return data;
     }
     if (m_source.IsSequentialAccess()) {
@@ -181,10 +182,10 @@ void LazyReader::CheckEnd() {
 
 void LazyReader::LogEnd() {
     if (m_source.IsFileBad()) {
-        m_log.Print("File '%s' could not be read: %s", m_source.GetFile().ToUtf8().c_str(),
-                    m_source.ReadFailure().ToUtf8().c_str());
+        m_log.Print(Log::Kind::ReadFault, "File '%s' could not be read: %s",
+                    m_source.GetFile().ToUtf8().c_str(), m_source.ReadFailure().ToUtf8().c_str());
     } else {
-        m_log.Add(DocumentReader::InvalidFormat);
+        m_log.Add(Log::Kind::NoCatalog, DocumentReader::InvalidFormat);
     }
 }
 
@@ -216,7 +217,8 @@ void LazyReader::ReadUntil(const DbTableData* data) {
     Reach(data);
     const auto table = IsUnread(data) ? FindUnread(data) : m_unread.end();
     if (table != m_unread.end() && !std::exchange(table->m_isReported, true)) {
-        m_log.Print("Table '%s' was not reached in the file, its rows are missing",
+        m_log.Print(Log::Kind::ReadFault, Log::Place(table->m_name),
+                    "Table '%s' was not reached in the file, its rows are missing",
                     table->m_name.ToUtf8().c_str());
     }
 }

@@ -234,7 +234,7 @@ bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
         return false;
     }
     RemoveFilters(params);
-    m_log.Print("Query '%s' processed in %.4f [s]", name.ToUtf8().c_str(),
+    m_log.Print(Log::Kind::QueryReport, "Query '%s' processed in %.4f [s]", name.ToUtf8().c_str(),
                 platform::CounterSeconds() - start);
     return true;
 }
@@ -246,13 +246,14 @@ CString QueryBuilder::NextName() {
 }
 
 void QueryBuilder::LogCycle(const CString& sql) {
-    m_log.Print("Query '%s' stands on itself, or on too many other queries", sql.ToUtf8().c_str());
+    m_log.Print(Log::Kind::QueryFault, "Query '%s' stands on itself, or on too many other queries",
+                sql.ToUtf8().c_str());
 }
 
 bool QueryBuilder::FindTable(const CString& text, CString& name) {
     const DbTableInfo* const info = Find(text);
     if (info == nullptr) {
-        m_log.Print("SQL Analyze - table '%s' not found", text.ToUtf8().c_str());
+        m_log.Print(Log::Kind::QueryFault, "SQL Analyze - table '%s' not found", text.ToUtf8().c_str());
         return false;
     }
     name = info->GetName();
@@ -307,7 +308,7 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
 
     m_reader.ReadUntil(source.GetData());
     if (!source.GetData()->ParseXmlData()) {
-        m_log.Add(UnreadRowsLine(params.tables.front(), m_reader.LastReadError()));
+        m_log.Add(Log::Kind::QueryFault, UnreadRowsLine(params.tables.front(), m_reader.LastReadError()));
         return false;
     }
     DbRows& rows = *source.GetData()->GetRows();
@@ -372,7 +373,7 @@ bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& 
     for (const CString& name : names) {
         const int field = known.Find(name);
         if (field < 0) {
-            m_log.Add(NoFieldLine(name, params.tables.front()));
+            m_log.Add(Log::Kind::QueryFault, NoFieldLine(name, params.tables.front()));
             return false;
         }
         const auto position = static_cast<std::size_t>(field);

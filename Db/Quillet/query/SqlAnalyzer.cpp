@@ -46,7 +46,7 @@ CString Joined(const std::vector<CString>& parts) {
 
 bool SqlAnalyzer::Analyze(CString sql) {
     LowerOutsideQuotes(sql);
-    m_log.Print("SQL Analyze - query '%s'", sql.ToUtf8().c_str());
+    m_log.Print(Log::Kind::QueryRead, "SQL Analyze - query '%s'", sql.ToUtf8().c_str());
     const CString text = WithBlanksAroundOperators(sql);
     SqlTokens tokens(text.View());
     while (tokens.Next()) {
@@ -55,7 +55,7 @@ bool SqlAnalyzer::Analyze(CString sql) {
         }
     }
     Finish();
-    m_log.Print(m_failed ? "SQL Analyze - failed" : "SQL Analyze - ok");
+    m_log.Print(Log::Kind::QueryReport, m_failed ? "SQL Analyze - failed" : "SQL Analyze - ok");
     return !m_failed;
 }
 
@@ -178,7 +178,7 @@ void SqlAnalyzer::AddCondition() {
             m_params.filters.push_back(filter);
             m_params.clause->expr(filter);
         } else {
-            m_log.Print("SQL Analyze - invalid condition '%s'", Joined(parts).ToUtf8().c_str());
+            m_log.Add(Log::Kind::QueryFault, InvalidConditionLine(Joined(parts)));
             m_failed = true;
         }
     }
@@ -196,11 +196,12 @@ void SqlAnalyzer::TakeOrder(const CString& token) {
 
 void SqlAnalyzer::Finish() {
     if (!m_params.parts.empty()) {
-        m_log.Print("SQL Analyze - invalid condintion '%s'", Joined(m_params.parts).ToUtf8().c_str());
+        m_log.Print(Log::Kind::QueryFault, "SQL Analyze - invalid condintion '%s'",
+                    Joined(m_params.parts).ToUtf8().c_str());
         m_failed = true;
     }
     if (m_params.fields.empty() || m_params.tables.empty()) {
-        m_log.Print("SQL Analyze - check 'SELECT' and/or 'FROM' statement");
+        m_log.Print(Log::Kind::QueryFault, "SQL Analyze - check 'SELECT' and/or 'FROM' statement");
         m_failed = true;
     }
 }
@@ -218,15 +219,15 @@ DbTableDescr* SqlAnalyzer::SearchedTable() {
 
 void SqlAnalyzer::FailTable(const CString& name) {
     if (m_params.tables.empty()) {
-        m_log.Print("SQL Analyze - no tables defined, check 'FROM' statement");
+        m_log.Print(Log::Kind::QueryFault, "SQL Analyze - no tables defined, check 'FROM' statement");
     } else {
-        m_log.Add(NoTableLine(name));
+        m_log.Add(Log::Kind::QueryFault, NoTableLine(name));
     }
     m_failed = true;
 }
 
 void SqlAnalyzer::FailField(const CString& field) {
-    m_log.Add(NoFieldLine(field, m_params.tables.front()));
+    m_log.Add(Log::Kind::QueryFault, NoFieldLine(field, m_params.tables.front()));
     m_failed = true;
 }
 

@@ -106,6 +106,12 @@ CString NoFieldLine(const CString& field, const CString& table) {
     return line;
 }
 
+CString InvalidConditionLine(const CString& condition) {
+    CString line;
+    line.Format("SQL Analyze - invalid condition '%s'", condition.ToUtf8().c_str());
+    return line;
+}
+
 CString UnreadRowsLine(const CString& table, const CString& why) {
     CString line;
     line.Format("SQL Analyze - the rows of '%s' can't be read: %s", table.ToUtf8().c_str(),

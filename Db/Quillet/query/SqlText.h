@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "Quillet/base/CString.h"
 
@@ -25,9 +26,15 @@ CString SpacedName(const CString& name, bool isAtBeginning);
 // Whether blanks may have been put into the text.
 bool HoldsOperator(const CString& text);
 
+// The beginning of every line of the log about the analysis of a query text.
+constexpr std::string_view AnalyzerPrefix = "SQL Analyze - ";
+
 // The lines of the log about a name in a query text that means nothing.
 CString NoTableLine(const CString& table);
 CString NoFieldLine(const CString& field, const CString& table);
+
+// The line about a condition whose field, operator and value don't go together.
+CString InvalidConditionLine(const CString& condition);
 
 // The line about a table whose rows can't be read, for the reason given.
 CString UnreadRowsLine(const CString& table, const CString& why);

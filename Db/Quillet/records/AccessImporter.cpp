@@ -66,7 +66,7 @@ std::vector<const LanguageMapping*> LanguagesOf(const DbTableDescr& descr) {
 }  // namespace
 
 bool AccessImporter::Import() {
-    m_log.Print("Importing mdb file '%s'", m_source.GetFile().ToUtf8().c_str());
+    m_log.Print(Log::Kind::Report, "Importing mdb file '%s'", m_source.GetFile().ToUtf8().c_str());
     DBACCESS_ALL all;
     bool loaded = false;
     {
@@ -169,12 +169,13 @@ void AccessImporter::CopyRows(const CString& name, const DBACCESS_VECTOR& record
             cell.SetChanged();
         }
         if (record.size() > fields && surplus++ == 0) {
-            firstSurplus = i;
+            firstSurplus = i + 1;
         }
     }
     mappings.Reset();
     if (surplus > 0) {
         m_log.Print(
+            Log::Kind::ReadFault, Log::Place(name, firstSurplus),
             "Table '%s' has records with more columns than its %d fields: %d, the first is record %d; the "
             "surplus is left out",
             name.ToUtf8().c_str(), static_cast<int>(languages.size()), static_cast<int>(surplus),

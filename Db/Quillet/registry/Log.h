@@ -1,24 +1,37 @@
 // The lines that a database keeps of what it did and of what went wrong.
 #pragma once
 
+#include <cstdarg>
 #include <cstddef>
 #include <deque>
 #include <vector>
 
-#include "Quillet/base/CString.h"
+#include "Quillet/Db_LogEntry.h"
 
 namespace quillet {
 
 // A line for which there is no memory is left out: no operation fails because it could not be told of.
 class Log {
 public:
-    void Add(const CString& line) noexcept;
+    using Kind = DbLogEntry::Kind;
+
+    // The table and the row that a line is about; the table's name is copied where there is memory for it.
+    struct Place {
+        explicit Place(const CString& table, uint64 row = 0) : m_table(table), m_row(row) {}
+
+        const CString& m_table;
+        uint64 m_row;
+    };
+
+    void Add(const DbLogEntry& entry) noexcept;
+    void Add(Kind kind, const CString& line) noexcept;
     // A line by printf over UTF-8 text.
-    void Print(const char* format, ...) noexcept QUILLET_PRINTF_LIKE(2, 3);
+    void Print(Kind kind, const char* format, ...) noexcept QUILLET_PRINTF_LIKE(3, 4);
+    void Print(Kind kind, const Place& place, const char* format, ...) noexcept QUILLET_PRINTF_LIKE(4, 5);
 
     // The most lines that are kept, the latest ones; 0 for all.
     void SetLimit(std::size_t lines);
-    std::size_t Count() const { return m_lines.size(); }
+    std::size_t Count() const { return m_entries.size(); }
     // Of all lines that were ever added, how many; lines that were left out do not count.
     std::size_t Added() const { return m_added; }
     // Drops lines from the end until Added is what it was.
@@ -26,15 +39,18 @@ public:
     // All lines with "\r\n" between them.
     CString Joined() const;
     // The latest line; empty where there is none.
-    CString Last() const { return m_lines.empty() ? CString() : m_lines.back(); }
+    CString Last() const { return m_entries.empty() ? CString() : m_entries.back().m_text; }
     // Appends the lines to out and empties the log.
     void MoveTo(std::vector<CString>& out);
-    void Clear() { m_lines.clear(); }
+    void MoveTo(std::vector<DbLogEntry>& out);
+    void Clear() { m_entries.clear(); }
 
 private:
+    void PrintV(Kind kind, const Place* place, const char* format, va_list arguments) noexcept;
+    void Append(DbLogEntry entry);
     void Trim();
 
-    std::deque<CString> m_lines;
+    std::deque<DbLogEntry> m_entries;
     std::size_t m_limit = 0;
     std::size_t m_added = 0;
 };

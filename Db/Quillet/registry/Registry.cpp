@@ -37,7 +37,8 @@ DbTableInfo* Registry::Register(DbTableInfo info) {
     Table table{info.m_name, Lowered(info.m_name)};
     const std::string name = info.m_name.ToUtf8();
     if (m_entries.count(table.m_lowered) > 0) {
-        m_log.Print("Table '%s' already in database, cannot add another '%s' table", name.c_str(),
+        m_log.Print(Log::Kind::Refused, Log::Place(info.m_name),
+                    "Table '%s' already in database, cannot add another '%s' table", name.c_str(),
                     name.c_str());
         return nullptr;
     }
@@ -65,7 +66,8 @@ DbTableInfo* Registry::Register(DbTableInfo info) {
     Rollback entered([&] { m_entries.erase(entry); });
     AddText(entry);
     Rollback found([&] { RemoveText(entry); });
-    m_log.Print("Table '%s' created, index = %d, type = %s, sql = '%s'", name.c_str(),
+    m_log.Print(Log::Kind::Report, Log::Place(entry->second.GetName()),
+                "Table '%s' created, index = %d, type = %s, sql = '%s'", name.c_str(),
                 static_cast<int>(Count()), entry->second.GetType() == DbTableInfo::Table ? "TABLE" : "QUERY",
                 entry->second.GetSql().ToUtf8().c_str());
 
@@ -330,7 +332,8 @@ void Registry::Rename(const CString& oldName, const CString& newName) {
     Table renamed{name, Lowered(name)};
     CString entryKey = renamed.m_lowered;
     CString queryKey = renamed.m_lowered;
-    m_log.Print("Table '%s' renamed to '%s'", oldName.ToUtf8().c_str(), newName.ToUtf8().c_str());
+    m_log.Print(Log::Kind::Report, Log::Place(name), "Table '%s' renamed to '%s'", oldName.ToUtf8().c_str(),
+                newName.ToUtf8().c_str());
 
     // Nothing from here on can fail.
     const std::size_t index = info.GetIndex();

@@ -32,9 +32,9 @@ std::int32_t Upcalls::NextQueryNumber() {
     return number;
 }
 
-void Upcalls::Log(DbItem* item, const CString& line) {
+void Upcalls::Log(DbItem* item, const DbLogEntry& entry) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
-        database->m_log->Add(line);
+        database->m_log->Add(entry);
     }
 }
 

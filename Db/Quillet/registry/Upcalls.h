@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "Quillet/base/CString.h"
+#include "Quillet/Db_LogEntry.h"
 
 class DbDatabase;
 class DbItem;
@@ -31,8 +31,8 @@ public:
     // Whether the database has begun to read its source.
     static bool HasBegunToRead(DbItem* database);
 
-    // Appends a line to the log of the database that item is; nothing for any other item.
-    static void Log(DbItem* item, const CString& line);
+    // Adds a line to the log of the database that item is; nothing for any other item.
+    static void Log(DbItem* item, const DbLogEntry& entry);
 
     // The fields of the descriptor are about to change: rows that wait to be read are read now.
     static void FieldsWillChange(DbItem* database, const DbTableDescr& descr);

@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "Quillet/IQuillet.h"
-#include "input/LogLines.h"
+#include "input/LogEntries.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::tool {
@@ -14,17 +16,14 @@ using testing::ElementsAre;
 // What is told of a database that can't be saved.
 std::vector<std::string> WhyNotSaved(DbDatabase& database) {
     const test::TemporaryFolder folder;
-    std::vector<CString> lines;
     EXPECT_FALSE(database.Save(CString(test::Utf8(folder / "out.xml"))));
-    database.GetError(lines);
-    std::vector<std::string> narrow;
-    for (const CString& line : lines) {
-        if (IsFault(line.ToUtf8())) {
-            narrow.push_back(line.ToUtf8());
-        }
-    }
+    std::vector<DbLogEntry> entries;
+    database.GetLogEntries(entries);
+    entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                 [](const DbLogEntry& entry) { return !IsFault(entry); }),
+                  entries.end());
     database.Sync();
-    return ExplainSaveErrors(database, narrow);
+    return ExplainSaveErrors(database, entries);
 }
 
 class SaveErrors : public testing::Test {
@@ -70,10 +69,22 @@ TEST_F(SaveErrors, FieldsThatAreWrittenAlike_AreBothNamed) {
                             "'a_b'"));
 }
 
-TEST_F(SaveErrors, OtherLines_StayAsTheyAre) {
+TEST_F(SaveErrors, TwoTables_AreBothNamed) {
+    m_database.CreateTable("Other", DbTableInfo::Table);
+    m_database.GetTableDescr("Other")->CreateField(CString("\x02"), false, DbFieldDescr::Text);
+    AddRow()["name"].GetVariant().SetText(CString(std::string("\x01")).View());
+    EXPECT_THAT(WhyNotSaved(m_database),
+                ElementsAre("table 'Other': it can't be written",
+                            "table 'Mine', row 1, field 'name': the text holds U+0001, which a catalog can't "
+                            "carry"));
+}
+
+TEST_F(SaveErrors, OtherEntries_StayAsTheyAre) {
+    const DbLogEntry unwritten{DbLogEntry::Kind::SaveFault, "File 'x' could not be written: full"};
+    const DbLogEntry unknown{DbLogEntry::Kind::SaveFault, "Error on table \"None\" - body data saving",
+                             "None"};
     EXPECT_THAT(
-        ExplainSaveErrors(m_database, {"File 'x' could not be written: full",
-                                       "Error on table \"None\" - body data saving"}),
+        ExplainSaveErrors(m_database, {unwritten, unknown}),
         ElementsAre("File 'x' could not be written: full", "Error on table \"None\" - body data saving"));
 }
 

@@ -26,6 +26,8 @@ struct Finding {
     std::string m_table = {};
     std::size_t m_row = 0;
     std::string m_field = {};
+    // Whether the message says where.
+    bool m_isPlaceInMessage = false;
 };
 
 using Findings = std::vector<Finding>;
@@ -227,8 +229,9 @@ void CheckCells(const Table& table, Findings& findings) {
 }
 
 void CheckCatalog(Catalog& catalog, Findings& findings) {
-    for (const std::string& fault : catalog.Faults()) {
-        findings.push_back({fault});
+    for (const DbLogEntry& fault : catalog.Faults()) {
+        findings.push_back({fault.m_text.ToUtf8(), 0, fault.m_table.ToUtf8(),
+                            static_cast<std::size_t>(fault.m_row), fault.m_field.ToUtf8(), true});
     }
     DbDatabase& database = catalog.Database();
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
@@ -285,7 +288,7 @@ void CheckDatabase(const std::string& path, const Settings& settings, Findings& 
 // "FILE:LINE: table 'T', row 3, field 'f': message", without what is not known.
 std::string Describe(const std::string& path, const Finding& finding) {
     std::string text = path + (finding.m_line == 0 ? "" : ":" + std::to_string(finding.m_line)) + ": ";
-    if (!finding.m_table.empty()) {
+    if (!finding.m_table.empty() && !finding.m_isPlaceInMessage) {
         text += "table '" + finding.m_table + "'";
         text += finding.m_row == 0 ? "" : ", row " + std::to_string(finding.m_row);
         text += finding.m_field.empty() ? "" : ", field '" + finding.m_field + "'";

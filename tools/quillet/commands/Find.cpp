@@ -7,7 +7,7 @@
 #include "commands/Printing.h"
 #include "commands/QueryHints.h"
 #include "input/Catalog.h"
-#include "input/LogLines.h"
+#include "input/LogEntries.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {
@@ -51,9 +51,9 @@ private:
 void ReadCondition(Catalog& catalog, const Table& table, const std::string& where, RowCondition& condition) {
     const bool isRead =
         condition.Read(catalog.Database(), table.m_name, *table.m_descr, DbRecordset::Condition(where));
-    const std::vector<std::string> lines = catalog.CollectLog();
+    const std::vector<DbLogEntry> entries = catalog.CollectLog();
     if (!isRead || !condition.IsValid()) {
-        throw catalog.Failed(QueryComplaint(lines) +
+        throw catalog.Failed(QueryComplaint(entries) +
                              HintOnRefusal(catalog.Database(), {where, table.m_name}));
     }
 }

@@ -6,6 +6,7 @@
 
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/base/CException.h"
+#include "Quillet/document/DocumentReader.h"
 #include "Quillet/platform/File.h"
 #include "Quillet/query/SqlText.h"
 #include "Quillet/registry/LastError.h"
@@ -15,7 +16,7 @@
 #include "input/AccessFile.h"
 #include "input/CellText.h"
 #include "input/FileKind.h"
-#include "input/LogLines.h"
+#include "input/LogEntries.h"
 #include "input/SaveErrors.h"
 #include "input/WriteLock.h"
 #include "output/Names.h"
@@ -143,8 +144,8 @@ void Catalog::TryReadStructure() {
             throw Failed(why);
         }
     }
-    for (std::string& line : MissingRows(m_path, *m_database)) {
-        m_faults.push_back(std::move(line));
+    for (const std::string& line : MissingRows(m_path, *m_database)) {
+        m_faults.push_back({DbLogEntry::Kind::ReadFault, line});
     }
 }
 
@@ -156,7 +157,7 @@ void Catalog::ReadAll() {
         for (std::size_t i = 0; i < static_cast<std::size_t>(m_database->GetTablesCount()); ++i) {
             if (!m_database->GetTableData(i)->ParseXmlData()) {
                 RequireMemory(m_database->LastReadError());
-                m_faults.push_back(MalformedRows(m_database->GetTableName(i).ToUtf8()));
+                m_faults.push_back(DocumentReader::MalformedRows(m_database->GetTableName(i)));
             }
         }
     }
@@ -192,17 +193,20 @@ Table Catalog::TableAt(std::size_t index) {
         isRead = data->ParseXmlData();
     }
     CollectLog();
-    const std::string name = m_database->GetTableName(index).ToUtf8();
-    const std::string malformed = MalformedRows(name);
+    const CString& name = m_database->GetTableName(index);
     if (!isRead) {
         RequireMemory(m_database->LastReadError());
-        m_faults.push_back(malformed);
+        // The database logs it itself, unless it cuts tables out of the file.
+        m_faults.push_back(DocumentReader::MalformedRows(name));
     }
     RefuseUnreadable();
-    if (std::find(m_faults.begin(), m_faults.end(), malformed) != m_faults.end()) {
-        throw Failed(malformed);
+    const auto malformed = std::find_if(m_faults.begin(), m_faults.end(), [&](const DbLogEntry& fault) {
+        return fault.m_kind == DbLogEntry::Kind::MalformedRows && fault.m_table.CompareNoCase(name) == 0;
+    });
+    if (malformed != m_faults.end()) {
+        throw Failed(malformed->m_text.ToUtf8());
     }
-    return {name, m_database->GetTableDescr(index), data};
+    return {name.ToUtf8(), m_database->GetTableDescr(index), data};
 }
 
 Reply Catalog::Ask(const std::string& query) {
@@ -218,26 +222,27 @@ Reply Catalog::Ask(const std::string& query) {
             isAnswered = m_database->Query(query, name);
         }
     }
-    const std::vector<std::string> lines = CollectLog();
+    const std::vector<DbLogEntry> entries = CollectLog();
     RefuseUnreadable();
     if (!isAnswered) {
         RequireMemory(m_database->LastReadError());
-        return {false, IsQueryRead(lines), "", QueryComplaint(lines)};
+        return {false, IsQueryRead(entries), "", QueryComplaint(entries)};
     }
     const DbTableInfo& answer = *m_database->GetTableInfo(name);
     TableAt((answer.GetType() == DbTableInfo::Query ? *answer.GetRelated() : answer).GetIndex());
-    return {true, IsQueryRead(lines), name.ToUtf8(), ""};
+    return {true, IsQueryRead(entries), name.ToUtf8(), ""};
 }
 
 bool Catalog::IsIncomplete() const {
-    return std::find(m_faults.begin(), m_faults.end(), IncompleteCatalog) != m_faults.end();
+    return std::any_of(m_faults.begin(), m_faults.end(),
+                       [](const DbLogEntry& fault) { return fault.m_kind == DbLogEntry::Kind::NoCatalog; });
 }
 
 void Catalog::WarnOfFaults() const {
     if (!m_faults.empty()) {
         const std::string others =
             m_faults.size() == 1 ? "" : " (and " + std::to_string(m_faults.size() - 1) + " more)";
-        Complain("warning: " + m_path + ": " + m_faults.front() + others);
+        Complain("warning: " + m_path + ": " + m_faults.front().m_text.ToUtf8() + others);
     }
 }
 
@@ -250,7 +255,8 @@ void Catalog::RefuseUncarriable(const std::string& what, const std::string& text
 
 void Catalog::RefuseFaults(const std::string& consequence) const {
     if (!m_faults.empty()) {
-        throw Failed(consequence + ", for it has faults that 'quillet check' lists: " + m_faults.front());
+        throw Failed(consequence +
+                     ", for it has faults that 'quillet check' lists: " + m_faults.front().m_text.ToUtf8());
     }
 }
 
@@ -279,22 +285,24 @@ void Catalog::SaveAs(const std::string& path) {
     }
 }
 
-std::vector<std::string> Catalog::CollectLog() {
-    std::vector<std::string> linesOfQuery;
-    std::vector<CString> lines;
-    m_database->GetError(lines);
-    for (const CString& line : lines) {
-        const std::string text = line.ToUtf8();
+std::vector<DbLogEntry> Catalog::CollectLog() {
+    std::vector<DbLogEntry> ofQuery;
+    std::vector<DbLogEntry> entries;
+    m_database->GetLogEntries(entries);
+    for (DbLogEntry& entry : entries) {
         if (m_showsLog) {
-            WriteLine(text);
+            WriteLine(entry.m_text.ToUtf8());
         }
-        if (IsOfQuery(text)) {
-            linesOfQuery.push_back(text);
-        } else if (IsFault(text)) {
-            m_faults.push_back(IsInvalidFormat(text) ? std::string(IncompleteCatalog) : text);
+        if (IsOfQuery(entry)) {
+            ofQuery.push_back(std::move(entry));
+        } else if (IsFault(entry)) {
+            if (entry.m_kind == DbLogEntry::Kind::NoCatalog) {
+                entry.m_text = IncompleteCatalog;
+            }
+            m_faults.push_back(std::move(entry));
         }
     }
-    return linesOfQuery;
+    return ofQuery;
 }
 
 // The database keeps what it understood of a damaged file. What it did not understand is no catalog.
@@ -318,7 +326,7 @@ std::string Catalog::WhyIncomplete() const {
     const bool isSequential = m_database->GetSource()->IsSequentialAccess();
     // What could not be read then may be in order by now.
     const CString why = m_database->LastReadError();
-    if (!why.IsEmpty() && !IsInvalidFormat(why.ToUtf8())) {
+    if (!why.IsEmpty() && why != DocumentReader::InvalidFormat) {
         return why.ToUtf8() + (isSequential ? TryAsAWhole : "");
     }
     return isSequential ? std::string(IncompleteSequentially) + TryAsAWhole : IncompleteCatalog;

@@ -69,10 +69,10 @@ public:
     // table, whatever words are in it. Refuses a query over a table whose rows can't all be read.
     Reply Ask(const std::string& query);
 
-    // Takes the lines of the log and keeps the faults among them; returns those about a query.
-    std::vector<std::string> CollectLog();
-    // What reading found wrong so far, one line each.
-    const std::vector<std::string>& Faults() const { return m_faults; }
+    // Takes the entries of the log and keeps the faults among them; returns those about a query.
+    std::vector<DbLogEntry> CollectLog();
+    // What reading found wrong so far.
+    const std::vector<DbLogEntry>& Faults() const { return m_faults; }
     // Whether reading came to the end of the file before it had everything that a catalog has; and why, with
     // what helps.
     bool IsIncomplete() const;
@@ -110,7 +110,7 @@ private:
     // Let go when the database is.
     std::unique_ptr<platform::FileLock> m_lock;
     std::unique_ptr<DbDatabase> m_database;
-    std::vector<std::string> m_faults;
+    std::vector<DbLogEntry> m_faults;
 };
 
 // The tables that every catalog has, at the positions 0 and 1.

@@ -8,8 +8,8 @@
 
 namespace quillet::tool {
 
-// The lines that a failed save left in the log, where those that speak of the library's functions give way to
-// the table, row and field that they are about. Others stay as they are.
-std::vector<std::string> ExplainSaveErrors(DbDatabase& database, const std::vector<std::string>& lines);
+// The entries that a failed save left in the log, as text. Those that speak of the library's functions give
+// way to the table, row and field that they are about.
+std::vector<std::string> ExplainSaveErrors(DbDatabase& database, const std::vector<DbLogEntry>& entries);
 
 }  // namespace quillet::tool
