@@ -13,7 +13,9 @@
 #include "Quillet/cursor/Bookmarks.h"
 #include "Quillet/cursor/CurrentIndex.h"
 #include "Quillet/cursor/FieldBindings.h"
+#include "Quillet/cursor/PendingEdit.h"
 #include "Quillet/cursor/RowCondition.h"
+#include "Quillet/cursor/TextExport.h"
 #include "Quillet/platform/Clock.h"
 #include "Quillet/platform/File.h"
 #include "Quillet/registry/Upcalls.h"
@@ -21,6 +23,7 @@
 using quillet::CComVariant;
 using quillet::CString;
 using quillet::FieldBindings;
+using quillet::PendingEdit;
 
 namespace {
 
@@ -48,27 +51,6 @@ enum ReportLine {
     throw new DbException("Db/Quillet/Db_Recordset", line, message);
 }
 
-// A value as it stands in an export.
-CString ExportText(const CComVariant& value) {
-    CComVariant converted = value;
-    // Bytes are no text, though some platforms would take them for one.
-    if ((converted.vt & VT_ARRAY) != 0 || FAILED(converted.ChangeType(VT_BSTR))) {
-        return {};
-    }
-    CString text(converted.Text());
-    text.Replace("\n", " ");
-    return text;
-}
-
-// Values and what separates them.
-template <typename List, typename TextOf>
-void AppendLine(const List& list, TextOf textOf, quillet::WideString& out) {
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        out += textOf(*list.at(i)).View();
-        out += i + 1 < list.size() ? quillet::WideView(OLESTR("| ")) : quillet::WideView(OLESTR("\n"));
-    }
-}
-
 // The table that answers a text; false where none does.
 bool NameOfAnswer(DbDatabase& database, const CString& sql, CString& name) {
     return database.Query(sql, name);
@@ -84,16 +66,6 @@ bool NameOfTable(DbDatabase& database, const CString& text, CString& name) {
     return true;
 }
 
-// As many bytes of the text as it has characters.
-std::string FirstHalf(const quillet::WideString& text) {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const unsigned unit = text[i / 2];
-        bytes += static_cast<char>(i % 2 == 0 ? unit & 0xFFU : unit >> 8U);
-    }
-    return bytes;
-}
-
 }  // namespace
 
 uint64 DbRecordset::bookmarkid = 0;
@@ -101,7 +73,8 @@ uint64 DbRecordset::bookmarkid = 0;
 DbRecordset::DbRecordset(DbDatabase* db)
     : m_index(std::make_unique<quillet::CurrentIndex>()),
       m_bindings(std::make_unique<FieldBindings>()),
-      m_bookmarks(std::make_unique<quillet::Bookmarks>()) {
+      m_bookmarks(std::make_unique<quillet::Bookmarks>()),
+      m_edit(std::make_unique<PendingEdit>()) {
     if (db != nullptr) {
         m_hasDatabase = true;
         m_database = db->LifeToken();
@@ -237,9 +210,8 @@ void DbRecordset::LetGo() {
     m_descr.reset();
     m_bindings->Clear();
     m_bookmarks->Clear();
-    m_pending.clear();
+    m_edit->Drop();
     m_lastModified = 0;
-    m_editMode = EditMode::None;
 }
 
 // ---- The position
@@ -544,10 +516,10 @@ CComVariant DbRecordset::GetFieldValue(uint64 index) {
 }
 
 void DbRecordset::SetFieldValue(uint64 index, CComVariant& value) {
-    if (m_editMode != EditMode::AddNew && m_editMode != EditMode::Edit) {
+    if (!m_edit->IsPending()) {
         Throw(NoEditLine, "SetFieldValue(...) without proper update operation");
     }
-    m_pending[index] = quillet::Dereferenced(value);
+    m_edit->Set(index, quillet::Dereferenced(value));
 }
 
 void DbRecordset::SetFieldValue(CString name, CComVariant& value) {
@@ -673,17 +645,16 @@ bool DbRecordset::CanUpdate() {
 
 void DbRecordset::AddNew() {
     CancelUpdate();
-    m_editMode = EditMode::AddNew;
+    m_edit->Begin(PendingEdit::Kind::NewRow);
 }
 
 void DbRecordset::Edit() {
     CancelUpdate();
-    m_editMode = EditMode::Edit;
+    m_edit->Begin(PendingEdit::Kind::Change);
 }
 
 void DbRecordset::CancelUpdate() {
-    m_editMode = EditMode::None;
-    m_pending.clear();
+    m_edit->Drop();
 }
 
 void DbRecordset::Update() {
@@ -699,46 +670,31 @@ void DbRecordset::Update() {
         m_position = position;
         *m_index = index;
     });
-    if (m_editMode == EditMode::AddNew) {
+    if (m_edit->IsNewRow()) {
         // Rows that wait to be read come first.
         Data()->ParseXmlData();
         added = Data()->AddRow();
         PlaceAt(static_cast<std::int64_t>(*added));
     }
-    if (m_editMode == EditMode::AddNew || m_editMode == EditMode::Edit) {
+    if (m_edit->IsPending()) {
         m_index->Set(nullptr);
-        WriteTableRow(m_position);
+        m_edit->Store(*m_bindings, [&] { return RowAt(m_position); });
         m_lastModified = m_position;
     }
     begun.Keep();
     CancelUpdate();
 }
 
-bool DbRecordset::WriteTableRow(std::int64_t position) {
-    const auto row = [&] { return RowAt(position); };
-    if (IsEOF() || IsBOF() || row() == nullptr) {
-        return false;
-    }
-    FieldBindings::Values values;
-    m_bindings->Collect(row, values);
-    values.insert(values.end(), m_pending.begin(), m_pending.end());
-    if (DbTableRow* const at = row()) {
-        FieldBindings::Store(*at, values);
-    }
-    return true;
-}
-
 void DbRecordset::Delete() {
     if (!CanUpdate()) {
         Throw(DeleteLine, "Read only recordset (or database), cannot be modified (Delete operation)");
     }
-    m_editMode = EditMode::Delete;
+    m_edit->Drop();
     const auto place = static_cast<uint64>(m_position);
     const uint64 stored = RemapRowIndex(place);
     Data()->DeleteRow(stored);
     m_index->RowDeleted(place, stored);
     PlaceAt(std::int64_t{m_position} - 1);
-    m_editMode = EditMode::None;
     m_bookmarks->RowDeleted(m_position);
 }
 
@@ -755,14 +711,7 @@ void DbRecordset::ExportCVS(CString path) {
     if (file == nullptr) {
         return;
     }
-    quillet::WideString text;
-    AppendLine(
-        *Descr(), [](const DbFieldDescr& field) { return field.GetName(); }, text);
-    for (uint64 i = 0; i < RowCount(); ++i) {
-        AppendLine((*Data())[i], [](const DbFieldValue& cell) { return ExportText(cell.GetVariant()); },
-                   text);
-    }
-    if (file->Write(FirstHalf(text))) {
+    if (file->Write(quillet::FirstHalf(quillet::ExportedText(*Descr(), *Data())))) {
         file->Commit();
     }
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 
 #include "Quillet/Db_TableData.h"
@@ -16,6 +15,7 @@ namespace quillet {
 class Bookmarks;
 class CurrentIndex;
 class FieldBindings;
+class PendingEdit;
 class RowCondition;
 }  // namespace quillet
 
@@ -229,8 +229,6 @@ public:
     void MapClassMember(quillet::CString name, void* variable, ReadFunction read, WriteFunction write);
 
 private:
-    enum class EditMode { None, AddNew, Edit, Delete };
-
     DbDatabase* Database() const;
     DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }
     DbTableData* Data() const { return m_data && Descr() != nullptr ? *m_data : nullptr; }
@@ -250,7 +248,6 @@ private:
     bool MoveTo(std::int64_t position);
     DbTableRow* RowAt(std::int64_t position) const;
     bool ReadTableRow(std::int64_t position);
-    bool WriteTableRow(std::int64_t position);
     // Moves to the row where the condition holds for it.
     bool TakeRow(quillet::RowCondition& condition, uint64 position);
     // The cell of the row at the position without regard to the current index.
@@ -268,8 +265,6 @@ private:
     std::unique_ptr<quillet::CurrentIndex> m_index;
     std::unique_ptr<quillet::FieldBindings> m_bindings;
     std::unique_ptr<quillet::Bookmarks> m_bookmarks;
-    // By the positions of their fields.
-    std::map<uint64, quillet::CComVariant> m_pending;
+    std::unique_ptr<quillet::PendingEdit> m_edit;
     std::int32_t m_lastModified = 0;
-    EditMode m_editMode = EditMode::None;
 };
