@@ -153,7 +153,7 @@ CString DbRecordset::GetTableName() const {
 }
 
 bool DbRecordset::OpenBy(NameFunction nameOf, const CString& text) {
-    if (!StandOn(nameOf, text)) {
+    if (!GoOverTo(nameOf, text)) {
         return false;
     }
     InitFieldExchange();
@@ -161,7 +161,7 @@ bool DbRecordset::OpenBy(NameFunction nameOf, const CString& text) {
     return true;
 }
 
-bool DbRecordset::StandOn(NameFunction nameOf, const CString& text) {
+bool DbRecordset::GoOverTo(NameFunction nameOf, const CString& text) {
     try {
         DbDatabase* const database = DatabaseToOpen();
         CString name;

@@ -239,7 +239,7 @@ private:
     // The name of the table that a text asks for; false where there is none.
     using NameFunction = bool (*)(DbDatabase& database, const quillet::CString& text, quillet::CString& name);
     bool OpenBy(NameFunction nameOf, const quillet::CString& text);
-    bool StandOn(NameFunction nameOf, const quillet::CString& text);
+    bool GoOverTo(NameFunction nameOf, const quillet::CString& text);
     // Forgets the table and whatever refers to it.
     void LetGo();
 

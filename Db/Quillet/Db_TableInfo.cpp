@@ -24,7 +24,7 @@ bool DbTableInfo::IsRelatedWith(DbTableInfo* other) const {
     return false;
 }
 
-bool DbTableInfo::StandsOn(const DbTableInfo& other) const {
+bool DbTableInfo::DependsOn(const DbTableInfo& other) const {
     const DbTableInfo* entry = this;
     while (entry->m_descr != other.m_descr && entry->m_data != other.m_data) {
         if (entry->m_type != Query || entry->m_related == nullptr) {

@@ -44,7 +44,7 @@ public:
     // Whether this entry is the other, shares structure or contents with it, or is a query that stands on
     // such an entry. Entries without structure share it, and so do those without contents: two empty entries
     // stand on each other.
-    bool StandsOn(const DbTableInfo& other) const;
+    bool DependsOn(const DbTableInfo& other) const;
     // Whether this is the answer of a join. It holds copies and follows nothing: calling the join again fills
     // it anew.
     bool IsJoin() const { return m_isJoin; }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 
 using quillet::CRuntimeClass;
 using quillet::CString;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 #include "Quillet/odbc/Handle.h"
 #include "Quillet/platform/DriverManager.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 #include "Quillet/odbc/FieldReader.h"
 #include "Quillet/odbc/Handle.h"
 #include "Quillet/odbc/RowReading.h"
@@ -119,7 +119,7 @@ const Handle* Cursor::OpenStatement(unsigned int options) {
         const SQLRETURN result = SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CONCURRENCY,
                                                  NumberAttribute(SQL_CONCUR_ROWVER), SQL_IS_UINTEGER);
         if (result != SQL_SUCCESS) {
-            m_state->m_refusal.emplace(LastFailure(statement));
+            m_state->m_refusal.emplace(DiagnosticsOf(statement));
         }
     }
     return &statement;
@@ -222,7 +222,7 @@ void Cursor::Fetch(bool first) {
     }
     if (!SQL_SUCCEEDED(result)) {
         m_state->m_isEof = true;
-        ThrowFailure(statement);
+        ThrowDiagnostics(statement);
     }
     for (FieldReader& reader : m_state->m_readers) {
         reader.NextRow();

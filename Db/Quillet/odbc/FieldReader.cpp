@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 
 namespace quillet::odbc {
 namespace {

@@ -2,14 +2,14 @@
 
 #include <utility>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 
 namespace quillet::odbc {
 
 Handle::Handle(SQLSMALLINT type, const Handle& parent) : m_type(type) {
     if (!SQL_SUCCEEDED(SQLAllocHandle(type, parent.Get(), &m_handle))) {
         m_handle = nullptr;
-        ThrowFailure(parent);
+        ThrowDiagnostics(parent);
     }
 }
 

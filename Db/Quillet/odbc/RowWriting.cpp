@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 
 namespace quillet::odbc {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 
 namespace quillet::odbc {
 namespace {
@@ -35,7 +35,7 @@ void Transaction::Commit() {
     }
     const Handle& handle = *m_session;
     if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, handle.Get(), SQL_COMMIT))) {
-        const DatabaseError failure = LastFailure(handle);
+        const DatabaseError failure = DiagnosticsOf(handle);
         SetAutoCommit(handle, SQL_AUTOCOMMIT_ON);
         throw new DatabaseError(failure);
     }

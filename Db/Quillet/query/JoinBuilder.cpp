@@ -335,7 +335,7 @@ bool JoinBuilder::CanHoldAnswer(const CString& name, const Side& first, const Si
                     name.ToUtf8().c_str());
         return false;
     }
-    if (first.m_table->StandsOn(*answer) || second.m_table->StandsOn(*answer)) {
+    if (first.m_table->DependsOn(*answer) || second.m_table->DependsOn(*answer)) {
         m_log.Print(Log::Kind::QueryFault, "Query '%s' stands on itself", name.ToUtf8().c_str());
         return false;
     }

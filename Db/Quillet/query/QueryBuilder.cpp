@@ -119,12 +119,12 @@ void CopyFields(DbTableDescr& from, std::vector<uint64>& fields, DbTableDescr& t
 
 }  // namespace
 
-class QueryBuilder::Call {
+class QueryBuilder::RefreshScope {
 public:
-    explicit Call(QueryBuilder& builder) : m_builder(builder) { ++m_builder.m_depth; }
-    Call(const Call&) = delete;
-    Call& operator=(const Call&) = delete;
-    ~Call() {
+    explicit RefreshScope(QueryBuilder& builder) : m_builder(builder) { ++m_builder.m_depth; }
+    RefreshScope(const RefreshScope&) = delete;
+    RefreshScope& operator=(const RefreshScope&) = delete;
+    ~RefreshScope() {
         if (--m_builder.m_depth == 0) {
             m_builder.m_refreshed.clear();
         }
@@ -139,7 +139,7 @@ bool QueryBuilder::Query(const CString& sql, CString& name) {
 }
 
 bool QueryBuilder::Analyze(const CString& sql, Params& params) {
-    const Call call(*this);
+    const RefreshScope scope(*this);
     return SqlAnalyzer(*this, m_log, params).Analyze(sql);
 }
 
@@ -167,7 +167,7 @@ DbTableInfo* QueryBuilder::FindInStep(const CString& name) {
 }
 
 void QueryBuilder::Refresh(DbTableInfo& info) {
-    const Call call(*this);
+    const RefreshScope scope(*this);
     for (DbTableInfo* const query : QueriesUpTo(info)) {
         if (!m_refreshed.emplace(query, nullptr).second) {
             continue;
@@ -181,7 +181,7 @@ void QueryBuilder::Refresh(DbTableInfo& info) {
 }
 
 void QueryBuilder::RefreshAll() {
-    const Call call(*this);
+    const RefreshScope scope(*this);
     for (auto& [key, entry] : m_registry.All()) {
         Refresh(entry);
     }
@@ -212,7 +212,7 @@ bool QueryBuilder::IsInStep(const DbTableInfo& query) const {
 bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
     // A query over several tables asks those behind the first from within itself.
     constexpr std::size_t DeepestCall = 200;
-    const Call call(*this);
+    const RefreshScope scope(*this);
     name = NextName();
     CString text = sql;
     JoinLines(text);
@@ -269,7 +269,7 @@ bool QueryBuilder::Answer(const CString& sql, const Params& params, DbTableInfo*
     if (answer != nullptr) {
         // A source that it stands on already does not stand on it, unless they share what they hold.
         const bool mayBeBelow = answer->GetRelated() != &source || m_registry.IsShared(*answer);
-        if (mayBeBelow && source.StandsOn(*answer)) {
+        if (mayBeBelow && source.DependsOn(*answer)) {
             LogCycle(sql);
             return false;
         }

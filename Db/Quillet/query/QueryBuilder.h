@@ -41,7 +41,7 @@ public:
     void RefreshAll();
 
 private:
-    class Call;
+    class RefreshScope;
 
     // The entry and the queries that it stands on, down to one that is in m_refreshed; the lowest first.
     std::vector<DbTableInfo*> QueriesUpTo(DbTableInfo& info) const;

@@ -8,15 +8,15 @@ namespace quillet::odbc {
 
 // The diagnostics of the last call on the handle, one line for each record. Where there are none, the text
 // says that the driver gave no reason.
-DatabaseError LastFailure(const Handle& handle);
+DatabaseError DiagnosticsOf(const Handle& handle);
 
-// Throws LastFailure by pointer.
-[[noreturn]] void ThrowFailure(const Handle& handle);
+// Throws DiagnosticsOf by pointer.
+[[noreturn]] void ThrowDiagnostics(const Handle& handle);
 
-// Throws LastFailure unless the call succeeded, with or without further information.
+// Throws DiagnosticsOf unless the call succeeded, with or without further information.
 inline void Check(SQLRETURN result, const Handle& handle) {
     if (!SQL_SUCCEEDED(result)) {
-        ThrowFailure(handle);
+        ThrowDiagnostics(handle);
     }
 }
 

@@ -1,11 +1,11 @@
-#include "Quillet/odbc/Failure.h"
+#include "Quillet/odbc/Diagnostics.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace quillet::odbc {
 
-DatabaseError LastFailure(const Handle& handle) {
+DatabaseError DiagnosticsOf(const Handle& handle) {
     CString state;
     CString text;
     SQLSMALLINT record = 1;
@@ -33,8 +33,8 @@ DatabaseError LastFailure(const Handle& handle) {
     return {state, text};
 }
 
-void ThrowFailure(const Handle& handle) {
-    throw new DatabaseError(LastFailure(handle));
+void ThrowDiagnostics(const Handle& handle) {
+    throw new DatabaseError(DiagnosticsOf(handle));
 }
 
 }  // namespace quillet::odbc
