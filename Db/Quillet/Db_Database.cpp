@@ -60,7 +60,7 @@ DbDatabase::~DbDatabase() {
             Save(m_source->GetFile());
         }
     } catch (...) {
-        // A destructor has nobody to tell; the file is what it was.
+        // A destructor can't report it; the file is unchanged.
     }
     Clear();
     --m_openDbCount;
@@ -330,7 +330,7 @@ bool DbDatabase::LoadWhole() {
 }
 
 void DbDatabase::CopyFrom(const DBACCESS_ALL& all) {
-    // Rows that still stand in the file would come back over those that are copied.
+    // Rows that are still in the file would later replace those that are copied.
     LoadTables();
     m_importer->CopyFrom(all);
     m_reader->MarkRead();

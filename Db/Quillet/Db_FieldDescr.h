@@ -24,7 +24,7 @@ public:
     // Fills a variant from text.
     using Converter = void (*)(quillet::CComVariant& value, const WCHAR* text);
 
-    // A field without type and name; the parent, where there is one, lists it as its child.
+    // A field without type and name. The parent, if there is one, lists it as its child.
     DbFieldDescr();
     DbFieldDescr(DbItem* parent, int index);
     // Copies the item part as DbItem's copy does, and what assignment copies.
@@ -35,27 +35,27 @@ public:
 
     uint64 GetSize() const override;
 
-    // Appends <field name key type required> to parent. False when the document refuses or throws; nothing is
-    // thrown but our own std::bad_alloc. The same for Load.
+    // Appends <field name key type required> to parent. False when the document refuses or throws; only our
+    // own std::bad_alloc is thrown. The same holds for Load.
     virtual bool Save(IDispatch* document, IDispatch* parent);
-    // Reads "name", "type" (a variant type in decimal) and "key" ("true"); other attributes are passed over,
-    // so a field that was read is never required.
+    // Reads "name", "type" (a variant type in decimal) and "key" ("true"); other attributes are ignored, so a
+    // field that was read is never required.
     virtual bool Load(IDispatch* element);
     // "empty", "boolean", "integer", "long", "float", "double", "text", "binary"; "unknown" for other types.
     virtual quillet::CString GetTypeString() const;
 
     const quillet::CString& GetName() const { return m_name; }
     // The name under which rows are saved: a blank is replaced by _ , / by _S_, \ by _BS_, < by _L_, > by
-    // _G_, ( by _LP_, ) by _RP_ and * by _STAR_. Nothing else is, so it need not be a name that a document
-    // takes, and two names can have the same one: the log of a save that fails for it names both.
+    // _G_, ( by _LP_, ) by _RP_ and * by _STAR_. Nothing else is replaced, so the result may be no valid name
+    // in a document, and two names may give the same one: the log of the save that fails names both.
     const quillet::CString& GetSafeName() const { return m_safeName; }
-    // Names the field and stamps it. A table's lookup by name goes on by the name that the field had when it
-    // was last made: it knows a new name only after the next field was created or deleted. Rename before the
-    // first lookup, or look at positions.
+    // Names the field and stamps it. A table's lookup by name keeps the name that the field had when the
+    // lookup was built: it knows a new name only after the next field is created or deleted. Rename before
+    // the first lookup, or use positions.
     void SetName(const quillet::CString& name);
 
     // Sets the default value and the converter of a variant type. VT_I2 gives a 32-bit integer and VT_DATE a
-    // text; an unknown type leaves an empty default and the converter as it was, and is saved as 0.
+    // text; an unknown type gives an empty default, keeps the converter, and is saved as 0.
     void SetType(unsigned short variantType);
     void SetDbType(eFieldType type);
     eFieldType GetDbType() const;
@@ -70,7 +70,7 @@ public:
     // Fills value from text by the field's converter; a field without one keeps the text as it is.
     void Convert(quillet::CComVariant& value, const WCHAR* text) const;
 
-    // The three vocabularies of types; what has no counterpart gives 0 and Empty.
+    // Conversions between the three sets of types; a type without counterpart gives 0 and Empty.
     static unsigned short FieldTypeToVariantType(eFieldType type);
     static eFieldType VariantTypeToFieldType(unsigned short type);
     // From the data type numbers of an Access database.
@@ -79,7 +79,7 @@ public:
     // The safe name in UTF-8, for writers that need it row after row; empty where it has no such form.
     const std::string& SafeNameUtf8() const { return m_safeNameUtf8; }
 
-    // Names this object as long as it lives; null in it afterwards. A copy has a token of its own.
+    // Points to this object as long as it lives, and to null afterwards. A copy has its own token.
     const std::shared_ptr<DbFieldDescr*>& LifeToken();
 
 private:

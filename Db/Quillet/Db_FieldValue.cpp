@@ -8,8 +8,8 @@
 
 namespace {
 
-// Converts the value to the type where it can be. Whatever is converted to empty or null is lost, so cells
-// without a value take the type of what comes.
+// Converts the value to the type where it can be. A conversion to empty or null would lose the value, so
+// cells without a value take the new value's type.
 void KeepType(quillet::CComVariant& value, VARTYPE type) {
     if (type != VT_EMPTY && type != VT_NULL) {
         value.ChangeType(type);
@@ -41,7 +41,7 @@ void DbFieldValue::operator delete(void* memory) {
 
 void DbFieldValue::operator delete(DbFieldValue* value, std::destroying_delete_t) {
     if (value->m_inBlock) {
-        // The place belongs to the row, which will destroy what stands there: an empty value from now on.
+        // The memory belongs to the row, which will destroy the value in it: an empty one from now on.
         value->~DbFieldValue();
         (new (value) DbFieldValue)->m_inBlock = true;
         return;

@@ -19,11 +19,11 @@ public:
     // Copies the item part, as DbItem's copy does, the index, the null flag and the value.
     DbFieldValue(const DbFieldValue& other);
     // Copies the null flag and the value; index, parent and change stamps stay. As in every member, nothing
-    // is changed where memory runs out.
+    // is changed when out of memory.
     DbFieldValue& operator=(const DbFieldValue& other);
     ~DbFieldValue() override = default;
 
-    // Cells that stand in their row's block and cells of their own are deleted alike.
+    // Works both for cells in their row's block and for separate ones.
     static void* operator new(std::size_t size);
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(DbFieldValue* value, std::destroying_delete_t);
@@ -33,8 +33,8 @@ public:
 
     uint64 GetSize() const override;
 
-    // Stores v converted back to the type that the value had; where the conversion fails or the value was
-    // empty or null, v as it came. Marks the value changed; the null flag stays.
+    // Stores v converted back to the type that the value had; if the conversion fails, or the value was empty
+    // or null, v is stored unconverted. Marks the value changed; the null flag stays.
     virtual void SetValue(const quillet::CComVariant& v);
     virtual quillet::CComVariant& GetVariant() { return m_value; }
     virtual const quillet::CComVariant& GetVariant() const { return m_value; }
@@ -67,7 +67,7 @@ private:
 
     int m_index;
     bool m_null = false;
-    // Whether the value stands in its row's block of cells.
+    // Whether the value is in its row's block of cells.
     bool m_inBlock = false;
     quillet::CComVariant m_value;
 };

@@ -12,13 +12,13 @@ class DbTableRow;
 // One comparison: of a field with a literal, of a literal with a field, or of two fields. It is a leaf of a
 // clause, and its value is the result of the last row that it evaluated; false before the first.
 //
-// A table descriptor makes its filters (DbTableDescr::AddFilter) and owns them. A filter follows no
-// structure: it knows its fields by their positions, so one that outlives a change of the fields compares
-// what stands there then.
+// A table descriptor makes its filters (DbTableDescr::AddFilter) and owns them. A filter does not follow the
+// structure: it knows its fields by position, so one that outlives a change of the fields compares whatever
+// is at those positions then.
 class QUILLET_API DbFilter : public clv::expr {
 public:
-    // What stands on one side of the operator: a field by its position (from 0) and variant type, or a
-    // literal, whose position is -1.
+    // One side of the operator: a field by its position (from 0) and variant type, or a literal, whose
+    // position is -1.
     struct Operand {
         std::int32_t m_index = -1;
         VARTYPE m_type = VT_EMPTY;

@@ -126,7 +126,7 @@ DbItem& DbItem::operator=(const DbItem& other) {
     }
     ReleaseChildren();
     m_children.Swap(borrowed);
-    // An item below itself would be walked without end.
+    // A walk over an item that is its own descendant would not end.
     m_children.KeepBorrowedIf([this](const DbItem* child) { return !child->Reaches(this); });
     return *this;
 }

@@ -11,7 +11,8 @@ class DbItem;
 
 namespace quillet {
 
-// The children of an item, in order: pointers behind one pointer, for most items have none.
+// The children of an item, in order. A single pointer as long as there are none, which is the case for most
+// items.
 class QUILLET_API ChildList {
 public:
     ChildList() = default;
@@ -28,14 +29,13 @@ public:
     void Append(DbItem* item);
     // Removes the first occurrence; nothing where there is none.
     void Remove(const DbItem* item);
-    // Memory that holds so many children, and where the list lives as long as it holds no more; it stays the
-    // caller's.
+    // Memory of the caller's for so many children; the list uses it as long as it holds no more.
     static constexpr std::size_t BytesFor(std::size_t capacity) {
         return sizeof(Head) + capacity * sizeof(DbItem*);
     }
     void UseMemory(void* memory, std::size_t capacity);
     void Swap(ChildList& other) { std::swap(m_head, other.m_head); }
-    // Takes over the pointers of another item's list. They stay that item's children.
+    // Copies the pointers of another item's list. The items stay children of that item.
     void Borrow(const ChildList& other);
     // Keeps only the items for which the predicate holds, in order.
     template <typename Predicate>
@@ -70,22 +70,22 @@ private:
 
 }  // namespace quillet
 
-// A node of the model. Parent and child links never own: whoever made a child deletes it. An item's
-// destructor takes it off its parent's list; an item whose parent died keeps the pointer for GetParent and
-// never follows it. Items are used from one thread at a time.
+// A node of the model. Parent and child links never own: the creator of a child deletes it. An item's
+// destructor removes it from its parent's list; an item whose parent is gone keeps the pointer for GetParent
+// and never follows it. Use items from one thread at a time.
 class QUILLET_API DbItem {
 public:
-    // The counter behind all change stamps of the process; it only grows.
+    // The counter for all change stamps of the process; it only grows.
     static std::int32_t m_changeCounter;
 
-    // Appends itself to the parent's children; a null parent makes a root.
+    // Appends itself to the parent's children; a null parent makes it a root.
     explicit DbItem(DbItem* parent = nullptr);
     // Copies the parent pointer without becoming a child of it, the stamps, and the pointers to the children,
     // which stay the other's children: using the copy after one of them died is the caller's fault.
     DbItem(const DbItem& other);
     // As the copy constructor. The children that were listed before are forgotten, not deleted; an item that
-    // was the child of another parent than the other's is no longer listed there. An item below which this
-    // one stands does not become its child. Out of memory nothing is changed.
+    // was the child of another parent than the other's is no longer listed there. An ancestor of this item
+    // does not become its child. Out of memory nothing is changed.
     DbItem& operator=(const DbItem& other);
     virtual ~DbItem() {
         if (DbItem* const parent = LiveParent()) {
@@ -119,22 +119,21 @@ protected:
     // Removes the first occurrence; nothing where there is none.
     void RemoveChild(DbItem* child);
 
-    // For owners of many children: makes room for them, and lets go of all of them before they are deleted,
-    // so that none is searched for.
+    // For owners of many children: reserves room for them, and releases all of them before they are deleted,
+    // so that none has to be searched for.
     void ReserveChildren(std::size_t count) { m_children.Reserve(count); }
     void PlaceChildren(void* memory, std::size_t capacity) {
         NoteChildrenGo();
         m_children.UseMemory(memory, capacity);
     }
     void ReleaseChildren();
-    // The same for an owner that destroys those of its children that stand in its own memory, [begin, end),
-    // next.
+    // The same for an owner that is about to destroy the children in its own memory, [begin, end).
     void ReleaseChildrenOutside(const void* begin, const void* end);
     bool HasChildren() const { return !m_children.IsEmpty(); }
     // Grows with everything in the process that may change what GetChangeId says, other than an override of
     // it: stamps, and items with stamps that come and go.
     static std::uint64_t StampMoves();
-    // Lets go of the children among the items of a range, in one pass over the list.
+    // Releases the children among the items of a range, in one pass over the list.
     template <typename Iterator>
     void ReleaseChildren(Iterator first, Iterator last) {
         for (; first != last; ++first) {
@@ -155,7 +154,7 @@ private:
     // To be called before a child comes or goes, and before all of them go.
     void NoteMove(const DbItem* child) const;
     void NoteChildrenGo() const;
-    // Whether the item is this one or stands below it.
+    // Whether the item is this one or a descendant of it.
     bool Reaches(const DbItem* item) const;
 
     // The parent, and in the lowest bit whether it lives and lists this item as its child.

@@ -15,9 +15,8 @@ namespace parser {
 
 // Filled by DbDatabase::AnalyzeSQL. Names and keywords are lowered, quoted texts keep their quotation marks.
 //
-// A record is for one text: what is read is put behind what the record holds, so one that was filled before
-// is no record of the next text. Whoever has conditions alone prepares a new record to begin behind WHERE:
-// state Where, the field "*", and the table.
+// Use a new record for each text: what is read is appended to what the record holds. To read conditions
+// alone, prepare a record that begins after WHERE: the state Where, the field "*", and the table.
 struct QUILLET_API QueryAnalysisParams {
     // What the next token belongs to. ByExpected: ORDER was read, but not BY.
     enum eState : std::int32_t {
@@ -58,8 +57,8 @@ struct QUILLET_API QueryAnalysisParams {
     std::int32_t top = -1;
     // The conditions as filters, in the order read. The descriptor of the first table owns them.
     std::vector<DbFilter*> filters;
-    // Where this is not null, the first table has to have this structure: a name that means another one by
-    // now is as good as unknown. Not owned.
+    // If not null, the first table must have this structure: a name that now means another table counts as
+    // unknown. Not owned.
     const DbTableDescr* searched = nullptr;
 };
 

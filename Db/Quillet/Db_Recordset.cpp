@@ -51,7 +51,7 @@ enum ReportLine {
     throw new DbException("Db/Quillet/Db_Recordset", line, message);
 }
 
-// The table that answers a text; false where none does.
+// The table that answers a text; false if none does.
 bool NameOfAnswer(DbDatabase& database, const CString& sql, CString& name) {
     return database.Query(sql, name);
 }
@@ -364,7 +364,7 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
             found = TakeRow(condition, i);
         }
     } else {
-        // Counts the rows in front of which the search goes on, so that it can end at 0.
+        // i is the position after the row that is tested, so that the loop can end at 0.
         for (uint64 i = rows == 0 ? 0 : std::min(from, rows - 1) + 1; i > to && !found; --i) {
             found = TakeRow(condition, i - 1);
         }

@@ -19,8 +19,8 @@ class PendingEdit;
 class RowCondition;
 }  // namespace quillet
 
-// Moves a position over the rows of a table or of a query's answer: 0 is the first row, -1 stands before it
-// (BOF), the number of rows and whatever is above after the last one (EOF). With a current index the
+// Moves a position over the rows of a table or of a query's answer: 0 is the first row, -1 is before it
+// (BOF), the number of rows and anything above is after the last one (EOF). With a current index the
 // positions follow its order. Every move that reaches a row sets the bound variables from it.
 //
 // The cursor is the caller's and owns neither table nor database, except a database that it opened itself. A
@@ -45,11 +45,11 @@ public:
     virtual ~DbRecordset();
 
     // Opens the table of that name, or the answer of a query (DbDatabase::Query), at its first row; true also
-    // where it has none. Without a database it first opens one of its own, with the file of GetDefaultDBName.
-    // A text in which "select" occurs, be it as a part of a word, is a query: for a table called Selection
-    // there is OpenTable. False where the file can't be read, the query can't be answered or the database is
-    // gone; a cursor that was open stays so. One that goes over to another table drops a pending edit and the
-    // current index, and keeps bookmarks and bindings. What InitFieldExchange throws comes through.
+    // where it has none. Without a database it first opens its own, with the file of GetDefaultDBName. A text
+    // that contains "select", even as part of a word, is a query: for a table called Selection use OpenTable.
+    // False where the file can't be read, the query can't be answered or the database is gone; a cursor that
+    // was open stays so. One that goes over to another table drops a pending edit and the current index, and
+    // keeps bookmarks and bindings. What InitFieldExchange throws comes through.
     virtual bool Open();
     virtual bool Open(quillet::CString sql);
     // The same for the table, or the answer, of that name, whatever the name is: found without regard to
@@ -63,7 +63,7 @@ public:
     virtual bool Open(DbTableDef* def);
     virtual bool Open(DbQueryDef* def);
     // Lets go of table and database, drops a pending edit, and forgets bindings, bookmarks and the row that
-    // was updated last. A database of its own is deleted, and thereby saved where it was changed.
+    // was updated last. The cursor's own database is deleted, and so saved if it was changed.
     virtual void Close();
 
     // The moves. Each drops a pending edit first. True where a row was reached and read; the position moves
@@ -78,8 +78,8 @@ public:
     // "a > 5 and b = 'x'" (docs/query-language.md). An empty text holds for every row. The search begins
     // after the current row or before it, or at one end. All drop a pending edit.
     //
-    // An operator or bracket at the first or second character of the text is not parted from what stands
-    // beside it: "a=1" and "(a = 1)" are no conditions. Condition("a=1") is one; pass every text that a user
+    // An operator or bracket at the first or second character of the text is not separated from its
+    // neighbours: "a=1" and "(a = 1)" are no conditions. Condition("a=1") is one; pass every text that a user
     // types through it.
     //
     // False, without a move, where there is no such row, the cursor is closed, or the text is no condition:
@@ -108,9 +108,9 @@ public:
     virtual bool Seek(quillet::CString index, quillet::CComVariant* keys);
 
     // Bookmarks are numbers that the process never hands out twice; 0 is that of the row that was updated
-    // last before the latest GetLastModifiedBookmark. They stand for a position, not for a row, and follow
-    // the deletions of this cursor only. Getting and setting drops a pending edit. SetBookmark is true for a
-    // known bookmark even where there is no row.
+    // last before the latest GetLastModifiedBookmark. A bookmark refers to a position, not to a row, and
+    // follows the deletions of this cursor only. Getting and setting one drops a pending edit. SetBookmark is
+    // true for a known bookmark even where there is no row.
     virtual bool IsBookmark(uint64 bookmark) const;
     virtual uint64 GetBookmark();
     virtual bool SetBookmark(uint64 bookmark);
@@ -122,8 +122,8 @@ public:
     virtual long GetAbsolutePosition();
 
     virtual bool IsOpen();
-    // The name of the table, or of the answer, on which the cursor stands, as it is now: also after a rename.
-    // Empty while closed, and for a table that lost its name to another one.
+    // The current name of the open table or answer, also after a rename. Empty while closed, and for a table
+    // that lost its name to another one.
     quillet::CString GetTableName() const;
     // A closed cursor is after its last row.
     virtual bool IsEOF() const;
@@ -144,8 +144,8 @@ public:
     // renamed, and for a query whose rows are copies.
     virtual bool CanUpdate();
 
-    // Goes through the rows in the order of an index from now on. The order is made at once, or taken as it
-    // is where the index brought to the pointer form has one; it does not follow later changes of the rows,
+    // From now on the rows are visited in the order of an index. The order is computed at once, or taken
+    // unchanged if the index given to the pointer form has one. It does not follow later changes of the rows,
     // except deletions by this cursor. False, with that index current all the same, for one over an unknown
     // field; for an unknown name, which leaves no index current, where one was; and for null where none is.
     virtual bool SetCurrentIndex(quillet::CString name);
@@ -155,7 +155,7 @@ public:
     // Null where the cursor is at no row; valid until the row is deleted.
     virtual DbTableRow* GetCurrentRow() const;
 
-    // Closes the cursor and goes over to another database, which may be null. A database of its own is
+    // Closes the cursor and goes over to another database, which may be null. The cursor's own database is
     // deleted.
     virtual void SetDatabase(DbDatabase* db);
 
@@ -234,7 +234,7 @@ private:
     DbTableData* Data() const { return m_data && Descr() != nullptr ? *m_data : nullptr; }
     uint64 RowCount() const { return Data() == nullptr ? 0 : Data()->size(); }
 
-    // The database given, or one of its own; null once that is gone.
+    // The database given, or the cursor's own; null once that is gone.
     DbDatabase* DatabaseToOpen();
     // The name of the table that a text asks for; false where there is none.
     using NameFunction = bool (*)(DbDatabase& database, const quillet::CString& text, quillet::CString& name);
@@ -243,7 +243,7 @@ private:
     // Forgets the table and whatever refers to it.
     void LetGo();
 
-    // Stands at a position from now on, or at the nearest that there can be.
+    // Sets the position, or the nearest possible one.
     void PlaceAt(std::int64_t position);
     bool MoveTo(std::int64_t position);
     DbTableRow* RowAt(std::int64_t position) const;

@@ -12,7 +12,7 @@
 #include "Quillet/rows/RowArena.h"
 #include "Quillet/rows/RowTokens.h"
 
-// Rows and the memory in which they stand.
+// Rows and their memory.
 struct DbRows::Storage {
     Storage() = default;
     Storage(const Storage&) = delete;
@@ -193,7 +193,7 @@ void DbRows::NewCells::Insert() {
     for (auto& [row, cell] : m_cells) {
         row->InsertCell(m_index, std::move(cell));
     }
-    // Without rows, too, whoever was computed from them has to follow.
+    // Even without rows, answers computed from them have to follow.
     if (m_rows.Descr() != nullptr) {
         m_rows.SetChanged();
     }
@@ -208,7 +208,7 @@ void DbRows::Update(uint64 fieldIndex, bool added) {
 }
 
 bool DbRows::Follows(const DbTableRow* row) const {
-    // Rows that other rows lend are those rows' to update.
+    // Rows borrowed from other rows are updated there.
     return row != nullptr && row->GetDescr() == Descr() &&
            (row->LiveParent() == nullptr || row->LiveParent() == this);
 }

@@ -11,7 +11,7 @@ struct DbLogEntry;
 
 // Rows are seen through an order of storage positions: the visible row i is storage[order[i]]. Bound rows
 // share the storage of the rows that they are bound to; the storage, and the rows in it, live as long as
-// somebody shares it.
+// anyone shares it.
 class QUILLET_API DbRows : public DbItem {
 public:
     DbRows(DbItem* parent, DbTableDescr* descr);
@@ -19,12 +19,12 @@ public:
     DbRows& operator=(const DbRows&) = delete;
     ~DbRows() override;
 
-    // Where a member throws, which is std::bad_alloc, the rows are what they were.
+    // Members throw only std::bad_alloc, and leave the rows unchanged then.
 
     // Appends a row with one cell for each field, empty or with the field's default value, and returns its
     // visible position. A row added to bound rows belongs to the rows bound to and is seen in both.
     uint64 AddRow(bool initValues);
-    // Appends n rows and returns the position of the first. Appends none where there would be more rows than
+    // Appends n rows and returns the position of the first. Appends none if there would be more rows than
     // positions, which are signed 32-bit numbers.
     uint64 AddRows(uint64 n, bool initValues);
     // Deletes the row at a visible position; ignored where there is none. In the order, and in that of the
@@ -48,7 +48,7 @@ public:
         std::vector<std::pair<DbTableRow*, std::unique_ptr<DbFieldValue>>> m_cells;
     };
 
-    // From now on shows other's rows in the given order of storage positions. Rows of its own are dropped. No
+    // From now on shows other's rows in the given order of storage positions. Its own rows are dropped. No
     // effect for null or itself. Nothing counts as changed by that.
     void Bind(DbRows* other, std::vector<uint64>& order);
     bool IsBinded() const { return m_isBound; }
@@ -60,11 +60,11 @@ public:
     // The last visible row; null where there is none.
     DbTableRow* GetLastRow();
     uint64 GetRowsCount() const { return m_order.size(); }
-    // Where the row at a visible position stands in the storage; the position itself where there is none.
+    // The storage position of the row at a visible position; the position itself if there is none.
     uint64 GetStoragePosition(uint64 pos) const { return pos < m_order.size() ? m_order[pos] : pos; }
 
-    // Names the visible row at a position as long as the row lives, wherever it stands then; null in it
-    // afterwards. No token where there is no row.
+    // Points to the visible row at a position as long as the row lives, wherever it moves, and to null
+    // afterwards. Null if there is no row.
     std::shared_ptr<DbTableRow*> LifeTokenOf(int pos);
 
 private:
@@ -94,11 +94,11 @@ private:
     DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }
     DbTableRow* RowAt(uint64 pos) const;
 
-    // The structure that the rows follow; null in it once that is gone.
+    // The structure that the rows follow; points to null once that is gone.
     std::shared_ptr<DbTableDescr*> m_descr;
     std::vector<uint64> m_order;
     std::shared_ptr<Storage> m_storage;
-    // Names this object as long as it lives.
+    // Points to this object as long as it lives.
     std::shared_ptr<DbRows*> m_self;
     std::weak_ptr<DbRows*> m_boundTo;
     bool m_isBound = false;

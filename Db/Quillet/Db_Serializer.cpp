@@ -30,7 +30,7 @@ void LoadXml(const CString& path, DBACCESS_ALL& all) {
     for (std::size_t i = 0; i < all.size(); ++i) {
         auto& [name, rows] = all[i];
         name = database.GetTableName(i);
-        // What the list held before says nothing about this table's rows.
+        // The list's earlier contents say nothing about this table's rows.
         rows = {};
         database.GetTable(name, rows);
     }

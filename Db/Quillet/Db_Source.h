@@ -1,4 +1,4 @@
-// The file behind a database.
+// The file of a database.
 #pragma once
 
 #include <cstdint>
@@ -37,8 +37,8 @@ public:
     DbSource& operator=(const DbSource&) = delete;
     virtual ~DbSource();
 
-    // Points at another file and clears the owner. A name that ends otherwise than in "xml" or "mdb" makes no
-    // valid source, without an error. Throws DbException "Invalid source file '%s'", by pointer, for a path
+    // Points at another file and clears the owner. A name that ends in neither "xml" nor "mdb" gives an
+    // invalid source, without an error. Throws DbException "Invalid source file '%s'", by pointer, for a path
     // that can't be read, and the source is not valid then; a file that can't be written is read-only. A
     // source that was read to its end reads no other file sequentially.
     void SetFile(const quillet::CString& path, bool readOnly);
@@ -51,16 +51,15 @@ public:
     bool IsXmlBased() const { return m_type == Type::Xml; }
     bool IsMdbBased() const { return m_type == Type::Mdb; }
     bool IsSequentialAccess() const { return m_sequential; }
-    // Ignored unless the source is XML. Say so before the database is first asked for anything: afterwards
-    // the flag is set all the same, and a line in the database's log says that it comes too late.
+    // Ignored unless the source is XML. Call this before anything else of the database: later the flag is
+    // still set, and a line in the database's log says that it came too late.
     void SetSequentialAccess(bool on);
     // Whether sequential reading has come to its end.
     bool IsEof() const { return m_eof; }
 
     // The path, in the form that decided the type.
     const quillet::CString& GetFile() const { return m_path; }
-    // What stands after the last backslash and before the last full stop; empty where no full stop follows
-    // it.
+    // The part after the last backslash and before the last full stop; empty if no full stop follows.
     quillet::CString GetBareName() const;
 
     // Ends sequential reading: closes the file and frees the buffer.
@@ -81,19 +80,19 @@ private:
     void ClearOwner();
     bool CheckSource();
     void OpenForScanning();
-    // Sequential reading starts anew, at the beginning of the file, or is over.
+    // Sequential reading starts again at the beginning of the file, or is over.
     void Rewind(bool isEof);
     // Why sequential reading ended before the end of the file; empty where it did not.
     const quillet::CString& ReadFailure() const { return m_readFailure; }
     // What the file was when sequential reading began; null where the system can't tell.
     const quillet::platform::FileStamp* ScannedStamp() const { return m_stamp.get(); }
-    // Whether that was the file's fault, and not that of what stands in it.
+    // Whether that was the file's fault, and not that of its contents.
     bool IsFileBad() const { return m_isFileBad; }
     bool Fail(const quillet::CString& why);
     // Where the element that was extracted last begins in the file.
     std::uint64_t Place() const { return m_place; }
 
-    // Names the owner as long as it lives.
+    // Points to the owner as long as it lives.
     std::weak_ptr<DbDatabase*> m_owner;
     Type m_type = Type::None;
     quillet::CString m_path;

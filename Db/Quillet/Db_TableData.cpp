@@ -14,7 +14,7 @@ using quillet::CString;
 
 namespace {
 
-// The search that all forms share: compare(i) says how the key stands to the row at place i.
+// The search that all forms share: compare(i) compares the key with the row at place i.
 template <typename Compare>
 DbTableRow::eCmpResult Search(uint64 count, Compare compare, uint64& place) {
     DbTableRow::eCmpResult result = DbTableRow::CmpEqual;

@@ -35,9 +35,9 @@ public:
     // Load.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Appends one row for each child of the element and logs the time that it took. A row that fails ends the
-    // load with false. Where memory runs out std::bad_alloc is thrown, and no row is appended.
+    // load with false. Out of memory std::bad_alloc is thrown, and no row is appended.
     bool Load(IDispatch* element) override;
-    // Deletes all rows and the pending text; rows that still stand in the database's file don't come back.
+    // Deletes all rows and the pending text; rows that are still in the database's file don't come back.
     virtual void Clear();
     // Takes the text of a <table> element to be read when the rows are first needed.
     virtual void SetXmlSource(const quillet::CString& xml);
@@ -45,8 +45,8 @@ public:
     uint64 GetSize() const override;
 
     // Reads the pending text. True where nothing is pending or the text was read: its rows then count as
-    // unchanged, and what was changed before, such as rows that were added, still counts as changed. False
-    // where it can't be read, also where memory runs out; it stays pending and no row is added.
+    // unchanged, and what was changed before, such as rows that were added, still counts as changed. False if
+    // it can't be read, also when out of memory; it stays pending and no row is added.
     bool ParseXmlData();
     // Whether data was ever given, by SetXmlSource or Load.
     bool IsInitialized() const { return m_initialized; }
@@ -77,7 +77,7 @@ public:
     // those fields. The result is the place in the order of an equal row, not necessarily the first one, or
     // the place where such a row would be inserted. An empty order gives 0.
     uint64 SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order, DbTableRow& key);
-    // An empty order stands for all rows in their visible order.
+    // An empty order means all rows in their visible order.
     uint64 SpatialIndex(std::vector<uint64>& fields, std::vector<uint64>& order,
                         std::vector<quillet::CComVariant>& key);
     // Searches in the row order that the index keeps, or in all rows in their visible order. The key holds
@@ -87,7 +87,7 @@ public:
     DbTableRow::eCmpResult SpatialIndex(DbTableDescr::DbIndex* index, const quillet::CComVariant* key,
                                         int count, uint64& pos);
 
-    // Names this object as long as it lives; null in it afterwards.
+    // Points to this object as long as it lives, and to null afterwards.
     const std::shared_ptr<DbTableData*>& LifeToken() const { return m_life; }
 
 private:
@@ -101,7 +101,7 @@ private:
 
     // Takes back the row at a position, where AddRow put it and nothing was added since.
     void TakeBackRow(uint64 pos) { m_rows->TakeBackRow(pos); }
-    // From here to the next Clear, that one can't fail.
+    // After this the next Clear can't fail.
     void PrepareClear();
 
     // What GetChangeId says. It walks over the cells only where a stamp in the process came or went since it
@@ -109,7 +109,7 @@ private:
     long LatestStamp();
     // Whether none did.
     bool IsLatestStampKnown() const { return m_movesWhenFound == StampMoves(); }
-    // Those that did stand elsewhere.
+    // The changes were made elsewhere: the stamp that is known still holds.
     void ConfirmLatestStamp() { m_movesWhenFound = StampMoves(); }
 
     // Rows are about to come from elsewhere.
@@ -122,7 +122,7 @@ private:
 
     std::shared_ptr<DbTableData*> m_life = std::make_shared<DbTableData*>(this);
     std::unique_ptr<DbRows> m_rows;
-    // What Clear puts in their place, where it was made beforehand.
+    // What the next Clear puts in their place; null if it has to be made.
     std::unique_ptr<DbRows> m_nextRows;
     quillet::CString m_xmlSource;
     bool m_pending = false;

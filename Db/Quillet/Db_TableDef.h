@@ -17,7 +17,7 @@ class QUILLET_API DbTableDef {
 public:
     // Closed. The database is not owned and may be null.
     explicit DbTableDef(DbDatabase* db);
-    // A copy is open on the same table. It takes no table along that was not appended: then it is closed.
+    // A copy is open on the same table. A table that was not appended is not copied: the copy is closed then.
     DbTableDef(const DbTableDef& other);
     DbTableDef& operator=(const DbTableDef& other);
     // Deletes a table that was not appended.
@@ -29,12 +29,12 @@ public:
     // Opens the table or query of that name, without one pair of square brackets around it, and reads its
     // rows. A table that was prepared is deleted. False for an unknown name: nothing changes then.
     virtual bool Open(quillet::CString name);
-    // Deletes a table that was not appended, and lets go of any other.
+    // Deletes a table that was not appended, and releases any other.
     virtual void Close();
 
     // The structure; null while closed. It belongs to the database, or to this object before Append.
     virtual DbTableDescr* GetTableDescr();
-    // Whether the definition stands for a table of the database: not between Create and Append.
+    // Whether the definition is that of a table of the database: not between Create and Append.
     virtual bool IsOpen();
     // The name as it was opened or created; empty while nothing was.
     virtual const quillet::CString& GetTableName() const;
@@ -66,7 +66,7 @@ public:
     virtual long GetRecordCount() const;
 
 private:
-    // A table that belongs to nobody but this object. The contents go before the structure that they follow.
+    // A table that only this object owns. The contents are deleted before the structure that they follow.
     struct Prepared {
         std::unique_ptr<DbTableDescr> m_descr;
         std::unique_ptr<DbTableData> m_data;

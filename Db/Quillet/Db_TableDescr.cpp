@@ -165,7 +165,7 @@ bool DbTableDescr::CreateIndex(CString name, DbIndex* index) {
         return true;
     }
     std::vector<uint64> positions = PositionsOf(*index);
-    // The index stays the caller's until its entry stands.
+    // The index stays the caller's until it is registered.
     const auto keeper = std::make_shared<std::unique_ptr<DbIndex>>();
     m_indexes.emplace(name, isRegistered ? registered->second : std::shared_ptr<DbIndex>(keeper, index));
     if (!isRegistered) {
@@ -328,7 +328,7 @@ void DbTableDescr::AppendField(const DbFieldDescr& field) {
 
 void DbTableDescr::Append(const CString& name, bool key, VARTYPE type) {
     quillet::Upcalls::FieldsWillChange(LiveParent(), *this);
-    // A lookup that stands need not be made anew for one more name.
+    // An existing lookup need not be rebuilt for one more name.
     m_namesStale = !AreNamesKnown();
     const std::size_t position = size();
     auto field = std::make_unique<DbFieldDescr>(this, static_cast<int>(position));

@@ -19,16 +19,15 @@ namespace quillet {
 class CurrentIndex;
 }
 
-// The ordered fields of a table (the vector that it is: element i is the field at position i), a lookup of
-// their names without regard to case and with one pair of enclosing square brackets passed over, named
-// indexes, and row filters. It owns all of them; take fields out with DeleteField or Clear, not through the
-// vector.
+// The ordered fields of a table (as a vector: element i is the field at position i), a lookup of their names
+// without regard to case and with one pair of enclosing square brackets passed over, named indexes, and row
+// filters. It owns all of them; take fields out with DeleteField or Clear, not through the vector.
 class QUILLET_API DbTableDescr : public std::vector<DbFieldDescr*>, public DbXmlSerializable, public DbItem {
 public:
     // A named list of fields by which rows can be ordered and searched.
     class QUILLET_API DbIndex {
     public:
-        // The position of a field that there is not.
+        // The position of a field that does not exist.
         static constexpr uint64 NoField = ~uint64(0);
 
         explicit DbIndex(const quillet::CString& name);
@@ -49,15 +48,14 @@ public:
         // that are created and deleted, and are NoField for one that is gone.
         const std::vector<uint64>& GetFieldIndexes() const { return m_fieldIndexes; }
         std::vector<uint64>& GetFieldIndexes() { return m_fieldIndexes; }
-        // The visible positions of the rows in the order of the index, for whoever keeps one; empty
-        // otherwise.
+        // The visible positions of the rows in the order of the index, if one was set; empty otherwise.
         const std::vector<uint64>& GetRowOrder() const { return m_rowOrder; }
         std::vector<uint64>& GetRowOrder() {
             m_ascendingTypes.reset();
             return m_rowOrder;
         }
 
-        // Names this object as long as it lives; null in it afterwards. A copy has a token of its own.
+        // Points to this object as long as it lives, and to null afterwards. A copy has its own token.
         const std::shared_ptr<DbIndex*>& LifeToken() const { return m_life; }
 
     private:
@@ -77,8 +75,8 @@ public:
         mutable std::optional<std::vector<VARTYPE>> m_ascendingTypes;
     };
 
-    // The descriptor becomes a child of the database and tells it of fields that come and go; null for a
-    // descriptor that stands alone.
+    // The descriptor becomes a child of the database and tells it of fields that are created and deleted;
+    // null for a separate descriptor.
     explicit DbTableDescr(DbDatabase* db);
     DbTableDescr(const DbTableDescr&) = delete;
     DbTableDescr& operator=(const DbTableDescr&) = delete;
@@ -89,7 +87,7 @@ public:
     // std::bad_alloc. The same for Load.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Appends a field for each child of the element, whatever its name; a field that fails ends the load with
-    // false and stays. Fields that stand are kept. A name lookup before Load hides the new fields from later
+    // false and stays. Existing fields are kept. A name lookup before Load hides the new fields from later
     // lookups.
     bool Load(IDispatch* element) override;
 
@@ -104,7 +102,7 @@ public:
     virtual bool CreateIndex(quillet::CString name, DbIndex* index);
     // Has every filter evaluate the row; they keep their results.
     virtual void Evaluate(const DbTableRow& row);
-    // Makes a filter, puts it behind the others and returns it; it lives until ClearFilters, Clear or the end
+    // Makes a filter, appends it to the others and returns it; it lives until ClearFilters, Clear or the end
     // of the descriptor. The operator is one of <, <=, =, ==, >=, >, != and <>. A side that names a field is
     // that field. Any other side is a literal: it loses one quote mark (', " or U+FF91) at each end and is
     // converted to the type of the field on the other side, where either decimal separator is understood for
@@ -146,7 +144,7 @@ public:
     // The same for a name that may be taken, as it may be in a file: the first field of the name is found by
     // it.
     void AppendField(const DbFieldDescr& field);
-    // Removes a field; the rows lose its cells. False where there is none. The fields behind it move up, but
+    // Removes a field; the rows lose its cells. False where there is none. The fields after it move up, but
     // keep the index that they had.
     bool DeleteField(int i);
     bool DeleteField(const quillet::CString& name);
@@ -157,13 +155,13 @@ public:
     // Null for an unknown name.
     DbIndex* FindIndex(const quillet::CString& name) const;
 
-    // Names this object as long as it lives: whoever follows the structure of rows asks here.
+    // Points to this object as long as it lives, for rows that follow the structure.
     const std::shared_ptr<DbTableDescr*>& LifeToken() const { return m_life; }
 
     // Hands over all filters, and takes them back in place of those that are there.
     std::vector<std::unique_ptr<DbFilter>> TakeAllFilters();
     void GiveAllFilters(std::vector<std::unique_ptr<DbFilter>> filters) { m_filters.swap(filters); }
-    // Puts a filter behind the others; no effect for null.
+    // Appends a filter to the others; no effect for null.
     void AppendFilter(std::unique_ptr<DbFilter> filter);
     // Hands over those of the filters that are here, in the order in which they were made.
     std::vector<std::unique_ptr<DbFilter>> TakeFilters(const std::vector<DbFilter*>& filters);
@@ -186,7 +184,7 @@ private:
     // How many fields the lookup knows, and DbFieldDescr::Renames when it was made.
     mutable std::size_t m_namedFields = 0;
     mutable std::uint64_t m_namedAt = 0;
-    // An index may stand under more than one name.
+    // An index may be registered under more than one name.
     std::map<quillet::CString, std::shared_ptr<DbIndex>> m_indexes;
     std::vector<std::unique_ptr<DbFilter>> m_filters;
 };

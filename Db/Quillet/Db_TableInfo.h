@@ -13,7 +13,7 @@ class QueryBuilder;
 }  // namespace quillet
 
 // Owns nothing: structure and contents belong to the database. A copy shares the pointers, which live as long
-// as the table stands in the database.
+// as the table is registered in the database.
 class QUILLET_API DbTableInfo {
 public:
     enum eType : std::int32_t { None = 0, Table = 1, Query = 2 };
@@ -39,18 +39,18 @@ public:
     void SetName(const quillet::CString& name) { m_name = name; }
     void SetSyncStamp(long stamp) { m_syncStamp = static_cast<std::int32_t>(stamp); }
 
-    // Whether this is a query that stands on the other entry, directly or through other queries.
+    // Whether this is a query computed from the other entry, directly or through other queries.
     bool IsRelatedWith(DbTableInfo* other) const;
-    // Whether this entry is the other, shares structure or contents with it, or is a query that stands on
+    // Whether this entry is the other, shares structure or contents with it, or is a query that depends on
     // such an entry. Entries without structure share it, and so do those without contents: two empty entries
-    // stand on each other.
+    // depend on each other.
     bool DependsOn(const DbTableInfo& other) const;
-    // Whether this is the answer of a join. It holds copies and follows nothing: calling the join again fills
+    // Whether this is the answer of a join. It holds copies and follows nothing; calling the join again fills
     // it anew.
     bool IsJoin() const { return m_isJoin; }
-    // Whether a query's rows are those that its base table would give now; true for whatever is no query over
-    // another entry. A query over a query gives that one's answer: its own rows follow when they are asked
-    // for.
+    // Whether a query's rows are those that its base table would give now; true for anything that is no query
+    // over another entry. For a query over a query it is that query's answer: its own rows follow when they
+    // are requested.
     bool IsQuerySync() const;
     // Empties structure and contents; both objects stay.
     void Clear();
@@ -59,7 +59,7 @@ private:
     friend class quillet::Registry;
     friend class quillet::QueryBuilder;
 
-    // The first entry, from this one down, that stands on no query.
+    // The first entry, from this one down, that depends on no query.
     const DbTableInfo& LowestQuery() const;
     void SetIndex(uint64 index) { m_index = index; }
     void SetRelated(DbTableInfo* related) { m_related = related; }

@@ -47,14 +47,14 @@ DbTableRow::~DbTableRow() {
     ReleaseChildrenOutside(m_block, m_block + m_blockCells);
     erase(std::remove_if(begin(), end(), [&](const DbFieldValue* cell) { return IsInBlock(cell); }), end());
     if (!empty()) {
-        // A cell that stands at two positions is deleted once.
+        // A cell at two positions is deleted once.
         std::sort(begin(), end());
         erase(std::unique(begin(), end()), end());
         for (const DbFieldValue* cell : *this) {
             delete cell;
         }
     }
-    // A number has nothing to give back; leaving it alone spares writing to all of the table's memory.
+    // A number has nothing to free; leaving it alone avoids writing to all of the table's memory.
     for (DbFieldValue* cell = m_block; cell != m_block + m_blockCells; ++cell) {
         if (cell->m_value.OwnsMemory() || cell->HasChildren()) {
             cell->DbFieldValue::~DbFieldValue();
@@ -113,7 +113,7 @@ void DbTableRow::EraseCell(uint64 index) {
     }
 }
 
-// Empty where the descriptor has no such field, which no document accepts.
+// Empty if the descriptor has no such field; no document accepts that name.
 const std::string& DbTableRow::FieldNameInFile(std::size_t position) const {
     static const std::string NoName;
     const DbTableDescr* const descr = GetDescr();

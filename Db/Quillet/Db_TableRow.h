@@ -11,8 +11,8 @@
 
 class DbTableDescr;
 
-// The cells of a row, in field order (the vector that it is: element i is the cell of field i). The row owns
-// them; those that it was made with stand in one block.
+// The cells of a row, in field order (as a vector: element i is the cell of field i). The row owns them;
+// those that it was made with are in one block.
 class QUILLET_API DbTableRow : public std::vector<DbFieldValue*>, public DbXmlSerializable, public DbItem {
 public:
     enum eCmpResult : std::int32_t { CmpEqual = 0, CmpLess = 1, CmpGreater = 2 };
@@ -25,8 +25,8 @@ public:
 
     // Appends <row> with one attribute for each cell, named by the field's safe name. When the document
     // refuses or throws, the row is not appended, the database's log says at which field, and why where that
-    // is the field's name, and the result is false. Nothing is thrown but our own std::bad_alloc. The same
-    // for Load.
+    // is the field's name, and the result is false. Only our own std::bad_alloc is thrown. The same holds for
+    // Load.
     bool Save(IDispatch* document, IDispatch* parentElement) override;
     // Reads the cells from the element's attributes by position, whatever their names. Attributes beyond the
     // cells are left out, and cells beyond the attributes keep what they hold; the table's data counts such
@@ -39,11 +39,10 @@ public:
     void SetDescr(DbTableDescr* descr);
     DbTableDescr* GetDescr() const { return m_descr ? *m_descr : nullptr; }
 
-    // Puts a cell at a position and takes it over; no effect where there is no such position. Nothing counts
-    // as changed by that: call SetChanged where it is to be saved. The cell that stood there is not deleted:
-    // the caller may delete it while the row lives. A cell that the row was made with goes with the row, or
-    // earlier when the caller deletes it. A cell belongs to one row: the caller sees to it that none is
-    // handed over that stands in another row.
+    // Puts a cell at a position and takes ownership of it; no effect if there is no such position. Nothing is
+    // marked as changed: call SetChanged if it has to be saved. The previous cell is not deleted: the caller
+    // may delete it while the row lives. A cell that the row was made with is deleted with the row, or
+    // earlier by the caller. A cell belongs to one row: the caller must not pass one that is in another row.
     void SetFieldValuePtr(uint64 i, DbFieldValue* v);
 
     // The cell at a position or of a field's name. Where there is none, an empty value that belongs to
@@ -105,21 +104,21 @@ public:
 private:
     friend class DbRows;
 
-    // A row and its cells stand in one piece of memory of so many bytes, with the row at its beginning.
+    // The bytes of the piece of memory that holds a row, at its beginning, and its cells.
     static std::size_t PieceBytes(std::size_t cells);
-    // Makes one empty cell for each field of the descriptor, behind the row in its piece; with the fields'
-    // default values where asked for. Where it throws, the row can be destroyed and no more.
+    // Makes one cell for each field of the descriptor, after the row in its piece: empty, or with the fields'
+    // default values. If it throws, the row can only be destroyed.
     void MakeCells(bool initValues);
     std::size_t CellsInPiece() const { return m_blockCells; }
     int FieldIndex(const quillet::CString& name) const;
-    // Null where there is none.
+    // Null if there is none.
     DbFieldValue* CellAt(uint64 i) const {
         return i < size() ? std::vector<DbFieldValue*>::operator[](i) : nullptr;
     }
     static DbFieldValue& NoCell();
     const std::string& FieldNameInFile(std::size_t position) const;
     void LogFailedSave(std::size_t position);
-    // A cell for the index, which stands nowhere yet, with room for it in the row.
+    // A cell for the index that is in no row yet, with room reserved for it in this row.
     std::unique_ptr<DbFieldValue> MakeCell(uint64 index, const DbFieldValue& value);
     // Neither fails.
     void InsertCell(uint64 index, std::unique_ptr<DbFieldValue> cell);

@@ -1,11 +1,11 @@
-// What reads and writes itself as XML.
+// The interface of objects that read and write themselves as XML.
 #pragma once
 
 #include "Quillet/platform/Automation.h"
 
 // Both operations take automation interfaces of an XML document object model: our own documents' or any
-// other's. Another's may fail by throwing whatever it likes: that is a failure like any other, and comes out
-// as false. Nothing is thrown but our own std::bad_alloc.
+// other's. A foreign one may fail by throwing anything: that is a failure like any other and gives false.
+// Only our own std::bad_alloc is thrown.
 class QUILLET_API DbXmlSerializable {
 public:
     // Appends this object's element or elements under parentElement, made through document. False when the

@@ -27,12 +27,12 @@ DbTableRow* RowAt(DbTableData& data, uint64 position) {
     return position < data.size() ? data.GetRow(static_cast<int>(position)) : nullptr;
 }
 
-// A value that stands in one order with all others of its type. Texts stand in the order of their foldings:
-// only there do texts that are equal without case stand together in every language.
+// A value with a place in the total order of its type. Texts are ordered by their foldings: only so are texts
+// that are equal without case neighbours in every language.
 class Sortable {
 public:
-    // The value must outlive its use here. False where it stands in no order: a null, what does not equal
-    // itself, a text without a collation key.
+    // The value must outlive its use here. False if it has no place in the order: a null, a value that does
+    // not equal itself, a text without a collation key.
     bool Set(const CComVariant& value) {
         m_value = &value;
         if (value.vt != VT_BSTR) {
@@ -66,7 +66,7 @@ private:
     std::string m_key;
 };
 
-// How many leading fields of the row hold values that stand in an order; the values are set to these.
+// How many leading fields of the row hold values with a place in the order; the values are set to these.
 std::size_t Read(const DbTableRow& row, const std::vector<uint64>& fields, std::vector<Sortable>& values) {
     std::size_t count = 0;
     while (count < values.size() && values[count].Set(row.GetField(fields[count]).GetVariant())) {
@@ -112,7 +112,7 @@ std::vector<VARTYPE> AscendingTypes(const std::vector<uint64>& order, const std:
     return types;
 }
 
-// What the rows are searched for by halves: one value for each of the leading fields.
+// The key of a binary search: one value for each of the leading fields.
 class Target {
 public:
     // False where the keys have no place among values of the types.
@@ -166,7 +166,7 @@ uint64 CurrentIndex::PositionAt(uint64 place) const {
 
 void CurrentIndex::Build(const DbTableDescr& descr, DbTableData& data) {
     const std::vector<uint64> fields = FieldsOf(*Get(), descr);
-    // Stands for a row that is missing.
+    // Takes the place of a missing row.
     DbTableRow nothing(nullptr);
     std::vector<DbTableRow*> rows(data.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -212,7 +212,7 @@ void CurrentIndex::RowDeleted(uint64 place, uint64 position) {
     if (index == nullptr) {
         return;
     }
-    // Rows that ascend do so without one of them.
+    // Rows that ascend still do without one of them.
     std::vector<uint64>& order = index->m_rowOrder;
     if (place < order.size()) {
         order.erase(order.begin() + static_cast<std::ptrdiff_t>(place));

@@ -14,14 +14,14 @@ namespace quillet {
 // The position of no row.
 constexpr uint64 NoRow = std::numeric_limits<uint64>::max();
 
-// An index whose row order maps places to the visible positions of rows; none, and places are positions. The
-// index keeps the order, so other cursors go by it too; it does not follow what is done to the rows later. An
-// index that was deleted is current no more.
+// An index whose row order maps places to the visible positions of rows; without an index, places are
+// positions. The index keeps the order, so other cursors use it too; it does not follow later changes of the
+// rows. An index that was deleted is no longer current.
 class CurrentIndex {
 public:
     // Null for none.
     DbTableDescr::DbIndex* Get() const { return m_index ? *m_index : nullptr; }
-    // Makes an index current, or none, as it is.
+    // Makes an index current with the order that it has; null for none.
     void Set(const DbTableDescr::DbIndex* index);
 
     // The position of the row at a place; NoRow where the order has no such place.
@@ -36,7 +36,7 @@ public:
     // looking at every row, and linear time elsewhere.
     std::optional<uint64> Find(const DbTableDescr& descr, DbTableData& data, const CComVariant* keys,
                                uint64 count);
-    // The row at the place, which stood at the position, was deleted.
+    // The row at the place was deleted; its position was this one.
     void RowDeleted(uint64 place, uint64 position);
 
 private:

@@ -65,7 +65,7 @@ bool IsArray(const CComVariant& value) {
 
 void FieldBindings::Bind(void* variable, uint64 field, ReadFunction read, WriteFunction write) {
     if (m_bindings.use_count() != 1) {
-        // There is no list yet, or somebody goes through it.
+        // There is no list yet, or a loop is using it.
         m_bindings = std::make_shared<Bindings>(ListOf(m_bindings));
     }
     (*m_bindings)[variable] = Binding{field, read, write};

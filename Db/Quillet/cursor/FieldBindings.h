@@ -29,7 +29,7 @@ public:
     // is asked for every variable, since the functions may change the table. False where there is no row.
     template <typename Row>
     bool Read(Row row) const {
-        // What is bound meanwhile goes into another list (Bind).
+        // The functions may bind more variables: these go into another list (Bind).
         const Held bindings = m_bindings;
         for (const auto& [variable, binding] : ListOf(bindings)) {
             DbTableRow* const at = row();
@@ -43,8 +43,8 @@ public:
         }
         return row() != nullptr;
     }
-    // What the cells will hold, by the positions of their fields, appended in the order in which they take
-    // it. The row is left alone.
+    // The values to store, by the positions of their fields, appended in the order in which they will be
+    // stored. The row is unchanged.
     using Values = std::vector<std::pair<uint64, CComVariant>>;
     template <typename Row>
     void Collect(Row row, Values& values) const {

@@ -20,7 +20,7 @@ bool RowCondition::Read(DbDatabase& database, const CString& table, const DbTabl
     if (descr == nullptr) {
         return m_params.filters.empty();
     }
-    // A text that names further tables may have had some of them read, and something done to this one.
+    // Reading a text that names more tables may have refreshed them, and changed this one.
     m_filters = descr->TakeFilters(m_params.filters);
     return m_filters.size() == m_params.filters.size();
 }

@@ -1,4 +1,4 @@
-// A condition that rows are asked one after the other.
+// A condition that is evaluated for one row after another.
 #pragma once
 
 #include <memory>
@@ -16,8 +16,8 @@ class RowCondition {
 public:
     // Reads a condition on the rows of the named table, which has the structure, as the part of a query after
     // WHERE; DbRecordset::Condition puts blanks in front where they are needed. False, with lines in the
-    // database's log, for a text that is none, and for conditions where the name means no table, or another
-    // one. An empty text holds for every row.
+    // database's log, for a text that is none, and for conditions if the name means no table, or another one.
+    // An empty text holds for every row.
     bool Read(DbDatabase& database, const CString& table, const DbTableDescr& structure, const CString& text);
     // Whether the brackets match; a condition that is not valid holds for no row.
     bool IsValid() const { return m_params.clause->IsValid(); }
@@ -25,7 +25,7 @@ public:
     bool Holds(const DbTableRow& row);
 
 private:
-    // Before the clause, whose leaves they are.
+    // Declared before the clause, whose leaves they are.
     std::vector<std::unique_ptr<DbFilter>> m_filters;
     parser::QueryAnalysisParams m_params;
 };

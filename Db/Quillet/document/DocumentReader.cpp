@@ -38,7 +38,7 @@ bool IsOfSkeleton(const xml::Node& node) {
                        [&](const char* known) { return name.CompareNoCase(known) == 0; });
 }
 
-// Whether the file has nothing to lose. A byte-order mark is nothing.
+// Whether the file is blank; a byte-order mark doesn't count.
 bool IsBlankFile(const CString& path) {
     const std::unique_ptr<platform::ReadableFile> file = platform::ReadableFile::Open(path.ToUtf8());
     if (file == nullptr) {
@@ -100,7 +100,7 @@ void DocumentReader::NoteSiblings(const xml::Node& last, const char* parent) {
     }
 }
 
-// An element that stands where there is one already. Nothing is lost with one that is empty.
+// Logs an element of which there is one already. If it is empty, nothing is lost.
 void DocumentReader::NotePassedOver(const xml::Node& node, const char* parent) {
     if (node.IsNull()) {
         return;
@@ -175,7 +175,7 @@ void DocumentReader::CheckList(const xml::Node& list, const ScannedPlaces& scann
     }
 }
 
-// names are those of the structure that stand for rows to come; each is taken once.
+// names are those of the structure whose rows are still to come; each is taken once.
 void DocumentReader::ReadUnreadData(const xml::Node& data, const ScannedPlaces& scanned,
                                     std::set<CString>& names, Unread& unread) {
     for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {

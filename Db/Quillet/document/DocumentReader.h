@@ -23,7 +23,7 @@ class Log;
 class Registry;
 class Omissions;
 
-// A table whose rows still stand in the file, and its name there.
+// A table whose rows are still in the file, and its name there.
 struct UnreadTable {
     CString m_name;
     DbTableData* m_data;
@@ -42,20 +42,21 @@ struct ScannedPlaces {
     std::map<CString, std::uint64_t> m_tables;
 };
 
-// What is passed over leaves a line in the log and is noted as an omission. Only running out of memory is
-// thrown, and what a member says.
+// What is left out gets a line in the log and is noted as an omission. Throws only std::bad_alloc, and what a
+// member says.
 class DocumentReader {
 public:
     DocumentReader(Registry& registry, Log& log, Omissions& omissions)
         : m_registry(registry), m_log(log), m_omissions(omissions) {}
 
     // Registers the tables of a file and reads their rows. A file that is no catalog leaves a line in the log
-    // and the tables that were read until the fault.
+    // and the tables that were read before the fault.
     void ReadDatabase(const CString& path);
 
-    // Reads the rows of the unread tables from the whole of a file that was scanned; leaves those for which
-    // the file has none. Notes what else of the file nobody has read, and where scanning took something else
-    // for a part of the catalog, as what stands in a comment. What was read counts as unchanged.
+    // Reads the rows of the unread tables from the whole of a file that was scanned; tables for which the
+    // file has none stay in the list. Notes what else in the file was not read, and where scanning took
+    // something else, such as text in a comment, for a part of the catalog. What was read counts as
+    // unchanged.
     void ReadUnread(const CString& path, const ScannedPlaces& scanned, Unread& unread);
 
     // Registers the tables of a <structure> element's text; returns how many it describes. Text that is none
@@ -72,15 +73,15 @@ public:
     // "Invalid pointer", by pointer, where the text is no such element or the table is unknown.
     void ReadTableText(const CString& xml);
 
-    // The rows of a table for which none waits: it has no structure, or has rows already.
+    // Notes rows that belong to no unread table: the table has no structure, or has rows already.
     void OmitRows(const CString& name);
 
-    // The file is no complete catalog, for a reason that may be empty; nothing is omitted where it is blank.
+    // Notes that the file is no complete catalog, for a reason that may be empty. A blank file omits nothing.
     void NoteUnreadable(const CString& path, const CString& why);
 
     // The entry about a table whose rows could not all be read.
     static DbLogEntry MalformedRows(const CString& table);
-    // The line about what is no complete catalog.
+    // The line about a file or text that is no complete catalog.
     static constexpr const char* InvalidFormat = "Invalid xml database file format";
 
 private:

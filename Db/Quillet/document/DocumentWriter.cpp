@@ -11,7 +11,7 @@ namespace quillet {
 
 namespace {
 
-// The tables that stand in the header of the document.
+// The number of tables in the header of the document.
 constexpr std::size_t HeaderTables = 2;
 
 }  // namespace

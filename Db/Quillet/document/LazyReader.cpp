@@ -103,7 +103,7 @@ void LazyReader::ReadSequentially() {
         CreatePropertiesTable(m_registry);
         return;
     }
-    // The fixed tables come before those of the body, unless they stand there.
+    // The fixed tables come before those of the body, unless the body has them.
     if (!DocumentReader::DescribesTable(xml, HeaderTable)) {
         CreateHeaderTable(m_registry);
     }
@@ -277,7 +277,7 @@ CString LazyReader::FindMissing(const CString& path) {
         return IsSourceFile(path) ? m_omissions.First() : CString();
     }
     if (!IsWhatWasScanned(path)) {
-        // What others have made of the file since says nothing about what was read from it.
+        // A later change of the file says nothing about what was read from it.
         return m_unread.empty() ? CString() : "it was changed or moved before every table was read";
     }
     Omissions found;
@@ -291,12 +291,12 @@ CString LazyReader::FindMissing(const CString& path) {
         m_scanned.reset();
         m_error.Clear();
     }
-    // A table whose text is still no rows can't be saved, which says more.
+    // A table whose text could not be parsed can't be saved; that error says more.
     return isUnparsed && !m_error.IsOutOfMemory() ? m_omissions.First() : found.First();
 }
 
-// Unread tables can be taken only from the very file, unchanged. To see that it holds nothing else, any file
-// of its length is looked at: another time or another name says nothing about what stands in it.
+// Unread tables can be taken only from the very same file, unchanged. To see that it holds nothing else, any
+// file of its length will do: another time or name says nothing about the contents.
 bool LazyReader::IsWhatWasScanned(const CString& path) const {
     const auto file = platform::ReadableFile::Open(path.ToUtf8());
     const std::optional<platform::FileStamp> now = file ? file->Stamp() : std::nullopt;
@@ -307,7 +307,7 @@ bool LazyReader::IsWhatWasScanned(const CString& path) const {
     return m_unread.empty() && IsSourceFile(path);
 }
 
-// Tables whose text was cut out of the file and is no rows are unread again.
+// Tables whose text was cut out of the file and could not be parsed become unread again.
 void LazyReader::TakeBackUnparsed() {
     for (std::size_t i = 0; i < m_registry.Count(); ++i) {
         DbTableData* const data = m_registry.DataAt(i);
@@ -319,7 +319,7 @@ void LazyReader::TakeBackUnparsed() {
     }
 }
 
-// A path at which no file is any more leads to nothing that could be lost.
+// Where there is no file any more, nothing can be lost.
 bool LazyReader::IsSourceFile(const CString& path) const {
     const auto target = platform::FileIdentity::Of(path.ToUtf8());
     return target &&
@@ -355,7 +355,7 @@ CString LazyReader::LastReadError() const {
     return m_omissions.IsEmpty() ? Unreached() : m_omissions.First();
 }
 
-// Which tables sequential reading has not brought and won't bring any more, in one line.
+// The tables that sequential reading did not reach and won't reach any more, in one line.
 CString LazyReader::Unreached() const {
     constexpr std::size_t MostNames = 8;
     std::string names;
@@ -379,7 +379,7 @@ Unread::iterator LazyReader::FindUnread(const DbTableData* data) {
                         [&](const UnreadTable& table) { return table.m_data == data; });
 }
 
-// Rows that a program gave the table itself are not waited for.
+// Rows that a program gave the table itself are not expected from the file.
 bool LazyReader::IsUnread(const DbTableData* data) {
     return !data->IsInitialized() && FindUnread(data) != m_unread.end();
 }

@@ -22,8 +22,7 @@ class AccessImporter;
 class Log;
 class Registry;
 
-// Whatever is thrown out of a member that reads, the database is then what it was before, and the same is
-// read when it is next asked for.
+// If a member that reads throws, the database is unchanged, and the next access reads the same again.
 class LazyReader {
 public:
     LazyReader(DbDatabase& owner, DbSource& source, Registry& registry, AccessImporter& importer, Log& log)
@@ -32,16 +31,16 @@ public:
     // Everything is still to be read, or nothing is.
     void Reset();
     void MarkRead();
-    // Whether reading has begun: the way in which the source is read is settled then.
+    // Whether reading has begun; the way of reading can't be changed then.
     bool HasBegun() const { return !m_pending; }
 
     // Reads the header and the structure of the body of a sequential source, or the whole of another one,
     // also of an Access file; adds the header and properties tables where the file has none. What was read
     // counts as unchanged. Once only.
     void ReadStructure();
-    // Cuts the next table's rows out of a sequential source and hands them to the table that they name.
-    // Null, with the source released, when no table is unread or the file has no more; in that case with a
-    // line in the log.
+    // Cuts the next table's rows out of a sequential source and gives them to the table that they name. Null,
+    // with the source released, when no table is unread, or, with a line in the log, when the file has no
+    // more.
     DbTableData* ReadNextTable();
     // Reads tables in the order of the file until the given one has its rows. A line in the log says that it
     // was not reached.
@@ -52,17 +51,17 @@ public:
     void ParseRows(const DbTableData& data, const CString& xml);
     // Reads tables until the given one has its rows, or the file has no more of them.
     void Reach(const DbTableData* data);
-    // A program deletes what stands in the table, which was reached: its rows are no more waited for.
+    // A program deletes the contents of a table that was reached: its rows are no longer expected.
     void Forget(const DbTableData* data);
     // A program deletes the fields of a table, or all of it.
     void ForgetStructure(const DbTableDescr* descr);
 
-    // Before the file of a path is replaced: where it is the one that was read, every table that still lacks
-    // its rows gets them. What would be lost all the same, in one line; empty for nothing.
+    // Called before the file at a path is replaced. If it is the one that was read, every table that still
+    // lacks its rows gets them. Returns what would still be lost, in one line; empty for nothing.
     CString ReadRest(const CString& path);
     // Whether the path leads to the file of the source, the one that was read or the one that is there now.
     bool IsOwnFile(const CString& path) const;
-    // The file of the source is now what the model is: nothing of it is missing.
+    // The file of the source now holds exactly the model: nothing of it is missing.
     void MarkWritten() noexcept;
 
     // Why the last reading did not bring everything; not set after one that did.
@@ -91,7 +90,7 @@ private:
     AccessImporter& m_importer;
     Log& m_log;
     bool m_pending = true;
-    // Of a sequential source: the tables whose rows still stand in the file, in the order of the structure,
+    // Of a sequential source: the tables whose rows are still in the file, in the order of the structure,
     // those whose text was handed out, and how many <table> elements of the body's rows were cut out.
     Unread m_unread;
     std::unordered_map<const DbTableData*, UnreadTable> m_handedOut;

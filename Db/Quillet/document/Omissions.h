@@ -12,14 +12,14 @@ class DbItem;
 
 namespace quillet {
 
-// Reading notes here what it passes over, so that the file is not overwritten without it. Lookups take time
-// in the number of omissions, of which a sound file has none.
+// Reading notes here what it leaves out, so that the file is not overwritten without it. Lookups take time in
+// the number of omissions, of which a sound file has none.
 class Omissions {
 public:
     // One line of text; part, where one is given, is the structure or the rows of a table that lack
     // something.
     void Note(CString what, const DbItem* part = nullptr) { m_list.emplace_back(part, std::move(what)); }
-    // A program deletes what stands in the part, and what it lacks with it.
+    // A program deletes the contents of the part, and with them its omissions.
     void Forget(const DbItem* part) {
         m_list.erase(std::remove_if(m_list.begin(), m_list.end(),
                                     [&](const auto& omission) { return omission.first == part; }),

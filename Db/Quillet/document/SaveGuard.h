@@ -1,4 +1,4 @@
-// A file that is saved over only as long as it is what it was.
+// Lets a file be replaced only as long as it is unchanged.
 #pragma once
 
 #include <optional>
@@ -10,11 +10,11 @@ namespace quillet {
 
 class SaveGuard {
 public:
-    // Takes what stands at the path now, a file or none.
+    // Remembers what is at the path now, a file or none.
     explicit SaveGuard(const std::string& path);
 
-    // What has to stand there when the path is saved to; the save keeps it up to date. Null where the path
-    // leads neither to that place nor to the file that stands there.
+    // What must be there when the path is saved to; the save keeps it up to date. Null if the path leads
+    // neither to that place nor to the file there.
     platform::FileVersion* For(const std::string& path);
 
 private:

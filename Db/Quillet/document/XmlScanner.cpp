@@ -15,8 +15,8 @@ constexpr char PathSeparator = '\\';
 constexpr std::size_t LongestName = std::size_t{1} << 16;
 constexpr auto LargestElement = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
 
-// The bytes of a path as names are compared: each byte of the stream stands for the character of its signed
-// value. False where the path holds a character that no byte stands for.
+// The bytes of a path as names are compared: each byte of the stream is the character of its signed value.
+// False if the path holds a character that no byte can be.
 bool NarrowPath(const CString& path, std::string& narrow) {
     for (const WCHAR unit : path.View()) {
         const auto value = static_cast<char16_t>(unit);
@@ -30,7 +30,7 @@ bool NarrowPath(const CString& path, std::string& narrow) {
 
 }  // namespace
 
-// What one Extract is about.
+// The state of one Extract.
 struct XmlScanner::Cut {
     const std::string& m_wanted;
     std::string& m_bytes;
@@ -38,7 +38,7 @@ struct XmlScanner::Cut {
     int m_depth = 0;
     bool m_tagPending = false;
     bool m_capturing = false;
-    // The element's last tag is open: nothing but its '>' is waited for.
+    // The element's last tag is open: only its '>' is missing.
     bool m_finished = false;
     bool m_done = false;
 };

@@ -25,17 +25,17 @@ public:
 
     // Gives in bytes the next element, at or after the current position, whose path equals path (case
     // counts), from its '<' to its last '>'. False, and the end reached, when there is none; true with what
-    // there was when the stream ends inside the element. The next call continues behind the element.
+    // there was when the stream ends inside the element. The next call continues after the element.
     bool Extract(const CString& path, std::string& bytes);
 
-    // Where the '<' of the element that was found last stands in the stream.
+    // The position in the stream of the '<' of the element that was found last.
     std::uint64_t Place() const { return m_place; }
 
     // Whether the stream has ended, or was given up; nothing more will be found.
     bool IsEof() const { return m_eof; }
     // Why the stream was given up; null where it was not. Elements nested deeper than xml::MaxDepth, a name
-    // longer than any, and an element that no string can hold are not followed further; UTF-16 and UTF-32 are
-    // not even begun with.
+    // longer than any, and an element too long for a string end the search; UTF-16 and UTF-32 are refused at
+    // the beginning.
     const char* Refusal() const { return m_refusal; }
 
 private:

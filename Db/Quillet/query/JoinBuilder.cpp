@@ -52,7 +52,7 @@ std::vector<std::uint32_t> ClassesOf(const Column& column, Classes& classes) {
 // The rows of each class, in their order.
 class RowsOfClasses {
 public:
-    // What is in no class counts to the one behind the last.
+    // What is in no class counts as one more class after the last.
     RowsOfClasses(const std::vector<std::uint32_t>& ofRow, std::size_t classes)
         : m_last(classes), m_starts(classes + 2), m_rows(ofRow.size()) {
         for (const std::uint32_t number : ofRow) {
@@ -208,7 +208,7 @@ void MakeNull(DbTableRow& row, std::size_t fields) {
     }
 }
 
-// A row for each pair, and one for each row of the second table that stands alone.
+// A row for each pair, and one for each unmatched row of the second table.
 void Fill(DbRows& rows, const std::vector<DbTableRow*>& first, const std::vector<DbTableRow*>& second,
           std::size_t fieldsOfFirst, const std::vector<Matches::Pair>& pairs,
           const std::vector<RowNumber>& alone) {

@@ -44,7 +44,7 @@ private:
 
     CString Answer(const Texts& texts, const char* kind, bool withUnmatched);
     // The next three are false, with a line in the log, where there is no such table, no such field, and
-    // where the table of that name is no join, or one that the sides stand on.
+    // where the table of that name is no join, or one that the sides depend on.
     bool FindTable(const CString& name, Side& side);
     bool FindField(const CString& name, Side& side);
     bool CanHoldAnswer(const CString& name, const Side& first, const Side& second);

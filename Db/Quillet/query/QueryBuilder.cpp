@@ -32,7 +32,7 @@ bool SelectsAll(const Params& params) {
     return params.fields.front() == "*";
 }
 
-// Whether the answer is the source as it stands.
+// Whether the answer is the source itself.
 bool IsWholeTable(const Params& params, const DbTableDescr& source) {
     if (params.tables.size() != 1 || !params.conditions.empty() || !params.order.empty() || params.top >= 0) {
         return false;
@@ -72,7 +72,7 @@ std::vector<DbTableRow*> RowsAt(DbRows& rows, const std::vector<uint64>& positio
     return list;
 }
 
-// Keeps what stands at the places, in their order.
+// Keeps the elements at the places, in their order.
 void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
     std::vector<uint64> picked(places.size());
     std::transform(places.begin(), places.end(), picked.begin(),
@@ -106,7 +106,7 @@ void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::ve
     }
 }
 
-// Whether the entry's rows are computed from another's and are to be what they would be now.
+// Whether the entry's rows are computed from another's and have to follow them.
 bool Follows(const DbTableInfo& entry) {
     return entry.GetType() == DbTableInfo::Query && entry.GetRelated() != nullptr && !entry.IsJoin();
 }
@@ -210,7 +210,7 @@ bool QueryBuilder::IsInStep(const DbTableInfo& query) const {
 }
 
 bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
-    // A query over several tables asks those behind the first from within itself.
+    // A query over several tables refreshes those after the first within its own call.
     constexpr std::size_t DeepestCall = 200;
     const RefreshScope scope(*this);
     name = NextName();
@@ -228,7 +228,7 @@ bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
     Params params;
     if (!Analyze(text, params) || !Answer(sql, params, answer, name)) {
         if (answer != nullptr) {
-            // Nobody asked for this text now, and it is tried again each time.
+            // The caller did not ask for this text, and it is tried again each time.
             RemoveFilters(params);
         }
         return false;
@@ -267,7 +267,7 @@ bool QueryBuilder::Answer(const CString& sql, const Params& params, DbTableInfo*
         answer = m_registry.FindQuery(sql);
     }
     if (answer != nullptr) {
-        // A source that it stands on already does not stand on it, unless they share what they hold.
+        // The answer's own source can't depend on it, unless they share their contents.
         const bool mayBeBelow = answer->GetRelated() != &source || m_registry.IsShared(*answer);
         if (mayBeBelow && source.DependsOn(*answer)) {
             LogCycle(sql);

@@ -30,28 +30,28 @@ public:
     bool Analyze(const CString& sql, parser::QueryAnalysisParams& params);
     bool Verify(const CString& sql);
 
-    // The table of the name, or null; its rows may wait to be read.
+    // The table of the name, or null; its rows may still be unread.
     DbTableInfo* Find(const CString& name);
-    // The same once its rows have been looked for; a query that is out of step has been answered again.
+    // The same with its rows read, or, for a query that is out of date, answered again.
     DbTableInfo* FindInStep(const CString& name);
 
-    // Answers a query again that is out of step with what it stands on, and before it the queries that it
-    // stands on; nothing for any other entry.
+    // Answers a query again if it is out of date, after the queries that it depends on; no effect for any
+    // other entry.
     void Refresh(DbTableInfo& info);
     void RefreshAll();
 
 private:
     class RefreshScope;
 
-    // The entry and the queries that it stands on, down to one that is in m_refreshed; the lowest first.
+    // The entry and the queries that it depends on, down to one that is in m_refreshed; the lowest first.
     std::vector<DbTableInfo*> QueriesUpTo(DbTableInfo& info) const;
-    // The lowest of the queries that a query stands on, or it itself.
+    // The lowest of the queries that a query depends on, or the query itself.
     const DbTableInfo& LowestOf(const DbTableInfo& query) const;
-    // Whether the rows are those that the query would give now: nothing happened to its source since, nor to
-    // the table below a source that is a query.
+    // Whether the rows are those that the query would give now: neither its source has changed since, nor the
+    // table below a source that is a query.
     bool IsInStep(const DbTableInfo& query) const;
 
-    // Fills the given query table, or finds out which table answers.
+    // Fills the given query table, or finds the table that answers.
     bool Ask(const CString& sql, DbTableInfo* answer, CString& name);
     static CString NextName();
     void LogCycle(const CString& sql);
@@ -60,7 +60,7 @@ private:
                 CString& name);
     bool Build(const CString& sql, const parser::QueryAnalysisParams& params, DbTableInfo& source,
                DbTableInfo* answer, const CString& name);
-    // found holds visible positions and is used up; so is fields.
+    // found holds visible positions; found and fields are consumed.
     static void Fill(DbTableDescr& toDescr, DbTableData& toData, const parser::QueryAnalysisParams& params,
                      DbTableDescr& descr, DbRows& rows, std::vector<uint64>& fields,
                      std::vector<uint64>& found);
@@ -74,12 +74,12 @@ private:
     Registry& m_registry;
     LazyReader& m_reader;
     Log& m_log;
-    // How many calls stand in each other.
+    // The nesting depth of calls.
     std::size_t m_depth = 0;
-    // What the outermost call has brought up to date, or tried to, and the lowest query that each stands on;
-    // null while it is being tried. Where an entry is here, so are the queries below it. They stay as they
-    // are until that call is over: neither does the structure of an analysis change, nor does a query that
-    // can't be answered cost more than one try.
+    // The entries that the outermost call has brought up to date, or tried to, with the lowest query that
+    // each depends on; null while it is being tried. With an entry, the queries below it are here too. They
+    // are not refreshed again before that call ends, so the structure does not change during an analysis, and
+    // a query that can't be answered costs one try.
     std::unordered_map<const DbTableInfo*, const DbTableInfo*> m_refreshed;
 };
 

@@ -10,9 +10,9 @@ class DbTableDescr;
 
 namespace quillet {
 
-// The analyser puts blanks around operators, in square brackets too, so that the name of a field comes out of
-// a text altered where it holds one. A name that no field has is therefore looked up a second time, among the
-// names of the fields with the same blanks put in; it is found where exactly one fits.
+// The analyser puts blanks around operators, even in square brackets, and so alters the name of a field that
+// holds one. A name that no field has is therefore looked up a second time, among the names of the fields
+// with the same blanks put in; it is found where exactly one fits.
 //
 // Lives no longer than the structure, which must not change meanwhile.
 class QueryFields {

@@ -17,7 +17,7 @@ class Log;
 class QueryBuilder;
 
 // Looks up tables and fields in the database while it reads, and makes the conditions filters of the first
-// FROM table's descriptor. Whatever is wrong leaves a line in the log.
+// FROM table's descriptor. Every error leaves a line in the log.
 class SqlAnalyzer {
 public:
     SqlAnalyzer(QueryBuilder& queries, Log& log, parser::QueryAnalysisParams& params)
@@ -56,8 +56,8 @@ private:
         std::size_t m_found = 0;
     };
     std::unordered_map<const DbTableDescr*, Checked> m_checked;
-    // Those of the table that is searched, until another table is read: that one may be what this one stands
-    // on.
+    // The fields of the searched table. Dropped when another table is read: the searched one may depend on
+    // it.
     std::optional<QueryFields> m_searchedFields;
     bool m_failed = false;
 };

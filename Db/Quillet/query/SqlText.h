@@ -15,12 +15,12 @@ void JoinLines(CString& text);
 // occurrence of the same character.
 void LowerOutsideQuotes(CString& text);
 
-// Puts blanks around the operators * ) ( < > = outside quoted stretches, so that each is a token of its own.
+// Puts blanks around the operators * ) ( < > = outside quoted stretches, so that each is a separate token.
 // <=, >=, == and <> stay together, and so does != after a blank. The first two characters are left alone.
 CString WithBlanksAroundOperators(const CString& sql);
 
-// A name as it comes out of a query text in which it stands in square brackets: with blanks around operators.
-// At the beginning of the text the first character of the name is left alone.
+// A name as it comes out of a query text that has it in square brackets: with blanks around operators. At the
+// beginning of the text the first character of the name is left alone.
 CString SpacedName(const CString& name, bool isAtBeginning);
 
 // Whether blanks may have been put into the text.

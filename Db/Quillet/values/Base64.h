@@ -15,8 +15,8 @@ std::vector<BYTE> BytesOf(const CComVariant& value);
 // four characters, never after a padded one.
 void AppendBase64(const CComVariant& bytes, std::string& out);
 
-// Replaces value by the byte array (lower bound 0) that the text stands for. Characters outside the alphabet
-// are skipped; the text ends at its padding, and an incomplete group without padding is dropped.
+// Replaces value by the byte array (lower bound 0) that the text encodes. Characters outside the alphabet are
+// skipped; the text ends at its padding, and an incomplete group without padding is dropped.
 void DecodeBase64(WideView text, CComVariant& value);
 
 }  // namespace quillet

@@ -8,8 +8,8 @@ namespace quillet {
 
 using Comparison = bool (*)(const CComVariant& left, const CComVariant& right);
 
-// The comparison behind one of the operators <, <=, =, ==, >=, >, != and <>, where a field is a text or none
-// is (DbTableDescr::AddFilter says how it compares); null for another operator.
+// The comparison for one of the operators <, <=, =, ==, >=, >, != and <>, where a field is a text or none is
+// (DbTableDescr::AddFilter says how it compares); null for another operator.
 Comparison ComparisonOf(const CString& op, bool texts);
 
 // Whether the operator is = or ==.

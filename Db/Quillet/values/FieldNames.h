@@ -1,4 +1,4 @@
-// Which names of fields stand in the way of saving a table.
+// Field names with which a table can't be saved.
 #pragma once
 
 #include <cstddef>
