@@ -70,6 +70,8 @@ struct Cursor::State {
     std::unique_ptr<RowWriting> m_writing;
     // Why rows can't be deleted here, in the driver's words.
     std::optional<DatabaseError> m_refusal;
+    // What the driver says of the row that was fetched; a success where it says nothing.
+    SQLUSMALLINT m_rowStatus = SQL_ROW_SUCCESS;
     unsigned int m_options = 0;
     bool m_isOpen = false;
     bool m_isAtFirst = false;
@@ -115,6 +117,7 @@ const Handle* Cursor::OpenStatement(unsigned int options) {
     // A driver without keysets takes another cursor and says so, or keeps to going forward.
     SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CURSOR_TYPE, NumberAttribute(SQL_CURSOR_KEYSET_DRIVEN),
                     SQL_IS_UINTEGER);
+    SQLSetStmtAttrW(statement.Get(), SQL_ATTR_ROW_STATUS_PTR, &m_state->m_rowStatus, SQL_IS_POINTER);
     if (isUpdatable) {
         const SQLRETURN result = SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CONCURRENCY,
                                                  NumberAttribute(SQL_CONCUR_ROWVER), SQL_IS_UINTEGER);
@@ -214,8 +217,13 @@ void Cursor::Move(bool toFirst) {
 void Cursor::Fetch(bool first) {
     const Handle& statement = m_state->m_statement;
     m_state->m_isAtFirst = false;
-    const SQLRETURN result =
-        first ? SQLFetchScroll(statement.Get(), SQL_FETCH_FIRST, 0) : SQLFetch(statement.Get());
+    // In the place of a row that was deleted since the cursor opened, a keyset has a hole.
+    SQLRETURN result = SQL_SUCCESS;
+    do {
+        m_state->m_rowStatus = SQL_ROW_SUCCESS;
+        result = first ? SQLFetchScroll(statement.Get(), SQL_FETCH_FIRST, 0) : SQLFetch(statement.Get());
+        first = false;
+    } while (SQL_SUCCEEDED(result) && m_state->m_rowStatus == SQL_ROW_DELETED);
     m_state->m_isEof = result == SQL_NO_DATA;
     if (m_state->m_isEof) {
         return;

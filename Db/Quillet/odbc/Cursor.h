@@ -14,7 +14,8 @@ namespace quillet::odbc {
 class Handle;
 
 // A cursor asks the driver for a keyset. Where the driver has none it takes what there is for reading, and
-// refuses to write at its position. Rows are added by a statement of its own.
+// refuses to write at its position. Rows are added by a statement of its own. A row of the keyset that was
+// deleted since, here or elsewhere, is passed over.
 //
 // Failures are thrown as DatabaseError, by pointer. Fields count from 0.
 class QUILLET_API Cursor : public CObject {
