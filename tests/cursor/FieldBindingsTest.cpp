@@ -246,4 +246,59 @@ TEST(FieldBindingsTest, Read_FunctionThatBinds_FinishesTheOldList) {
     EXPECT_EQ(bindings.FieldOf(&variables[1]), -1);
 }
 
+// What a function binds while the list is gone through is left to the next time.
+struct Rebinding {
+    // In the order of their addresses.
+    enum { First, Second, New, Count };
+
+    static void Rebind() {
+        s_running->m_bindings.Bind(&s_running->m_variables[Second], 2, FieldBindings::ReadVariable<int>,
+                                   FieldBindings::WriteVariable<int>);
+        s_running->m_bindings.Bind(&s_running->m_variables[New], 0, FieldBindings::ReadVariable<int>,
+                                   FieldBindings::WriteVariable<int>);
+    }
+    // Its first variable binds the others anew, whichever way values go.
+    Rebinding() {
+        s_running = this;
+        for (uint64 field = 0; field < 3; ++field) {
+            m_row.Row()->GetField(field).GetVariant() = Long(100 + static_cast<int>(field));
+        }
+        m_bindings.Bind(
+            &m_variables[First], 0, [](const CComVariant&, void*) { Rebind(); },
+            [](CComVariant&, const void*) { Rebind(); });
+        m_bindings.Bind(&m_variables[Second], 1, FieldBindings::ReadVariable<int>,
+                        FieldBindings::WriteVariable<int>);
+    }
+
+    static Rebinding* s_running;
+    BoundRow m_row;
+    FieldBindings m_bindings;
+    std::array<int, Count> m_variables = {1, 2, 3};
+};
+
+Rebinding* Rebinding::s_running = nullptr;
+
+TEST(FieldBindingsTest, Read_FunctionThatBindsAnew_TakesEffectTheNextTime) {
+    Rebinding rebinding;
+    EXPECT_TRUE(rebinding.m_bindings.Read(rebinding.m_row.Getter()));
+    EXPECT_THAT(rebinding.m_variables, ElementsAre(1, 101, 3));
+    EXPECT_EQ(rebinding.m_bindings.FieldOf(&rebinding.m_variables[Rebinding::First]), 0) << "still bound";
+    EXPECT_TRUE(rebinding.m_bindings.Read(rebinding.m_row.Getter()));
+    EXPECT_THAT(rebinding.m_variables, ElementsAre(1, 102, 100));
+}
+
+TEST(FieldBindingsTest, Write_FunctionThatBindsAnew_TakesEffectTheNextTime) {
+    Rebinding rebinding;
+    const auto cell = [&rebinding](uint64 field) {
+        return rebinding.m_row.Row()->GetField(field).GetValue();
+    };
+    EXPECT_TRUE(rebinding.m_bindings.Write(rebinding.m_row.Getter()));
+    EXPECT_EQ(cell(0), Long(100));
+    EXPECT_EQ(cell(1), Long(2));
+    EXPECT_EQ(cell(2), Long(102));
+    EXPECT_TRUE(rebinding.m_bindings.Write(rebinding.m_row.Getter()));
+    EXPECT_EQ(cell(0), Long(3));
+    EXPECT_EQ(cell(2), Long(2));
+}
+
 }  // namespace
