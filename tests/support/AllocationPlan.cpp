@@ -15,6 +15,7 @@ struct State {
     Failing which = Failing::Once;
     Callers whose = Callers::All;
     std::size_t counted = 0;
+    std::size_t bytes = 0;
     std::size_t failed = 0;
 };
 
@@ -35,11 +36,12 @@ bool Fails(std::size_t number) noexcept {
 
 }  // namespace
 
-bool MayAllocate(const void* caller) noexcept {
+bool MayAllocate(std::size_t size, const void* caller) noexcept {
     if (!IsArmedHere() || (s_state.whose == Callers::Ours && !IsOurs(caller))) {
         return true;
     }
     const bool fails = Fails(++s_state.counted);
+    s_state.bytes += size;
     s_state.failed += fails ? 1 : 0;
     return !fails;
 }
@@ -50,7 +52,7 @@ void AddLiveBlocks(std::ptrdiff_t count) noexcept {
 
 AllocationPlan::AllocationPlan(std::size_t failing, Failing which, Callers whose) {
     InterposeAllocations();
-    s_state = {failing, which, whose, 0, 0};
+    s_state = {failing, which, whose, 0, 0, 0};
     s_armedThread = ThisThread();
 }
 
@@ -64,6 +66,10 @@ void AllocationPlan::Disarm() {
 
 std::size_t AllocationPlan::Counted() const {
     return s_state.counted;
+}
+
+std::size_t AllocationPlan::CountedBytes() const {
+    return s_state.bytes;
 }
 
 bool AllocationPlan::HasFailed() const {

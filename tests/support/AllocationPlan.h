@@ -48,6 +48,8 @@ public:
 
     // How many allocations there were, with those that failed.
     std::size_t Counted() const;
+    // How many bytes they asked for. On Windows only those of the C library are known.
+    std::size_t CountedBytes() const;
     // Whether any failed.
     bool HasFailed() const;
 };

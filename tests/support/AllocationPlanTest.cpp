@@ -55,6 +55,7 @@ TEST(AllocationPlanTest, ANumberThatIsNotReached_FailsNothing) {
     plan.Disarm();
     EXPECT_FALSE(plan.HasFailed());
     EXPECT_EQ(plan.Counted(), 1U);
+    EXPECT_EQ(plan.CountedBytes(), 10U);
 }
 
 TEST(AllocationPlanTest, WithoutAPlan_OrDisarmed_NothingFailsOrIsCounted) {

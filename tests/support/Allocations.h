@@ -6,8 +6,9 @@
 
 namespace quillet::test {
 
-// Counts an allocation; false where it is to fail. The caller is an address in the code that asks for memory.
-bool MayAllocate(const void* caller) noexcept;
+// Counts an allocation of so many bytes, 0 where nobody knows; false where it is to fail. The caller is an
+// address in the code that asks for memory.
+bool MayAllocate(std::size_t size, const void* caller) noexcept;
 
 // Keeps the number of live blocks.
 void AddLiveBlocks(std::ptrdiff_t count) noexcept;

@@ -111,16 +111,17 @@ using quillet::test::OutOfMemory;
 extern "C" {
 
 FOR_EVERYBODY void* malloc(std::size_t size) noexcept {
-    return MayAllocate(__builtin_return_address(0)) ? Counted(SYSTEM_NAME(malloc)(size)) : OutOfMemory();
+    return MayAllocate(size, __builtin_return_address(0)) ? Counted(SYSTEM_NAME(malloc)(size))
+                                                          : OutOfMemory();
 }
 
 FOR_EVERYBODY void* calloc(std::size_t count, std::size_t size) noexcept {
-    return MayAllocate(__builtin_return_address(0)) ? Counted(SYSTEM_NAME(calloc)(count, size))
-                                                    : OutOfMemory();
+    return MayAllocate(count * size, __builtin_return_address(0)) ? Counted(SYSTEM_NAME(calloc)(count, size))
+                                                                  : OutOfMemory();
 }
 
 FOR_EVERYBODY void* realloc(void* block, std::size_t size) noexcept {
-    if (!MayAllocate(__builtin_return_address(0))) {
+    if (!MayAllocate(size, __builtin_return_address(0))) {
         return OutOfMemory();
     }
     void* const moved = SYSTEM_NAME(realloc)(block, size);
@@ -129,17 +130,17 @@ FOR_EVERYBODY void* realloc(void* block, std::size_t size) noexcept {
 }
 
 FOR_EVERYBODY void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    return MayAllocate(__builtin_return_address(0)) ? Counted(SYSTEM_NAME(memalign)(alignment, size))
-                                                    : OutOfMemory();
+    return MayAllocate(size, __builtin_return_address(0)) ? Counted(SYSTEM_NAME(memalign)(alignment, size))
+                                                          : OutOfMemory();
 }
 
 FOR_EVERYBODY void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return MayAllocate(__builtin_return_address(0)) ? Counted(SYSTEM_NAME(memalign)(alignment, size))
-                                                    : OutOfMemory();
+    return MayAllocate(size, __builtin_return_address(0)) ? Counted(SYSTEM_NAME(memalign)(alignment, size))
+                                                          : OutOfMemory();
 }
 
 FOR_EVERYBODY int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
-    if (!MayAllocate(__builtin_return_address(0))) {
+    if (!MayAllocate(size, __builtin_return_address(0))) {
         return ENOMEM;
     }
     void* const made = Counted(SYSTEM_NAME(memalign)(alignment, size));
@@ -161,12 +162,13 @@ FOR_EVERYBODY void free(void* block) noexcept {
 namespace {
 
 void* New(std::size_t size, const void* caller) noexcept {
-    return MayAllocate(caller) ? Counted(SYSTEM_NAME(malloc)(size)) : nullptr;
+    return MayAllocate(size, caller) ? Counted(SYSTEM_NAME(malloc)(size)) : nullptr;
 }
 
 void* New(std::size_t size, std::align_val_t alignment, const void* caller) noexcept {
-    return MayAllocate(caller) ? Counted(SYSTEM_NAME(memalign)(static_cast<std::size_t>(alignment), size))
-                               : nullptr;
+    return MayAllocate(size, caller)
+               ? Counted(SYSTEM_NAME(memalign)(static_cast<std::size_t>(alignment), size))
+               : nullptr;
 }
 
 // As the C++ run-time's own does, with the program's handler.

@@ -34,8 +34,8 @@ decltype(&::VarBstrFromR4) s_VarBstrFromR4;
 decltype(&::VarBstrFromR8) s_VarBstrFromR8;
 
 // All three modules are ours.
-bool MayAllocateHere() noexcept {
-    return MayAllocate(nullptr);
+bool MayAllocateHere(std::size_t size = 0) noexcept {
+    return MayAllocate(size, nullptr);
 }
 
 void* Counted(void* block) noexcept {
@@ -49,15 +49,15 @@ void* OutOfMemory() noexcept {
 }
 
 void* Malloc(std::size_t size) {
-    return MayAllocateHere() ? Counted(s_malloc(size)) : OutOfMemory();
+    return MayAllocateHere(size) ? Counted(s_malloc(size)) : OutOfMemory();
 }
 
 void* Calloc(std::size_t count, std::size_t size) {
-    return MayAllocateHere() ? Counted(s_calloc(count, size)) : OutOfMemory();
+    return MayAllocateHere(count * size) ? Counted(s_calloc(count, size)) : OutOfMemory();
 }
 
 void* Realloc(void* block, std::size_t size) {
-    if (!MayAllocateHere()) {
+    if (!MayAllocateHere(size)) {
         return OutOfMemory();
     }
     void* const moved = s_realloc(block, size);
