@@ -207,6 +207,14 @@ TEST_F(MemoryDriverTest, Delete_RemovesTheRowWhereTheCursorStandsAndNoOther) {
     EXPECT_THAT(Calls(Deletion), ElementsAre("SetPos 3"));
 }
 
+TEST_F(MemoryDriverTest, Delete_WhereTheDriverTakesAnotherConcurrency_RemovesTheRow) {
+    Cursor cursor(Connect("Concurrency=lock"));
+    ASSERT_TRUE(cursor.Open(Cursor::Dynaset, OLESTR("SELECT * FROM parts")));
+    EXPECT_TRUE(cursor.CanDelete());
+    EXPECT_EQ(ErrorOf([&] { cursor.Delete(); }), "");
+    EXPECT_EQ(Rows().size(), 2U);
+}
+
 TEST_F(MemoryDriverTest, Delete_Twice_ThrowsWhatTheDriverSays) {
     Cursor cursor(Connect());
     ASSERT_TRUE(cursor.Open(Cursor::Dynaset, OLESTR("SELECT * FROM parts")));

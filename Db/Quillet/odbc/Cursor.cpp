@@ -220,7 +220,6 @@ void Cursor::Fetch(bool first) {
     // In the place of a row that was deleted since the cursor opened, a keyset has a hole.
     SQLRETURN result = SQL_SUCCESS;
     do {
-        m_state->m_rowStatus = SQL_ROW_SUCCESS;
         result = first ? SQLFetchScroll(statement.Get(), SQL_FETCH_FIRST, 0) : SQLFetch(statement.Get());
         first = false;
     } while (SQL_SUCCEEDED(result) && m_state->m_rowStatus == SQL_ROW_DELETED);

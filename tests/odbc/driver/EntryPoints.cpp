@@ -8,6 +8,7 @@
 //   Rows       with '/' between them, and '|' between their values; NULL for a NULL
 //   GetData    which of AnyColumn, AnyOrder and Bound SQLGetData allows; nothing without
 //   Cursor     keyset, static or forward: the strongest type; a keyset without
+//   Concurrency  lock: rows are locked; versions of them are compared without
 //   Writes     no: a database that can only be read
 //   Without    SQLFetchScroll, SQLSetPos: calls that it does not have
 //

@@ -59,6 +59,10 @@ SQLULEN Connection::CursorType() const {
     return name == "static" ? SQL_CURSOR_STATIC : SQL_CURSOR_KEYSET_DRIVEN;
 }
 
+SQLULEN Connection::Concurrency() const {
+    return Setting(m_settings, "concurrency") == "lock" ? SQL_CONCUR_LOCK : SQL_CONCUR_ROWVER;
+}
+
 bool Connection::IsReadOnly() const {
     return Setting(m_settings, "writes") == "no";
 }
@@ -88,9 +92,11 @@ SQLRETURN Statement::SetAttribute(SQLINTEGER attribute, SQLPOINTER value) {
             return m_cursorType == number ? SQL_SUCCESS : Warn("01S02", "another type of cursor is taken");
         }
         case SQL_ATTR_CONCURRENCY: {
-            const bool canWrite = !m_connection.IsReadOnly() && m_cursorType == SQL_CURSOR_KEYSET_DRIVEN;
-            m_concurrency = canWrite ? number : SQL_CONCUR_READ_ONLY;
-            return m_concurrency == number ? SQL_SUCCESS : Warn("01S02", "the cursor will only read");
+            const bool onlyReads = m_connection.IsReadOnly() || number == SQL_CONCUR_READ_ONLY;
+            m_concurrency = onlyReads ? SQL_CONCUR_READ_ONLY : m_connection.Concurrency();
+            return m_concurrency == number ? SQL_SUCCESS
+                                           : Warn("01S02", onlyReads ? "the cursor will only read"
+                                                                     : "another concurrency is taken");
         }
         case SQL_ATTR_ROW_STATUS_PTR:
             m_rowStatus = static_cast<SQLUSMALLINT*>(value);
@@ -369,17 +375,17 @@ SQLRETURN Statement::SetPosition(SQLSETPOSIROW row, SQLUSMALLINT operation) {
     if (operation != SQL_DELETE) {
         throw Failure{"HYC00", "at its position a cursor can only delete"};
     }
-    if (m_concurrency == SQL_CONCUR_READ_ONLY) {
+    if (m_concurrency == SQL_CONCUR_READ_ONLY || m_isOfCalls) {
         throw Failure{"HY092", "the cursor only reads"};
     }
     // There is one row at a time, which 0 means too.
     if (row > 1) {
         throw Failure{"HY107", "there is no such row"};
     }
-    if (CurrentRow() == nullptr) {
+    if (CurrentRow() == nullptr ||
+        Data().m_rows.erase(m_answer[static_cast<std::size_t>(m_position)].m_key) == 0) {
         throw Failure{"HY109", "the cursor is at no row"};
     }
-    Data().m_rows.erase(m_answer[static_cast<std::size_t>(m_position)].m_key);
     if (m_rowStatus != nullptr) {
         *m_rowStatus = SQL_ROW_DELETED;
     }

@@ -38,6 +38,8 @@ struct Connection : Object {
     SQLUINTEGER GetDataExtensions() const;
     // The strongest type of a cursor.
     SQLULEN CursorType() const;
+    // How cursors that write keep out of each other's way.
+    SQLULEN Concurrency() const;
     bool IsReadOnly() const;
     bool Has(SQLUSMALLINT function) const;
 };
