@@ -1,0 +1,16 @@
+# Every test of BUILD_DIR has a time limit, so that one that hangs fails.
+cmake_minimum_required(VERSION 3.21)
+execute_process(COMMAND ${CTEST} --test-dir ${BUILD_DIR} --show-only=json-v1
+  OUTPUT_VARIABLE list COMMAND_ERROR_IS_FATAL ANY)
+string(JSON count LENGTH "${list}" tests)
+if(count EQUAL 0)
+  message(SEND_ERROR "there are no tests")
+endif()
+math(EXPR last "${count} - 1")
+foreach(index RANGE ${last})
+  string(JSON name GET "${list}" tests ${index} name)
+  string(JSON properties GET "${list}" tests ${index} properties)
+  if(NOT properties MATCHES "\"TIMEOUT\"")
+    message(SEND_ERROR "${name} has no time limit")
+  endif()
+endforeach()
