@@ -35,8 +35,6 @@ target_sources(IQuillet PRIVATE
   ${sources}/CDbDatabase.cpp
   ${sources}/CDbFieldDescr.cpp
   ${sources}/CDbFieldValue.cpp
-  ${sources}/CDbHeader.cpp
-  ${sources}/CDbProperties.cpp
   ${sources}/CDbSource.cpp
   ${sources}/CDbTableData.cpp
   ${sources}/CDbTableDescr.cpp

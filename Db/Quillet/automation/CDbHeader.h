@@ -1,32 +1,30 @@
 // What kind of catalog a database is, for automation clients.
 #pragma once
 
-#include "Quillet/Db_TableData.h"
-#include "Quillet/automation/Dispatch.h"
-#include "Quillet/automation/FirstRow.h"
+#include "Quillet/automation/FirstRowObject.h"
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. Each property is one field of the table's first row, as text.
-class CDbHeader final : public Dispatch<IDbHeader> {
+class CDbHeader final : public FirstRowObject<IDbHeader> {
 public:
-    explicit CDbHeader(IUnknown* outer) : Dispatch(outer) {}
+    explicit CDbHeader(IUnknown* outer) : FirstRowObject(outer) {}
 
-    // Nothing for null.
-    void Show(const DbTableData* data) { m_row.Show(data); }
-
-    HRESULT STDMETHODCALLTYPE get_Category(BSTR* pVal) override;
-    HRESULT STDMETHODCALLTYPE put_Category(BSTR newVal) override;
-    HRESULT STDMETHODCALLTYPE get_Symbol(BSTR* pVal) override;
-    HRESULT STDMETHODCALLTYPE put_Symbol(BSTR newVal) override;
-    HRESULT STDMETHODCALLTYPE get_Title(BSTR* pVal) override;
-    HRESULT STDMETHODCALLTYPE put_Title(BSTR newVal) override;
-    HRESULT STDMETHODCALLTYPE get_CatalogType(BSTR* pVal) override;
-    HRESULT STDMETHODCALLTYPE put_CatalogType(BSTR newVal) override;
-    HRESULT STDMETHODCALLTYPE get_UnitsType(BSTR* pVal) override;
-    HRESULT STDMETHODCALLTYPE put_UnitsType(BSTR newVal) override;
-    HRESULT STDMETHODCALLTYPE get_Version(BSTR* pVal) override;
-    HRESULT STDMETHODCALLTYPE put_Version(BSTR newVal) override;
+    HRESULT STDMETHODCALLTYPE get_Category(BSTR* pVal) override { return GiveText(CategoryField, pVal); }
+    HRESULT STDMETHODCALLTYPE put_Category(BSTR newVal) override { return TakeText(CategoryField, newVal); }
+    HRESULT STDMETHODCALLTYPE get_Symbol(BSTR* pVal) override { return GiveText(SymbolField, pVal); }
+    HRESULT STDMETHODCALLTYPE put_Symbol(BSTR newVal) override { return TakeText(SymbolField, newVal); }
+    HRESULT STDMETHODCALLTYPE get_Title(BSTR* pVal) override { return GiveText(TitleField, pVal); }
+    HRESULT STDMETHODCALLTYPE put_Title(BSTR newVal) override { return TakeText(TitleField, newVal); }
+    HRESULT STDMETHODCALLTYPE get_CatalogType(BSTR* pVal) override {
+        return GiveText(CatalogTypeField, pVal);
+    }
+    HRESULT STDMETHODCALLTYPE put_CatalogType(BSTR newVal) override {
+        return TakeText(CatalogTypeField, newVal);
+    }
+    HRESULT STDMETHODCALLTYPE get_UnitsType(BSTR* pVal) override { return GiveText(UnitsTypeField, pVal); }
+    HRESULT STDMETHODCALLTYPE put_UnitsType(BSTR newVal) override { return TakeText(UnitsTypeField, newVal); }
+    HRESULT STDMETHODCALLTYPE get_Version(BSTR* pVal) override { return GiveText(VersionField, pVal); }
+    HRESULT STDMETHODCALLTYPE put_Version(BSTR newVal) override { return TakeText(VersionField, newVal); }
 
 private:
     // Positions of the fields.
@@ -38,11 +36,6 @@ private:
         UnitsTypeField,
         VersionField
     };
-
-    HRESULT GiveText(Field field, BSTR* text) const;
-    HRESULT TakeText(Field field, BSTR text) const;
-
-    FirstRow m_row;
 };
 
 }  // namespace quillet::automation
