@@ -13,33 +13,14 @@
 #include "Quillet/xml/Document.h"
 #include "Quillet/xml/Face.h"
 #include "support/CatalogHelpers.h"
+#include "support/DispatchStub.h"
 #include "support/RegexMatchers.h"
 
 namespace {
 
-using quillet::test::CatalogParts;
-using quillet::test::Cell;
-using quillet::test::CountTroubles;
-using quillet::test::Dump;
-using quillet::test::FieldXml;
-using quillet::test::IsRoutine;
-using quillet::test::LogHolds;
-using quillet::test::LongType;
-using quillet::test::MatchesPattern;
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::SmallParts;
-using quillet::test::StaticsGuard;
-using quillet::test::TableXml;
-using quillet::test::TakeLog;
-using quillet::test::TemporaryFolder;
-using quillet::test::TextType;
-using quillet::test::ThrownMessage;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -75,15 +56,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(, DbDatabaseReading, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
-
-std::vector<std::string> Names(DbDatabase& database) {
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
-        names.push_back(database.GetTableName(i).ToUtf8());
-    }
-    return names;
-}
+                         ReadingName);
 
 DbTableInfo* AddTable(DbDatabase& database, const CString& name) {
     return database.CreateTable(name, DbTableInfo::Table);
@@ -289,7 +262,7 @@ TEST_F(DbDatabaseTest, Create_NewFile_HasHeaderAndPropertiesAndCountsAsChanged) 
     EXPECT_TRUE(database.Create(Path("new.xml")));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_EQ(database.GetName(), Path("new.xml"));
-    EXPECT_THAT(Names(database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(database), ElementsAre("Header", "Properties"));
     EXPECT_TRUE(database.IsChanged());
     EXPECT_FALSE(Exists("new.xml")) << "until it is saved";
 }
@@ -298,14 +271,14 @@ TEST_F(DbDatabaseTest, Create_AndDestroy_WritesTheFile) {
     { DbDatabase().Create(Path("new.mdb")); }
     EXPECT_FALSE(Exists("new.mdb"));
     DbDatabase database(Path("new.xml"));
-    EXPECT_THAT(Names(database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(database), ElementsAre("Header", "Properties"));
 }
 
 TEST_P(DbDatabaseReading, Create_OverAnOpenDatabase_StartsAnew) {
     const auto database = OpenSmall();
     EXPECT_EQ(database->GetTablesCount(), 5);
     database->Create(Path("new.xml"));
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties"));
     EXPECT_FALSE(database->GetSource()->IsSequentialAccess());
     EXPECT_EQ(database->GetTableData("Alpha"), nullptr);
 }
@@ -470,7 +443,7 @@ TEST_F(DbDatabaseTest, CreateTableOfInfo_UnderTwoNames_OneDeleted_LeavesTheOther
         AddAlias(database, "One", "Two");
         database.DeleteTable(first ? "One" : "Two");
         const CString left = first ? "Two" : "One";
-        EXPECT_THAT(Names(database), ElementsAre(left.ToUtf8()));
+        EXPECT_THAT(TableNames(database), ElementsAre(left.ToUtf8()));
         ASSERT_EQ(database.GetTableData(left)->size(), 1U);
         EXPECT_EQ(Cell(database.GetTableData(left), 0, 0), "shared");
         database.DeleteTable(left);
@@ -560,7 +533,7 @@ TEST_P(DbDatabaseReading, GetHeaderDescrAndData_ReadNothing) {
 TEST_P(DbDatabaseReading, DeleteTable_InTheMiddle_RenumbersTheLaterOnes) {
     const auto database = OpenSmall();
     database->DeleteTable("ALPHA");
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties", "Beta", "Gamma"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties", "Beta", "Gamma"));
     EXPECT_EQ(database->GetTableInfo("Beta")->GetIndex(), 2U);
     EXPECT_EQ(database->GetTableInfo("Gamma")->GetIndex(), 3U);
     EXPECT_FALSE(database->IsTable("Alpha"));
@@ -605,7 +578,7 @@ TEST_F(DbDatabaseTest, DeleteTable_DeletesEveryQueryThatStandsOnIt) {
     AddQuery(database, "Z", "select * from A", queryOnQuery);
     AddQuery(database, "V", "select * from U", other);
     database.DeleteTable("t");
-    EXPECT_THAT(Names(database), ElementsAre("U", "V"));
+    EXPECT_THAT(TableNames(database), ElementsAre("U", "V"));
     EXPECT_EQ(database.GetTableInfo("V")->GetIndex(), 1U);
     EXPECT_EQ(database.GetTableInfo("V")->GetRelated(), database.GetTableInfo("U"));
 }
@@ -627,7 +600,7 @@ TEST_F(DbDatabaseTest, DropAnswers_DeletesEveryQueryAndNoTable) {
     database.Sync();
 
     EXPECT_EQ(database.DropAnswers(), 4);
-    EXPECT_THAT(Names(database), ElementsAre("Base", "Other"));
+    EXPECT_THAT(TableNames(database), ElementsAre("Base", "Other"));
     for (const CString& name : {first, second, join, CString("ByHost")}) {
         EXPECT_FALSE(database.IsTable(name)) << name;
     }
@@ -661,7 +634,7 @@ TEST_F(DbDatabaseTest, DeleteTable_OfAQuery_LeavesItsBase) {
     DbTableInfo* const query = AddQuery(database, "Q", "select * from T", table);
     AddQuery(database, "A", "select * from Q", query);
     database.DeleteTable("Q");
-    EXPECT_THAT(Names(database), ElementsAre("T"));
+    EXPECT_THAT(TableNames(database), ElementsAre("T"));
 }
 
 TEST_P(DbDatabaseReading, ClearTable_EmptiesStructureAndRowsAndKeepsTheName) {
@@ -732,7 +705,7 @@ TEST_F(DbDatabaseTest, FieldAddedOrDeleted_RowsFollow_RaisesTheChangeIdOfTheData
 TEST_P(DbDatabaseReading, RenameTable_ToAFreeName_KeepsPlaceAndRows) {
     const auto database = OpenSmall();
     EXPECT_TRUE(database->RenameTable("ALPHA", "Omega"));
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties", "Omega", "Beta", "Gamma"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties", "Omega", "Beta", "Gamma"));
     EXPECT_FALSE(database->IsTable("Alpha"));
     EXPECT_EQ(database->GetTableInfo("omega")->GetName(), "Omega");
     EXPECT_EQ(database->GetTableInfo("omega")->GetIndex(), 2U);
@@ -770,7 +743,7 @@ TEST_P(DbDatabaseReading, RenameTable_ThenSave_WritesTheNewName) {
     database->RenameTable("Beta", "Omega");
     EXPECT_TRUE(database->Save(Path("copy.xml")));
     DbDatabase copy(Path("copy.xml"));
-    EXPECT_THAT(Names(copy), ElementsAre("Header", "Properties", "Alpha", "Omega", "Gamma"));
+    EXPECT_THAT(TableNames(copy), ElementsAre("Header", "Properties", "Alpha", "Omega", "Gamma"));
     EXPECT_EQ(Cell(copy.GetTableData("Omega"), 0, 0), "2.5");
 }
 
@@ -790,7 +763,7 @@ TEST_P(DbDatabaseReading, RenameTable_OntoAnExistingName_KeepsTheOldEntry) {
     DbTableData* const alpha = database->GetTableInfo("Alpha")->GetData();
     EXPECT_TRUE(database->RenameTable("Alpha", "BETA"));
     EXPECT_EQ(TakeLog(*database).back(), "Table 'Alpha' renamed to 'BETA'");
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties", "BETA", "Beta", "Gamma"))
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties", "BETA", "Beta", "Gamma"))
         << "the lists carry the new name";
     EXPECT_FALSE(database->IsTable("Alpha"));
     EXPECT_EQ(database->GetTableInfo("beta")->GetData(), beta);
@@ -827,7 +800,7 @@ TEST_P(DbDatabaseReading, RenameTable_OntoAnExistingName_ThatOneCanBeDeleted) {
     DbTableData* const alpha = database->GetTableInfo("Alpha")->GetData();
     database->RenameTable("Alpha", "Beta");
     database->DeleteTable("Beta");
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties", "Beta", "Gamma"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties", "Beta", "Gamma"));
     EXPECT_FALSE(database->IsTable("Beta")) << "the table that is left is found by its index alone";
     EXPECT_EQ(database->GetTableData(2), alpha);
     EXPECT_EQ(alpha->size(), 2U);
@@ -835,7 +808,7 @@ TEST_P(DbDatabaseReading, RenameTable_OntoAnExistingName_ThatOneCanBeDeleted) {
     EXPECT_EQ(database->GetTablesCount(), 4);
     EXPECT_TRUE(database->Save(Path("copy.xml")));
     DbDatabase copy(Path("copy.xml"));
-    EXPECT_THAT(Names(copy), ElementsAre("Header", "Properties", "Gamma"))
+    EXPECT_THAT(TableNames(copy), ElementsAre("Header", "Properties", "Gamma"))
         << "what no name finds is not written";
 }
 
@@ -858,7 +831,7 @@ TEST_P(DbDatabaseReading, RenameTable_EveryTableOntoOneName_ThenDeleteIt_LeavesT
     for (const char* name : {"Alpha", "Beta", "Header", "Properties"}) {
         EXPECT_TRUE(database->RenameTable(name, "Gamma"));
     }
-    EXPECT_THAT(Names(*database), ElementsAre("Gamma", "Gamma", "Gamma", "Gamma", "Gamma"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Gamma", "Gamma", "Gamma", "Gamma", "Gamma"));
     database->DeleteTable("Gamma");
     EXPECT_EQ(database->GetTablesCount(), 4);
     EXPECT_EQ(database->GetTableData(2)->size(), 2U);
@@ -1028,20 +1001,31 @@ TEST_F(DbDatabaseTest, ShowErrorLog_ShowsTheLinesUnderTheCaption) {
 
 // ---- Reading
 
+using LogMatchers = std::vector<testing::Matcher<std::string>>;
+
+// The log once the header and the structure of the small catalog are read, and then the given lines.
+LogMatchers SmallCatalogLog(const LogMatchers& more) {
+    LogMatchers lines = {
+        "Table 'Header' created, index = 0, type = TABLE, sql = ''",
+        "Table 'Properties' created, index = 1, type = TABLE, sql = ''",
+        MatchesPattern("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+        MatchesPattern("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+        "Table 'Alpha' created, index = 2, type = TABLE, sql = ''",
+        "Table 'Beta' created, index = 3, type = TABLE, sql = ''",
+        "Table 'Gamma' created, index = 4, type = TABLE, sql = ''",
+    };
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
 TEST_F(DbDatabaseTest, Read_Whole_LogsCreationAndParsingOfEveryTable) {
     const auto database = OpenSmall(Reading::Whole);
     EXPECT_EQ(database->GetTablesCount(), 5);
     EXPECT_THAT(TakeLog(*database),
-                ElementsAre("Table 'Header' created, index = 0, type = TABLE, sql = ''",
-                            "Table 'Properties' created, index = 1, type = TABLE, sql = ''",
-                            MatchesPattern("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesPattern("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            "Table 'Alpha' created, index = 2, type = TABLE, sql = ''",
-                            "Table 'Beta' created, index = 3, type = TABLE, sql = ''",
-                            "Table 'Gamma' created, index = 4, type = TABLE, sql = ''",
-                            MatchesPattern("Table 'Alpha' \\[2 rows\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesPattern("Table 'Beta' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesPattern("Table 'Gamma' \\[0 rows\\] data parsed in: [0-9.]+ \\[s\\]")));
+                ElementsAreArray(SmallCatalogLog(
+                    {MatchesPattern("Table 'Alpha' \\[2 rows\\] data parsed in: [0-9.]+ \\[s\\]"),
+                     MatchesPattern("Table 'Beta' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
+                     MatchesPattern("Table 'Gamma' \\[0 rows\\] data parsed in: [0-9.]+ \\[s\\]")})));
     database->LoadTables();
     EXPECT_THAT(TakeLog(*database), IsEmpty());
 }
@@ -1049,14 +1033,7 @@ TEST_F(DbDatabaseTest, Read_Whole_LogsCreationAndParsingOfEveryTable) {
 TEST_F(DbDatabaseTest, Read_Sequential_BringsInTheHeaderAndTheStructureOnly) {
     const auto database = OpenSmall(Reading::Sequential);
     EXPECT_EQ(database->GetTablesCount(), 5);
-    EXPECT_THAT(TakeLog(*database),
-                ElementsAre("Table 'Header' created, index = 0, type = TABLE, sql = ''",
-                            "Table 'Properties' created, index = 1, type = TABLE, sql = ''",
-                            MatchesPattern("Table 'Header' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            MatchesPattern("Table 'Properties' \\[1 row\\] data parsed in: [0-9.]+ \\[s\\]"),
-                            "Table 'Alpha' created, index = 2, type = TABLE, sql = ''",
-                            "Table 'Beta' created, index = 3, type = TABLE, sql = ''",
-                            "Table 'Gamma' created, index = 4, type = TABLE, sql = ''"));
+    EXPECT_THAT(TakeLog(*database), ElementsAreArray(SmallCatalogLog({})));
     EXPECT_TRUE(database->GetTableInfo("Header")->GetData()->IsInitialized());
     for (const char* name : {"Alpha", "Beta", "Gamma"}) {
         EXPECT_FALSE(database->GetTableInfo(name)->GetData()->IsInitialized());
@@ -1210,10 +1187,10 @@ TEST_F(DbDatabaseTest, MissingPropertiesTable_IsAddedBehindTheBodyOrBeforeIt) {
     parts.m_headerStructure = TableXml("Header", FieldXml("title", TextType));
     parts.m_headerData = TableXml("Header", "<row title=\"Small\" />\n");
     File("given.xml", parts.Xml());
-    EXPECT_THAT(Names(*Open(m_folder / "given.xml", Reading::Whole)),
+    EXPECT_THAT(TableNames(*Open(m_folder / "given.xml", Reading::Whole)),
                 ElementsAre("Header", "Alpha", "Beta", "Gamma", "Properties"))
         << "the whole document is read before";
-    EXPECT_THAT(Names(*Open(m_folder / "given.xml", Reading::Sequential)),
+    EXPECT_THAT(TableNames(*Open(m_folder / "given.xml", Reading::Sequential)),
                 ElementsAre("Header", "Properties", "Alpha", "Beta", "Gamma"))
         << "the body is read afterwards";
 }
@@ -1264,7 +1241,7 @@ TEST_P(DbDatabaseReading, SetFile_ToAnotherFile_ReadsThatOne) {
     parts.m_bodyData = TableXml("Other", "<row a=\"3\" />\n");
     database->GetSource()->SetFile(File("other.xml", parts.Xml()), false);
     database->GetSource()->SetSequentialAccess(GetParam() == Reading::Sequential);
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties", "Other"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties", "Other"));
     EXPECT_EQ(Cell(database->GetTableData("Other"), 0, 0), "3");
     EXPECT_FALSE(database->IsChanged());
 }
@@ -1274,7 +1251,7 @@ TEST_F(DbDatabaseTest, SetFile_AfterASequentialSourceCameToItsEnd_ReadsNothingSe
     database->LoadTables();
     database->GetSource()->SetFile(Path("small.xml"), false);
     database->GetSource()->SetSequentialAccess(true);
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties"));
     database->GetSource()->SetFile(Path("small.xml"), false);
     EXPECT_EQ(database->GetTablesCount(), 5) << "the whole document can be read still";
 }
@@ -1284,7 +1261,7 @@ TEST_F(DbDatabaseTest, SetFile_MissingFile_LeavesAnEmptyDatabaseThatCanBeUsed) {
     EXPECT_EQ(database->GetTablesCount(), 5);
     EXPECT_NE(ThrownMessage([&] { database->GetSource()->SetFile(Path("none.xml"), false); }), "");
     EXPECT_EQ(database->GetName(), Path("none.xml"));
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties"));
     EXPECT_TRUE(LogHolds(*database, "Invalid xml database file format"));
     EXPECT_FALSE(database->IsChanged());
 }
@@ -1294,7 +1271,7 @@ TEST_F(DbDatabaseTest, MdbSource_IsImportedAtTheFirstQuestionAndOnce) {
     DbDatabase database(File("steel.mdb", "no Access file"));
     EXPECT_TRUE(database.IsOpen());
     EXPECT_TRUE(database.GetErrorLog().IsEmpty());
-    EXPECT_THAT(Names(database), ElementsAre("Header", "Properties")) << "a file without tables";
+    EXPECT_THAT(TableNames(database), ElementsAre("Header", "Properties")) << "a file without tables";
     const std::vector<std::string> lines = TakeLog(database);
     EXPECT_EQ(lines[0], "Importing mdb file '" + Path("steel.mdb").ToUtf8() + "'");
     EXPECT_EQ(database.GetTablesCount(), 2);
@@ -1466,7 +1443,7 @@ TEST_P(DbDatabaseReading, Save_UnderAnyNameAndOverItself_ReadsBackTheSame) {
 
 TEST_P(DbDatabaseReading, Save_OntoALongPathAndOverItself_ReadsBackTheSame) {
     for (const std::size_t length : {270U, 1000U}) {
-        const std::filesystem::path folder = quillet::test::MakeDeepFolder(m_folder.Path(), length);
+        const std::filesystem::path folder = MakeDeepFolder(m_folder.Path(), length);
         const std::filesystem::path path = folder / "deep.xml";
         EXPECT_TRUE(OpenSmall()->Save(CString(Utf8(path))));
         {
@@ -1481,7 +1458,7 @@ TEST_P(DbDatabaseReading, Save_OntoALongPathAndOverItself_ReadsBackTheSame) {
         EXPECT_FALSE(database->IsTable("Alpha"));
         EXPECT_EQ(database->GetTableData("Beta")->size(), 2U) << "the destructor saved the last change";
         EXPECT_EQ(CountTroubles(*database), 0U);
-        EXPECT_EQ(quillet::test::NamesIn(folder).size(), 1U) << "nothing is left beside it";
+        EXPECT_EQ(NamesIn(folder).size(), 1U) << "nothing is left beside it";
     }
 }
 
@@ -1509,7 +1486,7 @@ TEST_F(DbDatabaseTest, Save_WithoutHeaderTables_AppendsThemSoThatTheFirstTwoTabl
     AddFilledTable(database, "B", "b");
     AddFilledTable(database, "C", "c");
     EXPECT_TRUE(database.Save(Path("copy.xml")));
-    EXPECT_THAT(Names(database), ElementsAre("A", "B", "C", "Header", "Properties"));
+    EXPECT_THAT(TableNames(database), ElementsAre("A", "B", "C", "Header", "Properties"));
     const std::string saved = Bytes("copy.xml");
     EXPECT_LT(saved.find("<table name=\"B\">"), saved.find("</header>"));
     EXPECT_GT(saved.find("<table name=\"C\">"), saved.find("</header>"));
@@ -1525,7 +1502,7 @@ TEST_F(DbDatabaseTest, Save_Queries_AreNotWritten) {
     database.CreateTable("N", DbTableInfo::None);
     EXPECT_TRUE(database.Save(Path("new.xml")));
     DbDatabase copy(Path("new.xml"));
-    EXPECT_THAT(Names(copy), ElementsAre("Header", "Properties", "T", "U"));
+    EXPECT_THAT(TableNames(copy), ElementsAre("Header", "Properties", "T", "U"));
 }
 
 TEST_F(DbDatabaseTest, Save_QueryAmongTheFirstTwo_IsWrittenIntoTheHeader) {
@@ -1534,7 +1511,7 @@ TEST_F(DbDatabaseTest, Save_QueryAmongTheFirstTwo_IsWrittenIntoTheHeader) {
     AddQuery(database, "Q", "T", table);
     EXPECT_TRUE(database.Save(Path("new.xml")));
     DbDatabase copy(Path("new.xml"));
-    EXPECT_THAT(Names(copy), ElementsAre("T", "Q", "Header", "Properties"));
+    EXPECT_THAT(TableNames(copy), ElementsAre("T", "Q", "Header", "Properties"));
     EXPECT_EQ(copy.GetTableInfo("Q")->GetType(), DbTableInfo::Table);
     EXPECT_TRUE(copy.GetTableInfo("Q")->GetSql().IsEmpty());
 }
@@ -1713,7 +1690,7 @@ TEST_P(DbDatabaseReading, SaveToADocument_BeforeAnythingWasRead_DamagesNothing) 
     quillet::xml::Document document;
     quillet::xml::Face face(document.Root());
     database->Save(face.Get(), nullptr);
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties", "Alpha", "Beta", "Gamma"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties", "Alpha", "Beta", "Gamma"));
     EXPECT_EQ(database->GetTableDescr("Header")->size(), 1U) << "the structure is that of the file";
     EXPECT_TRUE(database->Save(Path("copy.xml")));
     EXPECT_EQ(Bytes("copy.xml"), SmallCatalog());
@@ -1731,7 +1708,7 @@ TEST_F(DbDatabaseTest, SaveToADocument_FailingTable_LeavesItsElement) {
 }
 
 // Refuses every call.
-class RefusingDom final : public IDispatch {
+class RefusingDom final : public DispatchStub {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         if (iid == IID_IUnknown || iid == IID_IDispatch) {
@@ -1743,17 +1720,6 @@ public:
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return DISP_E_UNKNOWNNAME;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_FAIL;
-    }
-
-    virtual ~RefusingDom() = default;
 };
 
 TEST_F(DbDatabaseTest, SaveToADocument_ThatRefuses_IsFalse) {
@@ -1776,7 +1742,7 @@ TEST_F(DbDatabaseTest, SaveToADocument_WithoutHeaderTables_MakesThem) {
     quillet::xml::Document document;
     quillet::xml::Face face(document.Root());
     EXPECT_TRUE(database.Save(face.Get(), nullptr));
-    EXPECT_THAT(Names(database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(database), ElementsAre("Header", "Properties"));
 }
 
 // ---- Derived classes

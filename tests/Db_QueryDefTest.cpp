@@ -8,7 +8,7 @@
 
 namespace {
 
-using quillet::test::LinesOf;
+using quillet::test::TakeLog;
 using quillet::test::ThrownMessage;
 using testing::Contains;
 using testing::IsEmpty;
@@ -19,7 +19,7 @@ protected:
         m_database->CreateTable("t", DbTableInfo::Table)
             ->GetDescr()
             ->CreateField("a", false, DbFieldDescr::Long);
-        LinesOf(*m_database);
+        TakeLog(*m_database);
     }
 
     std::unique_ptr<DbDatabase> m_database = std::make_unique<DbDatabase>();
@@ -45,7 +45,7 @@ TEST_F(DbQueryDefTest, Create_OverAnUnknownTable_ThrowsAndTheLogSaysWhy) {
     EXPECT_EQ(ThrownMessage([&] { m_def.Create("q", "select x from nosuchtable"); }),
               "Quillet exception thrown\r\nFile: Db/Quillet/Db_QueryDef @ 55\r\n"
               "Message: Invalid 'select x from nosuchtable' query");
-    const auto lines = LinesOf(*m_database);
+    const auto lines = TakeLog(*m_database);
     EXPECT_THAT(lines, Contains("SQL Analyze - no table 'nosuchtable' found"));
     EXPECT_THAT(lines, Contains("SQL Analyze - failed"));
 }
@@ -76,23 +76,23 @@ TEST_F(DbQueryDefTest, Create_WithoutADatabase_ThrowsAndKeepsNameAndText) {
 
 TEST_F(DbQueryDefTest, IsOpen_AnalysesTheTextByEveryCall) {
     m_def.Create("q", "select a from t");
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_TRUE(m_def.IsOpen());
-    EXPECT_THAT(LinesOf(*m_database), Contains("SQL Analyze - ok"));
+    EXPECT_THAT(TakeLog(*m_database), Contains("SQL Analyze - ok"));
     m_database->DeleteTable("t");
     EXPECT_FALSE(m_def.IsOpen());
-    EXPECT_THAT(LinesOf(*m_database), Contains("SQL Analyze - failed"));
+    EXPECT_THAT(TakeLog(*m_database), Contains("SQL Analyze - failed"));
 }
 
 TEST_F(DbQueryDefTest, Close_LetsGoOfDatabaseAndTextButKeepsTheName) {
     m_def.Create("q", "select a from t");
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     m_def.Close();
     EXPECT_FALSE(m_def.IsOpen());
     EXPECT_EQ(m_def.GetDatabase(), nullptr);
     EXPECT_EQ(m_def.GetSQL(), "");
     EXPECT_EQ(m_def.GetName(), "q");
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
 }
 
 TEST_F(DbQueryDefTest, Copy_HasDatabaseTextAndName) {

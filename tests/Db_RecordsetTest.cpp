@@ -11,14 +11,7 @@
 
 namespace {
 
-using quillet::test::ByteArray;
-using quillet::test::LinesOf;
-using quillet::test::Long;
-using quillet::test::NullVariant;
-using quillet::test::TemporaryFolder;
-using quillet::test::TextOf;
-using quillet::test::ThrownMessage;
-using quillet::test::Utf8;
+using namespace quillet::test;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -55,13 +48,13 @@ protected:
         AddNumbers(*m_database, "t", {1, 2, 3});
         AddNumbers(*m_database, "empty", {});
         m_database->Sync();
-        LinesOf(*m_database);
+        TakeLog(*m_database);
     }
 
     // The cursor open on a table, with an empty log.
     DbRecordset& OnTable(const CString& name = "t") {
         EXPECT_TRUE(m_rs.Open(name));
-        LinesOf(*m_database);
+        TakeLog(*m_database);
         return m_rs;
     }
     DbTableData& Data(const CString& name = "t") { return *m_database->GetTableData(name); }
@@ -71,7 +64,7 @@ protected:
     std::vector<std::string> Numbers(const CString& name = "t") {
         std::vector<std::string> numbers;
         for (uint64 i = 0; i < Data(name).size(); ++i) {
-            numbers.push_back(quillet::test::Cell(&Data(name), i, 0));
+            numbers.push_back(Cell(&Data(name), i, 0));
         }
         return numbers;
     }
@@ -91,7 +84,7 @@ protected:
         return index;
     }
 
-    quillet::test::StaticsGuard m_statics;
+    StaticsGuard m_statics;
     std::unique_ptr<DbDatabase> m_database = std::make_unique<DbDatabase>();
     DbRecordset m_rs{m_database.get()};
 };
@@ -180,7 +173,7 @@ TEST_F(DbRecordsetTest, Open_WithoutText_TakesTheDefaultOne) {
 TEST_F(DbRecordsetTest, Open_UnknownTable_IsFalseAndTheLogSaysWhy) {
     EXPECT_FALSE(m_rs.Open("nosuchtable"));
     EXPECT_FALSE(m_rs.IsOpen());
-    EXPECT_THAT(LinesOf(*m_database), Contains("SQL Analyze - table 'nosuchtable' not found"));
+    EXPECT_THAT(TakeLog(*m_database), Contains("SQL Analyze - table 'nosuchtable' not found"));
 }
 
 TEST_F(DbRecordsetTest, Open_ThatFails_LeavesAnOpenCursor) {
@@ -278,11 +271,11 @@ TEST_F(DbRecordsetTest, Open_NullTableDefinition_Throws) {
 TEST_F(DbRecordsetTest, OpenTable_NameThatHoldsSelect_Opens) {
     AddNumbers(*m_database, "Selection", {4});
     EXPECT_FALSE(m_rs.Open("Selection")) << "read as a query";
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_TRUE(m_rs.OpenTable("SELECTION"));
     EXPECT_EQ(Number(), 4);
     EXPECT_EQ(m_rs.GetTableName(), "Selection");
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
     EXPECT_TRUE(m_rs.FindFirst("a = 4"));
     EXPECT_TRUE(m_rs.CanUpdate());
 }
@@ -294,7 +287,7 @@ TEST_F(DbRecordsetTest, OpenTable_UnknownName_IsFalseAndKeepsTheCursor) {
     EXPECT_FALSE(m_rs.OpenTable("[empty]")) << "brackets are letters of a name";
     EXPECT_FALSE(m_rs.OpenTable(""));
     EXPECT_EQ(Number(), 3);
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
     m_database.reset();
     EXPECT_FALSE(m_rs.OpenTable("t"));
 }
@@ -406,9 +399,7 @@ public:
 
 class DbRecordsetOwnDatabase : public DbRecordsetTest {
 protected:
-    DbRecordsetOwnDatabase() {
-        quillet::test::WriteBytes(m_folder / "small.xml", quillet::test::SmallCatalog());
-    }
+    DbRecordsetOwnDatabase() { WriteBytes(m_folder / "small.xml", SmallCatalog()); }
 
     TemporaryFolder m_folder;
     CString m_path{Utf8(m_folder / "small.xml")};
@@ -434,7 +425,7 @@ TEST_F(DbRecordsetOwnDatabase, Close_DeletesItAndSavesWhatChanged) {
     rs.Update();
     rs.Close();
     EXPECT_EQ(DbDatabase::m_openDbCount, m_before);
-    EXPECT_THAT(quillet::test::ReadBytes(m_folder / "small.xml"), HasSubstr("<row name=\"eins\""));
+    EXPECT_THAT(ReadBytes(m_folder / "small.xml"), HasSubstr("<row name=\"eins\""));
     EXPECT_TRUE(rs.Open()) << "once more";
     EXPECT_EQ(TextOf(rs.GetFieldValue("name")), "eins");
 }
@@ -501,8 +492,8 @@ TEST_F(DbRecordsetOwnDatabase, CanUpdate_ReadOnlySource_IsFalse) {
 }
 
 TEST_F(DbRecordsetOwnDatabase, Open_LazyFile_ReadsTheRows) {
-    for (const auto reading : {quillet::test::Reading::Whole, quillet::test::Reading::Sequential}) {
-        const auto database = quillet::test::Open(m_folder / "small.xml", reading);
+    for (const auto reading : {Reading::Whole, Reading::Sequential}) {
+        const auto database = Open(m_folder / "small.xml", reading);
         DbRecordset rs(database.get());
         EXPECT_TRUE(rs.Open("beta"));
         EXPECT_EQ(rs.GetRecordCount(), 1);
@@ -663,7 +654,7 @@ TEST_F(DbRecordsetTest, FindFirstThenFindNext_OfTheOnlyMatch) {
     EXPECT_FALSE(m_rs.FindNext("a = 1"));
     EXPECT_EQ(m_rs.GetAbsolutePosition(), 2);
     std::vector<std::string> timings;
-    for (const std::string& line : LinesOf(*m_database)) {
+    for (const std::string& line : TakeLog(*m_database)) {
         if (line.starts_with("FindRow 'a = 1' processed in ") && line.ends_with(" [s]")) {
             timings.push_back(line);
         }
@@ -700,7 +691,7 @@ TEST_F(DbRecordsetTest, FindPrev_AtTheFirstRow_IsFalseWithoutAnalysing) {
     EXPECT_FALSE(m_rs.FindPrev("a = 1"));
     m_rs.MovePrev();
     EXPECT_FALSE(m_rs.FindPrev("a = 1"));
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
 }
 
 TEST_F(DbRecordsetTest, FindLast_MovesToTheLastRowThatMatches) {
@@ -710,12 +701,12 @@ TEST_F(DbRecordsetTest, FindLast_MovesToTheLastRowThatMatches) {
 
 TEST_F(DbRecordsetTest, FindLast_OfAnEmptyTable_IsFalseWithoutAnalysing) {
     EXPECT_FALSE(OnTable("empty").FindLast("a = 1"));
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
 }
 
 TEST_F(DbRecordsetTest, FindFirst_OfAnEmptyTable_IsFalseWithATimingLine) {
     EXPECT_FALSE(OnTable("empty").FindFirst("a = 1"));
-    EXPECT_THAT(LinesOf(*m_database).back(), StartsWith("FindRow 'a = 1' processed in "));
+    EXPECT_THAT(TakeLog(*m_database).back(), StartsWith("FindRow 'a = 1' processed in "));
 }
 
 TEST_F(DbRecordsetTest, Find_ByOperation) {
@@ -738,7 +729,7 @@ TEST_F(DbRecordsetTest, Find_UnknownOperation_IsFalseAndDropsAPendingEdit) {
     EXPECT_EQ(Number(), 2);
     m_rs.Update();
     EXPECT_THAT(Numbers(), ElementsAre("1", "2", "3"));
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty()) << "nothing was searched for";
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty()) << "nothing was searched for";
 }
 
 TEST_F(DbRecordsetTest, Find_OperationsAreNumberedFromZero) {
@@ -771,19 +762,19 @@ TEST_F(DbRecordsetTest, FindRow_KeepsAPendingEdit) {
 
 TEST_F(DbRecordsetTest, FindRow_InvalidCondition_IsFalseWithoutATimingLine) {
     OnTable().MoveLast();
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_FALSE(m_rs.FindFirst("nosuchfield = 'x'"));
-    EXPECT_THAT(LinesOf(*m_database),
+    EXPECT_THAT(TakeLog(*m_database),
                 ElementsAre("SQL Analyze - query 'nosuchfield = 'x''",
                             "SQL Analyze - invalid condition 'nosuchfield = 'x''", "SQL Analyze - failed"));
     EXPECT_FALSE(m_rs.FindFirst("a >"));
-    EXPECT_THAT(LinesOf(*m_database), Contains("SQL Analyze - invalid condintion 'a >'"));
+    EXPECT_THAT(TakeLog(*m_database), Contains("SQL Analyze - invalid condintion 'a >'"));
     EXPECT_EQ(Number(), 3) << "the cursor stays";
 }
 
 TEST_F(DbRecordsetTest, FindRow_LogsTheTextAsGiven) {
     OnTable().FindFirst("A = 1\r\nand B = 'x'");
-    const auto lines = LinesOf(*m_database);
+    const auto lines = TakeLog(*m_database);
     EXPECT_THAT(lines, Contains("SQL Analyze - query 'a = 1  and b = 'x''"));
     EXPECT_THAT(lines, Contains("SQL Analyze - ok"));
     EXPECT_THAT(lines.back(), StartsWith("FindRow 'A = 1\r\nand B = 'x'' processed in "));
@@ -866,14 +857,14 @@ TEST_F(DbRecordsetTest, FindRow_InARenamedTable_IsAnalysedAndSaysSo) {
                                             "SQL Analyze - failed"};
     OnTable();
     m_database->RenameTable("t", "u");
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_FALSE(m_rs.FindFirst("a = 1"));
-    EXPECT_EQ(LinesOf(*m_database), lines);
+    EXPECT_EQ(TakeLog(*m_database), lines);
     DbTableDescr& taken = *AddNumbers(*m_database, "t", {1})->GetDescr();
     DbFilter* const filter = taken.AddFilter("a", "=", "2");
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_FALSE(m_rs.FindFirst("a = 1")) << "another table has the name now";
-    EXPECT_EQ(LinesOf(*m_database), lines);
+    EXPECT_EQ(TakeLog(*m_database), lines);
     EXPECT_THAT(taken.TakeFilters({filter}), SizeIs(1)) << "nobody touched the other table";
 }
 
@@ -883,12 +874,12 @@ TEST_F(DbRecordsetTest, FindRow_EmptyText_MatchesEveryRowOfARenamedTable) {
     EXPECT_TRUE(m_rs.FindLast(""));
     EXPECT_EQ(Number(), 3);
     AddNumbers(*m_database, "t", {7});
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_TRUE(m_rs.FindFirst(""));
     EXPECT_EQ(Number(), 1);
     EXPECT_TRUE(m_rs.FindNext(""));
     EXPECT_EQ(Number(), 2);
-    const auto lines = LinesOf(*m_database);
+    const auto lines = TakeLog(*m_database);
     EXPECT_THAT(lines, Contains("SQL Analyze - ok"));
     EXPECT_THAT(lines.back(), StartsWith("FindRow '' processed in "));
 }
@@ -1946,7 +1937,7 @@ protected:
     }
     std::string Exported() {
         m_rs.ExportCVS(Utf8(m_folder / "out.csv"));
-        return quillet::test::ReadBytes(m_folder / "out.csv");
+        return ReadBytes(m_folder / "out.csv");
     }
 
     TemporaryFolder m_folder;
@@ -2021,11 +2012,11 @@ TEST_F(DbRecordsetExport, ExportCVS_ToAPathThatCannotBeOpened_DoesNothing) {
     m_rs.ExportCVS(Utf8(m_folder / "none" / "out.csv"));
     m_rs.ExportCVS("");
     EXPECT_THAT(m_folder.Names(), IsEmpty());
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
 }
 
 TEST_F(DbRecordsetExport, ExportCVS_OfAClosedCursor_LeavesTheFile) {
-    quillet::test::WriteBytes(m_folder / "out.csv", "kept");
+    WriteBytes(m_folder / "out.csv", "kept");
     EXPECT_EQ(Exported(), "kept");
 }
 

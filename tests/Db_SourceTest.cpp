@@ -8,14 +8,7 @@
 
 namespace {
 
-using quillet::test::Open;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::StaticsGuard;
-using quillet::test::TemporaryFolder;
-using quillet::test::ThrownMessage;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 
 static_assert(!std::is_copy_constructible_v<DbSource>);
 static_assert(!std::is_copy_assignable_v<DbSource>);
@@ -151,7 +144,7 @@ TEST_F(DbSourceTest, SetFile_ChecksTheFileWithoutChangingIt) {
     const CString path = File("steel.xml", "not even XML");
     const DbSource source(nullptr, path);
     EXPECT_TRUE(source.IsValid()) << "the content does not decide";
-    EXPECT_EQ(quillet::test::ReadBytes(m_folder / "steel.xml"), "not even XML");
+    EXPECT_EQ(ReadBytes(m_folder / "steel.xml"), "not even XML");
 }
 
 TEST_F(DbSourceTest, SetFile_ClearsTheOwner) {

@@ -39,7 +39,7 @@ protected:
     DataTest() : m_info(m_database.CreateTable("T", DbTableInfo::Table)) {
         Descr().CreateField("n", true, DbFieldDescr::Long);
         Descr().CreateField("t", false, DbFieldDescr::Text);
-        LinesOf(m_database);
+        TakeLog(m_database);
         m_database.Sync();
     }
 
@@ -150,11 +150,11 @@ TEST_F(DataTest, Update_ForwardsToTheRows) {
 TEST_F(DataTest, SetXmlSource_IsInitializedButParsedOnFirstUse) {
     Data().SetXmlSource(TableText(Row("1", "a") + Row("2", "b")));
     EXPECT_TRUE(Data().IsInitialized());
-    EXPECT_TRUE(LinesOf(m_database).empty()) << "nothing was parsed yet";
+    EXPECT_TRUE(TakeLog(m_database).empty()) << "nothing was parsed yet";
     EXPECT_EQ(Data().size(), 2U);
-    EXPECT_EQ(LinesOf(m_database).size(), 1U);
+    EXPECT_EQ(TakeLog(m_database).size(), 1U);
     EXPECT_EQ(Data().size(), 2U);
-    EXPECT_TRUE(LinesOf(m_database).empty()) << "a second look does not parse again";
+    EXPECT_TRUE(TakeLog(m_database).empty()) << "a second look does not parse again";
     EXPECT_EQ(Numbers(), (Strings{"1", "2"}));
 }
 
@@ -185,14 +185,14 @@ TEST_F(DataTest, SetXmlSource_Bind_ParsesBeforeItBinds) {
     Data().Bind(&others, none);
     EXPECT_EQ(Data().size(), 0U);
     EXPECT_TRUE(Data().GetRows()->IsBinded());
-    EXPECT_EQ(LinesOf(m_database).size(), 1U);
+    EXPECT_EQ(TakeLog(m_database).size(), 1U);
 }
 
 TEST_F(DataTest, SetXmlSource_AddRowDoesNotParse_TheNewRowComesFirst) {
     Data().SetXmlSource(TableText(Row("1", "a")));
     EXPECT_EQ(Data().AddRow(), 0U);
     EXPECT_EQ(Data().AddRows(1), 1U);
-    EXPECT_TRUE(LinesOf(m_database).empty());
+    EXPECT_TRUE(TakeLog(m_database).empty());
     EXPECT_EQ(Numbers(), (Strings{"0", "0", "1"}));
 }
 
@@ -304,7 +304,7 @@ TEST_F(DataTest, Save_ARowThatFails_EndsItWithBothLines) {
     SaveTarget target;
     EXPECT_FALSE(Data().Save(target.Automation(), target.Element()));
     EXPECT_EQ(target.Content(), Row("1", "a"));
-    EXPECT_EQ(LinesOf(m_database),
+    EXPECT_EQ(TakeLog(m_database),
               (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), t, 1",
                        "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)"}));
 }
@@ -314,7 +314,7 @@ TEST_F(DataTest, Save_FieldNamesThatXmlRefuses_DoNotMatterWithoutRows) {
     SaveTarget target;
     EXPECT_TRUE(Data().Save(target.Automation(), target.Element()));
     EXPECT_EQ(target.Content(), "");
-    EXPECT_TRUE(LinesOf(m_database).empty());
+    EXPECT_TRUE(TakeLog(m_database).empty());
 }
 
 TEST_F(DataTest, Load_Children_BecomeRows) {
@@ -329,7 +329,7 @@ TEST_F(DataTest, Load_LogsTheRowsInTheRightNumber) {
     EXPECT_TRUE(Data().Load(ElementOf(TableText(Row("1", "a"))).Get()));
     EXPECT_TRUE(Data().Load(ElementOf(TableText(Row("1", "a") + Row("1", "a"))).Get()));
     Strings lines;
-    for (const std::string& line : LinesOf(m_database)) {
+    for (const std::string& line : TakeLog(m_database)) {
         lines.push_back(WithoutSeconds(line));
     }
     EXPECT_EQ(lines, (Strings{"Table 'T' [0 rows] data parsed in: ", "Table 'T' [1 row] data parsed in: ",
@@ -338,7 +338,7 @@ TEST_F(DataTest, Load_LogsTheRowsInTheRightNumber) {
 
 TEST_F(DataTest, Load_LogLine_EndsInSecondsWithFourDecimals) {
     Data().Load(ElementOf(TableText("")).Get());
-    const Strings lines = LinesOf(m_database);
+    const Strings lines = TakeLog(m_database);
     ASSERT_EQ(lines.size(), 1U);
     const std::string seconds = lines[0].substr(WithoutSeconds(lines[0]).size());
     ASSERT_GE(seconds.size(), 10U) << lines[0];
@@ -360,7 +360,7 @@ TEST_F(DataTest, Load_ARowThatFails_EndsTheLoad) {
     EXPECT_EQ(PrintedText(Data()[0][uint64(0)]), "1");
     EXPECT_EQ(Data()[2][uint64(0)].GetType(), VT_EMPTY);
     EXPECT_TRUE(Data().IsInitialized());
-    EXPECT_TRUE(LinesOf(m_database).empty());
+    EXPECT_TRUE(TakeLog(m_database).empty());
 }
 
 TEST_F(DataTest, Load_RowsOfAnotherWidth_AreReadAsFarAsTheyGo) {
@@ -509,7 +509,7 @@ TEST_F(SequentialData, Clear_RowsStillInTheFile_AreReadFirst) {
 TEST_F(SequentialData, CreateFieldThatFails_ReadsNothing) {
     EXPECT_FALSE(m_database->GetTableDescr("T")->CreateField("N", false, DbFieldDescr::Text));
     EXPECT_FALSE(m_database->GetTableDescr("T")->DeleteField("unknown"));
-    for (const std::string& line : LinesOf(*m_database)) {
+    for (const std::string& line : TakeLog(*m_database)) {
         EXPECT_EQ(line.find("extracted"), std::string::npos) << line;
     }
 }
@@ -525,7 +525,7 @@ protected:
         info->GetData()->AddRow();
         EXPECT_TRUE(Save());
         m_saved = ReadBytes(Path());
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
     ~DataToFile() override { m_database.GetTableData("T")->Clear(); }
 
@@ -544,7 +544,7 @@ TEST_F(DataToFile, Save_TextThatXmlCannotCarry_KeepsTheOldFileWhole) {
         FirstRow()[uint64(1)].SetValue(text);
         EXPECT_FALSE(Save());
         EXPECT_EQ(ReadBytes(Path()), m_saved);
-        EXPECT_EQ(LinesOf(m_database),
+        EXPECT_EQ(TakeLog(m_database),
                   (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), m, 1",
                            "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)",
                            "Error on table \"T\" - body data saving"}));
@@ -557,7 +557,7 @@ TEST_F(DataToFile, Save_SafeNameThatIsNoXmlName_KeepsTheOldFileWhole) {
     EXPECT_FALSE(Save());
     EXPECT_EQ(ReadBytes(Path()), m_saved);
     EXPECT_EQ(
-        LinesOf(m_database),
+        TakeLog(m_database),
         (Strings{"Table 'T' can't be saved: the field '2nd' would be saved as '2nd', which is no name in "
                  "XML",
                  "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 2nd, 2",
@@ -572,7 +572,7 @@ TEST_F(DataToFile, Save_TwoFieldsOfOneSafeName_KeepTheOldFileWhole) {
     Descr().CreateField("a_b", false, DbFieldDescr::Text);
     EXPECT_FALSE(Save());
     EXPECT_EQ(ReadBytes(Path()), m_saved);
-    EXPECT_EQ(LinesOf(m_database).front(),
+    EXPECT_EQ(TakeLog(m_database).front(),
               "Table 'T' can't be saved: the fields 'a b' and 'a_b' would both be saved as 'a_b'");
 }
 
@@ -587,7 +587,7 @@ TEST_F(DataToFile, Save_FieldNameThatXmlCannotCarry_FailsTheStructure) {
     FirstRow().SetChanged();
     EXPECT_FALSE(Save());
     EXPECT_EQ(ReadBytes(Path()), m_saved);
-    const Strings lines = LinesOf(m_database);
+    const Strings lines = TakeLog(m_database);
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.front(), "Error on table \"T\" - body structure saving");
 }

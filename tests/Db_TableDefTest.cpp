@@ -8,9 +8,9 @@
 
 namespace {
 
-using quillet::test::LinesOf;
 using quillet::test::Open;
 using quillet::test::Reading;
+using quillet::test::TakeLog;
 using quillet::test::ThrownMessage;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -27,7 +27,7 @@ protected:
         info->GetDescr()->CreateField("name", true, DbFieldDescr::Text);
         info->GetDescr()->CreateField("weight", false, DbFieldDescr::Double);
         info->GetData()->AddRows(2);
-        LinesOf(*m_database);
+        TakeLog(*m_database);
     }
 
     std::unique_ptr<DbDatabase> m_database = std::make_unique<DbDatabase>();
@@ -100,7 +100,7 @@ TEST_F(DbTableDefTest, Open_UnknownTable_IsFalseAndChangesNothing) {
     EXPECT_TRUE(m_def.IsOpen());
     EXPECT_EQ(m_def.GetTableName(), "sections");
     EXPECT_EQ(m_def.GetRecordCount(), 2);
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
 }
 
 TEST_F(DbTableDefTest, Open_UnknownTable_KeepsThePreparedOne) {
@@ -149,7 +149,7 @@ TEST_F(DbTableDefTest, Create_MakesATableThatTheDatabaseDoesNotKnow) {
     EXPECT_TRUE(m_def.CreateField("a", DbFieldDescr::Long));
     EXPECT_EQ(m_def.GetFieldCount(), 1U);
     EXPECT_EQ(m_def.GetRecordCount(), 0);
-    EXPECT_THAT(LinesOf(*m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(*m_database), IsEmpty());
 }
 
 TEST_F(DbTableDefTest, Create_ForATakenName_IsTrueAllTheSame) {
@@ -191,7 +191,7 @@ TEST_F(DbTableDefTest, Append_RegistersTheTable) {
     EXPECT_EQ(m_def.GetRecordCount(), 0);
     EXPECT_EQ(m_database->GetTableInfo("new")->GetType(), DbTableInfo::Table);
     EXPECT_EQ(m_database->GetTableInfo("new")->GetSql(), "");
-    EXPECT_THAT(LinesOf(*m_database), ElementsAre("Table 'new' created, index = 1, type = TABLE, sql = ''"));
+    EXPECT_THAT(TakeLog(*m_database), ElementsAre("Table 'new' created, index = 1, type = TABLE, sql = ''"));
 }
 
 TEST_F(DbTableDefTest, Append_ThenAddRowsAndFields_FollowsTheDatabase) {
@@ -206,7 +206,7 @@ TEST_F(DbTableDefTest, Append_ThenAddRowsAndFields_FollowsTheDatabase) {
 
 TEST_F(DbTableDefTest, Append_WithoutCreate_IsFalseAndSaysSo) {
     EXPECT_FALSE(m_def.Append());
-    EXPECT_THAT(LinesOf(*m_database),
+    EXPECT_THAT(TakeLog(*m_database),
                 ElementsAre("Cannot append database... call DbTableDef::Create(...) first"));
 }
 
@@ -219,9 +219,9 @@ TEST_F(DbTableDefTest, Append_OnAnOpenDefinition_IsFalseAndLeavesItOpen) {
 TEST_F(DbTableDefTest, Append_Twice_IsFalseTheSecondTimeAndSaysSo) {
     m_def.Create("new");
     ASSERT_TRUE(m_def.Append());
-    LinesOf(*m_database);
+    TakeLog(*m_database);
     EXPECT_FALSE(m_def.Append());
-    EXPECT_THAT(LinesOf(*m_database),
+    EXPECT_THAT(TakeLog(*m_database),
                 ElementsAre("Cannot append database... call DbTableDef::Create(...) first"));
     EXPECT_TRUE(m_def.IsOpen()) << "the table stands";
 }
@@ -230,13 +230,13 @@ TEST_F(DbTableDefTest, Append_TakenName_IsFalseAndClosesTheDefinition) {
     m_def.Create("Sections");
     m_def.CreateField("a", DbFieldDescr::Long);
     EXPECT_FALSE(m_def.Append());
-    EXPECT_THAT(LinesOf(*m_database),
+    EXPECT_THAT(TakeLog(*m_database),
                 ElementsAre("Table 'Sections' already in database, cannot add another 'Sections' table"));
     ExpectClosed(m_def);
     EXPECT_EQ(m_def.GetTableName(), "");
     EXPECT_EQ(m_database->GetTableDescr("sections")->size(), 2U);
     EXPECT_FALSE(m_def.Append()) << "nothing is prepared any more";
-    EXPECT_THAT(LinesOf(*m_database),
+    EXPECT_THAT(TakeLog(*m_database),
                 ElementsAre("Cannot append database... call DbTableDef::Create(...) first"));
 }
 

@@ -421,10 +421,10 @@ TEST_F(TableInDatabase, Clear_LeavesTheRowsTheirCells) {
 
 TEST_F(TableInDatabase, Clear_RowsWithoutFields_FailToSaveAndSaySo) {
     Descr().Clear();
-    LinesOf(m_database);
+    TakeLog(m_database);
     SaveTarget target;
     EXPECT_FALSE(Data().Save(target.Automation(), target.Element()));
-    EXPECT_EQ(LinesOf(m_database),
+    EXPECT_EQ(TakeLog(m_database),
               (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), , 0",
                        "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)"}));
 }

@@ -26,7 +26,7 @@ protected:
         Descr().CreateField("d", false, DbFieldDescr::Double);
         Descr().CreateField("f", false, DbFieldDescr::Boolean);
         Descr().CreateField("x", false, DbFieldDescr::Binary);
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
 
     DbTableDescr& Descr() { return *m_info->GetDescr(); }
@@ -662,7 +662,7 @@ TEST_F(RowTest, Save_TextThatXmlCannotCarry_IsRefusedAndLogged) {
         SaveTarget target;
         EXPECT_FALSE(row.Save(target.Automation(), target.Element()));
         EXPECT_EQ(target.Content(), "");
-        EXPECT_EQ(LinesOf(m_database),
+        EXPECT_EQ(TakeLog(m_database),
                   (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), t, 1"}));
     }
 }
@@ -679,7 +679,7 @@ TEST_F(RowTest, Save_SafeNameThatIsNoXmlName_IsRefusedAtThatField) {
         SaveTarget target;
         EXPECT_FALSE(NewRow().Save(target.Automation(), target.Element())) << name;
         const std::string quoted = "'" + std::string(name) + "'";
-        EXPECT_EQ(LinesOf(m_database),
+        EXPECT_EQ(TakeLog(m_database),
                   (Strings{"Table 'T' can't be saved: the field " + quoted + " would be saved as " + quoted +
                                ", which is no name in XML",
                            "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), " +
@@ -701,7 +701,7 @@ TEST_F(RowTest, Save_SafeNameSharedByTwoFields_IsRefusedAtTheSecond) {
     Descr()[3].SetName("a_b");
     SaveTarget target;
     EXPECT_FALSE(NewRow().Save(target.Automation(), target.Element()));
-    EXPECT_EQ(LinesOf(m_database),
+    EXPECT_EQ(TakeLog(m_database),
               (Strings{"Table 'T' can't be saved: the fields 'a b' and 'a_b' would both be saved as 'a_b'",
                        "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), a_b, 3"}));
 }
@@ -742,7 +742,7 @@ TEST_F(RowTest, Save_WithoutDocumentOrParent_IsRefusedAndLogged) {
     EXPECT_FALSE(row.Save(nullptr, target.Element()));
     EXPECT_FALSE(row.Save(target.Automation(), nullptr));
     EXPECT_FALSE(row.Save(nullptr, nullptr));
-    EXPECT_EQ(LinesOf(m_database).size(), 3U);
+    EXPECT_EQ(TakeLog(m_database).size(), 3U);
 }
 
 TEST_F(RowTest, Save_RowWithoutADatabase_FailsSilently) {

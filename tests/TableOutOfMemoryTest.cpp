@@ -1,46 +1,22 @@
 // Structures and rows when memory runs out: every step happens whole or not at all.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 
 #include "Quillet/IQuillet.h"
 #include "support/CatalogHelpers.h"
 #include "support/OutOfMemory.h"
-#include "support/TestHelpers.h"
+#include "support/SteelTable.h"
 
 namespace {
 
-using quillet::test::Attempt;
-using quillet::test::ByteArray;
-using quillet::test::Dump;
-using quillet::test::ExpectWholeOrNotAtAll;
-using quillet::test::Failing;
-using quillet::test::RowsOf;
-using quillet::test::SweepAttempts;
-using quillet::test::Try;
+using namespace quillet::test;
 
-// Table "Steel" with a field of each type and rows whose texts need memory, and an answer that shows some of
-// the rows.
+// A table, an index by name, and rows that are bound to some of the table's.
 class Subject {
 public:
-    Subject() : m_database(std::make_unique<DbDatabase>()) {
-        m_database->CreateTable("Steel", DbTableInfo::Table);
-        for (const auto& [name, type] :
-             {std::pair("name", DbFieldDescr::Text), std::pair("h", DbFieldDescr::Double),
-              std::pair("n", DbFieldDescr::Long), std::pair("ok", DbFieldDescr::Boolean),
-              std::pair("bytes", DbFieldDescr::Binary)}) {
-            Descr().CreateField(name, false, type);
-        }
-        for (int i = 0; i < 5; ++i) {
-            DbTableRow& row = Data()[Data().AddRow()];
-            row.SetValue("name", CString("a name that takes memory of its own, ") + Digit(i));
-            row.SetValue("h", CComVariant(100.5 * i));
-            row.SetValue("n", CComVariant(i));
-            row.SetValue("bytes", ByteArray("bytes"));
-        }
+    Subject() : m_database(SteelDatabase()) {
         Descr().CreateIndex("an index by name", "name");
         m_bound = std::make_unique<DbRows>(nullptr, &Descr());
         std::vector<uint64> order = {3, 1};
@@ -57,7 +33,7 @@ public:
         text += "bound";
         for (uint64 i = 0; i < m_bound->GetRowsCount(); ++i) {
             const DbTableRow* const row = m_bound->GetRow(static_cast<int>(i));
-            text += " " + (row == nullptr ? "no row" : quillet::test::CellText(row->GetField(0)));
+            text += " " + (row == nullptr ? "no row" : CellText(row->GetField(0)));
         }
         for (const char* name : {"an index by name", "second"}) {
             const DbTableDescr::DbIndex* const index = Descr().FindIndex(name);
@@ -70,98 +46,89 @@ public:
     }
 
 private:
-    static CString Digit(int digit) { return CString(std::to_string(digit)); }
-
     std::unique_ptr<DbDatabase> m_database;
     std::unique_ptr<DbRows> m_bound;
 };
 
-struct TableStep {
-    const char* m_name;
-    std::function<void(Subject&)> m_change;
-};
-
-void PrintTo(const TableStep& step, std::ostream* out) {
-    *out << step.m_name;
-}
-
-class TableOutOfMemory : public testing::TestWithParam<TableStep> {};
+class TableOutOfMemory : public testing::TestWithParam<Step<Subject>> {};
 
 TEST_P(TableOutOfMemory, StepHappensWholeOrNotAtAll) {
-    ExpectWholeOrNotAtAll([] { return std::make_unique<Subject>(); }, GetParam().m_change,
-                          [](Subject& subject) { return subject.Text(); });
+    ExpectStepWholeOrNotAtAll(
+        GetParam(), [] { return std::make_unique<Subject>(); },
+        [](Subject& subject) { return subject.Text(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Steps, TableOutOfMemory,
     testing::Values(
-        TableStep{
+        Step<Subject>{
             "CreateField",
             [](Subject& subject) { subject.Descr().CreateField("a new field", true, DbFieldDescr::Text); }},
-        TableStep{"CreateFieldOfBytes",
-                  [](Subject& subject) { subject.Descr().CreateField("blob", false, DbFieldDescr::Binary); }},
-        TableStep{"AppendField",
-                  [](Subject& subject) {
-                      DbFieldDescr field;
-                      field.SetName("NAME");
-                      field.SetType(VT_BSTR);
-                      subject.Descr().AppendField(field);
-                  }},
-        TableStep{"DeleteFieldByName", [](Subject& subject) { subject.Descr().DeleteField("h"); }},
-        TableStep{"DeleteLastField", [](Subject& subject) { subject.Descr().DeleteField(4); }},
-        TableStep{"CreateIndex",
-                  [](Subject& subject) { subject.Descr().CreateIndex("second", "n,h,[name]"); }},
-        TableStep{"CreateIndexWithoutFields",
-                  [](Subject& subject) { subject.Descr().CreateIndex("second"); }},
-        TableStep{"CreateIndexOfATakenName",
-                  [](Subject& subject) { subject.Descr().CreateIndex("An Index by Name", "n"); }},
-        TableStep{"DeleteIndex", [](Subject& subject) { subject.Descr().DeleteIndex("an index by name"); }},
-        TableStep{"AddRow", [](Subject& subject) { subject.Data().AddRow(); }},
-        TableStep{"AddRows", [](Subject& subject) { subject.Data().AddRows(7); }},
-        TableStep{"AddRowToBoundRows", [](Subject& subject) { subject.Bound().AddRow(true); }},
-        TableStep{"AddRowsToBoundRows", [](Subject& subject) { subject.Bound().AddRows(3, true); }},
-        TableStep{"SetText",
-                  [](Subject& subject) {
-                      subject.Data()[2].SetValue("name", "another text that takes memory of its own");
-                  }},
-        TableStep{"SetTextOfNumber", [](Subject& subject) { subject.Data()[2].SetValue("h", "12.25"); }},
-        TableStep{"SetTextOfBoolean", [](Subject& subject) { subject.Data()[2].SetValue("ok", "True"); }},
-        TableStep{"SetTextOfBytes",
-                  [](Subject& subject) { subject.Data()[2].SetValue("bytes", "QUJDREVGRw=="); }},
-        TableStep{"SetTextThatIsNoNumber",
-                  [](Subject& subject) { subject.Data()[2].SetValue("h", "a text that is no number"); }},
-        TableStep{"SetValue",
-                  [](Subject& subject) {
-                      subject.Data()[2].SetValue("name", CComVariant("a value that takes memory of its own"));
-                  }},
-        TableStep{"SetValueOfAnotherType",
-                  [](Subject& subject) { subject.Data()[2].SetValue("name", CComVariant(2.5)); }},
-        TableStep{"SetName",
-                  [](Subject& subject) { subject.Descr().at(1)->SetName("a (long) name for a height"); }},
-        TableStep{"SetType", [](Subject& subject) { subject.Descr().at(1)->SetType(VT_ARRAY | VT_UI1); }},
-        TableStep{"AssignField",
-                  [](Subject& subject) {
-                      DbFieldDescr field;
-                      field.SetName("a name that takes memory of its own");
-                      field.SetType(VT_BSTR);
-                      *subject.Descr().at(1) = field;
-                  }},
-        TableStep{"AssignCell",
-                  [](Subject& subject) { subject.Data()[0].GetField(0) = subject.Data()[1].GetField(0); }},
-        TableStep{"Bind",
-                  [](Subject& subject) {
-                      std::vector<uint64> order = {4, 3, 2, 1, 0};
-                      subject.Bound().Bind(subject.Data().GetRows(), order);
-                  }},
-        TableStep{"ClearData", [](Subject& subject) { subject.Data().Clear(); }},
-        TableStep{"ClearTable", [](Subject& subject) { subject.Database().ClearTable("steel"); }}));
+        Step<Subject>{
+            "CreateFieldOfBytes",
+            [](Subject& subject) { subject.Descr().CreateField("blob", false, DbFieldDescr::Binary); }},
+        Step<Subject>{"AppendField",
+                      [](Subject& subject) {
+                          DbFieldDescr field;
+                          field.SetName("NAME");
+                          field.SetType(VT_BSTR);
+                          subject.Descr().AppendField(field);
+                      }},
+        Step<Subject>{"DeleteFieldByName", [](Subject& subject) { subject.Descr().DeleteField("h"); }},
+        Step<Subject>{"DeleteLastField", [](Subject& subject) { subject.Descr().DeleteField(4); }},
+        Step<Subject>{"CreateIndex",
+                      [](Subject& subject) { subject.Descr().CreateIndex("second", "n,h,[name]"); }},
+        Step<Subject>{"CreateIndexWithoutFields",
+                      [](Subject& subject) { subject.Descr().CreateIndex("second"); }},
+        Step<Subject>{"CreateIndexOfATakenName",
+                      [](Subject& subject) { subject.Descr().CreateIndex("An Index by Name", "n"); }},
+        Step<Subject>{"DeleteIndex",
+                      [](Subject& subject) { subject.Descr().DeleteIndex("an index by name"); }},
+        Step<Subject>{"AddRow", [](Subject& subject) { subject.Data().AddRow(); }},
+        Step<Subject>{"AddRows", [](Subject& subject) { subject.Data().AddRows(7); }},
+        Step<Subject>{"AddRowToBoundRows", [](Subject& subject) { subject.Bound().AddRow(true); }},
+        Step<Subject>{"AddRowsToBoundRows", [](Subject& subject) { subject.Bound().AddRows(3, true); }},
+        Step<Subject>{"SetText",
+                      [](Subject& subject) {
+                          subject.Data()[2].SetValue("name", "another text that takes memory of its own");
+                      }},
+        Step<Subject>{"SetTextOfNumber", [](Subject& subject) { subject.Data()[2].SetValue("h", "12.25"); }},
+        Step<Subject>{"SetTextOfBoolean", [](Subject& subject) { subject.Data()[2].SetValue("ok", "True"); }},
+        Step<Subject>{"SetTextOfBytes",
+                      [](Subject& subject) { subject.Data()[2].SetValue("bytes", "QUJDREVGRw=="); }},
+        Step<Subject>{"SetTextThatIsNoNumber",
+                      [](Subject& subject) { subject.Data()[2].SetValue("h", "a text that is no number"); }},
+        Step<Subject>{"SetValue",
+                      [](Subject& subject) {
+                          subject.Data()[2].SetValue("name",
+                                                     CComVariant("a value that takes memory of its own"));
+                      }},
+        Step<Subject>{"SetValueOfAnotherType",
+                      [](Subject& subject) { subject.Data()[2].SetValue("name", CComVariant(2.5)); }},
+        Step<Subject>{"SetName",
+                      [](Subject& subject) { subject.Descr().at(1)->SetName("a (long) name for a height"); }},
+        Step<Subject>{"SetType", [](Subject& subject) { subject.Descr().at(1)->SetType(VT_ARRAY | VT_UI1); }},
+        Step<Subject>{"AssignField",
+                      [](Subject& subject) {
+                          DbFieldDescr field;
+                          field.SetName("a name that takes memory of its own");
+                          field.SetType(VT_BSTR);
+                          *subject.Descr().at(1) = field;
+                      }},
+        Step<Subject>{
+            "AssignCell",
+            [](Subject& subject) { subject.Data()[0].GetField(0) = subject.Data()[1].GetField(0); }},
+        Step<Subject>{"Bind",
+                      [](Subject& subject) {
+                          std::vector<uint64> order = {4, 3, 2, 1, 0};
+                          subject.Bound().Bind(subject.Data().GetRows(), order);
+                      }},
+        Step<Subject>{"ClearData", [](Subject& subject) { subject.Data().Clear(); }},
+        Step<Subject>{"ClearTable", [](Subject& subject) { subject.Database().ClearTable("steel"); }}));
 
 TEST(RowsOutOfMemory, DeletingARow_TakesNone) {
     Subject subject;
-    quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
-    subject.Data().DeleteRow(1);
-    plan.Disarm();
-    EXPECT_FALSE(plan.HasFailed());
+    ExpectNoAllocation([&] { subject.Data().DeleteRow(1); });
     EXPECT_EQ(subject.Data().size(), 4U);
 }
 
@@ -219,10 +186,7 @@ TEST(ItemOutOfMemory, AnAssignedItem_HasTheChildrenOfBeforeOrOfTheOther) {
 // A database goes without asking for memory.
 TEST(DatabaseOutOfMemory, GoesWithoutMemory) {
     auto subject = std::make_unique<Subject>();
-    quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
-    subject.reset();
-    plan.Disarm();
-    EXPECT_EQ(subject, nullptr);
+    EXPECT_TRUE(Try(1, Failing::FromThereOn, [&] { subject.reset(); }).m_isDone);
 }
 
 TEST(DatabaseOutOfMemory, OneThatCouldNotBeMade_IsNotCounted) {

@@ -1,29 +1,10 @@
 // References to automation objects: whoever lets go of what he was given leaves nothing behind.
 #include "Questionnaire.h"
+#include "support/OuterObject.h"
 
 namespace {
 
 using namespace quillet::test;
-
-// An object that has the library's as parts: it counts for both.
-class Outer final : public IUnknown {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        *object = nullptr;
-        if (IsEqualGUID(id, IID_IUnknown)) {
-            *object = static_cast<IUnknown*>(this);
-            AddRef();
-            return S_OK;
-        }
-        return m_inner == nullptr ? E_NOINTERFACE : m_inner->QueryInterface(id, object);
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
-
-    // The part; it is not counted by this.
-    IUnknown* m_inner = nullptr;
-    ULONG m_references = 0;
-};
 
 class References : public AutomationTest {
 protected:
@@ -169,7 +150,7 @@ TEST_F(References, LockedServer_StaysLoaded) {
 }
 
 TEST_F(References, PartOfAnotherObject_LeavesCountingToIt) {
-    Outer outer;
+    OuterObject outer;
     for (const CLSID& classId : {__uuidof(DbDatabase), __uuidof(DbTableRow), __uuidof(DbHeader),
                                  __uuidof(DbProperties), __uuidof(DbTableInfo)}) {
         outer.m_references = 0;
@@ -189,7 +170,7 @@ TEST_F(References, PartOfAnotherObject_LeavesCountingToIt) {
 }
 
 TEST_F(References, PartOfAnotherObject_HasToBeAskedForItsIdentity) {
-    Outer outer;
+    OuterObject outer;
     void* inner = nullptr;
     EXPECT_TRUE(FAILED(
         CoCreateInstance(__uuidof(DbDatabase), &outer, CLSCTX_INPROC_SERVER, __uuidof(IDbDatabase), &inner)));

@@ -17,7 +17,6 @@
 
 namespace {
 
-using quillet::test::LinesOf;
 using quillet::test::Long;
 using quillet::test::PlainContents;
 using quillet::test::PlainCursor;
@@ -28,6 +27,7 @@ using quillet::test::PlainStoredRow;
 using quillet::test::PlainTableDef;
 using quillet::test::PlainValue;
 using quillet::test::Printed;
+using quillet::test::TakeLog;
 using quillet::test::ThrownMessage;
 using quillet::test::VariantOf;
 
@@ -978,7 +978,7 @@ private:
 
     // ---- Comparing
 
-    Strings LinesOfTheLog() { return m_database == nullptr ? Strings() : LinesOf(*m_database); }
+    Strings LinesOfTheLog() { return m_database == nullptr ? Strings() : TakeLog(*m_database); }
 
     void CompareAll() {
         LinesOfTheLog();

@@ -1,44 +1,22 @@
 // Cursors when memory runs out.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 
 #include "Quillet/IQuillet.h"
 #include "support/CatalogHelpers.h"
 #include "support/OutOfMemory.h"
+#include "support/SteelTable.h"
 
 namespace {
 
-using quillet::test::Attempt;
-using quillet::test::Dump;
-using quillet::test::ExpectWholeOrNotAtAll;
-using quillet::test::Failing;
-using quillet::test::SweepAttempts;
-using quillet::test::Try;
-
-std::unique_ptr<DbDatabase> MadeDatabase() {
-    auto database = std::make_unique<DbDatabase>();
-    database->CreateTable("Steel", DbTableInfo::Table);
-    DbTableDescr& descr = *database->GetTableDescr("Steel");
-    descr.CreateField("name", false, DbFieldDescr::Text);
-    descr.CreateField("n", false, DbFieldDescr::Long);
-    descr.CreateIndex("by number", "n");
-    DbTableData& data = *database->GetTableData("Steel");
-    for (int i = 0; i < 4; ++i) {
-        DbTableRow& row = data[data.AddRow()];
-        row.SetValue("name", CString("a name that takes memory of its own, ") + CString(std::to_string(i)));
-        row.SetValue("n", CComVariant(10 - i));
-    }
-    return database;
-}
+using namespace quillet::test;
 
 // A table, a cursor at its second row, and variables of a program that follow the fields.
 class Subject {
 public:
-    Subject() : m_database(MadeDatabase()), m_cursor(std::make_unique<DbRecordset>(m_database.get())) {
+    Subject() : m_database(SteelDatabase()), m_cursor(std::make_unique<DbRecordset>(m_database.get())) {
         EXPECT_TRUE(m_cursor->Open("Steel"));
         m_cursor->MapClassMember("name", m_name);
         m_cursor->MapClassMember("n", m_number);
@@ -62,26 +40,12 @@ private:
     int m_number = 0;
 };
 
-struct CursorStep {
-    const char* m_name;
-    // Before the step, and the step itself.
-    std::function<void(Subject&)> m_prepare;
-    std::function<void(Subject&)> m_change;
-};
-
-void PrintTo(const CursorStep& step, std::ostream* out) {
-    *out << step.m_name;
-}
-
-class CursorOutOfMemory : public testing::TestWithParam<CursorStep> {};
+class CursorOutOfMemory : public testing::TestWithParam<Step<Subject>> {};
 
 TEST_P(CursorOutOfMemory, StepHappensWholeOrNotAtAll) {
-    const auto make = [] {
-        auto subject = std::make_unique<Subject>();
-        GetParam().m_prepare(*subject);
-        return subject;
-    };
-    ExpectWholeOrNotAtAll(make, GetParam().m_change, [](Subject& subject) { return subject.Text(); });
+    ExpectStepWholeOrNotAtAll(
+        GetParam(), [] { return std::make_unique<Subject>(); },
+        [](Subject& subject) { return subject.Text(); });
 }
 
 void BindNewValues(Subject& subject) {
@@ -91,41 +55,41 @@ void BindNewValues(Subject& subject) {
 
 INSTANTIATE_TEST_SUITE_P(
     Steps, CursorOutOfMemory,
-    testing::Values(CursorStep{"UpdateOfARow",
-                               [](Subject& subject) {
-                                   subject.Cursor().Edit();
-                                   BindNewValues(subject);
-                               },
-                               [](Subject& subject) { subject.Cursor().Update(); }},
-                    CursorStep{"UpdateByAnIndex",
-                               [](Subject& subject) {
-                                   EXPECT_TRUE(subject.Cursor().SetCurrentIndex("by number"));
-                                   subject.Cursor().Edit();
-                                   BindNewValues(subject);
-                               },
-                               [](Subject& subject) { subject.Cursor().Update(); }},
-                    CursorStep{"UpdateOfANewRow",
-                               [](Subject& subject) {
-                                   subject.Cursor().AddNew();
-                                   BindNewValues(subject);
-                                   subject.Cursor().SetFieldValue(1, CComVariant(5));
-                               },
-                               [](Subject& subject) { subject.Cursor().Update(); }},
-                    CursorStep{"UpdateOfValues",
-                               [](Subject& subject) {
-                                   subject.Cursor().Edit();
-                                   subject.Cursor().SetFieldValue(
-                                       "name", CComVariant("a value that takes memory of its own"));
-                                   subject.Cursor().SetFieldValue("n", CComVariant(5));
-                               },
-                               [](Subject& subject) { subject.Cursor().Update(); }},
-                    CursorStep{"OpenTheSameTable", [](Subject&) {},
-                               [](Subject& subject) { subject.Cursor().Open("Steel"); }},
-                    CursorStep{"SetFieldValue", [](Subject& subject) { subject.Cursor().Edit(); },
-                               [](Subject& subject) {
-                                   subject.Cursor().SetFieldValue(
-                                       "name", CComVariant("a value that takes memory of its own"));
-                               }}));
+    testing::Values(Step<Subject>{"UpdateOfARow",
+                                  [](Subject& subject) {
+                                      subject.Cursor().Edit();
+                                      BindNewValues(subject);
+                                  },
+                                  [](Subject& subject) { subject.Cursor().Update(); }},
+                    Step<Subject>{"UpdateByAnIndex",
+                                  [](Subject& subject) {
+                                      EXPECT_TRUE(subject.Cursor().SetCurrentIndex("by number"));
+                                      subject.Cursor().Edit();
+                                      BindNewValues(subject);
+                                  },
+                                  [](Subject& subject) { subject.Cursor().Update(); }},
+                    Step<Subject>{"UpdateOfANewRow",
+                                  [](Subject& subject) {
+                                      subject.Cursor().AddNew();
+                                      BindNewValues(subject);
+                                      subject.Cursor().SetFieldValue("n", CComVariant(5));
+                                  },
+                                  [](Subject& subject) { subject.Cursor().Update(); }},
+                    Step<Subject>{"UpdateOfValues",
+                                  [](Subject& subject) {
+                                      subject.Cursor().Edit();
+                                      subject.Cursor().SetFieldValue(
+                                          "name", CComVariant("a value that takes memory of its own"));
+                                      subject.Cursor().SetFieldValue("n", CComVariant(5));
+                                  },
+                                  [](Subject& subject) { subject.Cursor().Update(); }},
+                    Step<Subject>{"OpenTheSameTable", [](Subject&) {},
+                                  [](Subject& subject) { subject.Cursor().Open("Steel"); }},
+                    Step<Subject>{"SetFieldValue", [](Subject& subject) { subject.Cursor().Edit(); },
+                                  [](Subject& subject) {
+                                      subject.Cursor().SetFieldValue(
+                                          "name", CComVariant("a value that takes memory of its own"));
+                                  }}));
 
 TEST(RecordsetOutOfMemory, BookmarksStandForWhatTheyStoodFor) {
     SweepAttempts([](std::size_t failing, Failing which) {
@@ -151,26 +115,20 @@ TEST(RecordsetOutOfMemory, AnIndexIsBuiltOrThrown) {
         subject.Cursor().SetCurrentIndex(static_cast<const DbTableDescr::DbIndex*>(nullptr));
         EXPECT_TRUE(subject.Cursor().SetCurrentIndex("by number"));
         EXPECT_TRUE(subject.Cursor().MoveFirst());
-        EXPECT_EQ(subject.Cursor().RemapRowIndex(0), 3U);
+        EXPECT_EQ(subject.Cursor().RemapRowIndex(0), 4U);
         return attempt;
     });
 }
 
 TEST(RecordsetOutOfMemory, DeletingARowTakesNone) {
     Subject subject;
-    quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
-    subject.Cursor().Delete();
-    plan.Disarm();
-    EXPECT_FALSE(plan.HasFailed());
-    EXPECT_EQ(subject.Cursor().GetRecordCount(), 3);
+    ExpectNoAllocation([&] { subject.Cursor().Delete(); });
+    EXPECT_EQ(subject.Cursor().GetRecordCount(), 4);
 }
 
 TEST(RecordsetOutOfMemory, ACursorGoesWithoutMemory) {
     auto subject = std::make_unique<Subject>();
-    quillet::test::AllocationPlan plan(1, Failing::FromThereOn);
-    subject.reset();
-    plan.Disarm();
-    EXPECT_EQ(subject, nullptr);
+    EXPECT_TRUE(Try(1, Failing::FromThereOn, [&] { subject.reset(); }).m_isDone);
 }
 
 TEST(RecordsetOutOfMemory, AFindFindsTheRow_OrNoneAndThrows) {

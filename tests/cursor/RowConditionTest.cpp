@@ -10,7 +10,7 @@
 namespace {
 
 using quillet::RowCondition;
-using quillet::test::LinesOf;
+using quillet::test::TakeLog;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -22,7 +22,7 @@ protected:
         info->GetDescr()->CreateField("a", false, DbFieldDescr::Long);
         info->GetDescr()->CreateField("b c", false, DbFieldDescr::Text);
         info->GetData()->AddRow();
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
 
     DbTableRow& Row() { return (*m_database.GetTableData("t"))[0]; }
@@ -60,24 +60,24 @@ TEST_F(RowConditionTest, Read_TakesTheSyntaxOfAQuery) {
 
 TEST_F(RowConditionTest, Read_WhatIsNoCondition_IsFalseAndTheLogSaysWhy) {
     EXPECT_EQ(Holds("a"), std::nullopt);
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 ElementsAre("SQL Analyze - query 'a'", "SQL Analyze - invalid condintion 'a'",
                             "SQL Analyze - failed"));
     EXPECT_EQ(Holds("a = text"), std::nullopt);
-    EXPECT_THAT(LinesOf(m_database), Contains("SQL Analyze - invalid condition 'a = text'"));
+    EXPECT_THAT(TakeLog(m_database), Contains("SQL Analyze - invalid condition 'a = text'"));
 }
 
 TEST_F(RowConditionTest, Read_UnknownTable_IsFalse) {
     RowCondition condition;
     EXPECT_FALSE(condition.Read(m_database, "u", Structure(), "a = 1"));
-    EXPECT_THAT(LinesOf(m_database), Contains("SQL Analyze - no table 'u' found"));
+    EXPECT_THAT(TakeLog(m_database), Contains("SQL Analyze - no table 'u' found"));
 }
 
 TEST_F(RowConditionTest, Read_NameOfAnotherTable_IsUnknownToConditionsOnly) {
     const DbTableDescr other(nullptr);
     RowCondition condition;
     EXPECT_FALSE(condition.Read(m_database, "t", other, "a = 0"));
-    EXPECT_THAT(LinesOf(m_database), ElementsAre("SQL Analyze - query 'a = 0'",
+    EXPECT_THAT(TakeLog(m_database), ElementsAre("SQL Analyze - query 'a = 0'",
                                                  "SQL Analyze - no table 't' found", "SQL Analyze - failed"));
     EXPECT_TRUE(RowCondition().Read(m_database, "t", other, ""));
     EXPECT_TRUE(RowCondition().Read(m_database, "u", other, " "));

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/OtherLocale.h"
 #include "support/RecordHelpers.h"
 #include "support/TestHelpers.h"
 

@@ -6,42 +6,18 @@
 #include "Quillet/xml/Document.h"
 #include "Quillet/xml/Face.h"
 #include "support/AsOrdinaryUser.h"
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 
 namespace {
 
-using quillet::test::AsOrdinaryUser;
-using quillet::test::CatalogParts;
-using quillet::test::Cell;
-using quillet::test::CountTroubles;
-using quillet::test::Dump;
-using quillet::test::FieldXml;
-using quillet::test::LogHolds;
-using quillet::test::LongType;
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::SmallParts;
-using quillet::test::TableXml;
-using quillet::test::TakeLog;
-using quillet::test::TemporaryFolder;
-using quillet::test::TextType;
-using quillet::test::ThrownMessage;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 using testing::Contains;
 using testing::HasSubstr;
 
 constexpr const char* InvalidFormat = "Invalid xml database file format";
 
-class BadInput : public testing::TestWithParam<Reading> {
+class BadInput : public ReadingTest {
 protected:
-    CString Path(const std::string& name) { return CString(Utf8(m_folder / name)); }
-    std::unique_ptr<DbDatabase> OpenXml(const std::string& xml) {
-        WriteBytes(m_folder / "given.xml", xml);
-        return Open(m_folder / "given.xml", GetParam());
-    }
     bool IsSequential() const { return GetParam() == Reading::Sequential; }
 
     // Opens the file, looks at all that it holds and closes it: a line tells of the fault, the file stays.
@@ -55,14 +31,11 @@ protected:
             EXPECT_TRUE(LogHolds(*database, InvalidFormat)) << xml.substr(0, 200);
             EXPECT_FALSE(database->IsChanged());
         }
-        EXPECT_EQ(ReadBytes(m_folder / "given.xml") == xml, true) << "the file was touched";
+        EXPECT_EQ(ReadBytes(File()) == xml, true) << "the file was touched";
     }
-
-    TemporaryFolder m_folder;
 };
 
-INSTANTIATE_TEST_SUITE_P(, BadInput, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+INSTANTIATE_TEST_SUITE_P(, BadInput, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
 
 bool SavesToADocument(DbDatabase& database) {
     quillet::xml::Document document;
@@ -117,7 +90,7 @@ TEST_P(BadInput, CatalogCutAnywhere_IsNoticedUnlessNothingIsMissing) {
                 << length << ": ..." << beginning.substr(length < 60 ? 0 : length - 60);
             EXPECT_FALSE(database->IsChanged()) << length;
         }
-        ASSERT_EQ(ReadBytes(m_folder / "given.xml"), beginning);
+        ASSERT_EQ(ReadBytes(File()), beginning);
     }
 }
 
@@ -158,7 +131,7 @@ TEST_P(BadInput, CatalogWithBytesChanged_NeverHarms) {
             SavesToADocument(*database);
             database->GetSource()->Create("");
         }
-        ASSERT_EQ(ReadBytes(m_folder / "given.xml") == xml, true);
+        ASSERT_EQ(ReadBytes(File()) == xml, true);
     }
 }
 
@@ -181,7 +154,7 @@ TEST_P(BadInput, InvalidUtf8InRows_IsNotTakenForRowsAndCantBeSaved) {
             EXPECT_TRUE(LogHolds(*database, "Error on table \"Alpha\" - body data saving"));
         }
     }
-    EXPECT_EQ(ReadBytes(m_folder / "given.xml"), xml) << "not by the destructor either";
+    EXPECT_EQ(ReadBytes(File()), xml) << "not by the destructor either";
 }
 
 TEST_P(BadInput, InvalidUtf8InTheStructure_IsAnInvalidFormat) {
@@ -251,7 +224,7 @@ TEST_P(BadInput, RowsWithOtherNumbersOfAttributes_AreReadAsFarAsTheyGoAndReporte
     EXPECT_EQ(Cell(alpha, 3, 0), "");
     EXPECT_EQ(database->GetTableData("Beta")->size(), 1U);
     std::vector<std::string> troubles = TakeLog(*database);
-    std::erase_if(troubles, quillet::test::IsRoutine);
+    std::erase_if(troubles, IsRoutine);
     ASSERT_EQ(troubles.size(), 1U) << "one line for the table";
     EXPECT_THAT(troubles[0], HasSubstr("Alpha"));
     EXPECT_THAT(troubles[0], HasSubstr("3"));
@@ -429,8 +402,8 @@ TEST_P(BadInput, RowsInTwoPlaces_TheFirstAreKept) {
 TEST_F(BadInput, RowsThatAreMissing_EndTheSequentialReading) {
     CatalogParts parts = SmallParts();
     parts.m_bodyData = TableXml("Alpha", "<row name=\"a\" count=\"1\" />\n");
-    WriteBytes(m_folder / "given.xml", parts.Xml());
-    const auto database = Open(m_folder / "given.xml", Reading::Sequential);
+    WriteBytes(File(), parts.Xml());
+    const auto database = Open(File(), Reading::Sequential);
     database->LoadTables();
     EXPECT_TRUE(database->GetSource()->IsEof());
     EXPECT_EQ(database->GetTableData("Alpha")->size(), 1U);
@@ -460,10 +433,10 @@ TEST_F(BadInput, Utf16File_IsReadWholeButNotSequentially) {
         wide += unit;
         wide += '\0';
     }
-    WriteBytes(m_folder / "given.xml", wide);
-    const auto whole = Open(m_folder / "given.xml", Reading::Whole);
+    WriteBytes(File(), wide);
+    const auto whole = Open(File(), Reading::Whole);
     EXPECT_EQ(whole->GetTableData("Alpha")->size(), 2U);
-    const auto sequential = Open(m_folder / "given.xml", Reading::Sequential);
+    const auto sequential = Open(File(), Reading::Sequential);
     EXPECT_EQ(sequential->GetTablesCount(), 2);
     EXPECT_TRUE(LogHolds(*sequential, InvalidFormat));
     EXPECT_EQ(sequential->LastReadError(), "it is in UTF-16 or UTF-32, which can only be read as a whole");
@@ -504,16 +477,15 @@ TEST_F(BadInput, PathsThatNoFileHas_CantBeOpened) {
 
 TEST_P(BadInput, FileThatMayNotBeWritten_IsReadOnlyAndStays) {
     using std::filesystem::perms;
-    WriteBytes(m_folder / "given.xml", SmallCatalog());
-    std::filesystem::permissions(m_folder / "given.xml",
-                                 perms::owner_read | perms::group_read | perms::others_read);
+    WriteBytes(File(), SmallCatalog());
+    std::filesystem::permissions(File(), perms::owner_read | perms::group_read | perms::others_read);
     std::filesystem::permissions(m_folder.Path(), perms::all);
     const AsOrdinaryUser user;
     if (!user.IsBound()) {
         GTEST_SKIP() << "the superuser's rights can't be dropped here";
     }
     {
-        const auto database = Open(m_folder / "given.xml", GetParam());
+        const auto database = Open(File(), GetParam());
         EXPECT_TRUE(database->IsOpen());
         EXPECT_FALSE(database->CanUpdate());
         EXPECT_EQ(database->GetTableData("Alpha")->size(), 2U);
@@ -523,7 +495,7 @@ TEST_P(BadInput, FileThatMayNotBeWritten_IsReadOnlyAndStays) {
         EXPECT_TRUE(LogHolds(*database, Path("given.xml").ToUtf8()));
         EXPECT_TRUE(database->IsChanged());
     }
-    EXPECT_EQ(ReadBytes(m_folder / "given.xml"), SmallCatalog());
+    EXPECT_EQ(ReadBytes(File()), SmallCatalog());
     EXPECT_EQ(m_folder.Names().size(), 1U);
 }
 

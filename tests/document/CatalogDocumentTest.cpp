@@ -11,38 +11,17 @@
 #include "Quillet/xml/Document.h"
 #include "Quillet/xml/Face.h"
 #include "TestPaths.h"
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 
 namespace {
 
-using quillet::test::CatalogParts;
-using quillet::test::Cell;
-using quillet::test::CountTroubles;
-using quillet::test::Dump;
-using quillet::test::FieldXml;
-using quillet::test::LogHolds;
-using quillet::test::LongType;
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::SmallParts;
-using quillet::test::TableXml;
-using quillet::test::TemporaryFolder;
-using quillet::test::TextType;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 using testing::HasSubstr;
 
-class CatalogDocument : public testing::TestWithParam<Reading> {
+class CatalogDocument : public ReadingTest {
 protected:
     CatalogDocument() { m_database.Create(Path("saved.xml")); }
 
-    CString Path(const std::string& name) { return CString(Utf8(m_folder / name)); }
-    std::unique_ptr<DbDatabase> OpenXml(const std::string& xml) {
-        WriteBytes(m_folder / "given.xml", xml);
-        return Open(m_folder / "given.xml", GetParam());
-    }
     // A table of the database that is to be saved.
     DbTableData* AddTable(const CString& name,
                           std::initializer_list<std::pair<CString, DbFieldDescr::eFieldType>> fields) {
@@ -65,12 +44,11 @@ protected:
         return copy;
     }
 
-    TemporaryFolder m_folder;
     DbDatabase m_database;
 };
 
 INSTANTIATE_TEST_SUITE_P(, CatalogDocument, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+                         ReadingName);
 
 const DbFieldValue& CellOf(DbDatabase& database, const CString& table, uint64 row, uint64 field) {
     return (*database.GetTableData(table))[row].GetField(field);

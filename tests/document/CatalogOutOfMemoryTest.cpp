@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <new>
-#include <ostream>
 #include <string>
 
 #include "support/CatalogHelpers.h"
@@ -13,19 +12,7 @@
 
 namespace {
 
-using quillet::test::Attempt;
-using quillet::test::Dump;
-using quillet::test::ExpectWholeOrNotAtAll;
-using quillet::test::Failing;
-using quillet::test::Open;
-using quillet::test::Reading;
-using quillet::test::RowsOf;
-using quillet::test::SmallCatalog;
-using quillet::test::Strings;
-using quillet::test::SweepAttempts;
-using quillet::test::TemporaryFolder;
-using quillet::test::Try;
-using quillet::test::Utf8;
+using namespace quillet::test;
 
 std::string Dumped(const std::filesystem::path& path, Reading reading) {
     const auto database = Open(path, reading);
@@ -35,13 +22,13 @@ std::string Dumped(const std::filesystem::path& path, Reading reading) {
 class CatalogOutOfMemory : public testing::TestWithParam<Reading> {
 protected:
     CatalogOutOfMemory() {
-        quillet::test::WriteBytes(Path(), SmallCatalog());
+        WriteBytes(Path(), SmallCatalog());
         m_expected = Dumped(Path(), GetParam());
         EXPECT_EQ(Bytes(), SmallCatalog());
     }
 
     std::filesystem::path Path() const { return m_folder / "small.xml"; }
-    std::string Bytes() const { return quillet::test::ReadBytes(Path()); }
+    std::string Bytes() const { return ReadBytes(Path()); }
     std::unique_ptr<DbDatabase> Opened() const { return Open(Path(), GetParam()); }
 
     TemporaryFolder m_folder;
@@ -50,7 +37,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Readings, CatalogOutOfMemory, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+                         ReadingName);
 
 // Reads every table without a line of text about it.
 void Look(DbDatabase& database) {
@@ -86,7 +73,7 @@ TEST_P(CatalogOutOfMemory, LookedAtOnce_TheFileStaysAsItIs) {
 TEST_P(CatalogOutOfMemory, Changed_ACellHasItsOldOrItsNewValue) {
     const auto make = [&] {
         // The database before saved itself at its end.
-        quillet::test::WriteBytes(Path(), SmallCatalog());
+        WriteBytes(Path(), SmallCatalog());
         return Opened();
     };
     const auto change = [](DbDatabase& database) {
@@ -113,7 +100,7 @@ TEST_P(CatalogOutOfMemory, Saved_TheFileIsTheOldOrTheNewOne) {
         expected = Bytes();
     }
     SweepAttempts([&](std::size_t failing, Failing which) {
-        quillet::test::WriteBytes(Path(), SmallCatalog());
+        WriteBytes(Path(), SmallCatalog());
         auto database = changed();
         bool saved = false;
         const CString path(Utf8(Path()));
@@ -130,7 +117,7 @@ TEST_P(CatalogOutOfMemory, Saved_TheFileIsTheOldOrTheNewOne) {
 TEST_P(CatalogOutOfMemory, SavedAtTheEnd_TheFileIsTheOldOrTheNewOne) {
     std::string expected;
     const auto changed = [&] {
-        quillet::test::WriteBytes(Path(), SmallCatalog());
+        WriteBytes(Path(), SmallCatalog());
         auto database = Opened();
         (*database->GetTableData("Alpha"))[0].SetValue("name", "a name that takes memory of its own");
         return database;
@@ -179,16 +166,7 @@ TEST_P(CatalogOutOfMemory, Asked_AQueryAnswersInFullOrThrows) {
     }
 }
 
-struct DatabaseStep {
-    const char* m_name;
-    std::function<void(DbDatabase&)> m_change;
-};
-
-void PrintTo(const DatabaseStep& step, std::ostream* out) {
-    *out << step.m_name;
-}
-
-class DatabaseStepOutOfMemory : public testing::TestWithParam<DatabaseStep> {};
+class DatabaseStepOutOfMemory : public testing::TestWithParam<Step<DbDatabase>> {};
 
 std::unique_ptr<DbDatabase> MadeDatabase() {
     auto database = std::make_unique<DbDatabase>();
@@ -204,18 +182,18 @@ std::unique_ptr<DbDatabase> MadeDatabase() {
 }
 
 TEST_P(DatabaseStepOutOfMemory, HappensWholeOrNotAtAll) {
-    ExpectWholeOrNotAtAll(MadeDatabase, GetParam().m_change,
-                          [](DbDatabase& database) { return Dump(database); });
+    ExpectStepWholeOrNotAtAll(GetParam(), MadeDatabase, Dump);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Steps, DatabaseStepOutOfMemory,
     testing::Values(
-        DatabaseStep{"CreateTable",
-                     [](DbDatabase& database) { database.CreateTable("A third table", DbTableInfo::Table); }},
-        DatabaseStep{"RenameTable",
-                     [](DbDatabase& database) { database.RenameTable("Second", "A longer name"); }},
-        DatabaseStep{"DeleteTable", [](DbDatabase& database) { database.DeleteTable("First"); }},
-        DatabaseStep{"ClearTable", [](DbDatabase& database) { database.ClearTable("Second"); }}));
+        Step<DbDatabase>{
+            "CreateTable",
+            [](DbDatabase& database) { database.CreateTable("A third table", DbTableInfo::Table); }},
+        Step<DbDatabase>{"RenameTable",
+                         [](DbDatabase& database) { database.RenameTable("Second", "A longer name"); }},
+        Step<DbDatabase>{"DeleteTable", [](DbDatabase& database) { database.DeleteTable("First"); }},
+        Step<DbDatabase>{"ClearTable", [](DbDatabase& database) { database.ClearTable("Second"); }}));
 
 }  // namespace

@@ -3,36 +3,20 @@
 #include <gtest/gtest.h>
 
 #include "support/AllocationPlan.h"
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 
 namespace {
 
-using quillet::test::AllocationPlan;
-using quillet::test::Dump;
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::RowsOf;
-using quillet::test::SmallCatalog;
-using quillet::test::SweepAllocations;
-using quillet::test::TemporaryFolder;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 
-class OutOfMemory : public testing::TestWithParam<Reading> {
+class OutOfMemory : public ReadingTest {
 protected:
-    std::filesystem::path File() const { return m_folder / "given.xml"; }
-    CString Path(const std::string& name = "given.xml") const { return CString(Utf8(m_folder / name)); }
-
     static void Change(DbDatabase& database) {
         (*database.GetTableData("Header"))[0][uint64{0}].SetValue("Changed");
     }
-
-    TemporaryFolder m_folder;
 };
 
-INSTANTIATE_TEST_SUITE_P(, OutOfMemory, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+INSTANTIATE_TEST_SUITE_P(, OutOfMemory, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
 
 // Looks at every table, and forgets what fails for want of memory.
 std::string LookedAt(DbDatabase& database) {
@@ -68,7 +52,7 @@ TEST_P(OutOfMemory, ADatabaseThatOnlyLooksWhileMemoryIsShort_LeavesTheFileAlone)
     WriteBytes(File(), SmallCatalog());
     SweepAllocations([&](std::size_t failing) {
         auto database = Open(File(), GetParam());
-        AllocationPlan plan(failing, quillet::test::Failing::FromThereOn);
+        AllocationPlan plan(failing, Failing::FromThereOn);
         LookedAt(*database);
         database.reset();
         plan.Disarm();

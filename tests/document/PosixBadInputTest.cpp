@@ -9,7 +9,7 @@
 #include <csignal>
 
 #include "support/AsOrdinaryUser.h"
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 
 namespace {
 
@@ -17,25 +17,20 @@ using namespace quillet::test;
 using std::filesystem::perms;
 using testing::HasSubstr;
 
-class PosixBadInput : public testing::TestWithParam<Reading> {
+class PosixBadInput : public ReadingTest {
 protected:
-    void SetUp() override { WriteBytes(m_folder / "given.xml", SmallCatalog()); }
-
-    CString Path() { return CString(Utf8(m_folder / "given.xml")); }
-    std::unique_ptr<DbDatabase> OpenGiven() { return Open(m_folder / "given.xml", GetParam()); }
+    void SetUp() override { WriteBytes(File(), SmallCatalog()); }
 
     void ExpectUntouched() {
-        EXPECT_EQ(ReadBytes(m_folder / "given.xml"), SmallCatalog());
+        EXPECT_EQ(ReadBytes(File()), SmallCatalog());
         EXPECT_EQ(m_folder.Names().size(), 1U) << "nothing is left beside it";
     }
-
-    TemporaryFolder m_folder;
 };
 
 INSTANTIATE_TEST_SUITE_P(, PosixBadInput, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
 
 TEST_F(PosixBadInput, FileThatMayNotBeRead_CantBeOpened) {
-    std::filesystem::permissions(m_folder / "given.xml", perms::none);
+    std::filesystem::permissions(File(), perms::none);
     const AsOrdinaryUser user;
     if (!user.IsBound()) {
         GTEST_SKIP() << "the superuser's rights can't be dropped here";
@@ -45,7 +40,7 @@ TEST_F(PosixBadInput, FileThatMayNotBeRead_CantBeOpened) {
 }
 
 TEST_P(PosixBadInput, FolderThatTakesNoFile_LeavesTheOldOne) {
-    std::filesystem::permissions(m_folder / "given.xml", perms(0666));
+    std::filesystem::permissions(File(), perms(0666));
     std::filesystem::permissions(m_folder.Path(), perms(0555));
     {
         const AsOrdinaryUser user;
@@ -85,7 +80,7 @@ private:
 TEST_P(PosixBadInput, FullDisk_LeavesTheOldFileAndTheChange) {
     const std::size_t size = SmallCatalog().size();
     for (const rlim_t room : {rlim_t(0), rlim_t(1), rlim_t(size / 2), rlim_t(size - 1)}) {
-        WriteBytes(m_folder / "given.xml", SmallCatalog());
+        WriteBytes(File(), SmallCatalog());
         const auto database = OpenGiven();
         DbTableData* const alpha = database->GetTableData("Alpha");
         ASSERT_EQ(alpha->size(), 2U);
@@ -146,9 +141,9 @@ int DescriptorOf(const std::filesystem::path& path) {
 TEST_F(PosixBadInput, AnErrorInTheMiddleOfSequentialReading_IsToldAndLosesNoTable) {
     const StaticsGuard statics;
     DbSource::MaxBufferSize = 16;
-    const auto database = Open(m_folder / "given.xml", Reading::Sequential);
+    const auto database = Open(File(), Reading::Sequential);
     EXPECT_EQ(database->GetTableData("Alpha")->size(), 2U);
-    const int reading = DescriptorOf(m_folder / "given.xml");
+    const int reading = DescriptorOf(File());
     ASSERT_NE(reading, -1);
     const int folder = ::open(m_folder.Path().c_str(), O_RDONLY | O_DIRECTORY);
     ASSERT_NE(::dup2(folder, reading), -1);
@@ -161,7 +156,7 @@ TEST_F(PosixBadInput, AnErrorInTheMiddleOfSequentialReading_IsToldAndLosesNoTabl
     database->GetTableData("Alpha")->GetRow(0)->SetValue("count", CString("11"));
     ASSERT_TRUE(database->Save(Path())) << database->LastSaveError();
     EXPECT_EQ(database->LastReadError(), CString());
-    const auto saved = Open(m_folder / "given.xml", Reading::Whole);
+    const auto saved = Open(File(), Reading::Whole);
     EXPECT_THAT(RowsOf(*saved, "Alpha"), testing::ElementsAre("one 11", "two 2"));
     EXPECT_THAT(RowsOf(*saved, "Beta"), testing::ElementsAre("2.5"));
 }

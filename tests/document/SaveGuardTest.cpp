@@ -11,14 +11,7 @@
 
 namespace {
 
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::TakeLog;
-using quillet::test::TemporaryFolder;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 using testing::HasSubstr;
 
 class SaveGuardTest : public testing::Test {
@@ -46,7 +39,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(, SaveGuardReading, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+                         ReadingName);
 
 TEST_P(SaveGuardReading, Save_FileThatNobodyTouched_IsSavedAgainAndAgain) {
     const auto database = OpenGuarded();

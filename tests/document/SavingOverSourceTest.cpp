@@ -4,42 +4,18 @@
 
 #include <chrono>
 
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 
 namespace {
 
-using quillet::test::CatalogParts;
-using quillet::test::Dump;
-using quillet::test::FieldNames;
-using quillet::test::FieldXml;
-using quillet::test::LogHolds;
-using quillet::test::LongType;
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::RowsOf;
-using quillet::test::SmallCatalog;
-using quillet::test::SmallParts;
-using quillet::test::TableXml;
-using quillet::test::TakeLog;
-using quillet::test::TemporaryFolder;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class SavingOverSource : public testing::TestWithParam<Reading> {
+class SavingOverSource : public ReadingTest {
 protected:
-    std::filesystem::path File() const { return m_folder / "given.xml"; }
-    CString Path(const std::string& name = "given.xml") const { return CString(Utf8(m_folder / name)); }
-
-    std::unique_ptr<DbDatabase> OpenXml(const std::string& xml) const {
-        WriteBytes(File(), xml);
-        return Open(File(), GetParam());
-    }
-
     static void Change(DbDatabase& database) {
         (*database.GetTableData("Header"))[0][uint64{0}].SetValue("Changed");
         database.SetChanged();
@@ -69,12 +45,10 @@ protected:
         EXPECT_EQ(ReadBytes(File()), xml) << "the destructor wrote";
         EXPECT_THAT(m_folder.Names(), SizeIs(2));
     }
-
-    TemporaryFolder m_folder;
 };
 
 INSTANTIATE_TEST_SUITE_P(, SavingOverSource, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+                         ReadingName);
 
 std::string WithInserted(std::string xml, const std::string& before, const std::string& text) {
     const std::size_t place = xml.find(before);
@@ -251,7 +225,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(, SurplusAfterReading, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+                         ReadingName);
 
 TEST_P(SurplusAfterReading, AFileThatWasOnlyTouched_IsKept) {
     Touch();

@@ -4,13 +4,7 @@
 
 namespace {
 
-using quillet::test::Open;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::StaticsGuard;
-using quillet::test::TemporaryFolder;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 
 // A host reads and writes the library's statics: both must mean the same variable.
 class HostStaticsTest : public testing::Test {

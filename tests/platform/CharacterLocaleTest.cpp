@@ -5,41 +5,29 @@
 #include <clocale>
 #include <string>
 
+#include "support/OtherLocale.h"
+
 namespace quillet::platform {
 namespace {
 
-std::string Now() {
-    return std::setlocale(LC_CTYPE, nullptr);
-}
+using test::OtherLocale;
 
-// Another locale than "C", and "C" at the end.
 class CharacterLocaleTest : public testing::Test {
 protected:
-    CharacterLocaleTest() {
-        for (const char* name : {"C.UTF-8", "english"}) {
-            if (std::setlocale(LC_CTYPE, name) != nullptr) {
-                break;
-            }
-        }
-        m_before = Now();
-        EXPECT_NE(m_before, "C");
-    }
-    ~CharacterLocaleTest() override { std::setlocale(LC_CTYPE, "C"); }
-
-    std::string m_before;
+    OtherLocale m_before;
 };
 
 TEST_F(CharacterLocaleTest, Destroy_SetsTheLocaleToC_WhateverItWas) {
     { const CharacterLocale locale(OLESTR("polish")); }
-    EXPECT_EQ(Now(), "C");
+    EXPECT_EQ(OtherLocale::Now(), "C");
 }
 
 TEST_F(CharacterLocaleTest, UnknownLanguage_LeavesTheLocaleUntilTheEnd) {
     {
         const CharacterLocale locale(OLESTR("no language"));
-        EXPECT_EQ(Now(), m_before);
+        EXPECT_TRUE(m_before.Stands());
     }
-    EXPECT_EQ(Now(), "C");
+    EXPECT_EQ(OtherLocale::Now(), "C");
 }
 
 TEST_F(CharacterLocaleTest, OtherCategories_StayAsTheyWere) {

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "Quillet/platform/File.h"
-#include "support/TemporaryFolder.h"
+#include "support/FileLocking.h"
 
 namespace quillet::test {
 namespace {
@@ -17,19 +17,7 @@ namespace {
 using platform::FileLock;
 using std::chrono::milliseconds;
 
-class FileLockTest : public testing::Test {
-protected:
-    std::string At(const std::filesystem::path& name) const { return Utf8(m_folder / name); }
-
-    void SetUp() override { WriteBytes(m_folder / "text", "contents"); }
-
-    std::unique_ptr<FileLock> Take(const std::string& path, milliseconds wait = milliseconds(0)) {
-        return FileLock::Take(path, wait, m_refusal);
-    }
-
-    TemporaryFolder m_folder;
-    FileLock::Refusal m_refusal;
-};
+class FileLockTest : public FileLocking {};
 
 TEST_F(FileLockTest, Take_FreeFile_IsHeldUntilItIsLetGo) {
     auto lock = Take(At("text"));

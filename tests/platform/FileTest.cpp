@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/AsOrdinaryUser.h"
+#include "support/ReplaceFile.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -30,16 +31,6 @@ protected:
     std::string Missing(const std::filesystem::path& name) const { return Utf8(m_folder / name); }
     std::string Folder() const { return Utf8(m_folder.Path()); }
 
-    // Replaces the file and says why that failed; empty where it did not.
-    static std::string Replace(const std::string& path, const std::string& text) {
-        std::string why;
-        const auto file = AtomicFile::Create(path, &why);
-        if (file == nullptr || !file->Write(text, &why) || !file->Commit(&why)) {
-            return why.empty() ? "no reason" : why;
-        }
-        return {};
-    }
-
     // What a save of this target leaves in the folder when its process is killed.
     std::filesystem::path LeaveTemporaryBehind(const std::string& target) const {
         const std::vector<std::filesystem::path> before = m_folder.Names();
@@ -60,10 +51,10 @@ protected:
     // A file of this path can be made, read, looked at and replaced.
     static void ExpectWorks(const std::string& path) {
         EXPECT_FALSE(CanWriteFile(path)) << path;
-        EXPECT_EQ(Replace(path, "a long first text"), "") << path;
+        EXPECT_EQ(ReplaceFile(path, "a long first text"), "") << path;
         EXPECT_EQ(ReadWholeFile(path), "a long first text") << path;
         EXPECT_TRUE(CanWriteFile(path)) << path;
-        EXPECT_EQ(Replace(path, "second"), "") << path;
+        EXPECT_EQ(ReplaceFile(path, "second"), "") << path;
         const auto reader = ReadableFile::Open(path);
         ASSERT_NE(reader, nullptr) << path;
         char block[32];
@@ -245,7 +236,7 @@ TEST_F(File, Identity_OfAReplacedFile_IsThatOfTheNewOne) {
     const std::string path = Existing("text", "old");
     const auto reader = ReadableFile::Open(path);
     ASSERT_EQ(reader->Identity(), FileIdentity::Of(path));
-    ASSERT_EQ(Replace(path, "new"), "");
+    ASSERT_EQ(ReplaceFile(path, "new"), "");
     EXPECT_NE(FileIdentity::Of(path), std::nullopt);
     EXPECT_NE(reader->Identity(), FileIdentity::Of(path));
 }
@@ -333,9 +324,9 @@ TEST_F(File, Atomic_TwoForOneTarget_TheLastCommitCounts) {
 TEST_F(File, Atomic_TemporaryFileThatNobodyHolds_IsClearedByTheNextSaveOfItsTarget) {
     for (const std::string& name : {std::string("text"), std::string(255, 'n')}) {
         const std::filesystem::path left = LeaveTemporaryBehind(Missing(name));
-        ASSERT_EQ(Replace(Missing("another"), "text"), "");
+        ASSERT_EQ(ReplaceFile(Missing("another"), "text"), "");
         EXPECT_TRUE(std::filesystem::exists(left)) << "it is none of another file's";
-        ASSERT_EQ(Replace(Missing(name), "text"), "");
+        ASSERT_EQ(ReplaceFile(Missing(name), "text"), "");
         EXPECT_FALSE(std::filesystem::exists(left));
         EXPECT_EQ(m_folder.Names().size(), 2U);
         RemoveTree(m_folder / name);
@@ -346,7 +337,7 @@ TEST_F(File, Atomic_TemporaryFileOfALivingWriter_IsLeftAlone) {
     const auto living = AtomicFile::Create(Missing("text"));
     ASSERT_NE(living, nullptr);
     ASSERT_TRUE(living->Write("living"));
-    EXPECT_EQ(Replace(Missing("text"), "other"), "");
+    EXPECT_EQ(ReplaceFile(Missing("text"), "other"), "");
     EXPECT_EQ(m_folder.Names().size(), 2U);
     EXPECT_TRUE(living->Commit());
     EXPECT_EQ(ReadBytes(m_folder / "text"), "living");
@@ -361,7 +352,7 @@ TEST_F(File, Atomic_FilesThatOnlyLookLikeTemporaryOnes_AreLeftAlone) {
     }
     std::filesystem::remove(left);
     std::filesystem::create_directory(left);
-    EXPECT_EQ(Replace(Missing("text"), "new"), "");
+    EXPECT_EQ(ReplaceFile(Missing("text"), "new"), "");
     EXPECT_EQ(m_folder.Names().size(), 6U);
     EXPECT_TRUE(std::filesystem::is_directory(left));
 }
@@ -412,7 +403,7 @@ TEST_F(File, Names_AsLongAsTheyMayBe_Work) {
     const std::string tooLong = Missing(std::string(LongestName + 1, 'n'));
     ExpectUnreadable(tooLong);
     EXPECT_FALSE(CanWriteFile(tooLong));
-    EXPECT_NE(Replace(tooLong, "text"), "");
+    EXPECT_NE(ReplaceFile(tooLong, "text"), "");
     EXPECT_EQ(m_folder.Names().size(), 1U);
 }
 
@@ -439,7 +430,7 @@ TEST_F(File, Paths_OfAnyLength_Work) {
         ASSERT_GT(path.size(), length);
         ExpectWorks(path);
         EXPECT_EQ(ReadBytes(folder / std::filesystem::path(u8"\u65E5\u672C.xml")), "second");
-        EXPECT_EQ(Replace(Utf8(folder / "none" / "text"), "text").empty(), false);
+        EXPECT_EQ(ReplaceFile(Utf8(folder / "none" / "text"), "text").empty(), false);
         EXPECT_EQ(NamesIn(folder).size(), 1U) << "nothing is left beside it";
         ExpectRefused(Utf8(folder));
     }
@@ -454,7 +445,7 @@ TEST_F(File, Paths_LongerThanAny_AreRefused) {
         for (const std::string& tooLong : {path, Missing(std::string(length, 'n'))}) {
             ExpectUnreadable(tooLong);
             EXPECT_FALSE(CanWriteFile(tooLong));
-            EXPECT_NE(Replace(tooLong, "text"), "");
+            EXPECT_NE(ReplaceFile(tooLong, "text"), "");
         }
     }
     EXPECT_TRUE(m_folder.Names().empty());

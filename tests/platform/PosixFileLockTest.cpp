@@ -9,9 +9,8 @@
 #include <filesystem>
 #include <string>
 
-#include "Quillet/platform/FileLock.h"
 #include "support/AsOrdinaryUser.h"
-#include "support/TemporaryFolder.h"
+#include "support/FileLocking.h"
 
 namespace quillet::test {
 namespace {
@@ -20,19 +19,7 @@ namespace fs = std::filesystem;
 using platform::FileLock;
 using std::chrono::milliseconds;
 
-class PosixFileLock : public testing::Test {
-protected:
-    std::string At(const fs::path& name) const { return Utf8(m_folder / name); }
-
-    void SetUp() override { WriteBytes(m_folder / "text", "contents"); }
-
-    std::unique_ptr<FileLock> Take(const std::string& path, milliseconds wait = milliseconds(0)) {
-        return FileLock::Take(path, wait, m_refusal);
-    }
-
-    TemporaryFolder m_folder;
-    FileLock::Refusal m_refusal;
-};
+class PosixFileLock : public FileLocking {};
 
 TEST_F(PosixFileLock, Take_ByAnyLink_IsTheLockOfTheFile) {
     fs::create_directory(m_folder / "links");

@@ -941,16 +941,6 @@ const Case Cases[] = {
     {"ChangeType_TextThatIsNoDate_IsRefused", Text(OLESTR("25:61")), VT_DATE, English, DISP_E_TYPEMISMATCH},
 };
 
-std::vector<std::string> NamesOfCases() {
-    std::vector<std::string> names;
-    for (const Case& row : Cases) {
-        if (std::find(names.begin(), names.end(), row.name) == names.end()) {
-            names.emplace_back(row.name);
-        }
-    }
-    return names;
-}
-
 const Expected& ExpectedOf(const Case& row) {
     return row.wine && IsWine() ? *row.wine : row.expected;
 }
@@ -985,7 +975,7 @@ TEST_P(VariantConversion, Case) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, VariantConversion, testing::ValuesIn(NamesOfCases()),
+INSTANTIATE_TEST_SUITE_P(Table, VariantConversion, testing::ValuesIn(NamesOf(Cases)),
                          [](const auto& tested) { return tested.param; });
 
 TEST(VariantConversionByReference, ChangeType_ReferenceToANumber_ConvertsWhatItRefersTo) {

@@ -5,8 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "Quillet/platform/FileLock.h"
-#include "support/TemporaryFolder.h"
+#include "support/FileLocking.h"
 
 namespace quillet::test {
 namespace {
@@ -14,19 +13,7 @@ namespace {
 using platform::FileLock;
 using std::chrono::milliseconds;
 
-class WindowsFileLock : public testing::Test {
-protected:
-    std::string At(const std::filesystem::path& name) const { return Utf8(m_folder / name); }
-
-    void SetUp() override { WriteBytes(m_folder / "text", "contents"); }
-
-    std::unique_ptr<FileLock> Take(const std::string& path) {
-        return FileLock::Take(path, milliseconds(0), m_refusal);
-    }
-
-    TemporaryFolder m_folder;
-    FileLock::Refusal m_refusal;
-};
+class WindowsFileLock : public FileLocking {};
 
 TEST_F(WindowsFileLock, Take_HeldFile_NamesTheProcess) {
     const auto lock = Take(At("text"));

@@ -15,6 +15,7 @@
 
 #include "Quillet/platform/File.h"
 #include "support/RegexMatchers.h"
+#include "support/ReplaceFile.h"
 #include "support/TemporaryFolder.h"
 #include "support/VariantValues.h"
 #include "support/WindowsHandle.h"
@@ -36,16 +37,6 @@ protected:
     std::string At(const fs::path& name) const { return Utf8(m_folder / name); }
 
     void SetUp() override { WriteBytes(m_folder / "text", "old"); }
-
-    // Replaces the file and says why that failed; empty where it did not.
-    static std::string Replace(const std::string& path, const std::string& text) {
-        std::string why;
-        const auto file = AtomicFile::Create(path, &why);
-        if (file == nullptr || !file->Write(text, &why) || !file->Commit(&why)) {
-            return why.empty() ? "no reason" : why;
-        }
-        return {};
-    }
 
     // Whether the system has words for the error.
     static bool HasWords(DWORD error) {
@@ -125,7 +116,7 @@ TEST_F(WindowsFile, Atomic_TargetOpenForReadingBySomebodyWhoShares_IsReplaced) {
     {
         const WindowsHandle reader(m_folder / "text", GENERIC_READ, ShareEverything);
         EXPECT_TRUE(CanWriteFile(At("text")));
-        EXPECT_EQ(Replace(At("text"), "new"), "");
+        EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
         EXPECT_EQ(ReadWholeFile(At("text")), "new");
     }
     ExpectAlone("new");
@@ -136,7 +127,7 @@ TEST_F(WindowsFile, Atomic_ManyReadersAndReplacements_LeaveTheLastText) {
     for (int round = 0; round < 10; ++round) {
         readers.push_back(ReadableFile::Open(At("text")));
         ASSERT_NE(readers.back(), nullptr);
-        EXPECT_EQ(Replace(At("text"), std::to_string(round)), "");
+        EXPECT_EQ(ReplaceFile(At("text"), std::to_string(round)), "");
     }
     for (int round = 0; round < 10; ++round) {
         char block[8];
@@ -163,10 +154,10 @@ TEST_F(WindowsFile, Atomic_TargetThatMayNotBeDeletedMeanwhile_FailsTheCommitAndS
 TEST_F(WindowsFile, Atomic_AfterACommitThatFailed_NothingIsLeft) {
     {
         const WindowsHandle holder(m_folder / "text", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
-        EXPECT_NE(Replace(At("text"), "new"), "");
+        EXPECT_NE(ReplaceFile(At("text"), "new"), "");
         ExpectAlone("old");
     }
-    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
     ExpectAlone("new");
 }
 
@@ -193,7 +184,7 @@ TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
     while (place == std::string::npos && std::chrono::steady_clock::now() < end) {
         WriteBytes(m_folder / "text", "old");
         const auto reader = ReadableFile::Open(At("text"));
-        why = Replace(At("text"), "new");
+        why = ReplaceFile(At("text"), "new");
         place = why.find(announcement);
     }
     ends = true;
@@ -276,19 +267,19 @@ TEST_F(WindowsFile, Atomic_HiddenAndSystemTarget_KeepsItsMarks) {
         GTEST_SKIP() << "the file system keeps no such marks";
     }
     EXPECT_TRUE(CanWriteFile(At("text")));
-    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
     EXPECT_EQ(Attributes("text") & Marks, Marks);
     {
         const auto reader = ReadableFile::Open(At("text"));
-        EXPECT_EQ(Replace(At("text"), "newer"), "");
+        EXPECT_EQ(ReplaceFile(At("text"), "newer"), "");
     }
     EXPECT_EQ(Attributes("text") & Marks, Marks);
     ExpectAlone("newer");
 }
 
 TEST_F(WindowsFile, Atomic_NewOrUnmarkedTarget_IsNotHidden) {
-    EXPECT_EQ(Replace(At("text"), "new"), "");
-    EXPECT_EQ(Replace(At("other"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("other"), "new"), "");
     for (const char* name : {"text", "other"}) {
         EXPECT_EQ(Attributes(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM), 0U) << name;
     }
@@ -302,14 +293,14 @@ TEST_F(WindowsFile, Atomic_TargetWithItsOwnAccessList_KeepsIt) {
     SetAccessList("text", "D:P(A;;FA;;;" + owner + ")");
     const std::string narrow = AccessList("text");
     ASSERT_NE(narrow, before) << "the file system keeps no access lists";
-    EXPECT_EQ(Replace(At("text"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
     EXPECT_EQ(AccessList("text"), narrow);
     {
         const auto reader = ReadableFile::Open(At("text"));
-        EXPECT_EQ(Replace(At("text"), "newer"), "");
+        EXPECT_EQ(ReplaceFile(At("text"), "newer"), "");
     }
     EXPECT_EQ(AccessList("text"), narrow);
-    EXPECT_EQ(Replace(At("other"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("other"), "new"), "");
     EXPECT_EQ(AccessList("other"), before);
     EXPECT_EQ(ReadWholeFile(At("text")), "newer");
 }
@@ -366,7 +357,7 @@ TEST_F(WindowsFile, Links_AreFollowedAndStay) {
     }
     for (const char* name : {"link", "chain"}) {
         EXPECT_TRUE(CanWriteFile(At(name)));
-        EXPECT_EQ(Replace(At(name), name), "");
+        EXPECT_EQ(ReplaceFile(At(name), name), "");
         EXPECT_EQ(ReadBytes(m_folder / "data/inner"), name);
         EXPECT_TRUE(IsLink(name));
     }
@@ -380,7 +371,7 @@ TEST_F(WindowsFile, LinkToNothing_CreatesWhatItPointsTo) {
     }
     EXPECT_FALSE(CanWriteFile(At("link")));
     EXPECT_TRUE(NamesIn(m_folder / "data").empty());
-    EXPECT_EQ(Replace(At("link"), "text"), "");
+    EXPECT_EQ(ReplaceFile(At("link"), "text"), "");
     EXPECT_TRUE(IsLink("link"));
     EXPECT_EQ(ReadBytes(m_folder / "data/new"), "text");
 }
@@ -390,24 +381,24 @@ TEST_F(WindowsFile, LinksInACircle_AreRefused) {
         GTEST_SKIP() << "no symbolic links can be made here";
     }
     EXPECT_FALSE(CanWriteFile(At("a")));
-    EXPECT_NE(Replace(At("a"), "text"), "");
+    EXPECT_NE(ReplaceFile(At("a"), "text"), "");
 }
 
 TEST_F(WindowsFile, Reasons_OrdinaryFailures_AreWords) {
     for (const std::string& why :
          {WhyUnreadable(At("none")), WhyUnreadable(At("none/text")), WhyUnreadable(""), WhyUnreadable("\xFF"),
           WhyUnreadable(" "), WhyUnreadable(std::string("a\0b", 3)), WhyUnreadable(At("text") + "\\"),
-          WhyUnreadable(At("a?b")), Replace(At("none/text"), "x"), Replace("NUL", "x")}) {
+          WhyUnreadable(At("a?b")), ReplaceFile(At("none/text"), "x"), ReplaceFile("NUL", "x")}) {
         ExpectWords(why);
     }
     EXPECT_NE(WhyUnreadable(At("none")), WhyUnreadable(At("none/text")));
-    EXPECT_EQ(WhyUnreadable(At("none/text")), Replace(At("none/text"), "x"));
+    EXPECT_EQ(WhyUnreadable(At("none/text")), ReplaceFile(At("none/text"), "x"));
 }
 
 TEST_F(WindowsFile, Reasons_ForAFolder_TellThatItIsOne) {
     const std::string folder = Utf8(m_folder.Path());
     const std::string why = WhyUnreadable(folder);
-    EXPECT_EQ(Replace(folder, "x"), why);
+    EXPECT_EQ(ReplaceFile(folder, "x"), why);
     EXPECT_EQ(WhyUnreadable(folder + "\\"), why);
     EXPECT_EQ(WhyUnreadable(folder + "/."), why);
     constexpr DWORD DirectoryNotSupported = 336;
@@ -428,14 +419,14 @@ TEST_F(WindowsFile, Separators_OfEitherKind_AreTheSame) {
             std::string path = folder;
             std::replace(path.begin(), path.end(), '\\', forward ? '/' : '\\');
             path += rest;
-            EXPECT_EQ(Replace(path, path), "") << path;
+            EXPECT_EQ(ReplaceFile(path, path), "") << path;
             EXPECT_EQ(ReadWholeFile(path), path);
             EXPECT_TRUE(CanWriteFile(path)) << path;
             EXPECT_EQ(ReadBytes(m_folder / "a/b/text"), path);
         }
     }
     EXPECT_EQ(NamesIn(m_folder / "a/b").size(), 1U);
-    EXPECT_NE(Replace(folder + "\\a\\", "x"), "");
+    EXPECT_NE(ReplaceFile(folder + "\\a\\", "x"), "");
     EXPECT_FALSE(CanWriteFile(folder + "\\text\\"));
 }
 
@@ -444,7 +435,7 @@ TEST_F(WindowsFile, Paths_InTheSystemsOwnForms_Work) {
     for (const std::string& path : {"\\\\?\\" + full, full.substr(2)}) {
         const fs::path before = fs::current_path();
         fs::current_path(m_folder.Path());
-        EXPECT_EQ(Replace(path, path), "") << path;
+        EXPECT_EQ(ReplaceFile(path, path), "") << path;
         EXPECT_EQ(ReadWholeFile(path), path);
         EXPECT_TRUE(CanWriteFile(path)) << path;
         fs::current_path(before);
@@ -455,14 +446,14 @@ TEST_F(WindowsFile, Paths_InTheSystemsOwnForms_Work) {
 TEST_F(WindowsFile, Names_InAnotherCase_AreTheSameFile) {
     EXPECT_EQ(ReadWholeFile(At("TEXT")), "old");
     EXPECT_TRUE(CanWriteFile(At("Text")));
-    EXPECT_EQ(Replace(At("TeXt"), "new"), "");
+    EXPECT_EQ(ReplaceFile(At("TeXt"), "new"), "");
     ExpectAlone("new");
     EXPECT_EQ(m_folder.Names().front(), fs::path("text")) << "the file keeps the letters of its name";
 }
 
 TEST_F(WindowsFile, Names_ThatAreNotUtf8_AreRefused) {
     for (const char* name : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\xAF"}) {
-        EXPECT_NE(Replace(At("") + name, "x"), "");
+        EXPECT_NE(ReplaceFile(At("") + name, "x"), "");
     }
     ExpectAlone("old");
 }
@@ -471,7 +462,7 @@ TEST_F(WindowsFile, Names_WithCharactersThatNoFileHas_AreRefused) {
     for (const char* name : {"a?b", "a*b", "a<b", "a>b", "a|b", "a\"b", "?", "*"}) {
         EXPECT_NE(WhyUnreadable(At("") + name), "");
         EXPECT_FALSE(CanWriteFile(At("") + name)) << name;
-        EXPECT_NE(Replace(At("") + name, "x"), "") << name;
+        EXPECT_NE(ReplaceFile(At("") + name, "x"), "") << name;
     }
     ExpectAlone("old");
 }

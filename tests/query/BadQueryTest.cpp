@@ -57,7 +57,7 @@ protected:
             data[i].SetValue("r", CComVariant(static_cast<double>(i) + 0.5));
         }
         m_database.Sync();
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
     ~BadQuery() override { DbDatabase::m_queriesCount = m_queriesCount; }
 
@@ -79,10 +79,10 @@ protected:
 
     // The lines between that with the text and that with the result, of a text that must be refused.
     Strings Troubles(const std::string& sql) {
-        LinesOf(m_database);
+        TakeLog(m_database);
         CString name;
         EXPECT_FALSE(m_database.Query(sql, name)) << sql.substr(0, 80);
-        Strings lines = LinesOf(m_database);
+        Strings lines = TakeLog(m_database);
         m_database.GetTableDescr("T")->ClearFilters();
         if (lines.size() < 2) {
             return {"fewer than two lines"};
@@ -100,7 +100,7 @@ protected:
         CString name;
         m_database.Query(sql, name);
         m_database.GetTableDescr("T")->ClearFilters();
-        EXPECT_FALSE(LinesOf(m_database).empty());
+        EXPECT_FALSE(TakeLog(m_database).empty());
     }
 
     static constexpr std::size_t MegaByte = 1 << 20;
@@ -215,9 +215,9 @@ TEST_F(BadQuery, UnknownFieldsAndTables_AreNamed) {
                 ElementsAre("SQL Analyze - no table 'u' found", "SQL Analyze - no table 'u' found"));
     EXPECT_THAT(Troubles("select n from t where x = 1"),
                 ElementsAre("SQL Analyze - invalid condition 'x = 1'"));
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_THAT(Answer("select n from t order by x"), ElementsAre("refused"));
-    EXPECT_THAT(LinesOf(m_database), Contains("SQL Analyze - no 'x' field found in 't' table"));
+    EXPECT_THAT(TakeLog(m_database), Contains("SQL Analyze - no 'x' field found in 't' table"));
 }
 
 TEST_F(BadQuery, ConditionsCutShort_AreQuoted) {

@@ -46,7 +46,7 @@ protected:
         Add(steels, {CComVariant("s235"), CComVariant(240.0), Long(200)});
         Add(steels, {NullVariant(), CComVariant(0.0), Long(300)});
         m_database.Sync();
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
 
     static void Add(DbTableInfo* table, const std::vector<CComVariant>& values) {
@@ -90,7 +90,7 @@ TEST_F(DbJoinTest, Right_AddsTheRowsOfTheSecondThatMatchNone) {
 TEST_F(DbJoinTest, Left_DoesNothing) {
     EXPECT_EQ(m_database.left_join("Profiles", "Steels", "h", "=", "h"), "");
     EXPECT_EQ(m_database.GetTablesCount(), 2);
-    EXPECT_THAT(LinesOf(m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(m_database), IsEmpty());
 }
 
 TEST_F(DbJoinTest, Names_AreMadeOfTheArguments) {
@@ -182,7 +182,7 @@ TEST_F(DbJoinTest, Condition_ThatCantBe_IsALineAndNothingElse) {
     } conditions[] = {{"h", "like", "h"}, {"h", "", "h"}, {"h", "=", "fy"}, {"steel", "=", "h"}};
     for (const auto& condition : conditions) {
         EXPECT_EQ(Inner(condition.m_left, condition.m_operator, condition.m_right), "");
-        EXPECT_THAT(LinesOf(m_database),
+        EXPECT_THAT(TakeLog(m_database),
                     ElementsAre(std::string("SQL Analyze - invalid condition '") + condition.m_left + " " +
                                 condition.m_operator + " " + condition.m_right + "'"));
     }
@@ -191,13 +191,13 @@ TEST_F(DbJoinTest, Condition_ThatCantBe_IsALineAndNothingElse) {
 
 TEST_F(DbJoinTest, UnknownTablesAndFields_AreALineAndNothingElse) {
     EXPECT_EQ(m_database.inner_join("Nowhere", "Steels", "h", "=", "h"), "");
-    EXPECT_THAT(LinesOf(m_database), ElementsAre("SQL Analyze - no table 'Nowhere' found"));
+    EXPECT_THAT(TakeLog(m_database), ElementsAre("SQL Analyze - no table 'Nowhere' found"));
     EXPECT_EQ(m_database.right_join("Profiles", "Nowhere", "h", "=", "h"), "");
-    EXPECT_THAT(LinesOf(m_database), ElementsAre("SQL Analyze - no table 'Nowhere' found"));
+    EXPECT_THAT(TakeLog(m_database), ElementsAre("SQL Analyze - no table 'Nowhere' found"));
     EXPECT_EQ(Inner("fy", "=", "fy"), "") << "of the second table only";
-    EXPECT_THAT(LinesOf(m_database), ElementsAre("SQL Analyze - no 'fy' field found in 'Profiles' table"));
+    EXPECT_THAT(TakeLog(m_database), ElementsAre("SQL Analyze - no 'fy' field found in 'Profiles' table"));
     EXPECT_EQ(Inner("steel", "=", "steel"), "") << "of the first table only";
-    EXPECT_THAT(LinesOf(m_database), ElementsAre("SQL Analyze - no 'steel' field found in 'Steels' table"));
+    EXPECT_THAT(TakeLog(m_database), ElementsAre("SQL Analyze - no 'steel' field found in 'Steels' table"));
     EXPECT_EQ(m_database.inner_join("", "", "", "", ""), "");
     EXPECT_EQ(m_database.GetTablesCount(), 2);
 }
@@ -230,9 +230,9 @@ TEST_F(DbJoinTest, CalledAgain_UnderAnotherCase_FillsTheSameTable) {
 TEST_F(DbJoinTest, Renamed_IsLeftAsItIs) {
     m_database.RenameTable(Inner("h", "=", "h"), "Pairs");
     m_database.GetTableData("Profiles")->GetRow(1)->SetValue("h", Long(150));
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_THAT(Rows("Pairs"), SizeIs(2));
-    EXPECT_THAT(LinesOf(m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(m_database), IsEmpty());
     EXPECT_EQ(Inner("h", "=", "h"), "Profiles INNER JOIN Steels ON h = h");
     EXPECT_EQ(m_database.GetTablesCount(), 4);
 }
@@ -333,9 +333,9 @@ TEST_F(DbJoinTest, NameThatATableHas_IsALineAndHarmsNothing) {
     DbTableInfo* const taken =
         m_database.CreateTable("Profiles INNER JOIN Steels ON h = h", DbTableInfo::Table);
     taken->GetDescr()->CreateField("mine", false, DbFieldDescr::Long);
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_EQ(Inner("h", "=", "h"), "");
-    EXPECT_THAT(LinesOf(m_database), ElementsAre("Table 'Profiles INNER JOIN Steels ON h = h' already in "
+    EXPECT_THAT(TakeLog(m_database), ElementsAre("Table 'Profiles INNER JOIN Steels ON h = h' already in "
                                                  "database, a join can't be put in it"));
     EXPECT_EQ(taken->GetDescr()->size(), 1U);
 }
@@ -347,9 +347,9 @@ TEST_F(DbJoinTest, OfAQueryThatStandsOnTheAnswer_IsRefused) {
     for (const char* table : {"Profiles", "Steels"}) {
         m_database.RenameTable(table, "Old");
         m_database.RenameTable(over, table);
-        LinesOf(m_database);
+        TakeLog(m_database);
         EXPECT_EQ(Inner("h", "=", "h"), "");
-        EXPECT_THAT(LinesOf(m_database), ElementsAre("Query '" + name.ToUtf8() + "' stands on itself"));
+        EXPECT_THAT(TakeLog(m_database), ElementsAre("Query '" + name.ToUtf8() + "' stands on itself"));
         EXPECT_THAT(Rows(table), SizeIs(1));
         m_database.RenameTable(table, over);
         m_database.RenameTable("Old", table);

@@ -279,7 +279,7 @@ protected:
 
     // What the log says of analyses.
     Strings AnalysisLines() {
-        Strings lines = LinesOf(*m_database);
+        Strings lines = TakeLog(*m_database);
         lines.erase(std::remove_if(lines.begin(), lines.end(),
                                    [](const std::string& line) { return line.rfind("SQL Analyze", 0) != 0; }),
                     lines.end());
@@ -343,7 +343,7 @@ TEST_F(PlainQueryTest, RandomQueries_AreAnsweredAsTheyReadPlainly) {
         DbDatabase::m_queriesCount = 0;
         AddTable("T", {"n", "M", "t", "u", "d"}, "llttd");
         AddTable("Other", {"t", "n", "D"}, "tld");
-        LinesOf(*m_database);
+        TakeLog(*m_database);
         for (int i = 0; i < QueriesOfARound && !HasFatalFailure(); ++i) {
             Strings names = {"t", "t", "[T]", "other"};
             for (const auto& [name, sql] : m_queries) {

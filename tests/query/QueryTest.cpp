@@ -51,7 +51,7 @@ protected:
             target.SetValue("r", CComVariant(row.m_r));
         }
         m_database.Sync();
-        LinesOf(m_database);
+        TakeLog(m_database);
         return info;
     }
 
@@ -90,7 +90,7 @@ TEST_F(DbQueryTest, Query_TextWithoutSelect_IsTheNameOfATable) {
     EXPECT_EQ(Ask("t"), "T");
     EXPECT_EQ(Ask("[T]"), "T");
     EXPECT_EQ(m_database.GetTablesCount(), 1);
-    EXPECT_THAT(LinesOf(m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(m_database), IsEmpty());
     AddTable("two\u00A0words \u0141");
     EXPECT_EQ(Ask("TWO\u00A0WORDS \u0142"), "two\u00A0words \u0141");
 }
@@ -101,7 +101,7 @@ TEST_F(DbQueryTest, Query_TextWithoutSelect_OfNoTable_IsALine) {
     EXPECT_TRUE(Fails(""));
     EXPECT_TRUE(Fails(" t"));
     EXPECT_THAT(
-        LinesOf(m_database),
+        TakeLog(m_database),
         ElementsAre("SQL Analyze - table 'no such' not found", "SQL Analyze - table 'no  such' not found",
                     "SQL Analyze - table '' not found", "SQL Analyze - table ' t' not found"));
 }
@@ -114,7 +114,7 @@ TEST_F(DbQueryTest, Query_NameOfAQuery_IsAnsweredByThat) {
 TEST_F(DbQueryTest, Query_SelectAnywhere_MakesItAQueryText) {
     AddTable("selected");
     EXPECT_TRUE(Fails("selected"));
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 ElementsAre("SQL Analyze - query 'selected'",
                             "SQL Analyze - check 'SELECT' and/or 'FROM' statement", "SQL Analyze - failed"));
 }
@@ -141,7 +141,7 @@ TEST_F(DbQueryTest, Query_Answer_IsATableOfTypeQuery) {
 
 TEST_F(DbQueryTest, Query_Lines_OfOneThatIsBuilt) {
     Ask("Select n\rFrom\nT Where n > 3");
-    const Strings lines = LinesOf(m_database);
+    const Strings lines = TakeLog(m_database);
     ASSERT_THAT(lines, SizeIs(4));
     EXPECT_EQ(lines[0], "SQL Analyze - query 'select n from t where n > 3'");
     EXPECT_EQ(lines[1], "SQL Analyze - ok");
@@ -170,7 +170,7 @@ TEST_F(DbQueryTest, Query_Failure_ChangesNothingButTheCounter) {
 TEST_F(DbQueryTest, Query_InvalidClause_IsFalseWithoutALineOfItsOwn) {
     for (const char* sql : {"select n from t where ( n > 1", "select n from t where n > 1 )"}) {
         EXPECT_TRUE(Fails(sql));
-        const Strings lines = LinesOf(m_database);
+        const Strings lines = TakeLog(m_database);
         ASSERT_THAT(lines, SizeIs(2));
         EXPECT_EQ(lines[1], "SQL Analyze - ok");
     }
@@ -178,16 +178,16 @@ TEST_F(DbQueryTest, Query_InvalidClause_IsFalseWithoutALineOfItsOwn) {
 
 TEST_F(DbQueryTest, Query_UnknownOrderField_FailsWithTheFieldLine) {
     EXPECT_TRUE(Fails("select n from T where n > 1 order by t, [Nope]"));
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 ElementsAre("SQL Analyze - query 'select n from t where n > 1 order by t, [nope]'",
                             "SQL Analyze - ok", "SQL Analyze - no 'nope' field found in 't' table"));
 }
 
 TEST_F(DbQueryTest, Query_FieldsThatFollowTheTable_AreCheckedAllTheSame) {
     EXPECT_THAT(Answer("from t select n,t where n > 4"), ElementsAre("5 c"));
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_TRUE(Fails("from t select n,nope"));
-    EXPECT_THAT(LinesOf(m_database), testing::Contains("SQL Analyze - no 'nope' field found in 't' table"));
+    EXPECT_THAT(TakeLog(m_database), testing::Contains("SQL Analyze - no 'nope' field found in 't' table"));
 }
 
 TEST_F(DbQueryTest, Query_EmptyAnswer_HasTheFields) {
@@ -224,7 +224,7 @@ TEST_F(DbQueryTest, Query_RandomBytes_AreAnsweredOrRefused) {
         if (m_database.Query(CString(bytes), name)) {
             Rows(name);
         }
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
     EXPECT_THAT(Rows("T"), SizeIs(5));
     EXPECT_FALSE(m_database.IsChanged());
@@ -349,9 +349,9 @@ TEST_F(DbQueryTest, Names_OfFieldsWithOperatorSigns_AreFoundWithTheirBlanks) {
 
 TEST_F(DbQueryTest, Names_OfFieldsWithOperatorSigns_LogAndTokensStayAsTheyAreRead) {
     Info("T").GetDescr()->CreateField("h (mm)", false, DbFieldDescr::Long);
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_FALSE(m_database.VerifySQL("select [b (mm)] from t where [h (mm)] > x"));
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 ElementsAre("SQL Analyze - query 'select [b (mm)] from t where [h (mm)] > x'",
                             "SQL Analyze - no '[b ( mm ) ]' field found in 't' table",
                             "SQL Analyze - invalid condition 'h ( mm )  > x'", "SQL Analyze - failed"));
@@ -405,10 +405,10 @@ TEST_F(DbQueryTest, Reuse_SameText_IsAnsweredByTheSameTable) {
     const CString sql = "select n from t where n > 3";
     const CString name = Ask(sql);
     DbTableRow* const row = Data(name).GetRow(0);
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_EQ(Asked([&] { EXPECT_EQ(Ask(sql), name); }), 1);
     EXPECT_EQ(Data(name).GetRow(0), row) << "nothing was built";
-    const Strings lines = LinesOf(m_database);
+    const Strings lines = TakeLog(m_database);
     ASSERT_THAT(lines, SizeIs(3));
     EXPECT_THAT(lines[2], StartsWith("Query 'Query_0' processed in "));
     EXPECT_EQ(m_database.GetTablesCount(), 2);
@@ -876,9 +876,9 @@ TEST_P(DbQueryFollows, Clearing) {
     for (const CString& name : {m_top, m_upper, m_lower}) {
         Rows(name);
     }
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_TRUE(Fails(Info(m_lower).GetSql()));
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 testing::Contains(bound ? "SQL Analyze - invalid condition 'n > 3'"
                                         : "SQL Analyze - no 'n' field found in 't' table"));
     DbTableDescr& descr = *Info("T").GetDescr();
@@ -905,9 +905,9 @@ TEST_P(DbQueryFollows, ClearingOfTheLower) {
 TEST_P(DbQueryFollows, RenamingOfTheTable_KeepsTheRows) {
     AskAll();
     ASSERT_TRUE(m_database.RenameTable("T", "U"));
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_THAT(All(), ElementsAre("4 a", "5 c"));
-    EXPECT_THAT(LinesOf(m_database), testing::Contains("SQL Analyze - no table 't' found"));
+    EXPECT_THAT(TakeLog(m_database), testing::Contains("SQL Analyze - no table 't' found"));
     m_database.DeleteTable("U");
     EXPECT_EQ(m_database.GetTablesCount(), 0);
 }
@@ -985,9 +985,9 @@ TEST_F(DbQueryTest, DeletedFieldThatAQueryAsksFor_LeavesTheRowsThatItHas) {
     const CString copied = Ask("select n,t from t where n > 3");
     const CString bound = Ask("select * from t where n > 3");
     Info("T").GetDescr()->DeleteField("n");
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_THAT(Rows(copied), ElementsAre("4 a", "5 c"));
-    EXPECT_THAT(LinesOf(m_database), testing::Contains("SQL Analyze - failed"));
+    EXPECT_THAT(TakeLog(m_database), testing::Contains("SQL Analyze - failed"));
     EXPECT_EQ(Data(bound)[1].size(), 2U) << "the table's own row";
     EXPECT_EQ(Data(bound).GetRow(1), Data("T").GetRow(4));
 }
@@ -1140,7 +1140,7 @@ TEST_F(DbQueryTest, HostsOwnQuery_IsFilledWhenItsDataIsAskedFor) {
     EXPECT_EQ(Asked([&] { Rows("All"); }), 0);
     EXPECT_EQ(Ask("select n from t where n > 3"), "Some");
     EXPECT_EQ(Ask("select * from t"), "All") << "asked before";
-    EXPECT_THAT(LinesOf(m_database), Not(testing::Contains(HasSubstr("stands on itself"))));
+    EXPECT_THAT(TakeLog(m_database), Not(testing::Contains(HasSubstr("stands on itself"))));
 }
 
 TEST_F(DbQueryTest, HostsOwnQueries_OfOneText_FollowEachOnItsOwn) {
@@ -1162,10 +1162,10 @@ TEST_F(DbQueryTest, HostsOwnQuery_ThatSharesItsTablesContents_IsRefusedAndHarmsN
     DbTableInfo structure("Structure", DbTableInfo::Query, 0, "select n from t where n > 2", table.GetDescr(),
                           nullptr, m_database.GetTableInfo("T"));
     ASSERT_NE(m_database.CreateTable(&structure), nullptr);
-    LinesOf(m_database);
+    TakeLog(m_database);
     Rows("Both");
     Rows("Structure");
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 testing::IsSupersetOf({"Query 'select n from t where n > 3' stands on itself, or on too many "
                                        "other queries",
                                        "Query 'select n from t where n > 2' stands on itself, or on too many "
@@ -1198,9 +1198,9 @@ TEST_F(DbQueryTest, Cycle_QueryRenamedToItsOwnTable_IsRefused) {
     const CString name = Ask(sql);
     m_database.RenameTable("T", "U");
     m_database.RenameTable(name, "T");
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_TRUE(Fails(sql));
-    EXPECT_THAT(LinesOf(m_database), testing::Contains("Query '" + sql.ToUtf8() + "' " + StandsOnItself));
+    EXPECT_THAT(TakeLog(m_database), testing::Contains("Query '" + sql.ToUtf8() + "' " + StandsOnItself));
     EXPECT_THAT(Rows("T"), ElementsAre("4 a 2.5", "5 c 1.5"));
     EXPECT_EQ(Info("T").GetRelated(), &Info("U"));
     m_database.DeleteTable("U");
@@ -1215,9 +1215,9 @@ TEST_F(DbQueryTest, Cycle_TwoQueriesThatSwapTheirNames_AreRefused) {
     // Now the lower one is named as the table, which the text of the lower one names.
     m_database.RenameTable("T", "Away");
     m_database.RenameTable(upper, "T");
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_TRUE(Fails(lowerSql));
-    EXPECT_THAT(LinesOf(m_database), testing::Contains(HasSubstr(StandsOnItself)));
+    EXPECT_THAT(TakeLog(m_database), testing::Contains(HasSubstr(StandsOnItself)));
     Data("Away")[0].SetValue("n", Long(9));
     Rows("T");
     Rows(lower);
@@ -1312,7 +1312,7 @@ TEST_P(DbQueryTower, Thousands_AreAnsweredAndFollow) {
     for (int i = 0; i < Edits; ++i) {
         Set(0, i + 1);
         EXPECT_THAT(Rows(name), SizeIs(i < 3 ? 2 : 3));
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
     EXPECT_EQ(Asked([&] {
                   for (int i = 0; i < Times; ++i) {
@@ -1334,7 +1334,7 @@ TEST_F(DbQueryTest, Thousands_OfDifferentQueries_AreAnsweredAndFound) {
         sql.Format("select n,t from t where n > %d", i);
         const CString name = Ask(sql);
         EXPECT_EQ(Ask(sql), name);
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
     m_database.DeleteTable("T");
     EXPECT_EQ(m_database.GetTablesCount(), 0);
@@ -1347,9 +1347,9 @@ TEST_F(DbQueryTest, Hundreds_ThroughLaterFromTables_AreRefusedAtADepth) {
         name = Ask("select n from t," + name + " where n > 3");
     }
     Set(0, 9);
-    LinesOf(m_database);
+    TakeLog(m_database);
     EXPECT_THAT(Rows(name), ElementsAre("9", "4", "5"));
-    EXPECT_THAT(LinesOf(m_database), testing::Contains(HasSubstr(StandsOnItself)));
+    EXPECT_THAT(TakeLog(m_database), testing::Contains(HasSubstr(StandsOnItself)));
 }
 
 }  // namespace

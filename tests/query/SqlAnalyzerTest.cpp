@@ -38,7 +38,7 @@ protected:
         m_u = m_database.CreateTable("U", DbTableInfo::Table)->GetDescr();
         m_u->CreateField("a", false, DbFieldDescr::Long);
         m_u->CreateField("x", false, DbFieldDescr::Text);
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
 
     ~DbSqlAnalyzerTest() override { DbDatabase::m_queriesCount = m_queriesCount; }
@@ -50,9 +50,9 @@ protected:
 
     // The lines between that with the text and that with the result, which are checked here.
     Strings Troubles(const CString& sql) {
-        LinesOf(m_database);
+        TakeLog(m_database);
         const bool good = Analyze(sql);
-        Strings lines = LinesOf(m_database);
+        Strings lines = TakeLog(m_database);
         EXPECT_GE(lines.size(), 2U);
         EXPECT_EQ(lines.back(), good ? "SQL Analyze - ok" : "SQL Analyze - failed");
         EXPECT_EQ(lines.front().rfind("SQL Analyze - query '", 0), 0U);
@@ -118,14 +118,14 @@ TEST_F(DbSqlAnalyzerTest, State_AfterEachKeyword) {
 
 TEST_F(DbSqlAnalyzerTest, Analyze_IntoNoRecord_IsFalse) {
     EXPECT_FALSE(m_database.AnalyzeSQL("select a from t", nullptr));
-    EXPECT_THAT(LinesOf(m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(m_database), IsEmpty());
 }
 
 TEST_F(DbSqlAnalyzerTest, Analyze_IntoARecordWithoutClause_IsFalse) {
     QueryAnalysisParams params;
     params.clause.reset();
     EXPECT_FALSE(m_database.AnalyzeSQL("select a from t where a > 1", &params));
-    EXPECT_THAT(LinesOf(m_database), IsEmpty());
+    EXPECT_THAT(TakeLog(m_database), IsEmpty());
     EXPECT_TRUE(params.tokens.empty());
     EXPECT_EQ(m_t->m_made, 0);
 }
@@ -181,7 +181,7 @@ TEST_F(DbSqlAnalyzerTest, Tokens_KeywordsAndAllOthers_InTheOrderRead) {
 
 TEST_F(DbSqlAnalyzerTest, Text_IsLoweredOutsideQuotes) {
     EXPECT_TRUE(Analyze("SELECT A,[C D] FROM T WHERE B='X Y' ORDER BY A DESC"));
-    EXPECT_THAT(LinesOf(m_database),
+    EXPECT_THAT(TakeLog(m_database),
                 ElementsAre("SQL Analyze - query 'select a,[c d] from t where b='X Y' order by a desc'",
                             "SQL Analyze - ok"));
     EXPECT_THAT(Fields(), ElementsAre("a", "[c d]"));
@@ -506,7 +506,7 @@ TEST_F(DbSqlAnalyzerTest, Verify_IsTheResultOfTheAnalysisAndBuildsNothing) {
     const std::int32_t count = DbDatabase::m_queriesCount;
     EXPECT_TRUE(m_database.VerifySQL("select a from t where a > 1 and e < 3"));
     EXPECT_THAT(
-        LinesOf(m_database),
+        TakeLog(m_database),
         ElementsAre("SQL Analyze - query 'select a from t where a > 1 and e < 3'", "SQL Analyze - ok"));
     EXPECT_FALSE(m_database.VerifySQL("t")) << "a name alone is no query text";
     EXPECT_FALSE(m_database.VerifySQL("select a from n"));
@@ -573,7 +573,7 @@ protected:
         Analyze(sql);
         m_t->ClearFilters();
         m_u->ClearFilters();
-        EXPECT_FALSE(LinesOf(m_database).empty());
+        EXPECT_FALSE(TakeLog(m_database).empty());
     }
 
     static constexpr std::size_t Length = 1 << 18;

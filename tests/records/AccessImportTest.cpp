@@ -10,6 +10,7 @@
 
 #include "support/AccessHelpers.h"
 #include "support/CatalogHelpers.h"
+#include "support/OtherLocale.h"
 #include "support/RecordHelpers.h"
 #include "support/TestHelpers.h"
 

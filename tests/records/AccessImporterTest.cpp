@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/CatalogHelpers.h"
+#include "support/OtherLocale.h"
 #include "support/RecordHelpers.h"
 #include "support/TestHelpers.h"
 
@@ -21,14 +22,6 @@ using Table = std::pair<CString, DBACCESS_VECTOR>;
 
 Strings ReportOf(const DbDatabase& database) {
     return Utf8Of(database.ImportReport());
-}
-
-Strings TableNames(DbDatabase& database) {
-    Strings names;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
-        names.push_back(database.GetTableName(i).ToUtf8());
-    }
-    return names;
 }
 
 DBACCESS_ALL All(const std::vector<Table>& tables) {

@@ -1,40 +1,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 
 namespace {
 
-using quillet::test::CatalogParts;
-using quillet::test::Cell;
-using quillet::test::CountTroubles;
-using quillet::test::FieldXml;
-using quillet::test::Open;
-using quillet::test::ReadBytes;
-using quillet::test::Reading;
-using quillet::test::SmallCatalog;
-using quillet::test::SmallParts;
-using quillet::test::TableXml;
-using quillet::test::TemporaryFolder;
-using quillet::test::TextType;
-using quillet::test::Utf8;
-using quillet::test::WriteBytes;
+using namespace quillet::test;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class HeaderTables : public testing::TestWithParam<Reading> {
-protected:
-    CString Path(const std::string& name) { return CString(Utf8(m_folder / name)); }
-    std::unique_ptr<DbDatabase> OpenXml(const std::string& xml) {
-        WriteBytes(m_folder / "given.xml", xml);
-        return Open(m_folder / "given.xml", GetParam());
-    }
+class HeaderTables : public ReadingTest {};
 
-    TemporaryFolder m_folder;
-};
-
-INSTANTIATE_TEST_SUITE_P(, HeaderTables, testing::Values(Reading::Whole, Reading::Sequential),
-                         quillet::test::ReadingName);
+INSTANTIATE_TEST_SUITE_P(, HeaderTables, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
 
 std::vector<std::string> Fields(const DbTableDescr& descr) {
     std::vector<std::string> names;
@@ -42,14 +19,6 @@ std::vector<std::string> Fields(const DbTableDescr& descr) {
         EXPECT_EQ(field->GetDbType(), DbFieldDescr::Text);
         EXPECT_FALSE(field->IsKey());
         names.push_back(field->GetName().ToUtf8());
-    }
-    return names;
-}
-
-std::vector<std::string> Names(DbDatabase& database) {
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
-        names.push_back(database.GetTableName(i).ToUtf8());
     }
     return names;
 }
@@ -68,7 +37,7 @@ void ExpectDefaultTables(DbDatabase& database) {
         ASSERT_EQ(data->size(), 1U);
         for (const DbFieldValue* const cell : (*data)[0]) {
             EXPECT_EQ(cell->GetType(), VT_BSTR);
-            EXPECT_EQ(quillet::test::CellText(*cell), "");
+            EXPECT_EQ(CellText(*cell), "");
         }
     }
 }
@@ -82,7 +51,7 @@ TEST_F(HeaderTables, Create_MakesBothWithOneEmptyRow) {
     ExpectDefaultTables(database);
     EXPECT_EQ(database.GetHeaderDescr(), database.GetTableDescr("Header"));
     EXPECT_EQ(database.GetHeaderData(), database.GetTableData("Header"));
-    EXPECT_THAT(quillet::test::TakeLog(database),
+    EXPECT_THAT(TakeLog(database),
                 ElementsAre("Table 'Header' created, index = 0, type = TABLE, sql = ''",
                             "Table 'Properties' created, index = 1, type = TABLE, sql = ''"));
 }
@@ -92,7 +61,7 @@ TEST_P(HeaderTables, FileWithoutThem_GetsThemAndCountsAsUnchanged) {
     parts.m_headerStructure = "";
     parts.m_headerData = "";
     const auto database = OpenXml(parts.Xml());
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Properties"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Properties"));
     ExpectDefaultTables(*database);
     EXPECT_FALSE(database->IsChanged());
 }
@@ -112,7 +81,7 @@ TEST_P(HeaderTables, FileWithLowerCaseNames_GetsNoSecondOnes) {
     parts.m_headerData =
         TableXml("header", "<row title=\"t\" />\n") + TableXml("PROPERTIES", "<row units=\"mm\" />\n");
     const auto database = OpenXml(parts.Xml());
-    EXPECT_THAT(Names(*database), ElementsAre("header", "PROPERTIES", "Alpha", "Beta", "Gamma"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("header", "PROPERTIES", "Alpha", "Beta", "Gamma"));
     EXPECT_EQ(Cell(database->GetTableData("Header"), 0, 0), "t");
     EXPECT_EQ(CountTroubles(*database), 0U);
 }
@@ -122,7 +91,7 @@ TEST_P(HeaderTables, PropertiesDeletedThenSaved_AreMadeAnewInTheBody) {
     database->DeleteTable("properties");
     EXPECT_TRUE(database->Save(Path("copy.xml")));
     EXPECT_FALSE(database->IsChanged());
-    EXPECT_THAT(Names(*database), ElementsAre("Header", "Alpha", "Beta", "Gamma", "Properties"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Header", "Alpha", "Beta", "Gamma", "Properties"));
     EXPECT_EQ(database->GetTableData("Properties")->size(), 1U);
     EXPECT_EQ(database->GetTableDescr("Properties")->size(), 5U);
     const std::string saved = ReadBytes(m_folder / "copy.xml");
@@ -138,9 +107,9 @@ TEST_P(HeaderTables, HeaderDeletedThenSaved_IsMadeAnewBehindTheOthers) {
     EXPECT_EQ(database->GetHeaderData(), database->GetTableData("Properties"))
         << "it is the first that counts";
     EXPECT_TRUE(database->Save(Path("copy.xml")));
-    EXPECT_THAT(Names(*database), ElementsAre("Properties", "Alpha", "Beta", "Gamma", "Header"));
+    EXPECT_THAT(TableNames(*database), ElementsAre("Properties", "Alpha", "Beta", "Gamma", "Header"));
     DbDatabase copy(Path("copy.xml"));
-    EXPECT_THAT(Names(copy), ElementsAre("Properties", "Alpha", "Beta", "Gamma", "Header"));
+    EXPECT_THAT(TableNames(copy), ElementsAre("Properties", "Alpha", "Beta", "Gamma", "Header"));
 }
 
 TEST_P(HeaderTables, PropertiesThatStandInTheBody_KeepTheirRowsWhenReadAgain) {
@@ -166,7 +135,8 @@ TEST_P(HeaderTables, RenamedHeader_GetsASecondOneWhenSaved) {
     const auto database = OpenXml(SmallCatalog());
     EXPECT_TRUE(database->RenameTable("Header", "Title"));
     EXPECT_TRUE(database->Save(Path("copy.xml")));
-    EXPECT_THAT(Names(*database), ElementsAre("Title", "Properties", "Alpha", "Beta", "Gamma", "Header"));
+    EXPECT_THAT(TableNames(*database),
+                ElementsAre("Title", "Properties", "Alpha", "Beta", "Gamma", "Header"));
 }
 
 TEST_P(HeaderTables, ClearedHeader_IsSavedWithoutFieldsAndRows) {

@@ -86,9 +86,9 @@ TEST(Registry, TwoTablesOfOneContents_AreNamedByTheFirstInOrderOfTheirNames) {
     DbTableData& data = *made->GetData();
     DbTableInfo shared("a", DbTableInfo::Table, 0, "", made->GetDescr(), &data, nullptr);
     const auto nameInLog = [&] {
-        LinesOf(database);
+        TakeLog(database);
         EXPECT_TRUE(data.Load(ElementOf("<t><row n='1'/></t>").Get()));
-        const std::string line = LinesOf(database).back();
+        const std::string line = TakeLog(database).back();
         return line.substr(0, line.find(" ["));
     };
     EXPECT_EQ(nameInLog(), "Table 'B'");
@@ -118,7 +118,7 @@ std::unique_ptr<DbDatabase> SixTables() {
     // The queries are answered, so that nothing has to be done about them later.
     database->GetTableData("R");
     database->Sync();
-    LinesOf(*database);
+    TakeLog(*database);
     return database;
 }
 

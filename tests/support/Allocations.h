@@ -1,6 +1,7 @@
 // Between the plan and the functions that stand in front of the system's. Private to both.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 
@@ -12,6 +13,18 @@ bool MayAllocate(std::size_t size, const void* caller) noexcept;
 
 // Keeps the number of live blocks.
 void AddLiveBlocks(std::ptrdiff_t count) noexcept;
+
+// What an allocation of that block gives, or one that failed.
+inline void* Counted(void* block) noexcept {
+    AddLiveBlocks(block != nullptr ? 1 : 0);
+    return block;
+}
+
+// What an allocation that is to fail gives.
+inline void* OutOfMemory() noexcept {
+    errno = ENOMEM;
+    return nullptr;
+}
 
 // The rest is the port's.
 

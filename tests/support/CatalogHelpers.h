@@ -13,6 +13,7 @@
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_Recordset.h"
+#include "support/LogLines.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -32,17 +33,6 @@ inline std::unique_ptr<DbDatabase> Open(const std::filesystem::path& path, Readi
     auto database = std::make_unique<DbDatabase>(CString(Utf8(path)));
     database->GetSource()->SetSequentialAccess(reading == Reading::Sequential);
     return database;
-}
-
-// The lines of the log, which is empty then.
-inline std::vector<std::string> TakeLog(DbDatabase& database) {
-    std::vector<CString> lines;
-    database.GetError(lines);
-    std::vector<std::string> texts;
-    for (const CString& line : lines) {
-        texts.push_back(line.ToUtf8());
-    }
-    return texts;
 }
 
 // Whether the line is one that reading a sound catalog writes.
@@ -76,6 +66,14 @@ inline std::string Cell(DbTableData* data, uint64 row, uint64 field) {
 }
 
 using Strings = std::vector<std::string>;
+
+inline Strings TableNames(DbDatabase& database) {
+    Strings names;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
+        names.push_back(database.GetTableName(i).ToUtf8());
+    }
+    return names;
+}
 
 inline Strings FieldNames(DbDatabase& database, const CString& table) {
     const DbTableDescr* const descr = database.GetTableDescr(table);

@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
+#include <ostream>
 #include <string>
+#include <utility>
 
 #include "Quillet/base/CException.h"
 #include "support/AllocationPlan.h"
@@ -77,6 +80,48 @@ void ExpectWholeOrNotAtAll(const Make& make, const Change& change, const Show& s
         }
         return attempt;
     });
+}
+
+// One parameter of a test of such steps.
+template <typename Subject>
+struct Step {
+    using Action = std::function<void(Subject&)>;
+
+    Step(const char* name, Action change)
+        : Step(
+              name, [](Subject&) {}, std::move(change)) {}
+    Step(const char* name, Action prepare, Action change)
+        : m_name(name), m_prepare(std::move(prepare)), m_change(std::move(change)) {}
+
+    const char* m_name;
+    // Makes the subject ready for the step.
+    Action m_prepare;
+    Action m_change;
+};
+
+template <typename Subject>
+void PrintTo(const Step<Subject>& step, std::ostream* out) {
+    *out << step.m_name;
+}
+
+// The same for a parameter, where make() gives a subject that is not prepared yet.
+template <typename Subject, typename Make, typename Show>
+void ExpectStepWholeOrNotAtAll(const Step<Subject>& step, const Make& make, const Show& show) {
+    const auto prepared = [&] {
+        auto subject = make();
+        step.m_prepare(*subject);
+        return subject;
+    };
+    ExpectWholeOrNotAtAll(prepared, step.m_change, show);
+}
+
+// Takes a step that must not need memory.
+template <typename Action>
+void ExpectNoAllocation(const Action& action) {
+    AllocationPlan plan(1, Failing::FromThereOn);
+    action();
+    plan.Disarm();
+    EXPECT_FALSE(plan.HasFailed());
 }
 
 }  // namespace quillet::test

@@ -747,22 +747,9 @@ private:
 
     static void Insert(const PlainContents& table, const std::vector<std::size_t>& fields, std::uint64_t row,
                        std::vector<std::uint64_t>& order) {
-        std::ptrdiff_t low = 0;
-        std::ptrdiff_t high = static_cast<std::ptrdiff_t>(order.size()) - 1;
-        while (high - low >= 0) {
-            const std::ptrdiff_t middle = (low + high) / 2;
-            const int result = Compare(*table.m_rows->At(row),
-                                       *table.m_rows->At(order[static_cast<std::size_t>(middle)]), fields);
-            if (result == 0) {
-                low = middle;
-                high = middle - 1;
-            } else if (result < 0) {
-                high = middle - 1;
-            } else {
-                low = middle + 1;
-            }
-        }
-        order.insert(order.begin() + low, row);
+        PlainInsert(order, row, [&](std::uint64_t other) {
+            return Compare(*table.m_rows->At(row), *table.m_rows->At(other), fields);
+        });
     }
 
     void Write(PlainStoredRow& row) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <map>
 #include <string>
@@ -209,6 +210,27 @@ struct PlainToken {
     char m_kind = 'c';
     std::size_t m_condition = 0;
 };
+
+// Inserts where a search by halves finds the place; compare(other) is negative where the value goes before
+// the other, and zero where it takes the other's place.
+template <typename Value, typename Compare>
+void PlainInsert(std::vector<Value>& values, const Value& value, const Compare& compare) {
+    std::ptrdiff_t low = 0;
+    std::ptrdiff_t high = static_cast<std::ptrdiff_t>(values.size()) - 1;
+    while (high - low >= 0) {
+        const std::ptrdiff_t middle = (low + high) / 2;
+        const int order = compare(values[static_cast<std::size_t>(middle)]);
+        if (order == 0) {
+            low = middle;
+            high = middle - 1;
+        } else if (order < 0) {
+            high = middle - 1;
+        } else {
+            low = middle + 1;
+        }
+    }
+    values.insert(values.begin() + low, value);
+}
 
 // A text, analysed and answered.
 class PlainQuery {
@@ -538,21 +560,7 @@ private:
     }
 
     static void Insert(std::vector<PlainRow>& rows, const PlainRow& row, const std::vector<int>& fields) {
-        int low = 0;
-        int high = static_cast<int>(rows.size()) - 1;
-        while (high - low >= 0) {
-            const int middle = (low + high) / 2;
-            const int order = Compare(row, rows[static_cast<std::size_t>(middle)], fields);
-            if (order == 0) {
-                low = middle;
-                high = middle - 1;
-            } else if (order < 0) {
-                high = middle - 1;
-            } else {
-                low = middle + 1;
-            }
-        }
-        rows.insert(rows.begin() + low, row);
+        PlainInsert(rows, row, [&](const PlainRow& other) { return Compare(row, other, fields); });
     }
 
     void Answer() {

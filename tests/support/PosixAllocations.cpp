@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <new>
 #include <string_view>
@@ -65,16 +64,6 @@ int AddCode(dl_phdr_info* library, std::size_t, void* context) {
         }
     }
     return 0;
-}
-
-void* Counted(void* block) noexcept {
-    AddLiveBlocks(block != nullptr ? 1 : 0);
-    return block;
-}
-
-void* OutOfMemory() noexcept {
-    errno = ENOMEM;
-    return nullptr;
 }
 
 }  // namespace

@@ -1,9 +1,8 @@
-// Records for tests: columns by name and value, tables of them, and what a locale is while texts are made.
+// Records for tests: columns by name and value and tables of them.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,29 +58,5 @@ inline std::pair<CString, DBACCESS_VECTOR> TableWithoutRows(const CString& table
     named.second.m_noRows = true;
     return named;
 }
-
-// Sets a character type locale other than "C", and "C" again at the end.
-class OtherLocale {
-public:
-    OtherLocale() {
-        for (const char* name : {"C.UTF-8", "english"}) {
-            if (std::setlocale(LC_CTYPE, name) != nullptr) {
-                break;
-            }
-        }
-        m_name = Now();
-        EXPECT_NE(m_name, "C") << "this system has no locale to test with";
-    }
-    OtherLocale(const OtherLocale&) = delete;
-    OtherLocale& operator=(const OtherLocale&) = delete;
-    ~OtherLocale() { std::setlocale(LC_CTYPE, "C"); }
-
-    static std::string Now() { return std::setlocale(LC_CTYPE, nullptr); }
-    // Whether nothing has set the locale since.
-    bool Stands() const { return Now() == m_name; }
-
-private:
-    std::string m_name;
-};
 
 }  // namespace quillet::test

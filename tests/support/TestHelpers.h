@@ -12,6 +12,7 @@
 
 #include "Quillet/IQuillet.h"
 #include "Quillet/xml/Face.h"
+#include "support/LogLines.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -96,16 +97,6 @@ inline CString Units(std::initializer_list<unsigned> units) {
         text.push_back(static_cast<WCHAR>(unit));
     }
     return CString(WideView(text));
-}
-
-inline std::vector<std::string> LinesOf(DbDatabase& database) {
-    std::vector<CString> lines;
-    database.GetError(lines);
-    std::vector<std::string> texts;
-    for (const CString& line : lines) {
-        texts.push_back(line.ToUtf8());
-    }
-    return texts;
 }
 
 // A call by name, as a script makes it.

@@ -39,6 +39,19 @@ protected:
         return Write(name, text);
     }
 
+    // The same with every occurrence replaced.
+    std::string WriteChangedThroughout(const std::string& name, const std::string& what,
+                                       const std::string& with) const {
+        CopyExample("materials.xml");
+        std::string text = Read("materials.xml");
+        std::size_t place = text.find(what);
+        EXPECT_NE(place, std::string::npos) << what;
+        for (; place != std::string::npos; place = text.find(what, place + with.size())) {
+            text.replace(place, what.size(), with);
+        }
+        return Write(name, text);
+    }
+
     RunResult Run(const std::vector<std::string>& arguments) const { return RunProgram(arguments, m_folder); }
 
     // In a locale that has commas where others have points.

@@ -1,8 +1,11 @@
 // Variants for tables of cases: written as constants, made real for a call, compared as readable text.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "Quillet/platform/Automation.h"
 
@@ -164,6 +167,18 @@ inline std::string Describe(const VARIANT& value) {
 inline std::string Describe(const Value& value) {
     const ScopedVariant variant(value);
     return Describe(*variant);
+}
+
+// The names of the rows of a table of cases, each once: rows of one name make one test.
+template <typename Case, std::size_t Count>
+std::vector<std::string> NamesOf(const Case (&cases)[Count]) {
+    std::vector<std::string> names;
+    for (const Case& row : cases) {
+        if (std::find(names.begin(), names.end(), row.name) == names.end()) {
+            names.emplace_back(row.name);
+        }
+    }
+    return names;
 }
 
 }  // namespace quillet::test

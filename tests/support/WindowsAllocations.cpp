@@ -5,7 +5,6 @@
 #include <oleauto.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -36,16 +35,6 @@ decltype(&::VarBstrFromR8) s_VarBstrFromR8;
 // All three modules are ours.
 bool MayAllocateHere(std::size_t size = 0) noexcept {
     return MayAllocate(size, nullptr);
-}
-
-void* Counted(void* block) noexcept {
-    AddLiveBlocks(block != nullptr ? 1 : 0);
-    return block;
-}
-
-void* OutOfMemory() noexcept {
-    errno = ENOMEM;
-    return nullptr;
 }
 
 void* Malloc(std::size_t size) {

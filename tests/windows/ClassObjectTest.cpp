@@ -1,5 +1,6 @@
 // What the system's component loader asks of the library.
 #include "Server.h"
+#include "support/OuterObject.h"
 
 namespace {
 
@@ -94,28 +95,10 @@ TEST_F(ClassObjects, UnlockedMoreOftenThanLocked_AHeldClassObjectKeepsTheLibrary
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
 }
 
-// An object that is one of the library's as its part.
-class Outer final : public IUnknown {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
-        if (IsEqualGUID(id, IID_IUnknown)) {
-            *object = static_cast<IUnknown*>(this);
-            AddRef();
-            return S_OK;
-        }
-        return m_part->QueryInterface(id, object);
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
-
-    CComPtr<IUnknown> m_part;
-    ULONG m_references = 1;
-};
-
 TEST_F(ClassObjects, Proxies_HaveAClassObjectThatMakesThemForEachInterface) {
     const auto factory = FactoryOf(ProxyFactory, IID_IPSFactoryBuffer);
     EXPECT_EQ(CanUnloadNow(), S_FALSE);
-    Outer outer;
+    OuterObject outer;
     for (const IID& interfaceId :
          {__uuidof(IDbDatabase), __uuidof(IDbSource), __uuidof(IDbTableDescr), __uuidof(IDbFieldDescr),
           __uuidof(IDbTableData), __uuidof(IDbTableRow), __uuidof(IDbFieldValue), __uuidof(IDbHeader),
@@ -141,7 +124,7 @@ TEST_F(ClassObjects, Proxies_HaveAClassObjectThatMakesThemForEachInterface) {
 }
 
 TEST_F(ClassObjects, Aggregated_IdentityAndCountingAreTheOuterObjects) {
-    Outer outer;
+    OuterObject outer;
     const auto factory = FactoryOf(__uuidof(DbDatabase));
     void* made = nullptr;
     EXPECT_EQ(
@@ -149,13 +132,15 @@ TEST_F(ClassObjects, Aggregated_IdentityAndCountingAreTheOuterObjects) {
         CLASS_E_NOAGGREGATION);
     EXPECT_EQ(made, nullptr);
     ASSERT_EQ(static_cast<IClassFactory*>(factory.Get())->CreateInstance(&outer, IID_IUnknown, &made), S_OK);
-    outer.m_part.Attach(static_cast<IUnknown*>(made));
-    EXPECT_EQ(outer.m_references, 1U);
+    CComPtr<IUnknown> part;
+    part.Attach(static_cast<IUnknown*>(made));
+    outer.m_inner = part.Get();
+    EXPECT_EQ(outer.m_references, 0U);
 
     void* face = nullptr;
     ASSERT_EQ(outer.QueryInterface(__uuidof(IDbDatabase), &face), S_OK);
     auto* const database = static_cast<IDbDatabase*>(face);
-    EXPECT_EQ(outer.m_references, 2U);
+    EXPECT_EQ(outer.m_references, 1U);
     void* identity = nullptr;
     EXPECT_EQ(database->QueryInterface(IID_IUnknown, &identity), S_OK);
     EXPECT_EQ(identity, static_cast<IUnknown*>(&outer));
@@ -164,11 +149,11 @@ TEST_F(ClassObjects, Aggregated_IdentityAndCountingAreTheOuterObjects) {
     EXPECT_EQ(database->get_TablesCount(&count), S_OK);
     EXPECT_EQ(count, 0);
     database->Release();
-    EXPECT_EQ(outer.m_references, 1U);
+    EXPECT_EQ(outer.m_references, 0U);
     // The part's own unknown is another one.
-    EXPECT_EQ(outer.m_part->QueryInterface(IID_IUnknown, &identity), S_OK);
-    EXPECT_EQ(identity, outer.m_part.Get());
-    outer.m_part->Release();
+    EXPECT_EQ(part->QueryInterface(IID_IUnknown, &identity), S_OK);
+    EXPECT_EQ(identity, part.Get());
+    part->Release();
 }
 
 }  // namespace

@@ -216,11 +216,11 @@ TEST_F(WindowsXmlTable, RowSave_NullAndEmptyCells_GiveWhatOurDocumentGives) {
 
 TEST_F(WindowsXmlTable, RowSave_WhatXmlCannotCarry_IsRefusedAndNothingAppended) {
     DbTableRow& row = AddRow(1);
-    LinesOf(m_database);
+    TakeLog(m_database);
     for (const CString& text : {Units({1}), Units({'a', 0, 'b'}), Units({0xD800}), Units({0xFFFE})}) {
         row[5].SetValue(CComVariant(text));
         EXPECT_FALSE(row.Save(m_document.Automation(), m_element.Get()));
-        EXPECT_EQ(LinesOf(m_database),
+        EXPECT_EQ(TakeLog(m_database),
                   (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), "
                            "t__LP_x_RP__STAR_, 5"}));
     }
@@ -228,7 +228,7 @@ TEST_F(WindowsXmlTable, RowSave_WhatXmlCannotCarry_IsRefusedAndNothingAppended) 
          {"1st", "a+b", "50%", "a,b", "a;b", "a=b", "\"", "'", "&", "#", "[n]", "\u00B7", "flag"}) {
         Descr()[5].SetName(name);
         EXPECT_FALSE(row.Save(m_document.Automation(), m_element.Get())) << name;
-        EXPECT_THAT(LinesOf(m_database), testing::Contains(testing::StartsWith("Error on DbTableRow::Save(")))
+        EXPECT_THAT(TakeLog(m_database), testing::Contains(testing::StartsWith("Error on DbTableRow::Save(")))
             << name;
     }
     EXPECT_EQ(Outline(m_element.Get()), "1 t\n");

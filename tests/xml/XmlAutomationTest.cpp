@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Quillet/xml/Document.h"
+#include "support/DispatchStub.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -177,7 +178,7 @@ protected:
         Descr().CreateField("n", true, DbFieldDescr::Long);
         Descr().CreateField("t t", false, DbFieldDescr::Text);
         Descr().CreateField("f", false, DbFieldDescr::Boolean);
-        LinesOf(m_database);
+        TakeLog(m_database);
     }
 
     DbTableDescr& Descr() { return *m_info->GetDescr(); }
@@ -284,7 +285,7 @@ TEST_F(ForeignTable, RowSave_TextThatXmlCannotCarry_IsRefusedWhateverTheDomTakes
                                 Units({0xFFFE}), Units({0xFFFF}), Units({'a', 0, 'b'})}) {
         EXPECT_FALSE(NewRow(1, text).Save(m_document.Get(), m_element.Get()))
             << testing::PrintToString(text.ToUtf8());
-        EXPECT_EQ(LinesOf(m_database),
+        EXPECT_EQ(TakeLog(m_database),
                   (Strings{"Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), t_t, 1"}));
     }
     EXPECT_EQ(m_target.Content(), "");
@@ -308,7 +309,7 @@ TEST_F(ForeignTable, RowSave_NamesThatXmlRefusesOrThatStandTwice_AreRefusedWhate
     EXPECT_FALSE(NewRow(1, "x").Save(m_document.Get(), m_element.Get()));
     EXPECT_EQ(m_target.Content(), "");
     EXPECT_EQ(
-        LinesOf(m_database),
+        TakeLog(m_database),
         (Strings{"Table 'T' can't be saved: the field '1st' would be saved as '1st', which is no name in XML",
                  "Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), 1st, 1",
                  "Table 'T' can't be saved: the fields 'n' and 'n' would both be saved as 'n'",
@@ -325,7 +326,7 @@ TEST_F(ForeignTable, DataSaveAndLoad_ComesBack) {
     EXPECT_TRUE(Data().Load(m_element.Get()));
     ASSERT_EQ(Data().size(), 2U);
     EXPECT_EQ(TextOf(Data()[1][uint64(1)].GetValue()), "b");
-    const Strings lines = LinesOf(m_database);
+    const Strings lines = TakeLog(m_database);
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].find("Table 'T' [2 rows] data parsed in: "), 0U) << lines[0];
 }
@@ -360,7 +361,7 @@ TEST_F(ForeignTable, RowSave_DomThatFailsAtAnyCall_IsFalseAndLogsTheField) {
         FailAfter(failing);
         EXPECT_FALSE(row.Save(m_document.Get(), m_element.Get())) << failing;
         EXPECT_EQ(m_target.Content(), content) << failing;
-        const Strings lines = LinesOf(m_database);
+        const Strings lines = TakeLog(m_database);
         ASSERT_EQ(lines.size(), 1U) << failing;
         EXPECT_EQ(lines[0].find("Error on DbTableRow::Save(IDispatch* doc, IDispatch* element), "), 0U)
             << lines[0];
@@ -540,7 +541,7 @@ TEST_F(ForeignTable, RowSave_ManyFields_AsksForTheMemberOnce) {
 }
 
 // An automation object of whatever kind, which answers every call in the same way.
-class StubbornObject final : public IDispatch {
+class StubbornObject final : public DispatchStub {
 public:
     enum class Answer { NoNames, Failure, Nothing, Null, NoObject, Number, Text, Itself };
     static constexpr Answer All[] = {Answer::NoNames,  Answer::Failure, Answer::Nothing, Answer::Null,
@@ -555,8 +556,6 @@ public:
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
     ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID* ids) override {
         ids[0] = m_answer == Answer::NoNames ? DISPID_UNKNOWN : 1;
         return m_answer == Answer::NoNames ? DISP_E_UNKNOWNNAME : S_OK;

@@ -1,9 +1,7 @@
 // Documents when memory runs out.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 
 #include "Quillet/xml/Document.h"
@@ -13,8 +11,9 @@
 namespace {
 
 using quillet::test::Attempt;
-using quillet::test::ExpectWholeOrNotAtAll;
+using quillet::test::ExpectStepWholeOrNotAtAll;
 using quillet::test::Failing;
+using quillet::test::Step;
 using quillet::test::SweepAttempts;
 using quillet::test::Try;
 using quillet::xml::Document;
@@ -27,16 +26,7 @@ const std::string Sample = "<t a=\"a value that takes memory of its own\">\n<c /
 // Room in the pages of a document is no allocation: what is written here is larger than they are.
 const std::string Large(40000, 'x');
 
-struct XmlStep {
-    const char* m_name;
-    std::function<void(Document&)> m_change;
-};
-
-void PrintTo(const XmlStep& step, std::ostream* out) {
-    *out << step.m_name;
-}
-
-class XmlOutOfMemory : public testing::TestWithParam<XmlStep> {};
+class XmlOutOfMemory : public testing::TestWithParam<Step<Document>> {};
 
 Node RootElement(const Document& document) {
     return document.Root().FirstChild();
@@ -65,29 +55,31 @@ std::unique_ptr<Document> MadeDocument() {
 }
 
 TEST_P(XmlOutOfMemory, StepHappensWholeOrNotAtAll) {
-    ExpectWholeOrNotAtAll(MadeDocument, GetParam().m_change, Summary);
+    ExpectStepWholeOrNotAtAll(GetParam(), MadeDocument, Summary);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Steps, XmlOutOfMemory,
     testing::Values(
-        XmlStep{"AppendElement",
-                [](Document& document) {
-                    RootElement(document).AppendChild(document.Root().CreateElement("e" + Large));
-                }},
-        XmlStep{"AppendInstruction",
-                [](Document& document) {
-                    document.Root().AppendChild(document.Root().CreateProcessingInstruction("target", Large));
-                }},
-        XmlStep{"SetAttribute",
-                [](Document& document) {
-                    RootElement(document).SetAttribute("b" + Large, std::string_view("1"));
-                }},
-        XmlStep{"ReplaceAttribute",
-                [](Document& document) { RootElement(document).SetAttribute("a", std::string_view(Large)); }},
-        XmlStep{"AppendLeaf", [](Document& document) { AppendRow(document, Large + Large + Large); }},
-        XmlStep{"WalkOverLeaves",
-                [](Document& document) { EXPECT_EQ(RootElement(document).CountChildren(), 3U); }}));
+        Step<Document>{"AppendElement",
+                       [](Document& document) {
+                           RootElement(document).AppendChild(document.Root().CreateElement("e" + Large));
+                       }},
+        Step<Document>{"AppendInstruction",
+                       [](Document& document) {
+                           document.Root().AppendChild(
+                               document.Root().CreateProcessingInstruction("target", Large));
+                       }},
+        Step<Document>{"SetAttribute",
+                       [](Document& document) {
+                           RootElement(document).SetAttribute("b" + Large, std::string_view("1"));
+                       }},
+        Step<Document>{
+            "ReplaceAttribute",
+            [](Document& document) { RootElement(document).SetAttribute("a", std::string_view(Large)); }},
+        Step<Document>{"AppendLeaf", [](Document& document) { AppendRow(document, Large + Large + Large); }},
+        Step<Document>{"WalkOverLeaves",
+                       [](Document& document) { EXPECT_EQ(RootElement(document).CountChildren(), 3U); }}));
 
 // Creating a node ends by std::bad_alloc, whatever a host is ready to catch.
 TEST(DocumentOutOfMemory, CreatedNodes_ThrowBadAlloc) {

@@ -80,12 +80,7 @@ TEST_F(Check, Check_XmlOfAnotherKind_SaysWhatIsMissing) {
 }
 
 TEST_F(Check, Check_MissingHeaderTable_IsNamed) {
-    CopyExample("materials.xml");
-    std::string text = Read("materials.xml");
-    for (std::size_t place; (place = text.find("\"Properties\"")) != std::string::npos;) {
-        text.replace(place, 12, "\"Others\"");
-    }
-    const std::string file = Write("changed.xml", text);
+    const std::string file = WriteChangedThroughout("changed.xml", "\"Properties\"", "\"Others\"");
     EXPECT_EQ(Findings("changed.xml"), file + ": the header has no table Properties\n");
 }
 

@@ -228,12 +228,7 @@ TEST_F(Edit, Edit_DamagedXml_IsRefused) {
 }
 
 TEST_F(Edit, Edit_MissingHeader_IsRefused) {
-    CopyExample("materials.xml");
-    std::string text = Read("materials.xml");
-    for (std::size_t place; (place = text.find("\"Header\"")) != std::string::npos;) {
-        text.replace(place, 8, "\"Hidden\"");
-    }
-    const std::string file = Write("headless.xml", text);
+    const std::string file = WriteChangedThroughout("headless.xml", "\"Header\"", "\"Hidden\"");
     EXPECT_EQ(FailsUnchanged("headless.xml", {"drop", file, "Steel"}),
               file + ": not changed, for the tables Header and Properties are not the first ones");
 }
