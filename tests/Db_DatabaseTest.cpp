@@ -45,7 +45,7 @@ protected:
     TemporaryFolder m_folder;
 };
 
-// What holds however the file is read.
+// Tests for both ways of reading the file.
 class DbDatabaseReading : public DbDatabaseTest, public testing::WithParamInterface<Reading> {
 protected:
     std::unique_ptr<DbDatabase> OpenSmall() { return DbDatabaseTest::OpenSmall(GetParam()); }
@@ -79,7 +79,7 @@ DbTableInfo* AddFilledTableIfFree(DbDatabase& database, const CString& name) {
     return database.IsTable(name) ? nullptr : AddFilledTable(database, name, "text");
 }
 
-// What a failing save leaves: a file that held something before, and a table that can't be saved.
+// A failing save: the file has old contents, and one table can't be saved.
 class DbDatabaseUnsavable : public DbDatabaseTest {
 protected:
     DbDatabaseUnsavable() : m_file(File("kept.xml", SmallCatalog())), m_database(m_file) {
@@ -98,7 +98,7 @@ protected:
         EXPECT_TRUE(m_database.IsChanged());
         std::vector<std::string> lines = TakeLog(m_database);
         lines.erase(std::remove_if(lines.begin(), lines.end(), IsRoutine), lines.end());
-        // What comes when the database is destroyed changes nothing either.
+        // Nor does the save at destruction change anything.
         m_info->GetData()->Clear();
         return lines;
     }
@@ -1003,7 +1003,7 @@ TEST_F(DbDatabaseTest, ShowErrorLog_ShowsTheLinesUnderTheCaption) {
 
 using LogMatchers = std::vector<testing::Matcher<std::string>>;
 
-// The log once the header and the structure of the small catalog are read, and then the given lines.
+// The log after the header and the structure of the small catalog were read, followed by the given lines.
 LogMatchers SmallCatalogLog(const LogMatchers& more) {
     LogMatchers lines = {
         "Table 'Header' created, index = 0, type = TABLE, sql = ''",
@@ -1820,7 +1820,7 @@ TEST_F(DbDatabaseTest, SaveToAFile_GoesThroughTheVirtualSaveToADocument) {
     database.GetSource()->Create("");
 }
 
-// Contents that write a row of their own.
+// Contents that override how rows are saved.
 class OwnContents : public DbTableData {
 public:
     using DbTableData::DbTableData;
@@ -1886,7 +1886,7 @@ TEST_F(DbDatabaseTest, Overrides_OfLoadAndClear_AreHonoured) {
     EXPECT_EQ(data->size(), 0U);
 }
 
-// A structure that writes no field.
+// A structure that saves no fields.
 class SilentStructure : public DbTableDescr {
 public:
     using DbTableDescr::DbTableDescr;

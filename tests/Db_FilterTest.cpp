@@ -20,7 +20,7 @@ using namespace quillet::test;
 
 const char* const Operators[] = {"<", "<=", "=", "==", ">=", ">", "!=", "<>"};
 
-// A structure with a field or two of each type, and a row of it whose cells the tests fill.
+// A structure with a field or two of each type, and a row whose cells the tests fill.
 class DbFilterTest : public testing::Test {
 protected:
     DbFilterTest() {
@@ -285,7 +285,7 @@ TEST_F(DbFilterTest, UnknownOperator_IsRefused) {
 }
 
 TEST_F(DbFilterTest, Refusal_AddsNothing) {
-    // Notes that it is asked, so that the number of filters shows.
+    // Counts calls, which shows the number of filters.
     struct Counter : DbFilter {
         explicit Counter(int& asked) : m_asked(asked) {}
         void Evaluate(const DbTableRow&) override { ++m_asked; }
@@ -492,7 +492,7 @@ TEST_F(DbFilterTest, Clause_OverFilters_SelectsRows) {
     EXPECT_EQ(hits, (std::vector<LONG>{3, 5, 7}));
 }
 
-// The rules as they are told, without any of the short ways.
+// The documented rules, without any shortcuts.
 class PlainRules {
 public:
     static bool Hold(const CComVariant& left, const std::string& op, const CComVariant& right, bool texts) {

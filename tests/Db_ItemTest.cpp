@@ -9,7 +9,7 @@
 
 namespace {
 
-// Opens what is protected, and estimates itself at a size of its own.
+// Makes protected members public, and reports a fixed size.
 class OpenItem : public DbItem {
 public:
     using DbItem::AddChild;
@@ -21,7 +21,7 @@ public:
     uint64 m_extraSize = 0;
 };
 
-// Counts how often it is asked.
+// Counts its calls.
 class CountingItem : public DbItem {
 public:
     using DbItem::DbItem;

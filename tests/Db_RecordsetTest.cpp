@@ -68,7 +68,7 @@ protected:
         }
         return numbers;
     }
-    // The number of the row that the cursor stands at.
+    // The number in the current row.
     int Number() {
         CComVariant value;
         m_rs.GetFieldValue(0, value);
@@ -76,7 +76,7 @@ protected:
     }
     void SetNumber(int number) { m_rs.SetFieldValue(0, CComVariant(number)); }
 
-    // An index by which the rows of t stand in descending order of a.
+    // An index that gives the rows of t in descending order of a.
     const Index* BackwardIndex() {
         Descr().CreateIndex("back", "a");
         Index* const index = Descr().FindIndex("back");
@@ -89,7 +89,7 @@ protected:
     DbRecordset m_rs{m_database.get()};
 };
 
-// What a cursor answers that stands for no table.
+// The results of a cursor without a table.
 void ExpectClosed(DbRecordset& rs) {
     EXPECT_FALSE(rs.IsOpen());
     EXPECT_TRUE(rs.IsEOF());
@@ -1870,7 +1870,7 @@ TEST_F(DbRecordsetTest, RowsDeletedByOthers_LeaveTheCursorBehindThem) {
     EXPECT_EQ(Number(), 3);
 }
 
-// Functions of bindings may do anything with the cursor.
+// Binding functions may do anything with the cursor.
 DbRecordset* TheCursor = nullptr;
 DbDatabase* TheDatabase = nullptr;
 

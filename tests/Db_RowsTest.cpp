@@ -348,8 +348,8 @@ TEST_F(RowsTest, BoundDeleteRow_ComparesTheEntriesWithTheVisiblePosition) {
     Order order = {3, 0, 2};
     view.Bind(&m_rows, order);
     view.DeleteRow(0);
-    // Storage 3 is gone. In the view's order 3, 0, 2 the entry 0 disappears and the others are lowered; in
-    // the table's order 0, 1, 2, 3 alike.
+    // Storage 3 is deleted. The entry 0 disappears from the view's order 3, 0, 2 and the others are lowered;
+    // likewise in the table's order 0, 1, 2, 3.
     EXPECT_EQ(Visible(view), (Numbers{2, 1}));
     EXPECT_EQ(Visible(m_rows), (Numbers{0, 1, 2}));
 }
@@ -360,7 +360,7 @@ TEST_F(RowsTest, BoundDeleteRow_PositionThatIsNoEntry_OnlyLowersTheOthers) {
     Order order = {5, 4};
     view.Bind(&m_rows, order);
     view.DeleteRow(1);
-    // Storage 4 is gone; the entries 5 and 4 are lowered to 4 and 3, and no entry is 1.
+    // Storage 4 is deleted; the entries 5 and 4 are lowered to 4 and 3, and no entry is 1.
     EXPECT_EQ(view.GetRowsCount(), 2U);
     EXPECT_EQ(Visible(view), (Numbers{5, 3}));
     EXPECT_EQ(Visible(m_rows), (Numbers{0, 1, 2, 3, 5}));
@@ -591,7 +591,7 @@ TEST_F(RowsTest, LifeToken_RowIsDeleted_NamesNothing) {
     EXPECT_EQ(*first, nullptr);
     // The row moved up; its token goes with it.
     EXPECT_EQ(*second, m_rows.GetRow(0));
-    // A row that takes the place in memory is another one.
+    // A new row at the same address is another row.
     AddNumbers(m_rows, 3, 1);
     EXPECT_EQ(*first, nullptr);
     EXPECT_EQ(*m_rows.LifeTokenOf(2), m_rows.GetRow(2));

@@ -15,7 +15,7 @@ static_assert(!std::is_copy_assignable_v<DbSource>);
 
 class DbSourceTest : public testing::Test {
 protected:
-    // Writes a file of the folder and returns its path.
+    // Writes a file in the folder and returns its path.
     CString File(const std::string& name, const std::string& content = "") {
         WriteBytes(m_folder / name, content);
         return Path(name);

@@ -26,7 +26,7 @@ std::string TableText(const std::string& rows, const std::string& name = "T") {
     return "<table name=\"" + name + "\">\n" + rows + "</table>";
 }
 
-// A line without the seconds at its end.
+// A line without the time at its end.
 std::string WithoutSeconds(const std::string& line) {
     const std::string marker = " in: ";
     const std::size_t place = line.find(marker);
@@ -514,7 +514,7 @@ TEST_F(SequentialData, CreateFieldThatFails_ReadsNothing) {
     }
 }
 
-// Databases with a file of their own, and what becomes of the file.
+// Databases with a file, and how the file changes.
 class DataToFile : public testing::Test {
 protected:
     DataToFile() {
@@ -789,7 +789,7 @@ TEST_F(DataTest, SpatialIndex_RandomOrderedRows_MatchTheLiteralLoop) {
             keyRow[uint64(1)].GetVariant() = text;
             ASSERT_EQ(Data().SpatialIndex(fields, order, keyRow), expected);
             Data().DeleteRow(Data().size() - 1);
-            // It is a place where the key can stand, or an equal row.
+            // It is a valid insertion point for the key, or an equal row.
             if (expected < count && results[expected] != DbTableRow::CmpEqual) {
                 ASSERT_EQ(results[expected], DbTableRow::CmpLess);
             }

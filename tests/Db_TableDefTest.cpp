@@ -35,7 +35,7 @@ protected:
     quillet::test::StaticsGuard m_statics;
 };
 
-// What a definition answers that stands for nothing.
+// The results of a definition that refers to nothing.
 void ExpectClosed(DbTableDef& def) {
     EXPECT_FALSE(def.IsOpen());
     EXPECT_EQ(def.GetTableDescr(), nullptr);

@@ -29,7 +29,7 @@ std::vector<std::string> ParsedNames(const char* list) {
 
 using Strings = std::vector<std::string>;
 
-// A structure without a database, with the text fields a, b and c.
+// A structure without a database, with the fields a (long), b (text) and c (double).
 class ThreeFields : public testing::Test {
 protected:
     ThreeFields() {
@@ -167,7 +167,7 @@ TEST_F(ThreeFields, CreateField_AfterClear_StartsAnew) {
     EXPECT_EQ(m_descr.GetFieldIndex("a"), -1);
 }
 
-// Each field would cost a look at all before it: minutes instead of a second.
+// Looking at all earlier fields for each field would take minutes instead of a second.
 TEST(DbTableDescr, CreateField_VeryManyFields_CostEachTheSame) {
     constexpr int Fields = 30000;
     DbTableDescr descr(nullptr);
@@ -613,7 +613,7 @@ TEST_F(ThreeFields, DeleteIndex_KnownInAnyCase_IsGone) {
     EXPECT_FALSE(m_descr.DeleteIndex(""));
 }
 
-// Notes the rows that it is asked about.
+// Records the rows that it evaluates.
 class ProbeFilter : public DbFilter {
 public:
     ProbeFilter(std::vector<std::string>& notes, std::string name)

@@ -208,7 +208,7 @@ TEST_F(TableEntry, IsQuerySync_BoundElsewhere_IsSeen) {
     EXPECT_FALSE(query.IsQuerySync());
 }
 
-// An item that comes and goes as the test likes.
+// An item that the test creates and destroys.
 class LooseItem : public DbItem {
 public:
     using DbItem::DbItem;

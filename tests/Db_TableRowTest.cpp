@@ -139,7 +139,7 @@ TEST_F(RowTest, SetValue_Variant_KeepsTheTypeAndMarksTheCell) {
     EXPECT_FALSE(row.IsChanged()) << "the cell is marked, not the row";
 }
 
-// What a row takes as a value, by the type of the argument.
+// The types of arguments that a row accepts as a value.
 template <typename Value>
 concept RowTakes = requires(DbTableRow& row, Value value) {
     row.SetValue("n", value);

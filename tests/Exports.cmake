@@ -1,14 +1,14 @@
-# What the shared library exports: classes, statics and functions of its own, without what the compiler may leave out or put
-# into every library (weak symbols). NM lists those of LIBRARY, EXPECTED holds their names, one on a line; WORK_DIR gets the
-# list of now.
+# The exports of the shared library: its own classes, statics and functions, without those that the compiler may leave
+# out or put into every library (weak symbols). NM lists those of LIBRARY, EXPECTED holds their names, one on each line;
+# the current list is written to WORK_DIR.
 execute_process(COMMAND ${NM} -D -C --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-# Semicolons and brackets mean something to lists.
+# Semicolons and brackets are special in CMake lists.
 string(REPLACE ";" ":" symbols "${symbols}")
 string(REPLACE "[" "<" symbols "${symbols}")
 string(REPLACE "]" ">" symbols "${symbols}")
 string(REGEX MATCHALL "[0-9a-f]+ [TDBRV] [^\n]+" lines "${symbols}")
 list(TRANSFORM lines REPLACE "^[0-9a-f]+ [TDBRV] " "")
-# Constructors and destructors have several symbols of one name.
+# Constructors and destructors have several symbols with the same name.
 list(REMOVE_DUPLICATES lines)
 list(SORT lines)
 list(JOIN lines "\n" text)

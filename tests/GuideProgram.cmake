@@ -1,7 +1,6 @@
-# Makes programs of the samples in the README and in the guide.
+# Creates programs from the samples in the README and in the guide.
 #
-# quillet_read_samples(document language result): the contents of the document's blocks of that language, one after
-# the other.
+# quillet_read_samples(document language result): the contents of the document's code blocks in that language, joined.
 function(quillet_read_samples document language result)
   file(READ ${document} rest)
   set(samples "")
@@ -23,7 +22,7 @@ function(quillet_read_samples document language result)
   set(${result} "${samples}" PARENT_SCOPE)
 endfunction()
 
-# quillet_write_guide_program(document folder): writes folder/guide.cpp and folder/guide.txt, which it has to print.
+# quillet_write_guide_program(document folder): writes folder/guide.cpp and, with its expected output, folder/guide.txt.
 function(quillet_write_guide_program document folder)
   quillet_read_samples(${document} "c++" frame)
   quillet_read_samples(${document} "cpp" body)

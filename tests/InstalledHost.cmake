@@ -1,5 +1,6 @@
-# Installs the library, builds the example host against the package and runs it; then compiles it once more with what
-# pkg-config says. Every installed header compiles alone, also where folders of the host have names of the library's.
+# Installs the library, builds the example host against the package and runs it; then compiles it again with the flags
+# of pkg-config. Every installed header must compile on its own, even if folders of the host have the names of the
+# library's.
 #
 # BUILD_DIR is the build to install, SOURCE_DIR the project, WORK_DIR a folder of its own. For another system than this
 # one TOOLCHAIN builds the programs, EMULATOR runs them, and SUFFIX ends their names.
@@ -18,7 +19,7 @@ file(MAKE_DIRECTORY ${WORK_DIR})
 
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${stage})
 if(TOOLCHAIN)
-  # A toolchain looks into its own folders only.
+  # A toolchain searches only its own folders.
   file(GLOB_RECURSE package ${stage}/*/IQuilletConfig.cmake)
   get_filename_component(package ${package} DIRECTORY)
   set(system -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -DIQuillet_DIR=${package})

@@ -1,4 +1,4 @@
-# Compiles a host's include under an older standard. One line has to say why that fails, and nothing else.
+# Compiles a host's include with an older standard. It must fail with one line that says why.
 #
 # CXX is the compiler, INCLUDE_DIR where hosts find the headers, WORK_DIR a folder of its own.
 set(why "IQuillet needs C\\+\\+20: compile with -std=c\\+\\+20")

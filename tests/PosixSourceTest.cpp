@@ -1,4 +1,4 @@
-// How much a source reads at a time, as the system counts it.
+// How much a source reads at a time, counted by the system.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -14,7 +14,7 @@ using quillet::test::TemporaryFolder;
 using quillet::test::Utf8;
 using quillet::test::WriteBytes;
 
-// The calls of this process that read, up to now; negative where the system does not count them.
+// The number of read calls of this process so far; negative if the system does not count them.
 long ReadCalls() {
     std::ifstream counts("/proc/self/io");
     std::string name;
@@ -37,7 +37,7 @@ TEST(PosixSource, ExtractXmlNode_AWholeFile_ReadsMaxBufferSizeAtATime) {
     const std::string text = "<a><b>" + std::string(Size - 14, 'x') + "</b></a>";
     ASSERT_EQ(text.size(), static_cast<std::size_t>(Size));
     WriteBytes(folder / "long.xml", text);
-    // To look at the count reads too.
+    // Getting the count reads too.
     const long first = ReadCalls();
     const long looking = ReadCalls() - first;
     for (const std::int32_t block : {1000, 16384, 250'000}) {
@@ -49,7 +49,7 @@ TEST(PosixSource, ExtractXmlNode_AWholeFile_ReadsMaxBufferSizeAtATime) {
         const long calls = ReadCalls() - before - looking;
         const long full = (Size + block - 1) / block;
         EXPECT_GE(calls, full) << block;
-        // The end is met once more.
+        // The end of the file is read once more.
         EXPECT_LE(calls, full + 1) << block;
     }
 }

@@ -1,7 +1,7 @@
-# Runs the program of the guide's samples on a copy of the catalog and compares what it prints with the guide.
+# Runs the program of the guide's samples on a copy of the catalog and compares its output with the guide.
 #
-# PROGRAM is the program, EMULATOR what runs it on another system, CATALOG the catalog, EXPECTED the file that holds
-# what the guide says, WORK_DIR a folder of its own.
+# PROGRAM is the program, EMULATOR what runs it on another system, CATALOG the catalog, EXPECTED the file with the
+# output that the guide shows, WORK_DIR a folder of its own.
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
 configure_file(${CATALOG} ${WORK_DIR}/steel.xml COPYONLY)

@@ -1,4 +1,4 @@
-# Runs the README's first program, in the folder that it asks for and in one without the catalog.
+# Runs the README's first program, in the folder that it expects and in one without the catalog.
 #
 # PROGRAM is the program, EMULATOR what runs it on another system, CATALOG the catalog, WORK_DIR a folder of its own.
 file(REMOVE_RECURSE ${WORK_DIR})

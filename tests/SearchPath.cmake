@@ -1,5 +1,6 @@
-# Programs and libraries search no folder that depends on where they are run: neither an empty entry nor a relative one
-# stands in their dynamic sections. READELF prints those of FILES, one of which has to have a path.
+# Programs and libraries must not search folders that depend on the current one: the search paths in their dynamic
+# sections have neither empty nor relative entries. READELF prints the sections of FILES, at least one of which must
+# have a path.
 set(HAS_PATH OFF)
 foreach(file IN LISTS FILES)
   execute_process(COMMAND ${READELF} -d -W ${file} OUTPUT_VARIABLE section RESULT_VARIABLE status)

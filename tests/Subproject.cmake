@@ -1,6 +1,6 @@
-# A host that takes the project in as a part of its own, by add_subdirectory or FetchContent: it gets the library, and none
-# of the tests, benchmarks and tools with the packages that these need. The second way, which leads through the first, is
-# also built and run.
+# A host that includes the project with add_subdirectory or FetchContent: it gets the library, without the tests,
+# benchmarks and tools and the packages that they need.
+# FetchContent, which leads through add_subdirectory, is also built and run.
 #
 # SOURCE_DIR is the project, WORK_DIR a folder of its own.
 file(REMOVE_RECURSE ${WORK_DIR})

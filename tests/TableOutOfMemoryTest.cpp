@@ -1,4 +1,4 @@
-// Structures and rows when memory runs out: every step happens whole or not at all.
+// Structures and rows out of memory: every step happens completely or not at all.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -132,7 +132,7 @@ TEST(RowsOutOfMemory, DeletingARow_TakesNone) {
     EXPECT_EQ(subject.Data().size(), 4U);
 }
 
-// A host's own index stays the host's where the structure could not take it.
+// An index of the host stays the host's if the structure could not take it over.
 TEST(IndexOutOfMemory, AnIndexOfTheHost_IsDeletedOnce) {
     for (const char* name : {"second", "an index by name"}) {
         SweepAttempts([&](std::size_t failing, Failing which) {
@@ -145,14 +145,14 @@ TEST(IndexOutOfMemory, AnIndexOfTheHost_IsDeletedOnce) {
                 }
             });
             EXPECT_EQ(index == nullptr, attempt.m_isDone);
-            // The name that is taken is not given to it.
+            // It does not get a name that is taken.
             EXPECT_EQ(*life == nullptr, attempt.m_isDone && std::string(name) != "second");
             return attempt;
         });
     }
 }
 
-// Items that could not be made are nobody's children.
+// Items that could not be created have no parent.
 TEST(ItemOutOfMemory, AnItemThatWasNotMade_IsNoChild) {
     SweepAttempts([](std::size_t failing, Failing which) {
         DbItem parent;
@@ -183,7 +183,7 @@ TEST(ItemOutOfMemory, AnAssignedItem_HasTheChildrenOfBeforeOrOfTheOther) {
     });
 }
 
-// A database goes without asking for memory.
+// A database can be destroyed without memory.
 TEST(DatabaseOutOfMemory, GoesWithoutMemory) {
     auto subject = std::make_unique<Subject>();
     EXPECT_TRUE(Try(1, Failing::FromThereOn, [&] { subject.reset(); }).m_isDone);

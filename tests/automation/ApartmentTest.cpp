@@ -1,5 +1,5 @@
-// A catalog of one thread used from another: every call goes through the registered proxies and stubs, and
-// gives what it gives on the spot.
+// A catalog of one thread used from another: every call goes through the registered proxies and stubs, with
+// the same result as a direct call.
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -12,7 +12,7 @@ using namespace quillet::test;
 
 class Apartments : public AutomationTest {
 protected:
-    // Runs the call on a thread with an apartment of its own, while this one answers what comes from there.
+    // Runs the call on a thread with its own apartment, while this thread serves its calls.
     static void RunElsewhere(DWORD apartment, const std::function<void()>& call) {
         const HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         std::thread other([&] {

@@ -16,7 +16,7 @@
 
 namespace quillet::test {
 
-// A system string for the time of a call.
+// A system string for the duration of a call.
 class Bstr {
 public:
     Bstr(const char* text) : m_text(SysAllocString(std::wstring(CString(text).View()).c_str())) {}
@@ -67,7 +67,7 @@ template <typename... Parameters>
 using ResultOf =
     std::remove_pointer_t<std::tuple_element_t<sizeof...(Parameters) - 1, std::tuple<Parameters...>>>;
 
-// What a member answers: the result as text, behind the code where that is another than S_OK.
+// A member's result as text, with the code in front if it is not S_OK.
 template <typename Interface, typename... Parameters, typename... Arguments>
 std::string AnswerOf(Interface* object, HRESULT (STDMETHODCALLTYPE Interface::*member)(Parameters...),
                      const Arguments&... arguments) {
@@ -76,7 +76,7 @@ std::string AnswerOf(Interface* object, HRESULT (STDMETHODCALLTYPE Interface::*m
     return ResultText(code) + Printed(result);
 }
 
-// The object that a member gives; null, and a failure of the test, where it does not succeed.
+// The object that a member gives; null, with a test failure, if the call fails.
 template <typename Interface, typename... Parameters, typename... Arguments>
 auto ObjectOf(Interface* object, HRESULT (STDMETHODCALLTYPE Interface::*member)(Parameters...),
               const Arguments&... arguments) {
@@ -92,7 +92,7 @@ CComPtr<Interface> As(IUnknown* object) {
     return face;
 }
 
-// Throws where there is no such class.
+// Throws if there is no such class.
 template <typename Interface>
 CComPtr<Interface> Made(const CLSID& classId) {
     CComPtr<Interface> made;
@@ -124,7 +124,7 @@ protected:
         return catalog;
     }
 
-    // The catalog counts as unchanged then, and leaves its own file as it is.
+    // The catalog then counts as unchanged and leaves its own file as it is.
     void SaveElsewhere(IDbDatabase* catalog) const {
         EXPECT_EQ(catalog->Save(Bstr(Utf8(m_folder / "elsewhere.xml").c_str())), S_OK);
     }

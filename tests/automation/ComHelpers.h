@@ -10,7 +10,7 @@
 
 namespace quillet::test {
 
-// The address that a call writes a counted pointer to; the pointer takes it over when the call is done.
+// The address that a call writes a counted pointer to; the smart pointer takes ownership after the call.
 template <typename Interface>
 class Receiver {
 public:

@@ -1,4 +1,5 @@
-// Calls by name with whatever a host could send: they succeed or fail as they should, and the server goes on.
+// Calls by name with anything a host could send: they succeed or fail as they should, and the server
+// survives.
 #include <array>
 #include <limits>
 #include <random>
@@ -12,7 +13,7 @@ using namespace quillet::test;
 
 class HostileCalls : public AutomationTest {
 protected:
-    // Names without a folder lead to files here.
+    // Relative names refer to files here.
     HostileCalls() : m_before(std::filesystem::current_path()) {
         std::filesystem::current_path(m_folder.Path());
     }
@@ -30,7 +31,7 @@ VARIANTARG Reference(VARTYPE type, void* place) {
     return reference;
 }
 
-// Values that a call may get, and the places that references among them lead to.
+// Values that a call may get, and the variables that references among them refer to.
 class Values {
 public:
     Values() {
@@ -90,12 +91,12 @@ private:
     LONG m_number = 3;
 };
 
-// What a call may fail with: an argument that can't be translated, a member that there is not, an object at
-// nothing or an exception of the model (both as an exception for the host).
+// The errors that a call may return: an argument that can't be converted, an unknown member, a disconnected
+// object or an exception of the model (both as an exception for the host).
 const std::set<HRESULT> Expected = {S_OK, DISP_E_TYPEMISMATCH, DISP_E_OVERFLOW, DISP_E_BADPARAMCOUNT,
                                     DISP_E_PARAMNOTOPTIONAL, DISP_E_PARAMNOTFOUND, DISP_E_MEMBERNOTFOUND,
                                     DISP_E_BADVARTYPE,
-                                    // A date that there is not has no text.
+                                    // An invalid date has no text.
                                     E_INVALIDARG, DISP_E_EXCEPTION};
 
 TEST_F(HostileCalls, AnyMemberWithAnyArguments_AnswersOrFailsAndTheServerGoesOn) {
@@ -106,7 +107,7 @@ TEST_F(HostileCalls, AnyMemberWithAnyArguments_AnswersOrFailsAndTheServerGoesOn)
     std::vector<CComPtr<IDispatch>> objects;
     std::size_t answered = 0;
     for (int i = 0; i < Calls; ++i) {
-        // A catalog in its first state now and then. It takes the place of one whose objects may go on.
+        // A fresh catalog from time to time. It replaces one whose objects may live on.
         if (i % 200 == 0) {
             catalogs[static_cast<std::size_t>(i / 200) % catalogs.size()] =
                 CComPtr<IDispatch>(Opened().Get());
@@ -156,7 +157,7 @@ TEST_F(HostileCalls, AnyMemberWithAnyArguments_AnswersOrFailsAndTheServerGoesOn)
             objects.erase(objects.begin() + static_cast<std::ptrdiff_t>(random() % objects.size()));
         }
     }
-    // Hundreds of them made sense.
+    // Hundreds of the calls succeeded.
     EXPECT_GT(answered, 500U);
     catalogs = {};
     objects.clear();

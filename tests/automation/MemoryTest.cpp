@@ -1,8 +1,9 @@
-// What a script host needs to walk through many rows: no more for the second time than for the first.
+// The memory that a script host needs to walk through many rows: no more for the second walk than for the
+// first.
 #include "AutomationHelpers.h"
 #include "support/WindowsProcess.h"
 
-// Behind the header that it builds on.
+// After the header that it depends on.
 #include <psapi.h>
 
 namespace {
@@ -39,7 +40,7 @@ protected:
     }
 };
 
-// The bytes that are the process's own.
+// The private bytes of the process.
 std::size_t PrivateBytes(HANDLE process) {
     PROCESS_MEMORY_COUNTERS counters{};
     EXPECT_NE(GetProcessMemoryInfo(process, &counters, sizeof counters), 0);
@@ -58,8 +59,8 @@ TEST_F(Memory, TenThousandRowsWalkedAgainFromScript_NeedNoMore) {
     }
     std::vector<std::size_t> used;
     {
-        // The script writes what it counted into the marker: programs of the system that are started along
-        // would keep a file that it prints to open.
+        // The script writes its counts to the marker file: system programs started with it would keep a file
+        // that it prints to open.
         const InheritedFile nowhere(L"NUL", GENERIC_WRITE, OPEN_EXISTING);
         const StartedProcess script(line, nowhere, nowhere);
         while (used.size() < 3 && script.IsRunning()) {
@@ -74,7 +75,7 @@ TEST_F(Memory, TenThousandRowsWalkedAgainFromScript_NeedNoMore) {
         EXPECT_EQ(script.Status(), 0);
     }
     ASSERT_EQ(used.size(), 3U);
-    // Eight bytes a row would show.
+    // Eight bytes a row would be noticed.
     constexpr std::size_t Noise = 64 * 1024;
     EXPECT_LE(used[2], used[1] + Noise) << used[0] << ' ' << used[1] << ' ' << used[2];
 }

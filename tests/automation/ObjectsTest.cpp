@@ -1,5 +1,5 @@
-// The automation objects by their interfaces, as programs call them: what they give at the edges, how they
-// fail, and what they take from hosts that call by name.
+// The automation objects through their interfaces, as programs call them: edge cases, failures, and what they
+// accept from hosts that call by name.
 #include <array>
 #include <limits>
 
@@ -19,7 +19,7 @@ VARIANTARG ReferenceTo(VARIANT& variable) {
 
 class Objects : public AutomationTest {
 protected:
-    // Leaves the catalog's own file alone, whatever a test changed.
+    // Keeps the catalog from saving what a test changed.
     ~Objects() override { SaveElsewhere(m_catalog.Get()); }
 
     CComPtr<IDbTableData> Rows(const char* table = "IPE") const {
@@ -67,7 +67,7 @@ TEST_F(Objects, Find_NextAfterFirst_ContinuesAndAnotherTableBeginsAnew) {
     EXPECT_EQ(Find(FindMode::Next, "IPE", "h > 450"), 16);
     EXPECT_EQ(Find(FindMode::First, "HEA", "h > 900"), 23);
     EXPECT_EQ(Find(FindMode::Previous, "HEA", "h > 800"), 22);
-    // Behind the first row, and not behind the last that was found here.
+    // After the first row, not after the row found last.
     EXPECT_EQ(Find(FindMode::Next, "IPE", "h > 450"), 15);
     EXPECT_EQ(Find(FindMode::Last, "IPE", "h > 450"), 17);
     EXPECT_EQ(Find(FindMode::Next, "IPE", "h > 450"), -1);
@@ -81,7 +81,7 @@ TEST_F(Objects, TypePut_Of8_LeavesTheTypeAndSucceeds) {
     }
     for (int number = 0; number < 8; ++number) {
         EXPECT_EQ(field->put_Type(static_cast<FieldType>(number)), S_OK);
-        // A field of 16 bits holds values of 32, and says so.
+        // A 16-bit field holds 32-bit values, and reports that type.
         EXPECT_EQ(AnswerOf(field.Get(), &IDbFieldDescr::get_Type),
                   "field type " + std::to_string(number == FieldType::Integer ? 3 : number));
     }
@@ -111,7 +111,7 @@ TEST_F(Objects, FieldOfAStructure_OutOfRange_IsANullInterface) {
     const auto field = ObjectOf(fields.Get(), &IDbTableDescr::FieldByIndex, 1L);
     for (const long index : {-1L, 16L, std::numeric_limits<long>::max()}) {
         EXPECT_FALSE(ObjectOf(fields.Get(), &IDbTableDescr::FieldByIndex, index)) << index;
-        // The one that was given before shows nothing now.
+        // The object given out before now shows nothing.
         EXPECT_EQ(AnswerOf(field.Get(), &IDbFieldDescr::get_Index).substr(0, 6), "failed");
         EXPECT_EQ(ObjectOf(fields.Get(), &IDbTableDescr::FieldByIndex, 1L).Get(), field.Get());
     }
@@ -128,7 +128,7 @@ TEST_F(Objects, Booleans_GoOutAsMinusOneAndZero) {
     EXPECT_EQ(boolean, -1);
     EXPECT_EQ(source->get_SequentialAccess(&boolean), S_OK);
     EXPECT_EQ(boolean, 0);
-    // Any bits but none are true.
+    // Any nonzero value is true.
     EXPECT_EQ(source->put_SequentialAccess(1), S_OK);
     EXPECT_EQ(source->get_SequentialAccess(&boolean), S_OK);
     EXPECT_EQ(boolean, -1);
@@ -430,7 +430,7 @@ TEST_F(Objects, Invoke_UnknownMemberOrKind_Fails) {
     DISPPARAMS none{};
     EXPECT_EQ(m_catalog->Invoke(1, IID_IUnknown, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
               DISP_E_UNKNOWNINTERFACE);
-    // Whoever does not want the result leaves it out.
+    // A caller may omit the result.
     EXPECT_EQ(m_catalog->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
               S_OK);
 }

@@ -1,4 +1,4 @@
-// Every member of every automation object, asked once.
+// Calls every member of every automation object once.
 #pragma once
 
 #include <string>
@@ -105,7 +105,7 @@ inline void AskQueries(IDbDatabase* catalog, std::vector<std::string>& answers) 
     Bstr name("before");
     answers.push_back(AnswerOf(catalog, &IDbDatabase::Query, Bstr("select name, h from HEA where h > 800"),
                                name.Address()));
-    // The number in the name is the process's.
+    // The number in the name counts per process.
     answers.push_back(name.Utf8().substr(0, 6));
     const auto rows = ObjectOf(catalog, &IDbDatabase::TableDataByName, name);
     answers.push_back(AnswerOf(rows.Get(), &IDbTableData::get_RowsCount));
@@ -121,7 +121,7 @@ inline void AskQueries(IDbDatabase* catalog, std::vector<std::string>& answers) 
     answers.push_back(AnswerOf(catalog, &IDbDatabase::get_TablesCount));
 }
 
-// The log has times in it, so only whether there is one is an answer.
+// The log contains times, so only its presence is recorded.
 inline std::vector<std::string> AskEverything(IDbDatabase* catalog, const std::string& copy) {
     std::vector<std::string> answers;
     AskAboutFields(catalog, answers);

@@ -1,4 +1,4 @@
-// References to automation objects: whoever lets go of what he was given leaves nothing behind.
+// References to automation objects: a client that releases what it was given leaves nothing behind.
 #include "Questionnaire.h"
 #include "support/OuterObject.h"
 
@@ -23,8 +23,8 @@ private:
     CanUnload* m_canUnload;
 };
 
-// Objects that a client was given, each with one reference. It counts those it was given and those it gave
-// back.
+// Objects given to a client, each with one reference. It counts the references that it was given and those
+// that it released.
 class Client {
 public:
     template <typename Interface>

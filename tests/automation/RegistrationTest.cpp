@@ -1,4 +1,4 @@
-// The library registered and unregistered by the system's own program, for everybody and for the current
+// The library registered and unregistered by the system's own program, for all users and for the current
 // user: what is written, that clients find it, and that nothing is left.
 #include <gmock/gmock.h>
 
@@ -15,7 +15,7 @@ using namespace quillet::test;
 
 struct RegisteredClass {
     const char* m_id;
-    // Null where the class has no names.
+    // Null if the class has no names.
     const char* m_name;
     const char* m_versionedName;
 };
@@ -45,12 +45,12 @@ constexpr const char* TypeLibraryId = "{EB8EB6CC-B0FC-4DA8-988D-B5737A0CE5B4}";
 
 constexpr const wchar_t* MachineClasses = L"Software\\Classes";
 
-// Paths are found in any case.
+// Paths are case-insensitive.
 std::string Lower(const std::string& text) {
     return CString(text).MakeLower().ToUtf8();
 }
 
-// All classes, and whatever else names the library. Elsewhere the system's services write when they like.
+// All classes, and everything else that names the library. Elsewhere, system services may write at any time.
 RegistryContent ClassesAndOurs(RegistryContent content) {
     std::erase_if(content, [](const auto& entry) {
         const std::string path = Lower(entry.first);
@@ -71,9 +71,9 @@ RegistryContent ForTheUser() {
 class Registration : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        // A test that was broken off may have left the library registered.
+        // An aborted test may have left the library registered.
         UnregisterAll();
-        // The script host registers what it needs itself when it is first used.
+        // The script host registers its own classes when it is first used.
         ScriptGets();
         s_machine = ForEverybody();
         s_user = ForTheUser();
@@ -89,7 +89,7 @@ protected:
         return std::filesystem::absolute(QUILLET_LIBRARY).make_preferred();
     }
 
-    // The exit status; 0 where it succeeded.
+    // The exit status; 0 on success.
     static int Regsvr32(const std::vector<std::string>& options) {
         std::vector<std::string> arguments = {"regsvr32.exe", "/s"};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -102,8 +102,7 @@ protected:
         Regsvr32({"/n", "/u", "/i:user"});
     }
 
-    // The exit status. What is printed goes nowhere: programs of the system that are started along would keep
-    // a file open.
+    // The exit status. Output is discarded: system programs started with it would keep a file open.
     static int Run(const std::vector<std::string>& arguments) {
         quillet::platform::WideString line;
         for (const std::string& argument : arguments) {
@@ -113,7 +112,7 @@ protected:
         return StartedProcess(line, nowhere, nowhere).Status();
     }
 
-    // What a script gets when it begins with a catalog.
+    // What a script gets when it creates a catalog.
     static std::string ScriptGets() {
         const TemporaryFolder folder;
         WriteBytes(folder / "use.vbs",
@@ -137,7 +136,7 @@ protected:
         EXPECT_THAT(Added(user, s_user), testing::IsEmpty()) << "is gone";
     }
 
-    // The keys and values that registering has to write, below the classes of the machine or of a user.
+    // The keys and values that registering must write, below the classes of the machine or of a user.
     static void ExpectRegistered(const RegistryContent& classes) {
         std::map<std::string, std::string> found;
         for (const auto& [path, data] : classes) {
@@ -198,7 +197,7 @@ TEST_F(Registration, RegisterUseUnregisterUse_FailsCleanlyAndTheRegistryIsAsBefo
 TEST_F(Registration, ForEverybody_WritesClassesNamesInterfacesAndTypeLibrary) {
     ASSERT_EQ(Regsvr32({}), 0);
     ExpectRegistered(ContentOf(HKEY_LOCAL_MACHINE, MachineClasses));
-    // Nothing but this, and nothing for the user.
+    // Only this, and nothing for the user.
     for (const auto& entry : Added(s_machine, ForEverybody())) {
         EXPECT_THAT(
             Lower(entry.first),
@@ -227,7 +226,7 @@ TEST_F(Registration, UnregisteringWhatIsNotRegistered_LeavesTheRegistryAlone) {
     ExpectAsBefore();
 }
 
-// What the system writes for programs of 32 bits beside. Wine writes it for everybody in any case.
+// What the system also writes for 32-bit programs. Wine always writes it for all users.
 RegistryContent WithoutThatFor32Bits(RegistryContent content) {
     std::erase_if(content, [](const auto& entry) {
         return Lower(entry.first).find("\\wow6432node\\") != std::string::npos;
@@ -243,7 +242,7 @@ TEST_F(Registration, ForTheCurrentUser_WritesTheSameBelowTheUsersClassesAndNothi
     ExpectRegistered(ContentOf(HKEY_CURRENT_USER, MachineClasses));
     EXPECT_THAT(WithoutThatFor32Bits(Added(s_machine, ForEverybody())), testing::IsEmpty());
     RegistryContent forTheUser = Added(s_user, ForTheUser());
-    // The folders of classes, which a user without any does not have.
+    // The keys of classes, which a user without any does not have.
     const std::set<std::string> folders = {"\\classes", "\\classes\\clsid", "\\classes\\interface",
                                            "\\classes\\typelib"};
     std::erase_if(forTheUser, [&](const auto& entry) { return folders.count(Lower(entry.first)) != 0; });

@@ -1,4 +1,4 @@
-// What stands in the registry, as far as programs and components write there.
+// The contents of the registry, as far as programs and components write there.
 #pragma once
 
 #include <windows.h>
@@ -61,7 +61,7 @@ inline void ReadKey(HKEY key, const std::string& path, RegistryContent& content)
     }
 }
 
-// Everything below a key of a root; empty where there is no such key.
+// Everything below a key of a root; empty if there is no such key.
 inline RegistryContent ContentOf(HKEY root, const wchar_t* path) {
     RegistryContent content;
     HKEY key = nullptr;
@@ -72,7 +72,7 @@ inline RegistryContent ContentOf(HKEY root, const wchar_t* path) {
     return content;
 }
 
-// What is there after and was not there, or was another, before.
+// What was added or changed since.
 inline RegistryContent Added(const RegistryContent& before, const RegistryContent& after) {
     RegistryContent added;
     for (const auto& [path, data] : after) {

@@ -1,7 +1,6 @@
-# Runs the example clients on copies of the catalog: each has to print what stands in the expected file, and what they
-# save has to be equal.
+# Runs the example clients on copies of the catalog: each must print the expected output, and all must save the same.
 #
-# EXAMPLES is their folder, PROGRAM the one that is compiled, EMULATOR what runs programs of another system, CATALOG the
+# EXAMPLES is their folder, PROGRAM the compiled one, EMULATOR what runs programs of another system, CATALOG the
 # catalog, EXPECTED what each prints, WORK_DIR a folder of its own.
 file(READ ${EXPECTED} expected)
 file(SHA256 ${CATALOG} original)

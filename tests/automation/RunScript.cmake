@@ -1,7 +1,7 @@
-# Runs a script in a folder with a copy of the catalog and looks at what it prints.
+# Runs a script in a folder with a copy of the catalog and checks its output.
 #
 # SCRIPT is the script, EMULATOR what runs the script host, CATALOG the catalog, WORK_DIR a folder of its own, EXPECTED
-# the file that holds what is printed; without it the last line has to say that all checks hold.
+# the file with the expected output; without it the last line must report that all checks passed.
 get_filename_component(name ${SCRIPT} NAME)
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})

@@ -1,5 +1,5 @@
-// The type library as clients find it in the built library, compared with what it has to hold: every type,
-// and of each interface every member with its slot, dispatch id, kind and parameters.
+// The type library as clients find it in the built library, compared with its specified contents: every type,
+// and for each interface every member with its slot, dispatch id, kind and parameters.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ std::string NameOf(ITypeInfo* type) {
     return TakeText(name);
 }
 
-// The attributes of a type, given back when it is done.
+// The attributes of a type, released at the end.
 class Attributes {
 public:
     explicit Attributes(ITypeInfo* type) : m_type(type) { Require(type->GetTypeAttr(&m_attributes)); }
@@ -41,7 +41,7 @@ private:
     TYPEATTR* m_attributes = nullptr;
 };
 
-// A type as a declaration in the interface definition language has it.
+// A type as it is declared in the interface definition language.
 std::string TypeText(ITypeInfo* context, const TYPEDESC& type) {
     switch (type.vt) {
         case VT_PTR:
@@ -90,7 +90,7 @@ std::string KindText(INVOKEKIND kind) {
     return found == texts.end() ? "kind " + std::to_string(kind) + ' ' : found->second;
 }
 
-// "slot: id kind name(parameters)"; what each member of an interface shares is not part of it but required.
+// "slot: id kind name(parameters)"; what all members of an interface share is not listed but required.
 std::string MemberText(ITypeInfo* type, UINT index) {
     FUNCDESC* member = nullptr;
     Require(type->GetFuncDesc(index, &member));
@@ -111,7 +111,7 @@ std::string MemberText(ITypeInfo* type, UINT index) {
         const ELEMDESC& parameter = member->lprgelemdescParam[i];
         text << (i == 0 ? "" : ", ") << FlagsText(parameter.paramdesc.wParamFlags)
              << TypeText(type, parameter.tdesc);
-        // The names of a property's value are nobody's business; the loader has none for a put.
+        // The name of a property's value is not checked; the loader has none for a put.
         if (member->invkind == INVOKE_FUNC) {
             text << ' ' << CString(names[i + 1]).ToUtf8();
         }
@@ -141,7 +141,7 @@ protected:
         return type;
     }
 
-    // The face of a dual interface that has its slots.
+    // The view of a dual interface that has its slots.
     static CComPtr<ITypeInfo> SlotsOf(const CComPtr<ITypeInfo>& dispatch) {
         HREFTYPE reference = 0;
         CComPtr<ITypeInfo> type;
@@ -157,7 +157,7 @@ protected:
         {
             const Attributes attributes(dispatch.Get());
             EXPECT_EQ(attributes->typekind, TKIND_DISPATCH);
-            // The loader keeps it for the other face that the interface is compatible with automation.
+            // The loader gives the flag for automation compatibility only in the other view.
             EXPECT_EQ(attributes->wTypeFlags & ~TYPEFLAG_FOLEAUTOMATION, Dual);
             EXPECT_EQ(GuidText(attributes->guid), id);
         }

@@ -279,7 +279,7 @@ TEST(CComVariant, Order_UnsignedAndOneByteIntegers_ByValue) {
 TEST(CComVariant, Order_RandomNumbers_IsThePlatforms) {
     std::mt19937_64 random(20250401);
     for (int round = 0; round < 100000; ++round) {
-        // Any bits: numbers of every size, infinities and what is no number; often two of one value.
+        // Any bits: numbers of every size, infinities and NaN; often two of the same value.
         CComVariant left(static_cast<LONGLONG>(random()));
         CComVariant right(random() % 4 == 0 ? left.llVal : static_cast<LONGLONG>(random()));
         for (const int type : {VT_I2, VT_I4, VT_R4, VT_R8, VT_BOOL}) {

@@ -1,4 +1,4 @@
-// Values and texts when memory runs out: none becomes empty without a word.
+// Values and texts out of memory: none becomes empty silently.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
                         quillet::DecodeBase64(CString("QUJDREVGRw==").View(), value);
                     }}));
 
-// The results of functions of the platform when memory runs out.
+// The results of platform functions out of memory.
 TEST(PlatformOutOfMemory, Copies_SayIt_AndLeaveTheTargetAlone) {
     const CComVariant text(LongText);
     SweepAttempts([&](std::size_t failing, Failing which) {
@@ -122,7 +122,7 @@ TEST(PlatformOutOfMemory, Copies_SayIt_AndLeaveTheTargetAlone) {
     });
 }
 
-// Each case allocates its own way.
+// Each case allocates in a different way.
 TEST(CStringOutOfMemory, TextsAreWholeOrNotMade) {
     const auto make = [] { return std::make_unique<CString>("before"); };
     const auto show = [](const CString& text) { return text.ToUtf8(); };
@@ -140,7 +140,7 @@ TEST(CStringOutOfMemory, TextsAreWholeOrNotMade) {
         make, [](CString& text) { text.Replace("e", "a longer text in its place "); }, show);
 }
 
-// A text that still is UTF-8 becomes wide while it is hashed.
+// A text that is still UTF-8 is converted to wide characters while it is hashed.
 TEST(CStringOutOfMemory, HashingThrows_AndEndsNoProcess) {
     SweepAttempts([](std::size_t failing, Failing which) {
         const CString text = CString::FromValidUtf8("a text that nobody has looked at as wide characters");

@@ -24,7 +24,7 @@ Strings Words(const std::string& text) {
     return words;
 }
 
-// A leaf that notes when it is asked.
+// A leaf that records its evaluations.
 class Probe : public clv::expr {
 public:
     Probe(std::string name, std::string& asked) : m_name(std::move(name)), m_asked(asked) {}
@@ -79,7 +79,7 @@ protected:
         return clause.evaluate();
     }
 
-    // The leaves that were asked, in turn.
+    // The leaves that were evaluated, in order.
     std::string m_asked;
     Probe m_a{"a", m_asked};
     Probe m_b{"b", m_asked};
@@ -600,7 +600,7 @@ public:
         return text;
     }
 
-    // Nothing where the clause is malformed.
+    // Nothing if the clause is malformed.
     std::optional<bool> Value(const std::string& trueLeaves, std::string& asked) const {
         const auto ask = [&](const std::string& operand) {
             if (operand == "true" || operand == "false") {
@@ -642,7 +642,7 @@ private:
     Strings m_postfix;
 };
 
-// A condition without a fault.
+// A valid condition.
 std::string WellFormed(std::mt19937& random, int depth) {
     const std::string leaf(1, "abcd"[random() % 4]);
     if (depth == 0) {

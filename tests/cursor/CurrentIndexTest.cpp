@@ -30,7 +30,7 @@ protected:
         row[1].GetVariant() = b;
     }
     Index& TheIndex() { return *m_descr.FindIndex("ab"); }
-    // The place that holds, looking at one row after the other.
+    // The correct position, found by a linear search.
     std::optional<uint64> FirstEqual(const std::vector<CComVariant>& keys) {
         std::vector<uint64> fields = {0, 1};
         fields.resize(keys.size());
@@ -129,7 +129,7 @@ TEST_F(CurrentIndexTest, Find_GivesTheFirstEqualPlace_WhateverTheValuesAre) {
     std::mt19937 random(11);
     const std::vector<CComVariant> odd = {NullVariant(), CComVariant("3"), CComVariant(2.0), CComVariant(),
                                           CComVariant(std::numeric_limits<double>::quiet_NaN())};
-    // In Danish, aa and AA are one letter and aA is two; in Turkish, i is no small I.
+    // In Danish, aa and AA are one letter and aA is two; in Turkish, i is not the lower case of I.
     const std::vector<CComVariant> texts = {"x",  "X",  "y",  "",   "xy", "aa", "aA",
                                             "AA", "ab", "zz", "Ib", "ia", "ib", "IB"};
     for (int round = 0; round < 60; ++round) {
@@ -153,8 +153,7 @@ TEST_F(CurrentIndexTest, Find_GivesTheFirstEqualPlace_WhateverTheValuesAre) {
 }
 
 TEST_F(CurrentIndexTest, Find_TextsThatAreEqualWithoutCaseAndNoNeighbours_AreFound) {
-    // Without case, the iota that is written below a letter is an iota; in the alphabet it stands before all
-    // letters.
+    // Without case, an iota subscript equals an iota; in the alphabet it sorts before all letters.
     const char* const below = "\xCD\x85";
     const char* const iota = "\xCE\xB9";
     m_descr.CreateIndex("b", "b");

@@ -1,5 +1,5 @@
-// Random operations over cursors, definitions, queries and their tables, each compared with what the plain
-// rules say.
+// Random operations over cursors, definitions, queries and their tables, each compared with the plain
+// reference model.
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -63,7 +63,7 @@ std::string Report(int line, const std::string& message) {
            "\r\nMessage: " + message;
 }
 
-// Binds two variables wherever their fields are.
+// Binds two variables, whatever the positions of their fields.
 class BoundCursor : public DbRecordset {
 public:
     BoundCursor(DbDatabase* database, bool isBound) : DbRecordset(database), m_isBound(isBound) {}
@@ -84,7 +84,7 @@ private:
     bool m_isBound;
 };
 
-// The library's objects and, beside them, the plain ones.
+// The library's objects and those of the reference model.
 class World {
 public:
     explicit World(unsigned seed) : m_random(seed) {
@@ -635,7 +635,8 @@ private:
             EXPECT_EQ(found, place.has_value() && plain.MoveTo(*place));
             m_sought += found ? 1 : 0;
         } else if (found) {
-            // Rows were changed since the order was made: what is found is equal, but others may be missed.
+            // Rows were changed since the order was built: rows that are found are equal, but others may be
+            // missed.
             const std::int64_t place = cursor.m_real.GetAbsolutePosition();
             EXPECT_TRUE(plain.MatchesAt(place, keys));
             EXPECT_TRUE(plain.MoveTo(place));
@@ -677,7 +678,7 @@ private:
                   isOutside  ? Report(1361, "Out of recordset range")
                   : !isBound ? Report(1371, "IsFieldNull invalid field binding")
                              : "");
-        // A copy takes the flag along, which the plain answer of a query does not know.
+        // A copy keeps the flag, which the plain answer of a query does not have.
         const bool isCopy = table != nullptr && table->m_isQuery && !table->m_rows->m_isBound;
         if (!isOutside && isBound && !isCopy) {
             EXPECT_EQ(isNull, cell == nullptr || cell->m_isNull || cell->m_value.IsNull());
@@ -1009,7 +1010,7 @@ private:
         const Table table = plain.m_table.lock();
         EXPECT_EQ(real.GetFieldCount(), table == nullptr ? 0 : table->FieldCount());
         EXPECT_EQ(Printed(real.GetCurrentRow()), Printed(plain.RowAt(plain.m_position)));
-        // Exceptions cost more than all of the rest.
+        // Exceptions cost more than everything else.
         if (Chance(6)) {
             CompareFields(cursor);
         }
@@ -1059,7 +1060,7 @@ private:
             for (std::size_t field = 0; field < plain.FieldCount(); ++field) {
                 EXPECT_EQ(real->GetDescr()->at(field)->GetName().ToUtf8(), plain.m_fields[field]);
             }
-            // Not by name, for that would answer the query again.
+            // Not by name, because that would answer the query again.
             ASSERT_EQ(real->GetData()->size(), plain.RowCount()) << plain.m_name;
             for (std::uint64_t row = 0; row < plain.RowCount(); ++row) {
                 EXPECT_EQ(Printed(real->GetData()->GetRow(static_cast<int>(row))),
@@ -1087,7 +1088,7 @@ private:
     std::shared_ptr<PlainIndex> m_plainOwnIndex;
 
 public:
-    // What came to pass, so that the operations are known to have had something to work on.
+    // Counts of what happened, to verify that the operations had an effect.
     int m_found = 0;
     int m_sought = 0;
     int m_updates = 0;

@@ -1,4 +1,4 @@
-// Cursors when memory runs out.
+// Cursors out of memory.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -30,7 +30,7 @@ protected:
     bool Read(RowCondition& condition, const CString& text) {
         return condition.Read(m_database, "T", Structure(), text);
     }
-    // Nothing where the text is no condition.
+    // Nothing if the text is not a condition.
     std::optional<bool> Holds(const CString& text) {
         RowCondition condition;
         return Read(condition, text) ? std::optional(condition.Holds(Row())) : std::nullopt;

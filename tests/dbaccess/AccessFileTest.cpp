@@ -22,8 +22,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// Whether drivers run on a system that Wine stands on; what it passes on to them is not all that Windows
-// would.
+// Whether drivers run on the system below Wine, which does not pass on everything that Windows would.
 bool IsUnderWine(const std::string& path) {
     return platform::DriverPath(path) != path;
 }
@@ -34,7 +33,7 @@ protected:
     static DBACCESS OpenFile(const std::filesystem::path& path, unsigned long options = 10) {
         return DBACCESS(CString(Utf8(path)).GetString(), options);
     }
-    // What is left to read of a file, whatever it is: nothing may crash or wait.
+    // Reads whatever can be read of a damaged file: nothing may crash or hang.
     static std::size_t ReadWhole(const std::filesystem::path& path) {
         DBACCESS access = OpenFile(path);
         std::vector<CString> names;
@@ -113,7 +112,7 @@ TEST_F(DbAccessFileTest, EveryTableOfSteel_EqualsItsText) {
             for (std::size_t column = 0; column < rows[row].size(); ++column) {
                 const DBACCESS_COLUMN& cell = rows[row][column];
                 const std::string& expected = lines[row + 1][column];
-                // The file marks names that differ in case only by a number.
+                // The file distinguishes names that differ only in case by a number.
                 const CString heading(lines[0][column]);
                 ASSERT_EQ(cell.m_name.Left(heading.GetLength()), heading);
                 if (cell.m_type == DBACCESS_COLUMN::Double) {
@@ -275,7 +274,7 @@ TEST_F(DbAccessFileTest, ANameOfOtherLetters_IsOpened) {
 }
 
 TEST_F(DbAccessFileTest, NamesOfTablesAndFieldsOfOtherLetters_AreRead) {
-    // Names of the same length, in the place of those that are there.
+    // Names of the same length, in place of the existing ones.
     std::string bytes = ReadBytes(SharedDatabase("types.mdb"));
     const auto replace = [&bytes](std::u16string_view from, std::u16string_view to) {
         const std::string_view old(reinterpret_cast<const char*>(from.data()), from.size() * 2);
@@ -352,7 +351,7 @@ TEST(Drivers_newer, WithTheNewerNameOnly_FilesAreOpened) {
     }
     const std::filesystem::path path = SharedDatabase("types.mdb");
     if (!std::filesystem::exists(path)) {
-        // Read as far as the driver; it gets no tables out of an empty file.
+        // The driver is asked; it finds no tables in an empty file.
         TemporaryFolder folder;
         WriteBytes(folder / "a.mdb",
                    std::string("\0\1\0\0Standard Jet DB\0\1", 21) + std::string(8171, '\0'));

@@ -208,7 +208,7 @@ TEST_F(DBACCESSTest, SetTableData_EveryBoundCode_IsReadBack) {
         }
         EXPECT_EQ(HexOf(read[i][5].m_binary), HexOf(rows[i][5].m_binary)) << "row " << i;
     }
-    // What this driver has no type for comes as a text, floats as doubles, an int as a long.
+    // Types that this driver does not have come back as texts, floats as doubles, an int as a long.
     const DBACCESS_RECORD found = Read("t")[0];
     EXPECT_EQ(found.GetBool("b"), 1);
     EXPECT_EQ(found.GetLong("i"), -1234);

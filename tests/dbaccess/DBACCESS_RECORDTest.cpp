@@ -127,7 +127,7 @@ TEST(DBACCESS_RECORD, Find_Absent_TheConstFormHasAColumnOfItsOwn) {
 TEST(DBACCESS_RECORD, GetLong_Absent_IsTheSlotOfTheSharedColumn) {
     const DBACCESS_RECORD record;
     EXPECT_EQ(record.GetLong("x"), 0);
-    // The object is not const, only the reference is.
+    // Only the reference is const, not the object.
     DBACCESS_COLUMN& shared = const_cast<DBACCESS_COLUMN&>(record.find("x"));
     shared.m_long = 7;
     EXPECT_EQ(record.GetLong("y"), 7);
@@ -191,7 +191,7 @@ TEST(DBACCESS_RECORD, SetParam_OnAnEmptyRecord_AppendsADouble) {
     EXPECT_EQ(value, 2.5);
 }
 
-// A host that keeps parameters in its own way, with the names of the interface.
+// A host with its own storage for parameters, with the names of the interface.
 class Limited : public DBACCESS_RECORD {
 public:
     using DBACCESS_RECORD::GetParam;

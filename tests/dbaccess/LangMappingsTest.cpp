@@ -14,7 +14,7 @@ namespace {
 
 using namespace quillet::test;
 
-// The locale that is current after the names were selected in turn; empty where nothing is.
+// The current locale after the names were selected in turn; empty if none was set.
 std::string Selected(const std::vector<const char*>& names) {
     LangMappings mappings;
     for (const char* name : names) {
@@ -167,7 +167,7 @@ TEST(LangMappings, Convert_UnknownCode_IsEmpty) {
     EXPECT_EQ(Converted(column).vt, VT_EMPTY);
 }
 
-// What is left of another locale after a text was converted with the names selected.
+// Whether another locale is still set after a text was converted with the names selected.
 bool KeepsLocale(const std::vector<const char*>& names, const DBACCESS_COLUMN& column) {
     const OtherLocale locale;
     LangMappings mappings;
@@ -176,10 +176,10 @@ bool KeepsLocale(const std::vector<const char*>& names, const DBACCESS_COLUMN& c
     }
     CComVariant value;
     mappings.Convert(column, value);
-    if (!locale.Stands()) {
+    if (!locale.IsUnchanged()) {
         EXPECT_EQ(OtherLocale::Now(), "C");
     }
-    return locale.Stands();
+    return locale.IsUnchanged();
 }
 
 TEST(LangMappings, Convert_TextUnderALanguage_LeavesTheCharacterTypeLocaleAtC) {
@@ -210,7 +210,7 @@ TEST(LangMappings, Run_ConvertsLikeConvertAndSetsTheLocaleBackOnce) {
         mappings.Select("item");
         run.Convert(Column("", "a"), value);
         EXPECT_EQ(TextOf(value), "a");
-        EXPECT_TRUE(locale.Stands());
+        EXPECT_TRUE(locale.IsUnchanged());
         for (const char* name : {"desc_48", "item", "desc_70"}) {
             mappings.Select(name);
             run.Convert(Column("", name), value);

@@ -20,7 +20,7 @@ class BadInput : public ReadingTest {
 protected:
     bool IsSequential() const { return GetParam() == Reading::Sequential; }
 
-    // Opens the file, looks at all that it holds and closes it: a line tells of the fault, the file stays.
+    // Opens the file, reads everything and closes it: the log reports the error, the file stays.
     void ExpectInvalidFormat(const std::string& xml) {
         {
             const auto database = OpenXml(xml);
@@ -75,7 +75,7 @@ TEST_P(BadInput, CatalogWithoutABody_KeepsItsHeader) {
     EXPECT_TRUE(LogHolds(*database, InvalidFormat));
 }
 
-// Each shorter beginning of a catalog either is noticed, or holds everything.
+// Every truncated catalog is either reported or complete.
 TEST_P(BadInput, CatalogCutAnywhere_IsNoticedUnlessNothingIsMissing) {
     const std::string whole = SmallCatalog();
     const std::string sound = Dump(*OpenXml(whole));

@@ -22,7 +22,7 @@ class CatalogDocument : public ReadingTest {
 protected:
     CatalogDocument() { m_database.Create(Path("saved.xml")); }
 
-    // A table of the database that is to be saved.
+    // A table of the database to save.
     DbTableData* AddTable(const CString& name,
                           std::initializer_list<std::pair<CString, DbFieldDescr::eFieldType>> fields) {
         DbTableInfo* const info = m_database.CreateTable(name, DbTableInfo::Table);
@@ -31,8 +31,8 @@ protected:
         }
         return info->GetData();
     }
-    // Saves and opens the file again in the way that the test is about; what it holds equals what was saved,
-    // and saving it once more gives the same bytes.
+    // Saves the database and opens the file with the parameter's way of reading; its contents equal what was
+    // saved, and saving it again gives the same bytes.
     std::unique_ptr<DbDatabase> SaveAndOpen() {
         EXPECT_TRUE(m_database.Save(Path("saved.xml"))) << m_database.GetErrorLog();
         EXPECT_FALSE(m_database.IsChanged());

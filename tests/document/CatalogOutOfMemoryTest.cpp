@@ -1,4 +1,4 @@
-// Whole catalogs when memory runs out: opened, looked at, asked, changed and saved.
+// Whole catalogs out of memory: opened, read, queried, changed and saved.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -39,7 +39,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Readings, CatalogOutOfMemory, testing::Values(Reading::Whole, Reading::Sequential),
                          ReadingName);
 
-// Reads every table without a line of text about it.
+// Reads every table without creating text about it.
 void Look(DbDatabase& database) {
     for (int i = 0; i < database.GetTablesCount(); ++i) {
         database.GetTableData(static_cast<std::size_t>(i))->GetRows();
@@ -72,13 +72,13 @@ TEST_P(CatalogOutOfMemory, LookedAtOnce_TheFileStaysAsItIs) {
 
 TEST_P(CatalogOutOfMemory, Changed_ACellHasItsOldOrItsNewValue) {
     const auto make = [&] {
-        // The database before saved itself at its end.
+        // The earlier database saved itself when it was destroyed.
         WriteBytes(Path(), SmallCatalog());
         return Opened();
     };
     const auto change = [](DbDatabase& database) {
         DbTableData& rows = *database.GetTableData("Alpha");
-        // Where the text of the rows can't be read, there are none, and nothing is thrown.
+        // If the text of the rows can't be read, there are no rows, and nothing is thrown.
         if (!rows.ParseXmlData()) {
             throw std::bad_alloc();
         }

@@ -1,4 +1,4 @@
-// Reading, asking and saving while chosen allocations fail: nothing is lost, and no answer is wrong.
+// Reading, querying and saving while chosen allocations fail: nothing is lost, and no answer is wrong.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(, OutOfMemory, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
 
-// Looks at every table, and forgets what fails for want of memory.
+// Reads every table, and ignores failures out of memory.
 std::string LookedAt(DbDatabase& database) {
     try {
         return Dump(database);

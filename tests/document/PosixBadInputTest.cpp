@@ -1,4 +1,4 @@
-// Where a POSIX system keeps a program from reading or writing: rights, and a disk that runs full.
+// Failures of a POSIX system to read or write: permissions, and a full disk.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -56,7 +56,7 @@ TEST_P(PosixBadInput, FolderThatTakesNoFile_LeavesTheOldOne) {
     ExpectUntouched();
 }
 
-// No file may grow beyond a limit, as on a disk that runs full.
+// Files can't grow beyond a limit, as on a full disk.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -109,7 +109,7 @@ TEST_P(PosixBadInput, FullDiskWhenDestroyed_LeavesTheOldFile) {
     ExpectUntouched();
 }
 
-// The memory of a process can be opened and not be read at its beginning, where nothing is mapped.
+// The memory of a process can be opened, but not read at its beginning, where nothing is mapped.
 TEST_P(PosixBadInput, AnErrorOfReading_IsToldFromACatalogThatIsNone) {
     std::filesystem::create_symlink("/proc/self/mem", m_folder / "memory.xml");
     const auto database = Open(m_folder / "memory.xml", GetParam());
@@ -123,7 +123,7 @@ TEST_P(PosixBadInput, AnErrorOfReading_IsToldFromACatalogThatIsNone) {
     EXPECT_FALSE(database->Save(CString(Utf8(m_folder / "memory.xml"))));
 }
 
-// The descriptor by which the process has a file open; -1 where there is none.
+// The descriptor of an open file; -1 if the file is not open.
 int DescriptorOf(const std::filesystem::path& path) {
     constexpr int Most = 1024;
     struct stat file {};
@@ -136,8 +136,8 @@ int DescriptorOf(const std::filesystem::path& path) {
     return found < Most ? found : -1;
 }
 
-// The file goes bad once its structure and its first table are read: a folder takes its place below the
-// descriptor, which gives no bytes but an error.
+// The file fails once its structure and its first table are read: the descriptor is made to refer to a
+// folder, which gives an error instead of bytes.
 TEST_F(PosixBadInput, AnErrorInTheMiddleOfSequentialReading_IsToldAndLosesNoTable) {
     const StaticsGuard statics;
     DbSource::MaxBufferSize = 16;

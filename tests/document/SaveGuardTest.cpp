@@ -1,4 +1,4 @@
-// A database that does not save over what others have changed.
+// A database that does not overwrite what others have changed.
 #include "Quillet/document/SaveGuard.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// Saving over the file that a database was read from: nothing that stands in it is lost.
+// Saving over the file that a database was read from: none of its contents is lost.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,8 +21,8 @@ protected:
         database.SetChanged();
     }
 
-    // A file that holds more than the database: neither Save nor the destructor writes over it, by whatever
-    // path, and any other file is written.
+    // A file with more contents than the database: neither Save nor the destructor overwrites it, by any
+    // path, but other files are written.
     void ExpectKept(const std::string& xml) const {
         {
             const auto database = OpenXml(xml);
@@ -173,7 +173,7 @@ TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsWritten) {
     EXPECT_TRUE(database->Save(Path())) << database->LastSaveError();
 }
 
-// What the library wrote itself lacks nothing.
+// A file that the library wrote itself is complete.
 TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsSavedAgainAndAgainOnceItIsWritten) {
     for (const char* first : {"given.xml", "./given.xml"}) {
         {
@@ -197,7 +197,7 @@ TEST_P(SavingOverSource, ADamagedFileThatIsGone_IsSavedAgainAndAgainOnceItIsWrit
 constexpr const char* SurplusData =
     "<data>\n<table name=\"Gamma\">\n<row note=\"a note\" />\n</table>\n</data>\n";
 
-// A file that holds more than what was read of it by now.
+// A file with more contents than were read so far.
 class SurplusAfterReading : public SavingOverSource {
 protected:
     SurplusAfterReading() {
@@ -207,7 +207,7 @@ protected:
         Change(*m_database);
     }
 
-    // Another time of the last change, whatever the clock's steps are.
+    // A different modification time, whatever the clock's resolution.
     void Touch(const std::string& name = "given.xml") {
         const auto time = std::filesystem::last_write_time(m_folder / name);
         std::filesystem::last_write_time(m_folder / name, time + std::chrono::seconds(2));
@@ -315,7 +315,7 @@ TEST_P(SavingOverSource, ASoundFile_IsSavedAgainAndAgain) {
     EXPECT_EQ(Dump(*Open(File(), Reading::Whole)), Dump(*database));
 }
 
-// What people and tools write, and a reader that looks for markup byte by byte can't follow.
+// What people and other programs write, and a byte-by-byte scanner can't follow.
 const char* const LegalXml[][2] = {
     {"<table name=\"Beta\">\n<row", "<!-- a comment -->\n"},
     {"<table name=\"Gamma\" />\n</data>", "<!-- a comment with <data> in it -->\n"},
@@ -466,7 +466,7 @@ TEST_F(SavingOverSource, ASequentialModelOfWhichOneTableWasReadAndChanged_IsSave
     EXPECT_THAT(RowsOf(*saved, "Beta"), ElementsAre("2.5"));
 }
 
-// A reader that looks for markup byte by byte takes a table, or a list, out of a comment.
+// A byte-by-byte scanner extracts a table, or a list, from a comment.
 TEST_P(SavingOverSource, WhatStandsInAComment_IsNotSavedInThePlaceOfWhatStandsBehindIt) {
     const std::string decoys[][2] = {
         {"<table name=\"Gamma\" />\n</data>\n</body>",

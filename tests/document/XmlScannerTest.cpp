@@ -137,7 +137,7 @@ bool LiteralScanner::Extract(const std::string& path, std::string& bytes) {
     return found;
 }
 
-// Gives a document in pieces: in full blocks, or in pieces of lengths that repeat.
+// Delivers a document in pieces: in full blocks, or in a repeating pattern of lengths.
 XmlScanner::ReadBytes Stream(const std::string& document, std::vector<std::size_t> pieces = {}) {
     return [&document, pieces = std::move(pieces), place = std::size_t(0), turn = std::size_t(0)](
                char* buffer, std::size_t capacity) mutable {
@@ -183,7 +183,8 @@ std::vector<int> BlockSizes() {
     return sizes;
 }
 
-// Both scanners over one document with one way of reading; false at the first difference, which is reported.
+// Runs both scanners over one document with one way of reading; false at the first difference, which is
+// reported.
 bool Agree(const std::string& document, const std::vector<std::string>& paths, int blockSize,
            const std::vector<std::size_t>& pieces = {}) {
     const auto literal = ExtractAll(LiteralScanner(Stream(document, pieces), blockSize), paths);
@@ -423,7 +424,7 @@ TEST_F(XmlScannerOf, ByteOrderMark_IsPassedOverAsText) {
               (Outcome{true, "<a>1</a>", false}));
 }
 
-// The units of an ASCII text in some bytes each, the last or the first of which holds the letter.
+// The characters of an ASCII text in units of several bytes, in either byte order.
 std::string InWideUnits(const std::string& text, std::size_t width, bool isLetterFirst) {
     const std::string rest(width - 1, '\0');
     std::string wide;
@@ -474,7 +475,7 @@ TEST_F(XmlScannerOf, BlockSizeTooSmall_CountsAsTwo) {
     }
 }
 
-// A stream that gives the text again and again, as if it had no end, and counts what was taken of it.
+// An endless stream that repeats the text and counts what was read.
 class EndlessText {
 public:
     explicit EndlessText(std::string text) : m_text(std::move(text)) {}
@@ -498,7 +499,7 @@ TEST(XmlScanner, EndlessMarkupOutsideOfTheElement_IsGivenUp) {
         bool isStarted = false;
         XmlScanner scanner(
             [&](char* buffer, std::size_t capacity) {
-                // A name that has begun, for the text that is none.
+                // An unfinished name, for the text that has none.
                 if (!isStarted) {
                     isStarted = true;
                     buffer[0] = '<';

@@ -19,8 +19,8 @@ struct Field {
     DbFieldDescr::eFieldType m_type;
 };
 
-// Tables of every type of cell, with values that are missing, alike or of a type that is not the field's, and
-// queries over a table, over such a query, and over two tables.
+// Tables with every type of cell, with missing and equal values and values of another type than the field's,
+// and queries over a table, over such a query, and over two tables.
 class SmallCatalog {
 public:
     SmallCatalog() {
@@ -54,7 +54,7 @@ public:
         for (const char* const name : {"few", "fewer", "both"}) {
             m_database.GetTableData(name);
         }
-        // Nothing is there to save.
+        // There is nothing to save.
         m_database.Sync();
     }
     SmallCatalog(const SmallCatalog&) = delete;
@@ -106,7 +106,7 @@ private:
 
     DbTableInfo& Create(DbTableInfo info) { return *m_database.CreateTable(&info); }
 
-    // Belongs to the database as soon as there is a table of it.
+    // The database owns it once it has a table.
     CountingDescr* NewDescr() {
         m_descrs.push_back(new CountingDescr(&m_database));
         return m_descrs.back();
@@ -134,7 +134,7 @@ Strings Contents(DbDatabase& database, const CString& table) {
     return contents;
 }
 
-// Asks one catalog for one text, in every way in which it can be asked.
+// Passes one text to one catalog, in every way in which it takes queries.
 class Examination {
 public:
     explicit Examination(const std::string& query) : m_query(query), m_line(query) {
@@ -169,13 +169,13 @@ private:
             Require(
                 !lines.empty() && lines.back() == (m_isGood ? "SQL Analyze - ok" : "SQL Analyze - failed"),
                 "the last line says how the analysis went");
-            // Those of the queries of the catalog come and go before.
+            // Filters of the catalog's own queries are created and deleted before.
             Require(params.filters.size() <= params.conditions.size(), "no condition is two filters");
             Require(!m_isGood || params.filters.size() == params.conditions.size(),
                     "each condition of a good text is a filter");
             Require(!m_isGood || (!params.fields.empty() && !params.tables.empty() && params.parts.empty()),
                     "a good text has fields and tables, and nothing is left of its conditions");
-            // Neither of them may fail, whether the clause is valid or not.
+            // Both must succeed, whether the clause is valid or not.
             params.clause->evaluate();
             params.clause->GetRPNString();
             m_top = params.top;
@@ -225,7 +225,7 @@ private:
         Require(m_catalog.FilterCount() == 0, "filters are gone after a query that was answered before");
     }
 
-    // Whatever happens to the tables, the answer can be looked at.
+    // Whatever happens to the tables, the answer can be read.
     void FollowChanges(const CString& name, bool isMade) {
         DbTableData& parts = *Database().GetTableData("parts");
         parts[0].SetValue("number", CComVariant(LONG(2)));
@@ -243,7 +243,7 @@ private:
     }
 
     const CString m_query;
-    // The text as a query analyses it: all in one line.
+    // The text as a query analyses it: in one line.
     CString m_line;
     SmallCatalog m_catalog;
     std::string m_faults;

@@ -1,12 +1,12 @@
-// What has to hold of any query text, however odd.
+// What must hold for any query text.
 #pragma once
 
 #include <string>
 
 namespace quillet::test {
 
-// Asks a small catalog of tables and query tables for the text, and says what is wrong with the way it
-// answers; empty where nothing is. The bytes need not be valid UTF-8.
+// Runs the text as a query on a small catalog of tables and query tables. Returns what is wrong with the
+// answer; empty if nothing is. The bytes need not be valid UTF-8.
 std::string FaultsOf(const std::string& query);
 
 }  // namespace quillet::test

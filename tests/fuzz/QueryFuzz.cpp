@@ -1,4 +1,4 @@
-// Query texts of random bytes. libFuzzer calls this with whatever it thinks of; a fault ends it.
+// Query texts of random bytes. libFuzzer calls this with its inputs; a fault ends the run.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

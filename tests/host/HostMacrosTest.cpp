@@ -1,4 +1,4 @@
-// A host with the macros that windows.h brings to those who do not turn them off.
+// A host with the macros that windows.h defines unless they are turned off.
 #include <gtest/gtest.h>
 
 #include <cstddef>

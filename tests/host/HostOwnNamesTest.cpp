@@ -1,4 +1,4 @@
-// A host that brings string, variant and exception classes of its own under the library's names.
+// A host with its own string, variant and exception classes under the library's names.
 #define QUILLET_NO_GLOBAL_NAMES
 
 class CString {

@@ -1,4 +1,4 @@
-// Rows that a driver which can write gives back.
+// Rows written and read back through a driver that can write.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -1,4 +1,4 @@
-// Strings with a length in front.
+// Length-prefixed strings.
 #include <gtest/gtest.h>
 
 #include <cstring>

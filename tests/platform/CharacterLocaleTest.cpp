@@ -25,7 +25,7 @@ TEST_F(CharacterLocaleTest, Destroy_SetsTheLocaleToC_WhateverItWas) {
 TEST_F(CharacterLocaleTest, UnknownLanguage_LeavesTheLocaleUntilTheEnd) {
     {
         const CharacterLocale locale(OLESTR("no language"));
-        EXPECT_TRUE(m_before.Stands());
+        EXPECT_TRUE(m_before.IsUnchanged());
     }
     EXPECT_EQ(OtherLocale::Now(), "C");
 }

@@ -1,4 +1,4 @@
-// Collation keys beside the comparison that they stand for.
+// Collation keys against the comparison that they replace.
 #include "Quillet/platform/Collation.h"
 
 #include <gtest/gtest.h>

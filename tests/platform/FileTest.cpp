@@ -1,4 +1,4 @@
-// Reading files and replacing them whole.
+// Reading files and replacing them as a whole.
 #include "Quillet/platform/File.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <string>
 
 #include "support/AsOrdinaryUser.h"
-#include "support/ReplaceFile.h"
+#include "support/AtomicWrite.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -23,7 +23,7 @@ using platform::ReadWholeFile;
 
 class File : public testing::Test {
 protected:
-    // A file in the folder that holds the text.
+    // Writes the text to a file in the folder.
     std::string Existing(const std::filesystem::path& name, const std::string& text) {
         WriteBytes(m_folder / name, text);
         return Utf8(m_folder / name);
@@ -31,7 +31,7 @@ protected:
     std::string Missing(const std::filesystem::path& name) const { return Utf8(m_folder / name); }
     std::string Folder() const { return Utf8(m_folder.Path()); }
 
-    // What a save of this target leaves in the folder when its process is killed.
+    // Leaves what a killed save of this target leaves in the folder.
     std::filesystem::path LeaveTemporaryBehind(const std::string& target) const {
         const std::vector<std::filesystem::path> before = m_folder.Names();
         std::filesystem::path temporary;
@@ -48,13 +48,13 @@ protected:
         return temporary;
     }
 
-    // A file of this path can be made, read, looked at and replaced.
+    // A file at this path can be created, read, examined and replaced.
     static void ExpectWorks(const std::string& path) {
         EXPECT_FALSE(CanWriteFile(path)) << path;
-        EXPECT_EQ(ReplaceFile(path, "a long first text"), "") << path;
+        EXPECT_EQ(WriteAtomically(path, "a long first text"), "") << path;
         EXPECT_EQ(ReadWholeFile(path), "a long first text") << path;
         EXPECT_TRUE(CanWriteFile(path)) << path;
-        EXPECT_EQ(ReplaceFile(path, "second"), "") << path;
+        EXPECT_EQ(WriteAtomically(path, "second"), "") << path;
         const auto reader = ReadableFile::Open(path);
         ASSERT_NE(reader, nullptr) << path;
         char block[32];
@@ -62,7 +62,7 @@ protected:
         EXPECT_EQ(std::string(block, count), "second") << path;
     }
 
-    // Nothing can be read of this path, and a reason tells why.
+    // Nothing can be read at this path, and a reason is given.
     static void ExpectUnreadable(const std::string& path) {
         std::string why;
         EXPECT_EQ(ReadWholeFile(path, &why), std::nullopt) << path;
@@ -72,7 +72,7 @@ protected:
         EXPECT_FALSE(why.empty()) << path;
     }
 
-    // Neither can anything be written.
+    // Nor can anything be written.
     static void ExpectRefused(const std::string& path) {
         ExpectUnreadable(path);
         EXPECT_FALSE(CanWriteFile(path)) << path;
@@ -85,7 +85,7 @@ protected:
     TemporaryFolder m_folder;
 };
 
-// Makes a folder the current one for a while.
+// Changes the current folder within a scope.
 class CurrentFolder {
 public:
     explicit CurrentFolder(const std::filesystem::path& folder) : m_before(std::filesystem::current_path()) {
@@ -236,7 +236,7 @@ TEST_F(File, Identity_OfAReplacedFile_IsThatOfTheNewOne) {
     const std::string path = Existing("text", "old");
     const auto reader = ReadableFile::Open(path);
     ASSERT_EQ(reader->Identity(), FileIdentity::Of(path));
-    ASSERT_EQ(ReplaceFile(path, "new"), "");
+    ASSERT_EQ(WriteAtomically(path, "new"), "");
     EXPECT_NE(FileIdentity::Of(path), std::nullopt);
     EXPECT_NE(reader->Identity(), FileIdentity::Of(path));
 }
@@ -324,9 +324,9 @@ TEST_F(File, Atomic_TwoForOneTarget_TheLastCommitCounts) {
 TEST_F(File, Atomic_TemporaryFileThatNobodyHolds_IsClearedByTheNextSaveOfItsTarget) {
     for (const std::string& name : {std::string("text"), std::string(255, 'n')}) {
         const std::filesystem::path left = LeaveTemporaryBehind(Missing(name));
-        ASSERT_EQ(ReplaceFile(Missing("another"), "text"), "");
+        ASSERT_EQ(WriteAtomically(Missing("another"), "text"), "");
         EXPECT_TRUE(std::filesystem::exists(left)) << "it is none of another file's";
-        ASSERT_EQ(ReplaceFile(Missing(name), "text"), "");
+        ASSERT_EQ(WriteAtomically(Missing(name), "text"), "");
         EXPECT_FALSE(std::filesystem::exists(left));
         EXPECT_EQ(m_folder.Names().size(), 2U);
         RemoveTree(m_folder / name);
@@ -337,7 +337,7 @@ TEST_F(File, Atomic_TemporaryFileOfALivingWriter_IsLeftAlone) {
     const auto living = AtomicFile::Create(Missing("text"));
     ASSERT_NE(living, nullptr);
     ASSERT_TRUE(living->Write("living"));
-    EXPECT_EQ(ReplaceFile(Missing("text"), "other"), "");
+    EXPECT_EQ(WriteAtomically(Missing("text"), "other"), "");
     EXPECT_EQ(m_folder.Names().size(), 2U);
     EXPECT_TRUE(living->Commit());
     EXPECT_EQ(ReadBytes(m_folder / "text"), "living");
@@ -352,7 +352,7 @@ TEST_F(File, Atomic_FilesThatOnlyLookLikeTemporaryOnes_AreLeftAlone) {
     }
     std::filesystem::remove(left);
     std::filesystem::create_directory(left);
-    EXPECT_EQ(ReplaceFile(Missing("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(Missing("text"), "new"), "");
     EXPECT_EQ(m_folder.Names().size(), 6U);
     EXPECT_TRUE(std::filesystem::is_directory(left));
 }
@@ -403,7 +403,7 @@ TEST_F(File, Names_AsLongAsTheyMayBe_Work) {
     const std::string tooLong = Missing(std::string(LongestName + 1, 'n'));
     ExpectUnreadable(tooLong);
     EXPECT_FALSE(CanWriteFile(tooLong));
-    EXPECT_NE(ReplaceFile(tooLong, "text"), "");
+    EXPECT_NE(WriteAtomically(tooLong, "text"), "");
     EXPECT_EQ(m_folder.Names().size(), 1U);
 }
 
@@ -430,7 +430,7 @@ TEST_F(File, Paths_OfAnyLength_Work) {
         ASSERT_GT(path.size(), length);
         ExpectWorks(path);
         EXPECT_EQ(ReadBytes(folder / std::filesystem::path(u8"\u65E5\u672C.xml")), "second");
-        EXPECT_EQ(ReplaceFile(Utf8(folder / "none" / "text"), "text").empty(), false);
+        EXPECT_EQ(WriteAtomically(Utf8(folder / "none" / "text"), "text").empty(), false);
         EXPECT_EQ(NamesIn(folder).size(), 1U) << "nothing is left beside it";
         ExpectRefused(Utf8(folder));
     }
@@ -445,7 +445,7 @@ TEST_F(File, Paths_LongerThanAny_AreRefused) {
         for (const std::string& tooLong : {path, Missing(std::string(length, 'n'))}) {
             ExpectUnreadable(tooLong);
             EXPECT_FALSE(CanWriteFile(tooLong));
-            EXPECT_NE(ReplaceFile(tooLong, "text"), "");
+            EXPECT_NE(WriteAtomically(tooLong, "text"), "");
         }
     }
     EXPECT_TRUE(m_folder.Names().empty());

@@ -1,4 +1,4 @@
-// Whether a file still is what it was.
+// Whether a file is unchanged.
 #include "Quillet/platform/FileVersion.h"
 
 #include <gtest/gtest.h>
@@ -26,13 +26,13 @@ protected:
         return At(name);
     }
 
-    // Why the path is no more what it was; empty where it is.
+    // How the path has changed; empty if it has not.
     static std::string Difference(const FileVersion& seen, const std::string& path) {
         std::string why;
         return seen.Matches(FileVersion::Of(path), &why) ? "" : why.empty() ? "no reason" : why;
     }
 
-    // Replaces the file, if it is what was seen, and says why not otherwise.
+    // Replaces the file if it is unchanged. Returns the reason of a failure.
     static std::string ReplaceSeen(FileVersion& seen, const std::string& path, const std::string& text) {
         std::string why;
         const auto file = AtomicFile::Create(path, &why);
@@ -64,7 +64,7 @@ TEST_F(FileVersionTest, Matches_NotAfterAnyChange) {
 
 TEST_F(FileVersionTest, Matches_NotWhenOnlyTheBytesTell) {
     const std::string path = Existing("text", "old");
-    // The library tells times less exactly than files keep them, so the first time is set too.
+    // The standard library's times are less precise than the file system's, so the first time is set too.
     const fs::file_time_type time = fs::last_write_time(m_folder / "text");
     fs::last_write_time(m_folder / "text", time);
     const FileVersion seen = FileVersion::Of(path);

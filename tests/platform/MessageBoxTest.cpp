@@ -1,4 +1,4 @@
-// Messages and the handler that takes them.
+// Messages and their handler.
 #include "Quillet/platform/MessageBox.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using platform::ShowMessage;
 using platform::WideString;
 using platform::WideView;
 
-// Puts the handler of before back.
+// Restores the previous handler.
 class Message : public testing::Test {
 protected:
     Message()

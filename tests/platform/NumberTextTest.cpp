@@ -23,7 +23,7 @@ std::string TextOf(const CComVariant& number) {
 }
 
 // "VarBstrFromR8 function" takes the locale, and "LOCALE_SDECIMAL" is its decimal separator. Wine's
-// conversion forgets it where there is an exponent; a single number has it all the same.
+// conversion does not use it where there is an exponent; NumberText does all the same.
 std::string ConvertedText(const CComVariant& number) {
     CComVariant text = number;
     EXPECT_TRUE(SUCCEEDED(text.ChangeType(VT_BSTR)));
@@ -34,7 +34,7 @@ std::string ConvertedText(const CComVariant& number) {
     return CString(wide).ToUtf8();
 }
 
-// What the conversion of a string variant gives for the same text.
+// The result of the conversion of a string variant with the same text.
 void ExpectReadAsConverted(const CString& text, VARTYPE type) {
     CComVariant expected(text);
     const HRESULT converted = expected.ChangeType(type);
@@ -131,7 +131,7 @@ TEST(TextToNumber, AnyText_EqualsTheVariantConversion) {
     }
 }
 
-// More digits and larger exponents than the system's own conversion reads exactly everywhere.
+// More digits and larger exponents than every system's conversion reads exactly.
 TEST(TextToNumber, PlainNumber_IsTheNearestReal) {
     for (const char* text : {"123456789012345678901234567890", "-9007199254740993", "1E+308",
                              "-1.52806683464714E+158", "1.7976931348623157E+308", "2.2250738585072014E-308",

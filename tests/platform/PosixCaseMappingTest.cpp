@@ -1,5 +1,5 @@
-// The table of case mappings that the Windows port brings along, beside ICU's. The tests of this port link
-// the table itself; the library has ICU's.
+// The case mapping table of the Windows port, compared with ICU's mappings. The tests of this port link the
+// table itself; the library uses ICU.
 #include "Quillet/platform/CaseMapping.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace quillet::test {
 namespace {
 
-// The version of the Unicode Character Database that the table was made from.
+// The version of the Unicode Character Database that the table was generated from.
 constexpr int TableVersion = 15;
 
 bool IsInTheTablesVersion(char32_t c) {

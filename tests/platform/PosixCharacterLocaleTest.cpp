@@ -10,11 +10,11 @@
 namespace quillet::platform {
 namespace {
 
-// The C library looks for locales in a folder of the test's own.
+// The C library searches for locales in the test's folder.
 class PosixCharacterLocale : public testing::Test {
 protected:
     PosixCharacterLocale() {
-        // Whatever was found before is forgotten.
+        // Discards locales that were loaded before.
         { const CharacterLocale other(u"english"); }
         setenv("LOCPATH", m_folder.Path().c_str(), 1);
     }

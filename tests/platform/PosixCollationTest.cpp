@@ -1,5 +1,5 @@
-// Collation keys under the collations of languages that treat marks, punctuation or letters of their own way.
-// The user's locale is read once in a process, so each case runs in a process of its own.
+// Collation keys under the collations of languages with special rules for accents, punctuation or letters.
+// The user's locale is read once per process, so each case runs in a separate process.
 #include <gtest/gtest.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Locks of files as POSIX has them: on the file itself, of a process that may be killed.
+// POSIX file locks: on the file itself, held by a process that may be killed.
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>

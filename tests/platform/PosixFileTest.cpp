@@ -17,7 +17,7 @@
 
 #include "Quillet/platform/File.h"
 #include "support/AsOrdinaryUser.h"
-#include "support/ReplaceFile.h"
+#include "support/AtomicWrite.h"
 #include "support/TemporaryFolder.h"
 
 namespace quillet::test {
@@ -31,7 +31,7 @@ using platform::ReadWholeFile;
 
 constexpr uid_t Nobody = AsOrdinaryUser::Nobody;
 
-// The largest file that may be written, as a full disk has it.
+// Limits the size of files, to simulate a full disk.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -62,12 +62,12 @@ private:
     const mode_t m_before;
 };
 
-// Who an entry of an access list is about, and what he may.
+// The subject of an access list entry, and its permissions.
 enum AccessTag : std::uint32_t { UserObject = 1, User = 2, GroupObject = 4, Mask = 16, Other = 32 };
 struct AccessEntry {
     std::uint32_t m_tag;
     std::uint32_t m_rights;
-    // Of no use where the tag says who.
+    // Unused where the tag gives the subject.
     std::uint32_t m_id = 0xFFFFFFFF;
 };
 
@@ -83,7 +83,7 @@ protected:
 
     mode_t Mode(const fs::path& name) const { return Status(name).st_mode & 07777; }
 
-    // Nothing where the file has no such attribute.
+    // Nothing if the file has no such attribute.
     std::optional<std::string> Attribute(const fs::path& name, const char* attribute) const {
         std::string value(65536, '\0');
         const ssize_t size = getxattr((m_folder / name).c_str(), attribute, value.data(), value.size());
@@ -93,7 +93,7 @@ protected:
         return value.substr(0, static_cast<std::size_t>(size));
     }
 
-    // An access list as the system keeps it, little-endian.
+    // An access list in the system's format, little-endian.
     static std::string AccessList(const std::vector<AccessEntry>& entries) {
         std::string list("\2\0\0\0", 4);
         for (const AccessEntry& entry : entries) {
@@ -115,7 +115,7 @@ TEST_F(PosixFile, Atomic_ExistingFile_KeepsItsMode) {
     WriteBytes(m_folder / "text", "old");
     for (const mode_t mode : {0600U, 0640U, 0666U, 0755U}) {
         ASSERT_EQ(chmod(At("text").c_str(), mode), 0);
-        EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+        EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
         EXPECT_EQ(Mode("text"), mode);
     }
 }
@@ -123,10 +123,10 @@ TEST_F(PosixFile, Atomic_ExistingFile_KeepsItsMode) {
 TEST_F(PosixFile, Atomic_NewFile_HasTheModeOfTheMask) {
     {
         const FileModeMask mask(027);
-        EXPECT_EQ(ReplaceFile(At("strict"), "new"), "");
+        EXPECT_EQ(WriteAtomically(At("strict"), "new"), "");
     }
     const FileModeMask mask(0);
-    EXPECT_EQ(ReplaceFile(At("open"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("open"), "new"), "");
     EXPECT_EQ(Mode("strict"), mode_t{0640});
     EXPECT_EQ(Mode("open"), mode_t{0666});
 }
@@ -137,7 +137,7 @@ TEST_F(PosixFile, Atomic_FileOfSomebodyElse_KeepsItsOwner) {
     }
     WriteBytes(m_folder / "text", "old");
     ASSERT_EQ(chown(At("text").c_str(), Nobody, Nobody), 0);
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     EXPECT_EQ(Status("text").st_uid, Nobody);
     EXPECT_EQ(Status("text").st_gid, Nobody);
 }
@@ -151,7 +151,7 @@ TEST_F(PosixFile, Atomic_Link_StaysAndItsTargetIsReplaced) {
     fs::create_symlink("data", m_folder / "folder");
     for (const char* name : {"relative", "absolute", "chain", "folder/text"}) {
         EXPECT_TRUE(CanWriteFile(At(name))) << name;
-        EXPECT_EQ(ReplaceFile(At(name), name), "") << name;
+        EXPECT_EQ(WriteAtomically(At(name), name), "") << name;
         EXPECT_EQ(ReadBytes(m_folder / "data/text"), name);
     }
     EXPECT_TRUE(fs::is_symlink(m_folder / "relative"));
@@ -165,7 +165,7 @@ TEST_F(PosixFile, Atomic_LinkToNothing_CreatesWhatItPointsTo) {
     fs::create_directory(m_folder / "data");
     fs::create_symlink("data/new", m_folder / "link");
     EXPECT_FALSE(CanWriteFile(At("link")));
-    EXPECT_EQ(ReplaceFile(At("link"), "text"), "");
+    EXPECT_EQ(WriteAtomically(At("link"), "text"), "");
     EXPECT_TRUE(fs::is_symlink(m_folder / "link"));
     EXPECT_EQ(ReadBytes(m_folder / "data/new"), "text");
 }
@@ -173,7 +173,7 @@ TEST_F(PosixFile, Atomic_LinkToNothing_CreatesWhatItPointsTo) {
 TEST_F(PosixFile, Atomic_LinksInACircle_AreRefused) {
     fs::create_symlink("b", m_folder / "a");
     fs::create_symlink("a", m_folder / "b");
-    EXPECT_EQ(ReplaceFile(At("a"), "text"), "Too many levels of symbolic links");
+    EXPECT_EQ(WriteAtomically(At("a"), "text"), "Too many levels of symbolic links");
     EXPECT_FALSE(CanWriteFile(At("a")));
 }
 
@@ -213,12 +213,12 @@ TEST_F(PosixFile, Atomic_WriterIsKilled_NextSaveClearsWhatItLeft) {
     char good = 0;
     ASSERT_EQ(read(written[0], &good, 1), 1);
     ASSERT_EQ(good, 1);
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     EXPECT_EQ(m_folder.Names().size(), 2U) << "the writer lives";
     ASSERT_EQ(kill(writer, SIGKILL), 0);
     ASSERT_EQ(waitpid(writer, nullptr, 0), writer);
     EXPECT_EQ(m_folder.Names().size(), 2U);
-    EXPECT_EQ(ReplaceFile(At("text"), "newer"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "newer"), "");
     EXPECT_EQ(m_folder.Names().size(), 1U);
     close(written[0]);
     close(written[1]);
@@ -234,17 +234,18 @@ TEST_F(PosixFile, Atomic_ExistingFile_KeepsItsExtendedAttributes) {
     ASSERT_EQ(setxattr(path.c_str(), "user.empty", "", 0, 0), 0);
     ASSERT_EQ(setxattr(path.c_str(), "user.large", large.data(), large.size(), 0), 0);
     chmod(path.c_str(), 0600);
-    EXPECT_EQ(ReplaceFile(path, "new"), "");
+    EXPECT_EQ(WriteAtomically(path, "new"), "");
     EXPECT_EQ(ReadBytes(m_folder / "text"), "new");
     EXPECT_EQ(Attribute("text", "user.origin"), std::string("a\0b", 3));
     EXPECT_EQ(Attribute("text", "user.empty"), "");
     EXPECT_EQ(Attribute("text", "user.large"), large);
     EXPECT_EQ(Mode("text"), mode_t{0600});
-    EXPECT_EQ(ReplaceFile(At("other"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("other"), "new"), "");
     EXPECT_EQ(Attribute("other", "user.origin"), std::nullopt);
 }
 
-// Of a file with an access list the mode tells the most that the list allows, not what the group may do.
+// For a file with an access list, the group bits of the mode are the list's mask, not the group's
+// permissions.
 TEST_F(PosixFile, Atomic_FileWithAnAccessList_KeepsItAndOpensToNobodyElse) {
     WriteBytes(m_folder / "text", "old");
     const std::string list =
@@ -253,7 +254,7 @@ TEST_F(PosixFile, Atomic_FileWithAnAccessList_KeepsItAndOpensToNobodyElse) {
         GTEST_SKIP() << "the file system has no access lists";
     }
     ASSERT_EQ(Mode("text"), mode_t{0660});
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     EXPECT_EQ(Attribute("text", "system.posix_acl_access"), list);
     EXPECT_EQ(Mode("text"), mode_t{0660});
 }
@@ -266,10 +267,10 @@ TEST_F(PosixFile, Atomic_FolderThatGivesAccessLists_GivesNoneToAFileWithout) {
     if (setxattr(m_folder.Path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0) != 0) {
         GTEST_SKIP() << "the file system has no access lists";
     }
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     EXPECT_EQ(Attribute("text", "system.posix_acl_access"), std::nullopt);
     EXPECT_EQ(Mode("text"), mode_t{0660});
-    EXPECT_EQ(ReplaceFile(At("other"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("other"), "new"), "");
     EXPECT_NE(Attribute("other", "system.posix_acl_access"), std::nullopt)
         << "a new file has what the folder gives";
 }
@@ -281,7 +282,7 @@ TEST_F(PosixFile, Permissions_TargetThatMayNotBeWritten_IsRefused) {
     {
         const AsOrdinaryUser user;
         EXPECT_FALSE(CanWriteFile(At("text")));
-        EXPECT_EQ(ReplaceFile(At("text"), "new"), "Permission denied");
+        EXPECT_EQ(WriteAtomically(At("text"), "new"), "Permission denied");
     }
     EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
     EXPECT_EQ(m_folder.Names().size(), 1U);
@@ -294,8 +295,8 @@ TEST_F(PosixFile, Permissions_FolderThatTakesNoNewFile_IsRefused) {
     {
         const AsOrdinaryUser user;
         EXPECT_TRUE(CanWriteFile(At("text")));
-        EXPECT_EQ(ReplaceFile(At("text"), "new"), "Permission denied");
-        EXPECT_EQ(ReplaceFile(At("other"), "new"), "Permission denied");
+        EXPECT_EQ(WriteAtomically(At("text"), "new"), "Permission denied");
+        EXPECT_EQ(WriteAtomically(At("other"), "new"), "Permission denied");
     }
     chmod(m_folder.Path().c_str(), 0755);
     EXPECT_EQ(ReadBytes(m_folder / "text"), "old");
@@ -305,7 +306,7 @@ TEST_F(PosixFile, Permissions_FolderThatCannotBeListed_StillTakesFiles) {
     chmod(m_folder.Path().c_str(), 0733);
     {
         const AsOrdinaryUser user;
-        EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+        EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
         EXPECT_EQ(ReadWholeFile(At("text")), "new");
     }
     chmod(m_folder.Path().c_str(), 0755);
@@ -329,18 +330,18 @@ TEST_F(PosixFile, Reasons_OrdinaryFailures_AreTheSystemsWords) {
     EXPECT_EQ(why, "No such file or directory");
     EXPECT_EQ(ReadableFile::Open(Utf8(m_folder.Path()), &why), nullptr);
     EXPECT_EQ(why, "Is a directory");
-    EXPECT_EQ(ReplaceFile(Utf8(m_folder.Path()), "text"), "Is a directory");
-    EXPECT_EQ(ReplaceFile(At("none/text"), "text"), "No such file or directory");
+    EXPECT_EQ(WriteAtomically(Utf8(m_folder.Path()), "text"), "Is a directory");
+    EXPECT_EQ(WriteAtomically(At("none/text"), "text"), "No such file or directory");
     WriteBytes(m_folder / "text", "old");
-    EXPECT_EQ(ReplaceFile(At("text/below"), "text"), "Not a directory");
-    EXPECT_EQ(ReplaceFile(At(std::string("text\0more", 9)), "text"), "Invalid argument");
-    EXPECT_EQ(ReplaceFile(At(std::string(NAME_MAX + 1, 'n')), "text"), "File name too long");
+    EXPECT_EQ(WriteAtomically(At("text/below"), "text"), "Not a directory");
+    EXPECT_EQ(WriteAtomically(At(std::string("text\0more", 9)), "text"), "Invalid argument");
+    EXPECT_EQ(WriteAtomically(At(std::string(NAME_MAX + 1, 'n')), "text"), "File name too long");
 }
 
 TEST_F(PosixFile, Atomic_PipeAsTarget_IsRefusedWithoutWaiting) {
     ASSERT_EQ(mkfifo(At("pipe").c_str(), 0666), 0);
     EXPECT_FALSE(CanWriteFile(At("pipe")));
-    EXPECT_NE(ReplaceFile(At("pipe"), "text"), "");
+    EXPECT_NE(WriteAtomically(At("pipe"), "text"), "");
     EXPECT_TRUE(fs::is_fifo(m_folder / "pipe"));
 }
 
@@ -353,8 +354,8 @@ TEST_F(PosixFile, Paths_AsLongAsTheyMayBe_Work) {
     }
     const std::string path = folder + "/" + std::string(LongestPath - folder.size() - 1, 'n');
     ASSERT_EQ(path.size(), LongestPath);
-    EXPECT_EQ(ReplaceFile(path, "text"), "");
-    EXPECT_EQ(ReplaceFile(path, "again"), "");
+    EXPECT_EQ(WriteAtomically(path, "text"), "");
+    EXPECT_EQ(WriteAtomically(path, "again"), "");
     EXPECT_EQ(ReadWholeFile(path), "again");
     EXPECT_TRUE(CanWriteFile(path));
 }

@@ -1,5 +1,5 @@
-// The user's default locale is that of the environment. It is read once in a process, so each case runs in a
-// process of its own.
+// The user's default locale is that of the environment. It is read once per process, so each case runs in a
+// separate process.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -18,7 +18,7 @@ namespace {
 
 using Variables = std::map<std::string, std::string>;
 
-// The locale variables of the environment, given back at the end.
+// Sets the locale variables of the environment and restores them at the end.
 class Environment {
 public:
     explicit Environment(const Variables& variables) {

@@ -13,7 +13,7 @@
 namespace quillet::test {
 namespace {
 
-// Rows of one name make one test. Where they have an order, the turned around comparison is checked too.
+// Rows of one name make one test. The reversed comparison is checked too.
 struct Case {
     const char* name;
     Value left;
@@ -234,7 +234,7 @@ TEST_P(VariantComparison, Case) {
 INSTANTIATE_TEST_SUITE_P(Table, VariantComparison, testing::ValuesIn(NamesOf(Cases)),
                          [](const auto& tested) { return tested.param; });
 
-// These types are refused in another way on the other side.
+// These types are refused differently on the other side.
 TEST(VariantComparisonOfOtherTypes, VarCmp_IntIsAnOperandOnTheLeftOnly) {
     EXPECT_EQ(Compare(Whole(VT_INT, 3), I4(4)), HRESULT{VARCMP_LT});
     EXPECT_EQ(Compare(Whole(VT_INT, 3), R8(2.5)), HRESULT{VARCMP_GT});

@@ -21,8 +21,8 @@ struct Expected {
     constexpr Expected(HRESULT failure) : result(failure) {}
 };
 
-// Rows of one name make one test. Where Wine is known to differ from the published rule, the rule is what is
-// expected, the row also says what Wine gives, and a comment names the page that has the rule.
+// Rows of one name make one test. Where Wine is known to differ from the documented rule, the row expects the
+// rule and also gives Wine's result, and a comment names the page with the rule.
 struct Case {
     const char* name;
     Value source;
@@ -136,8 +136,9 @@ const Case Cases[] = {
     {"ChangeType_IntegerThatDoesNotFit_Overflows", Whole(VT_UINT, 65536), VT_I2, English, DISP_E_OVERFLOW},
 
     // "Data Type Conversion APIs": VariantChangeType uses the functions VarUI4FromI4 and so on, and
-    // "VarUI4FromI4 function" and its like return DISP_E_OVERFLOW, as Wine's do when they are called. In
-    // VariantChangeType Wine copies the bits between integers of one size and the lower bits of 64 to VT_UI2.
+    // "VarUI4FromI4 function" and similar pages say DISP_E_OVERFLOW, which Wine's functions return when they
+    // are called. In VariantChangeType, Wine copies the bits between integers of one size, and the lower bits
+    // of 64-bit integers to VT_UI2.
     {"ChangeType_IntegerOfTheOtherSign_Overflows", Whole(VT_I1, -1), VT_UI1, English, DISP_E_OVERFLOW, 0,
      Whole(VT_UI1, 255)},
     {"ChangeType_IntegerOfTheOtherSign_Overflows", Whole(VT_UI1, 128), VT_I1, English, DISP_E_OVERFLOW, 0,
@@ -222,12 +223,12 @@ const Case Cases[] = {
      DISP_E_OVERFLOW},
     {"ChangeType_RealAtTheEdge_IsRoundedBeforeTheRangeIsChecked", R8(3.4028235e38), VT_R4, English,
      R4(0x1.FFFFFEp127)},
-    // "VarI8FromR8 function": DISP_E_OVERFLOW is for a result that does not fit, and the lowest integer does.
+    // "VarI8FromR8 function": DISP_E_OVERFLOW is for a result that does not fit, but the lowest integer does.
     {"ChangeType_RealAtTheEdge_IsRoundedBeforeTheRangeIsChecked", R8(-9223372036854775808.0), VT_I8, English,
      Whole(VT_I8, LowestI8), 0, DISP_E_OVERFLOW},
 
-    // "VarI4FromR8 function" and its like: DISP_E_OVERFLOW is for what does not fit, and this is no integer.
-    // Wine gives whatever the compiler made of it.
+    // "VarI4FromR8 function" and similar pages: DISP_E_OVERFLOW is for what does not fit, and this is not an
+    // integer. Wine's result depends on the compiler.
     {"ChangeType_NotANumberToInteger_Overflows", R8(NotANumber), VT_I2, English, DISP_E_OVERFLOW, 0,
      Whole(VT_I2, -1)},
     {"ChangeType_NotANumberToInteger_Overflows", R8(NotANumber), VT_I4, English, DISP_E_OVERFLOW, 0,
@@ -238,8 +239,8 @@ const Case Cases[] = {
      I4(2147483647)},
     {"ChangeType_NotANumberToInteger_Overflows", Date(NotANumber), VT_I4, English, DISP_E_OVERFLOW, 0,
      I4(2147483647)},
-    // "SystemTimeToVariantTime function": a date lies between January 1, 100 and December 31, 9999. Wine lets
-    // this pass, and writes it as day 0.
+    // "SystemTimeToVariantTime function": a date lies between January 1, 100 and December 31, 9999. Wine
+    // accepts this, and writes it as day 0.
     {"ChangeType_NotANumberToDate_Overflows", R8(NotANumber), VT_DATE, English, DISP_E_OVERFLOW, 0,
      Date(NotANumber)},
     {"ChangeType_NotANumberToDate_Overflows", R4(NotANumber), VT_DATE, English, DISP_E_OVERFLOW, 0,
@@ -348,8 +349,8 @@ const Case Cases[] = {
      Text(OLESTR("1"))},
     {"ChangeType_DoubleToText_HasFifteenDigits", R8(-0.0), VT_BSTR, English, Text(OLESTR("0"))},
     {"ChangeType_DoubleToText_HasFifteenDigits", R4(-0.0), VT_BSTR, English, Text(OLESTR("0"))},
-    // "printf": a number that lies exactly half way is rounded to even since Windows 10 version 2004, and up
-    // before. Wine rounds up.
+    // "printf": a number exactly half way is rounded to even since Windows 10 version 2004, and up before.
+    // Wine rounds up.
     {"ChangeType_DoubleToText_RoundsHalfToEven", R8(642678187955234.5), VT_BSTR, English,
      Text(OLESTR("642678187955234")), 0, Text(OLESTR("642678187955235"))},
     {"ChangeType_DoubleToText_RoundsHalfToEven", R8(642678187955235.5), VT_BSTR, English,
@@ -357,21 +358,21 @@ const Case Cases[] = {
     {"ChangeType_DoubleToText_RoundsHalfToEven", R4(4699294.5), VT_BSTR, English, Text(OLESTR("4699294")), 0,
      Text(OLESTR("4699295"))},
     // "printf Type Field Characters" of the run-time library before Visual Studio 2015; oleaut32 writes
-    // infinities as that did. Wine has the words of the newer one.
+    // infinities as that did. Wine uses the words of the newer one.
     {"ChangeType_InfinityToText_IsANumberSign", R8(Infinity), VT_BSTR, English, Text(OLESTR("1.#INF")), 0,
      Text(OLESTR("INF"))},
     {"ChangeType_InfinityToText_IsANumberSign", R8(-Infinity), VT_BSTR, English, Text(OLESTR("-1.#INF")), 0,
      Text(OLESTR("-INF"))},
     {"ChangeType_InfinityToText_IsANumberSign", R4(Infinity), VT_BSTR, English, Text(OLESTR("1.#INF")), 0,
      Text(OLESTR("INF"))},
-    // The same for what is no number: 0/0 is -1.#IND, of which the processor sets the sign.
+    // The same for NaN: 0/0 is -1.#IND, because the processor sets the sign.
     {"ChangeType_NotANumberToText_IsANumberSign", R8(-NotANumber), VT_BSTR, English, Text(OLESTR("-1.#IND")),
      0, Text(OLESTR("-NAN(IND)"))},
     {"ChangeType_NotANumberToText_IsANumberSign", R4(-NotANumber), VT_BSTR, English, Text(OLESTR("-1.#IND")),
      0, Text(OLESTR("-NAN(IND)"))},
     {"ChangeType_NotANumberToText_IsANumberSign", R8(NotANumber), VT_BSTR, English, Text(OLESTR("1.#QNAN")),
      0, Text(OLESTR("NAN"))},
-    // With the locale's separator, as every real number.
+    // With the locale's separator, like every real number.
     {"ChangeType_NotANumberToText_IsANumberSign", R4(NotANumber), VT_BSTR, German, Text(OLESTR("1,#QNAN")), 0,
      Text(OLESTR("NAN"))},
     {"ChangeType_InfinityToText_IsANumberSign", R8(-Infinity), VT_BSTR, German, Text(OLESTR("-1,#INF")), 0,
@@ -415,8 +416,8 @@ const Case Cases[] = {
      Text(OLESTR("1,5"))},
     {"ChangeType_RealInACommaLocale_IsWrittenAndReadWithAComma", R4(-0.25), VT_BSTR, German,
      Text(OLESTR("-0,25"))},
-    // "VarBstrFromR8 function" takes the locale, and "LOCALE_SDECIMAL" is its decimal separator. Wine forgets
-    // it where there is an exponent.
+    // "VarBstrFromR8 function" takes the locale, and "LOCALE_SDECIMAL" is its decimal separator. Wine does
+    // not use it where there is an exponent.
     {"ChangeType_RealInACommaLocale_IsWrittenAndReadWithAComma", R8(1.5e20), VT_BSTR, German,
      Text(OLESTR("1,5E+20")), 0, Text(OLESTR("1.5E+20"))},
     {"ChangeType_RealInACommaLocale_IsWrittenAndReadWithAComma", R4(2.5e-10), VT_BSTR, French,
@@ -485,8 +486,8 @@ const Case Cases[] = {
      R8(0)},
     {"ChangeType_TextTooSmallForADouble_IsZero", Text(OLESTR("0E99999999999999999999")), VT_R8, English,
      R8(0)},
-    // "VarR4FromStr function": DISP_E_OVERFLOW is for a result that does not fit, and zero does; Wine has it
-    // for the double of the same value, and where the text is too small for a double as well.
+    // "VarR4FromStr function": DISP_E_OVERFLOW is for a result that does not fit, but zero does; Wine returns
+    // zero for the double of the same value, and where the text is too small for a double as well.
     {"ChangeType_TextTooSmallForAFloat_IsZero", Text(OLESTR("1E-60")), VT_R4, English, R4(0), 0,
      DISP_E_OVERFLOW},
     {"ChangeType_TextTooSmallForAFloat_IsZero", Text(OLESTR("-1E-60")), VT_R4, English, R4(-0.0), 0,
@@ -494,8 +495,8 @@ const Case Cases[] = {
     {"ChangeType_TextTooSmallForAFloat_IsZero", Text(OLESTR("1E-400")), VT_R4, English, R4(0)},
     {"ChangeType_TextTooSmallForAFloat_IsZero", R8(1e-60), VT_R4, English, R4(0)},
     {"ChangeType_TextTooSmallForAFloat_IsZero", R8(-1e-60), VT_R4, English, R4(-0.0)},
-    // "VarR8FromStr function", "VarR4FromStr function": the value converted. Wine multiplies by powers of ten
-    // one after the other, and rounds each time.
+    // "VarR8FromStr function", "VarR4FromStr function": the value converted. Wine multiplies by one power of
+    // ten after the other, and rounds each time.
     {"ChangeType_TextOfTheLargestAndTheSmallestNumber_IsRead", Text(OLESTR("1.7976931348623157E308")), VT_R8,
      English, R8(std::numeric_limits<double>::max()), 0, DISP_E_OVERFLOW},
     {"ChangeType_TextOfTheLargestAndTheSmallestNumber_IsRead", Text(OLESTR("1E308")), VT_R8, English,
@@ -561,8 +562,8 @@ const Case Cases[] = {
     {"ChangeType_SameSignTwice_IsRefused", Text(OLESTR("--5")), VT_I4, English, DISP_E_TYPEMISMATCH},
     {"ChangeType_SameSignTwice_IsRefused", Text(OLESTR("++5")), VT_I4, English, DISP_E_TYPEMISMATCH},
 
-    // "VarParseNumFromStr function": a flag allows a mark in one place, and a second one is no part of the
-    // number, as in front of it. Wine skips the rest of any marks behind the digits that it knows.
+    // "VarParseNumFromStr function": a flag allows a mark in one place, and a second one is not part of the
+    // number, as in front of it. Wine skips further marks after the digits.
     {"ChangeType_MarkRepeatedBehindANumber_IsRefused", Text(OLESTR("5--")), VT_R8, English,
      DISP_E_TYPEMISMATCH, 0, R8(-5)},
     {"ChangeType_MarkRepeatedBehindANumber_IsRefused", Text(OLESTR("5++")), VT_R8, English,
@@ -593,7 +594,7 @@ const Case Cases[] = {
      DISP_E_TYPEMISMATCH},
     {"ChangeType_BracketsThatDoNotMatch_AreRefused", Text(OLESTR("()")), VT_I4, English, DISP_E_TYPEMISMATCH},
     // "VarParseNumFromStr function": DISP_E_TYPEMISMATCH is also for an opening parenthesis without a closing
-    // one. Wine takes any minus sign for that.
+    // one. Wine accepts any minus sign for it.
     {"ChangeType_BracketsThatDoNotMatch_AreRefused", Text(OLESTR("(5-")), VT_R8, English, DISP_E_TYPEMISMATCH,
      0, R8(-5)},
     {"ChangeType_BracketsThatDoNotMatch_AreRefused", Text(OLESTR("-(5")), VT_R8, English, DISP_E_TYPEMISMATCH,
@@ -622,8 +623,8 @@ const Case Cases[] = {
     {"ChangeType_ThousandsSeparators_AreIgnored", Text(OLESTR("1 234 567,5")), VT_R8, French, R8(1234567.5)},
     {"ChangeType_ThousandsSeparators_AreIgnored", Text(OLESTR("1\u00A0234")), VT_I4, French, I4(1234)},
     {"ChangeType_ThousandsSeparators_AreIgnored", Text(OLESTR("1 234")), VT_I4, French, I4(1234)},
-    // "LOCALE_STHOUSAND": the character of the locale's data. French data has U+202F by now; those of Wine
-    // have U+00A0.
+    // "LOCALE_STHOUSAND": the character in the locale's data. Current French data has U+202F; Wine's has
+    // U+00A0.
     {"ChangeType_ThousandsSeparators_AreIgnored", Text(OLESTR("1\u202F234")), VT_I4, French, I4(1234), 0,
      DISP_E_TYPEMISMATCH},
     {"ChangeType_ThousandsSeparatorsBehindADigit_StandAnywhere", Text(OLESTR("1,2,3")), VT_I4, English,
@@ -685,8 +686,8 @@ const Case Cases[] = {
      R8(-2147483648.0)},
     {"ChangeType_HexAndOctalDigits_AreTheBitsOfTheResult", Text(OLESTR("&H8000000000000000")), VT_I8, English,
      Whole(VT_I8, LowestI8)},
-    // "VarNumFromParseNum function": the number becomes one of the type that can hold it. Wine knows of the
-    // negative numbers of 32 bits only the lowest as a real, and refuses what is close to 64 set bits.
+    // "VarNumFromParseNum function": the number gets a type that can hold it. Of the negative 32-bit numbers
+    // Wine takes only the lowest as a real, and refuses what is close to 64 set bits.
     {"ChangeType_HexAndOctalDigits_AreTheBitsOfTheResult", Text(OLESTR("&HFFFFFFFF")), VT_R8, English, R8(-1),
      0, DISP_E_OVERFLOW},
     {"ChangeType_HexAndOctalDigits_AreTheBitsOfTheResult", Text(OLESTR("&HFFFFFFFF")), VT_R4, English, R4(-1),
@@ -701,7 +702,7 @@ const Case Cases[] = {
      English, Whole(VT_UI8, -1), 0, DISP_E_OVERFLOW},
     {"ChangeType_HexAndOctalDigits_AreTheBitsOfTheResult", Text(OLESTR("&HF000000000000000")), VT_I8, English,
      Whole(VT_I8, -0x1000000000000000)},
-    // "NUMPARSE structure": that a number is negative is said of decimal ones only.
+    // "NUMPARSE structure": only decimal numbers have a sign.
     {"ChangeType_MarksAroundHexAndOctal_MeanNothing", Text(OLESTR("-&H1")), VT_I4, English, I4(1)},
     {"ChangeType_MarksAroundHexAndOctal_MeanNothing", Text(OLESTR("+&H1")), VT_I4, English, I4(1)},
     {"ChangeType_MarksAroundHexAndOctal_MeanNothing", Text(OLESTR("+-&H1")), VT_I4, English, I4(1)},
@@ -794,7 +795,7 @@ const Case Cases[] = {
     {"ChangeType_NumberBeyondTheCalendarToDate_Overflows", Whole(VT_UI8, -1), VT_DATE, English,
      DISP_E_OVERFLOW},
     // "SystemTimeToVariantTime function": a date lies between January 1, 100 and December 31, 9999. Wine does
-    // not look at the range of a VT_R4.
+    // not check the range of a VT_R4.
     {"ChangeType_NumberBeyondTheCalendarToDate_Overflows", R4(3000000), VT_DATE, English, DISP_E_OVERFLOW, 0,
      Date(3000000)},
 
@@ -809,8 +810,8 @@ const Case Cases[] = {
     {"ChangeType_DateToText_IsTheShortDate", Date(37623), VT_BSTR, LOCALE_INVARIANT,
      Text(OLESTR("01/02/2003"))},
     {"ChangeType_DateToText_IsTheShortDate", Date(37974), VT_BSTR, German, Text(OLESTR("19.12.2003"))},
-    // "DateTime.ToString Method" lists 01.10.2008 as the short date of de-DE. Wine's data of locales have no
-    // zeros in it.
+    // "DateTime.ToString Method" lists 01.10.2008 as the short date of de-DE. Wine's locale data has it
+    // without zeros.
     {"ChangeType_DateToText_IsTheShortDate", Date(37623), VT_BSTR, German, Text(OLESTR("02.01.2003")), 0,
      Text(OLESTR("2.1.2003"))},
     // "Day, Month, Year, and Era Format Pictures": yyyy are four digits. Wine writes as many as the year has.
@@ -834,7 +835,7 @@ const Case Cases[] = {
      Text(OLESTR("1/2/2003 12:00:00 AM"))},
     {"ChangeType_DateWithTimeToText_HasBoth", Date(37623.0 + 86399.9 / 86400.0), VT_BSTR, English,
      Text(OLESTR("1/3/2003 12:00:00 AM"))},
-    // "SystemTimeToVariantTime function": no date lies behind December 31, 9999.
+    // "SystemTimeToVariantTime function": no date is after December 31, 9999.
     {"ChangeType_DateWithTimeToText_HasBoth", Date(2958465.0 + 86399.9 / 86400.0), VT_BSTR, English,
      Text(OLESTR("12/31/9999 11:59:59 PM")), 0, Text(OLESTR("1/1/10000 12:00:00 AM"))},
     {"ChangeType_DateZeroToText_IsItsTimeAlone", Date(57906.0 / 86400.0), VT_BSTR, English,
@@ -1079,7 +1080,7 @@ TEST(VariantConversionOfOtherTypes, ChangeType_CurrencyOrDecimal_IsKnownToTheSys
     }
 }
 
-// "NUMPARSE structure": digits that find no room make the number inexact and are not refused, so the nearest
+// "NUMPARSE structure": digits that don't fit make the number inexact and are not refused, so the nearest
 // number is expected. Wine divides by a power of ten that is infinite.
 TEST(VariantConversionOfLongTexts, ChangeType_VeryLongText_IsRoundedOnce) {
     using String = std::basic_string<OLECHAR>;
@@ -1110,7 +1111,7 @@ TEST(VariantConversionOfLongTexts, ChangeType_VeryLongText_IsRoundedOnce) {
 }
 
 // "VarBstrFromDate function" and "VarDateFromStr function" take the same locale. Wine does not read every
-// form of a date or a time that it writes.
+// date or time format that it writes.
 TEST(VariantConversionOfDates, ChangeType_DateTextOfAnyLocale_ReadsBack) {
     const struct {
         LCID locale;
@@ -1157,7 +1158,7 @@ TEST(VariantConversionOfDates, ChangeType_DateTextOfAnyLocale_ReadsBack) {
     }
 }
 
-// A text is read up to its first zero unit.
+// A text is read up to its first null character.
 TEST(VariantConversionOfZeroUnits, ChangeType_TextWithAZeroUnit_IsReadUpToIt) {
     const struct {
         const OLECHAR* units;
@@ -1303,7 +1304,7 @@ TEST(VariantConversionOfArrays, ChangeType_TargetHoldsAnArrayInAccess_IsRefused)
     for (const VARTYPE type : {VT_BSTR, VT_I4}) {
         ScopedVariant source(I4(1));
         EXPECT_EQ(VariantChangeTypeEx(&target, &source, English, 0, type), DISP_E_ARRAYISLOCKED);
-        // "VariantClear function", by which the target is cleared, as in the test of that function.
+        // "VariantClear function", which clears the target, as in the test of that function.
         EXPECT_EQ(target.vt, IsWine() ? VARTYPE{VT_EMPTY} : VARTYPE{VT_ARRAY | VT_UI1});
         target.vt = VT_ARRAY | VT_UI1;
         target.parray = array;

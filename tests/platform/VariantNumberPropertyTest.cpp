@@ -60,18 +60,18 @@ std::string Printed(double value, int digits) {
     return value == 0 ? "0" : buffer;
 }
 
-// Whether the value lies exactly between two decimals of so many digits.
+// Whether the value is exactly half way between two decimals with that number of digits.
 bool IsHalfWay(double value, int digits) {
     constexpr int Decimals = 50;
     char buffer[80];
     std::snprintf(buffer, sizeof buffer, "%.*E", Decimals, std::abs(value));
-    // The digits behind the last one that is kept; the point stands behind the first of all.
+    // The digits after the last one that is kept; the decimal point follows the first digit.
     const std::string rest = std::string(buffer).substr(static_cast<std::size_t>(digits) + 1,
                                                         static_cast<std::size_t>(Decimals + 1 - digits));
     return rest.front() == '5' && rest.find_first_not_of('0', 1) == std::string::npos;
 }
 
-// Whether the number is what the text has to become; Wine may be off in the last places, the more the smaller
+// Whether the number is the right one for the text; Wine may be off in the last places, the more the smaller
 // the number is.
 template <typename Real>
 bool IsRead(Real read, Real expected) {
@@ -98,7 +98,7 @@ protected:
         return digits;
     }
 
-    // A decimal of the domain, plain or with an exponent.
+    // A decimal in the exact domain, with or without an exponent.
     std::string Decimal(int mostDigits) {
         std::string text = Digits(1 + Below(mostDigits));
         const int place = Below(2 * LargestPlace + 1) - LargestPlace;
@@ -136,7 +136,7 @@ protected:
     std::mt19937_64 m_random{20030102};
 };
 
-// A number that is written as the C library does, but by Wine where it lies half way.
+// A number that is written as by the C library, except by Wine where it is half way.
 void ExpectPrinted(double value) {
     if (std::isfinite(value) && !(IsWine() && IsHalfWay(value, DoubleDigits))) {
         ASSERT_EQ(TextOf(VariantOf(value)), Printed(value, DoubleDigits));
@@ -185,7 +185,7 @@ TEST_F(VariantNumberProperty, TextToDouble_ManyDigits_IsTheNearest) {
 }
 
 TEST_F(VariantNumberProperty, TextToDouble_LargeExponents_IsTheNearestOrOverflows) {
-    // Near the largest double Wine overflows too early.
+    // Near the largest double, Wine overflows too early.
     const double sure = IsWine() ? 1e300 : std::numeric_limits<double>::max();
     for (int round = 0; round < Rounds; ++round) {
         const std::string text = LongDecimal() + "E" + std::to_string(Below(700) - 350);
@@ -280,8 +280,8 @@ TEST_F(VariantNumberProperty, TextToInteger_Quarters_RoundAsTheirDoublesDo) {
 // What a text of digits, signs, points, commas and blanks is read as.
 struct PlainReading {
     std::optional<double> number;
-    // Wine reads it, though it is no number: signs repeated behind the digits, and commas behind a blank or a
-    // sign there.
+    // Wine reads it, although it is not a number: signs repeated after the digits, and commas after a blank
+    // or a sign there.
     bool onlyByWine = false;
 };
 

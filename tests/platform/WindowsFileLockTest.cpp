@@ -1,4 +1,4 @@
-// Locks of files as Windows has them: in a file beside, which goes with its holder.
+// Windows file locks: in a separate file, which disappears with its holder.
 #include <gtest/gtest.h>
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-// What Windows adds to files: sharing, attributes, devices, its separators and its words.
+// What Windows adds to files: sharing, attributes, devices, separators and error messages.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "Quillet/platform/File.h"
+#include "support/AtomicWrite.h"
 #include "support/RegexMatchers.h"
-#include "support/ReplaceFile.h"
 #include "support/TemporaryFolder.h"
 #include "support/VariantValues.h"
 #include "support/WindowsHandle.h"
@@ -38,7 +38,7 @@ protected:
 
     void SetUp() override { WriteBytes(m_folder / "text", "old"); }
 
-    // Whether the system has words for the error.
+    // Whether the system has a message for the error.
     static bool HasWords(DWORD error) {
         WCHAR words[512];
         return FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
@@ -58,13 +58,13 @@ protected:
 
     DWORD Attributes(const fs::path& name) const { return GetFileAttributesW((m_folder / name).c_str()); }
 
-    // False where the file system keeps no such attribute.
+    // False if the file system does not keep the attribute.
     bool Mark(const fs::path& name, DWORD attributes) const {
         EXPECT_NE(SetFileAttributesW((m_folder / name).c_str(), attributes), 0);
         return (Attributes(name) & attributes) == attributes;
     }
 
-    // False where the system makes no links, or lets only others make them.
+    // False if the system can't create links, or does not let this user.
     bool MakeLink(const fs::path& name, const fs::path& target) const {
         constexpr DWORD WithoutPrivilege = 2;
         return CreateSymbolicLinkW((m_folder / name).c_str(), target.c_str(), WithoutPrivilege) != 0 &&
@@ -103,7 +103,7 @@ protected:
         LocalFree(list);
     }
 
-    // The text is there, and nothing but it.
+    // Only the file with the text is left.
     void ExpectAlone(const std::string& text) const {
         EXPECT_EQ(ReadBytes(m_folder / "text"), text);
         EXPECT_EQ(m_folder.Names().size(), 1U);
@@ -116,7 +116,7 @@ TEST_F(WindowsFile, Atomic_TargetOpenForReadingBySomebodyWhoShares_IsReplaced) {
     {
         const WindowsHandle reader(m_folder / "text", GENERIC_READ, ShareEverything);
         EXPECT_TRUE(CanWriteFile(At("text")));
-        EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+        EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
         EXPECT_EQ(ReadWholeFile(At("text")), "new");
     }
     ExpectAlone("new");
@@ -127,7 +127,7 @@ TEST_F(WindowsFile, Atomic_ManyReadersAndReplacements_LeaveTheLastText) {
     for (int round = 0; round < 10; ++round) {
         readers.push_back(ReadableFile::Open(At("text")));
         ASSERT_NE(readers.back(), nullptr);
-        EXPECT_EQ(ReplaceFile(At("text"), std::to_string(round)), "");
+        EXPECT_EQ(WriteAtomically(At("text"), std::to_string(round)), "");
     }
     for (int round = 0; round < 10; ++round) {
         char block[8];
@@ -154,15 +154,15 @@ TEST_F(WindowsFile, Atomic_TargetThatMayNotBeDeletedMeanwhile_FailsTheCommitAndS
 TEST_F(WindowsFile, Atomic_AfterACommitThatFailed_NothingIsLeft) {
     {
         const WindowsHandle holder(m_folder / "text", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
-        EXPECT_NE(ReplaceFile(At("text"), "new"), "");
+        EXPECT_NE(WriteAtomically(At("text"), "new"), "");
         ExpectAlone("old");
     }
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     ExpectAlone("new");
 }
 
-// Where a file that is open can't be replaced, it is moved aside first. A file that somebody makes in that
-// moment under its name stays, and the old one is where the reason says.
+// Where an open file can't be replaced, it is first moved aside. A file that another program creates under
+// its name in that moment stays, and the reason says where the old one is.
 TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
     std::atomic<bool> taken = false;
     std::atomic<bool> ends = false;
@@ -184,7 +184,7 @@ TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
     while (place == std::string::npos && std::chrono::steady_clock::now() < end) {
         WriteBytes(m_folder / "text", "old");
         const auto reader = ReadableFile::Open(At("text"));
-        why = ReplaceFile(At("text"), "new");
+        why = WriteAtomically(At("text"), "new");
         place = why.find(announcement);
     }
     ends = true;
@@ -201,7 +201,7 @@ TEST_F(WindowsFile, Atomic_NameTakenWhileTheOldFileIsAside_TellsWhereThatIs) {
     EXPECT_EQ(m_folder.Names().size(), 2U);
 }
 
-// In between the two steps the target is not there. Whoever opens it then gets it a moment later.
+// Between the two steps the target does not exist. Opening it then succeeds a moment later.
 TEST_F(WindowsFile, Open_TargetThatIsReplacedInTwoSteps_IsThereAgain) {
     for (const bool comesBack : {true, false}) {
         fs::rename(m_folder / "text", m_folder / ".quillet-0123456789abcdef-1-0-1.old");
@@ -267,19 +267,19 @@ TEST_F(WindowsFile, Atomic_HiddenAndSystemTarget_KeepsItsMarks) {
         GTEST_SKIP() << "the file system keeps no such marks";
     }
     EXPECT_TRUE(CanWriteFile(At("text")));
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     EXPECT_EQ(Attributes("text") & Marks, Marks);
     {
         const auto reader = ReadableFile::Open(At("text"));
-        EXPECT_EQ(ReplaceFile(At("text"), "newer"), "");
+        EXPECT_EQ(WriteAtomically(At("text"), "newer"), "");
     }
     EXPECT_EQ(Attributes("text") & Marks, Marks);
     ExpectAlone("newer");
 }
 
 TEST_F(WindowsFile, Atomic_NewOrUnmarkedTarget_IsNotHidden) {
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
-    EXPECT_EQ(ReplaceFile(At("other"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("other"), "new"), "");
     for (const char* name : {"text", "other"}) {
         EXPECT_EQ(Attributes(name) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM), 0U) << name;
     }
@@ -288,19 +288,19 @@ TEST_F(WindowsFile, Atomic_NewOrUnmarkedTarget_IsNotHidden) {
 TEST_F(WindowsFile, Atomic_TargetWithItsOwnAccessList_KeepsIt) {
     const std::string before = AccessList("text");
     ASSERT_NE(before, "");
-    // Everything for the owner, nothing for others, and nothing from the folder.
+    // Full access for the owner, none for others, and nothing inherited from the folder.
     const std::string owner = Security("text", OWNER_SECURITY_INFORMATION).substr(2);
     SetAccessList("text", "D:P(A;;FA;;;" + owner + ")");
     const std::string narrow = AccessList("text");
     ASSERT_NE(narrow, before) << "the file system keeps no access lists";
-    EXPECT_EQ(ReplaceFile(At("text"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("text"), "new"), "");
     EXPECT_EQ(AccessList("text"), narrow);
     {
         const auto reader = ReadableFile::Open(At("text"));
-        EXPECT_EQ(ReplaceFile(At("text"), "newer"), "");
+        EXPECT_EQ(WriteAtomically(At("text"), "newer"), "");
     }
     EXPECT_EQ(AccessList("text"), narrow);
-    EXPECT_EQ(ReplaceFile(At("other"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("other"), "new"), "");
     EXPECT_EQ(AccessList("other"), before);
     EXPECT_EQ(ReadWholeFile(At("text")), "newer");
 }
@@ -357,7 +357,7 @@ TEST_F(WindowsFile, Links_AreFollowedAndStay) {
     }
     for (const char* name : {"link", "chain"}) {
         EXPECT_TRUE(CanWriteFile(At(name)));
-        EXPECT_EQ(ReplaceFile(At(name), name), "");
+        EXPECT_EQ(WriteAtomically(At(name), name), "");
         EXPECT_EQ(ReadBytes(m_folder / "data/inner"), name);
         EXPECT_TRUE(IsLink(name));
     }
@@ -371,7 +371,7 @@ TEST_F(WindowsFile, LinkToNothing_CreatesWhatItPointsTo) {
     }
     EXPECT_FALSE(CanWriteFile(At("link")));
     EXPECT_TRUE(NamesIn(m_folder / "data").empty());
-    EXPECT_EQ(ReplaceFile(At("link"), "text"), "");
+    EXPECT_EQ(WriteAtomically(At("link"), "text"), "");
     EXPECT_TRUE(IsLink("link"));
     EXPECT_EQ(ReadBytes(m_folder / "data/new"), "text");
 }
@@ -381,24 +381,24 @@ TEST_F(WindowsFile, LinksInACircle_AreRefused) {
         GTEST_SKIP() << "no symbolic links can be made here";
     }
     EXPECT_FALSE(CanWriteFile(At("a")));
-    EXPECT_NE(ReplaceFile(At("a"), "text"), "");
+    EXPECT_NE(WriteAtomically(At("a"), "text"), "");
 }
 
 TEST_F(WindowsFile, Reasons_OrdinaryFailures_AreWords) {
     for (const std::string& why :
          {WhyUnreadable(At("none")), WhyUnreadable(At("none/text")), WhyUnreadable(""), WhyUnreadable("\xFF"),
           WhyUnreadable(" "), WhyUnreadable(std::string("a\0b", 3)), WhyUnreadable(At("text") + "\\"),
-          WhyUnreadable(At("a?b")), ReplaceFile(At("none/text"), "x"), ReplaceFile("NUL", "x")}) {
+          WhyUnreadable(At("a?b")), WriteAtomically(At("none/text"), "x"), WriteAtomically("NUL", "x")}) {
         ExpectWords(why);
     }
     EXPECT_NE(WhyUnreadable(At("none")), WhyUnreadable(At("none/text")));
-    EXPECT_EQ(WhyUnreadable(At("none/text")), ReplaceFile(At("none/text"), "x"));
+    EXPECT_EQ(WhyUnreadable(At("none/text")), WriteAtomically(At("none/text"), "x"));
 }
 
 TEST_F(WindowsFile, Reasons_ForAFolder_TellThatItIsOne) {
     const std::string folder = Utf8(m_folder.Path());
     const std::string why = WhyUnreadable(folder);
-    EXPECT_EQ(ReplaceFile(folder, "x"), why);
+    EXPECT_EQ(WriteAtomically(folder, "x"), why);
     EXPECT_EQ(WhyUnreadable(folder + "\\"), why);
     EXPECT_EQ(WhyUnreadable(folder + "/."), why);
     constexpr DWORD DirectoryNotSupported = 336;
@@ -419,14 +419,14 @@ TEST_F(WindowsFile, Separators_OfEitherKind_AreTheSame) {
             std::string path = folder;
             std::replace(path.begin(), path.end(), '\\', forward ? '/' : '\\');
             path += rest;
-            EXPECT_EQ(ReplaceFile(path, path), "") << path;
+            EXPECT_EQ(WriteAtomically(path, path), "") << path;
             EXPECT_EQ(ReadWholeFile(path), path);
             EXPECT_TRUE(CanWriteFile(path)) << path;
             EXPECT_EQ(ReadBytes(m_folder / "a/b/text"), path);
         }
     }
     EXPECT_EQ(NamesIn(m_folder / "a/b").size(), 1U);
-    EXPECT_NE(ReplaceFile(folder + "\\a\\", "x"), "");
+    EXPECT_NE(WriteAtomically(folder + "\\a\\", "x"), "");
     EXPECT_FALSE(CanWriteFile(folder + "\\text\\"));
 }
 
@@ -435,7 +435,7 @@ TEST_F(WindowsFile, Paths_InTheSystemsOwnForms_Work) {
     for (const std::string& path : {"\\\\?\\" + full, full.substr(2)}) {
         const fs::path before = fs::current_path();
         fs::current_path(m_folder.Path());
-        EXPECT_EQ(ReplaceFile(path, path), "") << path;
+        EXPECT_EQ(WriteAtomically(path, path), "") << path;
         EXPECT_EQ(ReadWholeFile(path), path);
         EXPECT_TRUE(CanWriteFile(path)) << path;
         fs::current_path(before);
@@ -446,14 +446,14 @@ TEST_F(WindowsFile, Paths_InTheSystemsOwnForms_Work) {
 TEST_F(WindowsFile, Names_InAnotherCase_AreTheSameFile) {
     EXPECT_EQ(ReadWholeFile(At("TEXT")), "old");
     EXPECT_TRUE(CanWriteFile(At("Text")));
-    EXPECT_EQ(ReplaceFile(At("TeXt"), "new"), "");
+    EXPECT_EQ(WriteAtomically(At("TeXt"), "new"), "");
     ExpectAlone("new");
     EXPECT_EQ(m_folder.Names().front(), fs::path("text")) << "the file keeps the letters of its name";
 }
 
 TEST_F(WindowsFile, Names_ThatAreNotUtf8_AreRefused) {
     for (const char* name : {"\xFF", "a\xC3", "\xED\xA0\x80", "\xC0\xAF"}) {
-        EXPECT_NE(ReplaceFile(At("") + name, "x"), "");
+        EXPECT_NE(WriteAtomically(At("") + name, "x"), "");
     }
     ExpectAlone("old");
 }
@@ -462,7 +462,7 @@ TEST_F(WindowsFile, Names_WithCharactersThatNoFileHas_AreRefused) {
     for (const char* name : {"a?b", "a*b", "a<b", "a>b", "a|b", "a\"b", "?", "*"}) {
         EXPECT_NE(WhyUnreadable(At("") + name), "");
         EXPECT_FALSE(CanWriteFile(At("") + name)) << name;
-        EXPECT_NE(ReplaceFile(At("") + name, "x"), "") << name;
+        EXPECT_NE(WriteAtomically(At("") + name, "x"), "") << name;
     }
     ExpectAlone("old");
 }

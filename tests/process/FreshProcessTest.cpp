@@ -1,5 +1,5 @@
-// What counts from the start of the process: nothing else may have counted before. The tests run in the order
-// in which they stand here, for a cursor that opens also asks a query.
+// Counters that start with the process: nothing may have counted before. The order of the tests matters,
+// because opening a cursor also runs a query.
 #include <gtest/gtest.h>
 
 #include "Quillet/IQuillet.h"

@@ -1,4 +1,4 @@
-// Locales that are read when memory runs out: they are read again, and never taken for another.
+// Locales that are read out of memory: they are read again, and never mistaken for another.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -16,10 +16,10 @@ using quillet::test::SweepAllocations;
 using quillet::test::SweepAttempts;
 using quillet::test::Try;
 
-// What a function of the platform gives under a locale that nothing else in these tests asks for.
+// The result of a platform function under a locale that no other test uses.
 struct LocaleCase {
     const char* m_name;
-    // In one run with single failures, in the other with all from one on.
+    // One for the run with single failures, one for the run in which all later allocations fail too.
     LCID m_locales[2];
     std::function<HRESULT(LCID, std::string&)> m_ask;
     const char* m_expected[2];
@@ -47,7 +47,7 @@ HRESULT TextOfDate(LCID locale, std::string& text) {
     return result;
 }
 
-// A letter that is its own at the end of some alphabets and a variant of another in the rest.
+// A letter that is a separate one at the end of some alphabets and a variant of another in the rest.
 HRESULT OrderOfLetters(LCID locale, std::string& text) {
     static CComVariant left("\xC3\xB6");
     static CComVariant right("z");
@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(LocaleOutOfMemory, IsReadWholeOrNotAtAll) {
     std::string text;
-    // The test's own values; Dutch, like the rest of the locales, is of no other use here.
+    // Initialises the test's own values, with a locale that is used nowhere else: Dutch.
     GetParam().m_ask(0x0413, text);
     for (const Failing which : {Failing::Once, Failing::FromThereOn}) {
         const std::size_t run = which == Failing::Once ? 0 : 1;
@@ -90,9 +90,9 @@ TEST_P(LocaleOutOfMemory, IsReadWholeOrNotAtAll) {
     }
 }
 
-// Comparisons that run out of memory are no answers.
+// Comparisons that run out of memory give no result.
 TEST(OrderOutOfMemory, IsTheAnswerOrThrown) {
-    // Long, not normalised, and equal as the collation has it, so that every way through it is taken.
+    // Long, not normalised, and equal for the collation, so that every path is taken.
     const std::string syllables(2000, 'a');
     const CComVariant left(CString(syllables + "e\xCC\x81\xCC\xA3"));
     const CComVariant right(CString(syllables + "\xE1\xBA\xB9\xCC\x81"));

@@ -1,5 +1,4 @@
-// Query texts that nobody meant to write: answered or refused with the lines of the analysis, in time that
-// grows no faster than they do.
+// Malformed query texts: answered, or refused with the lines of the analysis, in time linear in their length.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,7 +27,7 @@ using testing::StartsWith;
 
 using Strings = std::vector<std::string>;
 
-// The part so many times.
+// Repeats the part.
 std::string Times(std::size_t count, const std::string& part) {
     std::string text;
     text.reserve(count * part.size());
@@ -61,7 +60,7 @@ protected:
     }
     ~BadQuery() override { DbDatabase::m_queriesCount = m_queriesCount; }
 
-    // The first cell of each row of the answer; "refused" where there is none.
+    // The first cell of each row of the answer; "refused" if there is none.
     Strings Answer(const std::string& sql) {
         CString name;
         if (!m_database.Query(sql, name)) {
@@ -77,7 +76,7 @@ protected:
         return cells;
     }
 
-    // The lines between that with the text and that with the result, of a text that must be refused.
+    // The lines between the one with the text and the one with the result, for a text that must be refused.
     Strings Troubles(const std::string& sql) {
         TakeLog(m_database);
         CString name;
@@ -91,7 +90,7 @@ protected:
         return {lines.begin() + 1, lines.end() - 1};
     }
 
-    // Asks for a megabyte of parts. Where the cost grew with the square, this would not end.
+    // Runs a query with a megabyte of parts. With quadratic cost this would not end.
     void ExpectEnd(const std::string& begin, const std::string& part, const std::string& end) {
         Ask(begin + Times(MegaByte / part.size(), part) + end);
     }
@@ -178,7 +177,7 @@ TEST_F(BadQuery, UnbalancedBrackets_AreRefused) {
                 ElementsAre("SQL Analyze - no table 't where n = 1' found"));
     EXPECT_THAT(Troubles("select [n from t"), ElementsAre(CheckBoth));
     EXPECT_THAT(Answer("select n from t]"), ElementsAre("1", "2", "3")) << "either bracket may be missing";
-    // As many as it takes, but the wrong way round: never true.
+    // The right number of words, but in the wrong order: never true.
     EXPECT_THAT(Answer("select n from t where ) n = 1 ("), IsEmpty());
 }
 
@@ -258,7 +257,7 @@ TEST_F(BadQuery, AMegabyteOfNames_ComesToAnEnd) {
 TEST_F(BadQuery, AMegabyteOfOrderNames_CostsTheRowsNothing) {
     ExpectEnd("select n,t from t order by t", ",t", "");
     EXPECT_THAT(Answer("select n from t order by t, r, t, n, r, t desc"), ElementsAre("3", "1", "2"));
-    // Each name is looked at once, or a hundred thousand rows would take a hundred thousand columns' memory.
+    // Each name counts once, or a hundred thousand rows would take the memory of a hundred thousand columns.
     m_database.GetTableData("T")->AddRows(100000);
     Ask("select n,t from t order by t" + Times(MegaByte / 16, ",t"));
 }

@@ -259,7 +259,7 @@ TEST_F(DbJoinTest, IsSearchedByQueries) {
         << m_database.GetErrorLog();
     EXPECT_THAT(Rows(answer), ElementsAre("IPE200 200"));
     EXPECT_EQ(Info(answer).GetRelated(), &Info(name));
-    // Filled anew, it is followed.
+    // It is followed once it is refilled.
     m_database.GetTableData("Steels")->GetRow(0)->SetValue("fy", CComVariant(300.0));
     EXPECT_THAT(Rows(answer), ElementsAre("IPE200 200"));
     Inner("h", "=", "h");

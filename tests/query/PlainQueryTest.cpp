@@ -1,4 +1,4 @@
-// Random queries, compared with their plain reading.
+// Random queries, compared with the plain reference.
 #include "support/PlainQuery.h"
 
 #include <gmock/gmock.h>
@@ -52,7 +52,7 @@ Strings Printed(const DbTableDescr& descr, DbTableData& data) {
     return lines;
 }
 
-// Texts that are queries for the most part.
+// Texts that are mostly queries.
 class QueryWriter {
 public:
     explicit QueryWriter(std::mt19937& random) : m_random(random) {}
@@ -187,7 +187,7 @@ private:
         }
     }
 
-    // The tokens in any case of letters, with one of the separators between them where they need one.
+    // The tokens in random case, with a separator between them where they need one.
     std::string Text() {
         static const std::string Glue = "*()<>=,";
         std::string text;
@@ -210,7 +210,7 @@ private:
     Strings m_tokens;
 };
 
-// A database and its plain image.
+// A database and its plain counterpart.
 class PlainQueryTest : public testing::Test {
 protected:
     PlainValue RandomValue(char type) {
@@ -277,7 +277,7 @@ protected:
                                : Printed(*m_database->GetTableDescr(CString(name)), *data);
     }
 
-    // What the log says of analyses.
+    // The log lines of analyses.
     Strings AnalysisLines() {
         Strings lines = TakeLog(*m_database);
         lines.erase(std::remove_if(lines.begin(), lines.end(),
@@ -306,7 +306,7 @@ protected:
         }
     }
 
-    // Every answer, computed again from those below it.
+    // Every answer, recomputed from those below it.
     void Compare() {
         for (const auto& [name, sql] : m_queries) {
             PlainTable answer = PlainQuery(sql, m_tables).Answered();
@@ -326,7 +326,7 @@ protected:
     std::mt19937 m_random{20};
     std::unique_ptr<DbDatabase> m_database;
     PlainTables m_tables;
-    // Names and texts, in the order asked.
+    // Names and texts, in the order of the queries.
     std::vector<std::pair<std::string, std::string>> m_queries;
     int m_answered = 0;
     int m_answeredByTables = 0;

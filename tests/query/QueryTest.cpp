@@ -72,7 +72,7 @@ protected:
     DbTableInfo& Info(const CString& name) { return *m_database.GetTableInfo(name); }
     DbTableData& Data(const CString& name) { return *m_database.GetTableData(name); }
     void Set(uint64 row, LONG n) { Data("T")[row].SetValue("n", Long(n)); }
-    // How many queries the call asks.
+    // The number of queries that the call runs.
     template <typename Call>
     std::int32_t Asked(Call call) {
         const std::int32_t before = DbDatabase::m_queriesCount;
@@ -441,7 +441,7 @@ TEST_F(DbQueryTest, Reuse_EditsBetweenAnswers_AreFollowedByAll) {
     Set(1, 8);
     EXPECT_THAT(Rows(low), IsEmpty());
     EXPECT_THAT(Rows(high), ElementsAre("7", "8"));
-    // What happens elsewhere does not count.
+    // Changes elsewhere do not count.
     AddTable("U");
     EXPECT_EQ(Asked([&] { Rows(low); }) + Asked([&] { Rows(high); }), 0);
     m_database.DeleteTable("U");
@@ -477,7 +477,7 @@ TEST_F(DbQueryTest, Reuse_OfSeveralWithOneText_IsTheFirstByName) {
     m_database.DeleteTable("back");
     m_database.DeleteTable("Second");
     EXPECT_EQ(Ask(sql), "Zebra");
-    // The entry that loses its name is found no more.
+    // The entry that loses its name is no longer found.
     m_database.RenameTable("Zebra", "A");
     EXPECT_EQ(Ask(sql).Left(6), "Query_");
     m_database.DeleteTable("T");
@@ -508,7 +508,7 @@ TEST_F(DbQueryTest, Reuse_WhereTheNameNowIsAnotherTable_FollowsTheName) {
     const CString sql = "select n from t where n > 3";
     const CString name = Ask(sql);
     AddTable("U");
-    // The entry of T is gone by this, and the query stands on nothing.
+    // This deletes the entry of T, and the query has no source.
     m_database.RenameTable("T", "U");
     DbTableData& data = *AddTable("T")->GetData();
     data.DeleteRow(4);
@@ -626,7 +626,7 @@ TEST_F(DbQueryTest, Order_NamesAgain_ChangeNothing) {
     EXPECT_THAT(Answer("select n from t where n < 4 order by r,t,r desc"), ElementsAre("2", "1", "3"));
 }
 
-// Each of the names is a column to be put in order, were it not looked at once.
+// Each name would be a column to sort by if it did not count once.
 TEST_F(DbQueryTest, Order_ThousandsOfNames_CostNoMoreThanOne) {
     constexpr LONG Count = 5000;
     constexpr int Names = 8000;
@@ -997,7 +997,7 @@ TEST_F(DbQueryTest, StarOverStar_RowsThatAreAdded_StandInTheTable) {
     const CString upper = Ask("select * from " + lower + " where n > 4");
     DbTableData& held = Data(upper);
     EXPECT_EQ(held.GetRow(0), Data("T").GetRow(4));
-    // The lower one is answered anew meanwhile; who holds the upper one does not notice.
+    // The lower one is answered anew meanwhile; holders of the upper one do not notice.
     Set(0, 8);
     EXPECT_THAT(Rows(lower), SizeIs(3));
     held[held.AddRow()].SetValue("n", Long(6));
@@ -1115,7 +1115,7 @@ TEST_F(DbQueryTest, Sequential_HostsOwnQueryOverUnreadRows_SurvivesWhatIsReadWit
     own->GetDescr()->CreateField("count", false, DbFieldDescr::Long);
     database->CreateTable("Reads", DbTableInfo::Query, "select count from alpha where count > 0", alpha)
         ->SetSyncStamp(-1);
-    // While this is analysed, Own has its filter, and Reads brings in the rows that put Own out of step.
+    // While this is analysed, Own has its filter, and Reads reads the rows that make Own out of date.
     CString name;
     EXPECT_TRUE(database->Query("select count from own where count > 1 from reads", name));
     EXPECT_THAT(RowsOf(*database, "Reads"), ElementsAre("1", "2"));
@@ -1212,7 +1212,7 @@ TEST_F(DbQueryTest, Cycle_TwoQueriesThatSwapTheirNames_AreRefused) {
     const CString upper = Ask("select n from " + lower + " where n > 3");
     const CString lowerSql = Info(lower).GetSql();
     const CString upperSql = Info(upper).GetSql();
-    // Now the lower one is named as the table, which the text of the lower one names.
+    // Now the lower one has the table's name, which its own text refers to.
     m_database.RenameTable("T", "Away");
     m_database.RenameTable(upper, "T");
     TakeLog(m_database);

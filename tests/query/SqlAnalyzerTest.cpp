@@ -48,7 +48,7 @@ protected:
         return m_database.AnalyzeSQL(sql, m_params.get());
     }
 
-    // The lines between that with the text and that with the result, which are checked here.
+    // The lines between the one with the text and the one with the result, which are checked here.
     Strings Troubles(const CString& sql) {
         TakeLog(m_database);
         const bool good = Analyze(sql);
@@ -152,7 +152,7 @@ TEST_F(DbSqlAnalyzerTest, Analyze_IntoARecordThatWasFilled_AddsToIt) {
 // ---- Tokens and lists
 
 TEST_F(DbSqlAnalyzerTest, LineEnds_AreNoBlanks) {
-    // Query puts blanks in their place, the analysis does not.
+    // Query replaces them by blanks, the analysis does not.
     EXPECT_FALSE(Analyze("select a\nfrom t"));
     EXPECT_THAT(Fields(), ElementsAre("a\nfrom", "t"));
     EXPECT_FALSE(m_database.VerifySQL("select a\r\nfrom t"));
@@ -551,7 +551,7 @@ TEST_F(DbSqlAnalyzerTest, Filters_OfAQueryWithinAQuery_GoAndThoseOfTheOuterOneSt
 
 // ---- Long texts
 
-// The part as often as it takes for a text of the length.
+// Repeats the part up to the length.
 CString Repeated(const CString& begin, const CString& part, const CString& end, std::size_t length) {
     quillet::WideString text(begin.View());
     while (text.size() < length) {
@@ -562,7 +562,7 @@ CString Repeated(const CString& begin, const CString& part, const CString& end, 
 
 class DbSqlAnalyzerLongText : public DbSqlAnalyzerTest {
 protected:
-    // Analyses a text of about the length. Where the cost grew with the square, this would not end.
+    // Analyses a text of about that length. With quadratic cost this would not end.
     void ExpectEnd(const CString& begin, const CString& part, const CString& end) {
         ExpectEnd([&](std::size_t length) { return Repeated(begin, part, end, length); });
     }

@@ -30,7 +30,7 @@ std::string LoweredOutside(CString text) {
     return text.ToUtf8();
 }
 
-// The tokens of a text, where each of them is dropped.
+// The tokens of a text, each dropped after it is read.
 Strings Tokens(const CString& sql) {
     Strings list;
     SqlTokens tokens(sql.View());

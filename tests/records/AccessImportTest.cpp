@@ -1,4 +1,4 @@
-// Real Access files, read through the driver for them into records and into a database.
+// Real Access files, read through their driver into records and into a database.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ Strings ReportOf(const DbDatabase& database) {
 
 // ---- steel shapes
 
-// The names of Access files are not those of documents here.
+// Names that end in .mdb mean Access files here, not documents.
 class SteelImport : public SharedFileTest {
 protected:
     SteelImport() : SharedFileTest("aisc.mdb") { DbSource::ForceXML = false; }
@@ -54,7 +54,7 @@ std::vector<Strings> CsvOf(const std::filesystem::path& path) {
     return rows;
 }
 
-// Access tells no names apart by case: the second of two is numbered in the file.
+// Access names are case-insensitive: the second of two is numbered in the file.
 Strings WithoutRepetitions(Strings names) {
     for (auto name = names.begin(); name != names.end(); ++name) {
         const bool isTaken = std::any_of(names.begin(), name, [&](const std::string& earlier) {
@@ -68,7 +68,7 @@ Strings WithoutRepetitions(Strings names) {
 // A dash (U+2013) stands for nothing, which is a zero or an empty text.
 const std::string Dash = "–";
 
-// Whether the cell is what the text stands for.
+// Whether the cell has the value of the text.
 bool IsValueOf(const CComVariant& cell, const std::string& text) {
     if (cell.vt == VT_BSTR) {
         return TextOf(cell) == (text == Dash ? "" : text);
@@ -179,7 +179,7 @@ TEST_F(SteelImport, ChangedDatabase_WritesNothingWhenItIsDestroyed) {
 
 // ---- a column of every kind
 
-// The names of Access files are not those of documents here.
+// Names that end in .mdb mean Access files here, not documents.
 class TypesImport : public SharedFileTest {
 protected:
     TypesImport() : SharedFileTest("types.mdb") { DbSource::ForceXML = false; }
@@ -260,7 +260,7 @@ TEST_F(TypesImport, Load_WithForcedDefinitions_DescribesTheTableWithoutRows) {
     const DBACCESS_VECTOR& rows = all[1].second;
     EXPECT_TRUE(rows.m_noRows);
     ASSERT_EQ(rows.size(), 1U);
-    // Kinds without a zero of their own take the value of the column before.
+    // Types without a zero value take the value of the previous column.
     EXPECT_THAT(CodesOf(rows[0]), ElementsAre(1, 3, 3, 3, 6, 7, 10, 10, 10, 10, 10));
     EXPECT_EQ(rows[0][Bool].m_name, CString("a bool"));
     EXPECT_EQ(rows[0][Money].m_name, CString("a_money"));

@@ -247,7 +247,7 @@ TEST(CopyTableFrom, ThenGetTable_GivesTheValuesBack) {
 
 // ---- the language of texts
 
-// Whether copying the tables makes a text under a language: the locale is "C" then.
+// Whether copying the tables converts a text under a language: the locale is "C" then.
 bool UsesALanguage(const std::vector<Table>& tables) {
     const OtherLocale locale;
     DbDatabase database;
@@ -255,7 +255,7 @@ bool UsesALanguage(const std::vector<Table>& tables) {
         database.CopyTableFrom(table);
     }
     EXPECT_EQ(LangMappings::Instance().Current(), nullptr) << "reset at the end of each table";
-    return !locale.Stands();
+    return !locale.IsUnchanged();
 }
 
 TEST(CopyTableFrom, Language_IsThatOfTheTablesName) {
@@ -283,7 +283,7 @@ TEST(CopyTableFrom, Language_IsResetAtTheEndOfTheTable) {
 }
 
 TEST(CopyTableFrom, Language_FollowsTheStepsOneByOne) {
-    // The steps as they are described: select by the table, by each field of each row, convert.
+    // The documented steps: select by the table, by each field of each row, convert.
     const auto literal = [](const std::vector<Table>& tables) {
         const OtherLocale locale;
         LangMappings mappings;
@@ -298,7 +298,7 @@ TEST(CopyTableFrom, Language_FollowsTheStepsOneByOne) {
             }
             mappings.Reset();
         }
-        return !locale.Stands();
+        return !locale.IsUnchanged();
     };
     const char* const names[] = {"a", "b", "Desc_40", "c", "d", "desc_48", "Cfr0", "e"};
     const char* const texts[] = {"", "", "", "", "text"};

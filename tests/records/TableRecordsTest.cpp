@@ -10,7 +10,7 @@ namespace {
 
 using namespace quillet::test;
 
-// A table of one field and one row that holds the value, as records.
+// A table with one field and one row with the value, as records.
 DBACCESS_COLUMN RoundTrip(const CComVariant& value) {
     DbDatabase database;
     DbTableInfo* const info = database.CreateTable("T", DbTableInfo::Table);

@@ -20,7 +20,7 @@ CString Numbered(const char* name, int number) {
     return CString(name + std::to_string(number));
 }
 
-// What costs each table a look at all others takes minutes with so many, and a second or two otherwise.
+// Looking at all tables for each table would take minutes with so many, instead of a second or two.
 class ManyTables : public testing::TestWithParam<Reading> {
 protected:
     std::unique_ptr<DbDatabase> OpenMany() {
@@ -115,15 +115,15 @@ std::unique_ptr<DbDatabase> SixTables() {
         database->CreateTable("Q", DbTableInfo::Query, "select n from B", database->GetTableInfo("B"));
     database->CreateTable("R", DbTableInfo::Query, "select n from Q", query);
     database->inner_join("A", "C", "n", "=", "n");
-    // The queries are answered, so that nothing has to be done about them later.
+    // The queries are answered now, so that no later step answers them.
     database->GetTableData("R");
     database->Sync();
     TakeLog(*database);
     return database;
 }
 
-// All that the registry says, and what its lookups find. The log is left out: a step happens also where its
-// line finds no memory.
+// The whole state of the registry, and what its lookups find. Without the log: a step succeeds even if there
+// is no memory for its line.
 Strings StateOf(DbDatabase& database) {
     Strings state;
     for (int i = 0; i < database.GetTablesCount(); ++i) {
@@ -141,7 +141,8 @@ Strings StateOf(DbDatabase& database) {
     return state;
 }
 
-// Fails each allocation of the step once, each time in a fresh database: the step happens or does not.
+// Fails each allocation of the step once, each time in a fresh database: the step happens completely or not
+// at all.
 void ExpectWholeOrNotAtAll(const std::function<void(DbDatabase&)>& step) {
     const Strings before = StateOf(*SixTables());
     Strings after;
@@ -161,7 +162,7 @@ void ExpectWholeOrNotAtAll(const std::function<void(DbDatabase&)>& step) {
             isOutOfMemory = true;
         }
         plan.Disarm();
-        // The library's own algorithms may do without memory that they ask for.
+        // Standard algorithms may do without the memory that they request.
         EXPECT_TRUE(plan.HasFailed() || !isOutOfMemory) << failing;
         EXPECT_EQ(StateOf(*database), isOutOfMemory ? before : after) << failing;
         step(*database);

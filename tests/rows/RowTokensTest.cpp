@@ -13,7 +13,7 @@ namespace {
 
 using quillet::RowTokens;
 
-// Rows that stand still.
+// Rows at fixed addresses.
 std::deque<DbTableRow>& MakeRows(std::deque<DbTableRow>& rows, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         rows.emplace_back(nullptr);

@@ -1,4 +1,4 @@
-// What tests of Access files share: the drivers at hand, files of the driver that can write, the messages
+// Helpers for tests of Access files: the available drivers, files of the driver that can write, the messages
 // shown.
 #pragma once
 
@@ -22,13 +22,13 @@
 namespace quillet::test {
 
 // Which drivers the test program was given: "all", "newer" (Access under its newer name only) or "none" (none
-// for Access); empty where nobody saw to it.
+// for Access); empty if it was not set.
 inline std::string DriversAtHand() {
     const char* drivers = std::getenv("QUILLET_ODBC_DRIVERS");
     return drivers == nullptr ? "" : drivers;
 }
 
-// The messages shown while it lives, instead of being shown.
+// Collects messages during its lifetime instead of showing them.
 class ShownMessages {
 public:
     ShownMessages()
@@ -47,7 +47,7 @@ private:
     platform::MessageHandler m_before;
 };
 
-// Another connect string while it lives.
+// Sets another connect string during its lifetime.
 class ConnectFormat {
 public:
     explicit ConnectFormat(const CString& format)
@@ -109,7 +109,7 @@ protected:
     }
     void Execute(const CString& statement) const { Connect()->ExecuteSql(statement); }
 
-    // The first column of what the statement gives, as texts; "NULL" for a NULL.
+    // The first column of the statement's result, as texts; "NULL" for a NULL.
     std::vector<std::string> Answers(const CString& statement) const {
         odbc::Cursor cursor(Connect());
         std::vector<std::string> values;
@@ -126,7 +126,7 @@ protected:
     ShownMessages m_messages;
 };
 
-// The text of an error thrown by pointer, which is deleted; empty where nothing is thrown.
+// The text of an error thrown by pointer, which is deleted; empty if nothing is thrown.
 template <typename Call>
 std::string ErrorOf(Call call) {
     try {

@@ -1,4 +1,4 @@
-// The counting, the same on every system.
+// Counting, the same on every system.
 #include "support/AllocationPlan.h"
 
 #include <atomic>
@@ -9,7 +9,7 @@ namespace quillet::test {
 
 namespace {
 
-// Written by the thread that arms, and while armed read and written by that thread only.
+// Written by the arming thread; while armed, read and written by that thread only.
 struct State {
     std::size_t failing = 0;
     Failing which = Failing::Once;

@@ -1,10 +1,10 @@
 // Makes chosen allocations of a piece of code fail, inside the library too.
 //
-// On POSIX this program's own malloc, calloc, realloc and their aligned relatives stand in front of the
-// system's, so every allocation of the process passes here, those of operator new and of other libraries
-// included. On Windows the import tables of the program, the library and the C++ run-time that both share are
-// changed: allocations of the C library and those of the automation library that hand out memory pass here,
-// what system libraries do among themselves does not.
+// On POSIX, this program's own malloc, calloc, realloc and their aligned variants replace the system's, so
+// every allocation of the process is intercepted, including those of operator new and of other libraries. On
+// Windows, the import tables of the program, the library and their shared C++ run-time are changed: calls of
+// the C library's allocations and of the automation library's functions that return memory are intercepted,
+// calls among system libraries are not.
 #pragma once
 
 #include <cstddef>
@@ -20,19 +20,19 @@ enum class Failing {
 
 enum class Callers {
     All,
-    // Only calls from this program, the library, and the libraries that report a failure to them. ODBC
-    // drivers and the driver manager, which may end the process out of memory, get theirs, and so does
-    // ICU, which opens no locale without.
+    // Only calls from this program, the library, and the libraries that report failures to them. ODBC drivers
+    // and the driver manager, which may end the process out of memory, are not affected, nor is ICU, which
+    // needs memory to open a locale.
     Ours,
 };
 
-// While it lives, allocations of the thread that made it are counted, and those that it names fail as the
-// function at hand does: null, E_OUTOFMEMORY or std::bad_alloc. No other thread is touched, and there is one
-// plan at a time.
+// During its lifetime, allocations of the thread that created it are counted, and the chosen ones fail as
+// their function does: null, E_OUTOFMEMORY or std::bad_alloc. Other threads are not affected. There can be
+// only one plan at a time.
 //
-// Let the code under test run once to its end and once with allocation 1 failing before every allocation from
-// some one on fails: the C++ run-time makes room for a thread's exceptions when the first is thrown, and
-// where it gets none the process ends.
+// Before you let all allocations from some number on fail, run the code under test once to its end and once
+// with allocation 1 failing: the C++ run-time allocates memory for a thread's exceptions when the first one
+// is thrown, and ends the process if it gets none.
 class AllocationPlan {
 public:
     // Fails nothing; only counts.
@@ -46,7 +46,7 @@ public:
     // Ends counting and failing.
     void Disarm();
 
-    // How many allocations there were, with those that failed.
+    // The number of allocations, including those that failed.
     std::size_t Counted() const;
     // How many bytes they asked for. On Windows only those of the C library are known.
     std::size_t CountedBytes() const;
@@ -54,12 +54,13 @@ public:
     bool HasFailed() const;
 };
 
-// How many blocks the process holds at the moment. Only differences mean something. On Windows these are the
-// blocks of program, library and C++ run-time from the C library, without those of the automation library.
+// The number of live blocks of the process. Only differences are meaningful. On Windows, these are the blocks
+// that the program, the library and the C++ run-time got from the C library, without those of the automation
+// library.
 std::ptrdiff_t LiveBlocks();
 
-// The number after this one in a sweep over all numbers. Under Windows, where a run takes longer, a sweep
-// tries the first 200 and then every 17th.
+// The number after this one in a sweep over all numbers. On Windows, where a run takes longer, a sweep tries
+// the first 200 and then every 17th.
 std::size_t NextInSweep(std::size_t failing);
 
 // Calls run(1), run(2), ... until it returns false, which means that no allocation failed. Returns how many

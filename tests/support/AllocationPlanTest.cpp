@@ -19,7 +19,7 @@ using quillet::test::Failing;
 using quillet::test::LiveBlocks;
 using quillet::test::SweepAllocations;
 
-// Blocks that the compiler can't leave out.
+// Blocks that the compiler can't optimise away.
 void* volatile s_block = nullptr;
 
 bool Allocates() {
@@ -29,7 +29,7 @@ bool Allocates() {
     return allocated;
 }
 
-// How many of so many allocations succeed, as digits.
+// Which of a number of allocations succeed, as digits.
 std::string Successes(std::size_t failing, Failing which, int count) {
     std::string digits(static_cast<std::size_t>(count), '0');
     const AllocationPlan plan(failing, which);
@@ -86,7 +86,7 @@ TEST(AllocationPlanTest, EveryWayToAllocate_Fails) {
     plan.Disarm();
     std::free(block);
     EXPECT_TRUE(mallocFailed && callocFailed && reallocFailed && newFailed);
-    // A new that throws nothing may be made of one that throws, and exceptions take memory.
+    // A non-throwing new may call one that throws, and exceptions take memory.
     EXPECT_GE(plan.Counted(), 4U);
 }
 

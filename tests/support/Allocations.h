@@ -1,4 +1,4 @@
-// Between the plan and the functions that stand in front of the system's. Private to both.
+// Between the plan and the functions that replace the system's. Private to both.
 #pragma once
 
 #include <cerrno>
@@ -7,28 +7,28 @@
 
 namespace quillet::test {
 
-// Counts an allocation of so many bytes, 0 where nobody knows; false where it is to fail. The caller is an
-// address in the code that asks for memory.
+// Counts an allocation of so many bytes, 0 if unknown; false if it must fail. The caller is an address in the code
+// that asks for memory.
 bool MayAllocate(std::size_t size, const void* caller) noexcept;
 
 // Keeps the number of live blocks.
 void AddLiveBlocks(std::ptrdiff_t count) noexcept;
 
-// What an allocation of that block gives, or one that failed.
+// Counts the block of an allocation, null if it failed, and returns it.
 inline void* Counted(void* block) noexcept {
     AddLiveBlocks(block != nullptr ? 1 : 0);
     return block;
 }
 
-// What an allocation that is to fail gives.
+// The result of an allocation that must fail.
 inline void* OutOfMemory() noexcept {
     errno = ENOMEM;
     return nullptr;
 }
 
-// The rest is the port's.
+// The rest is implemented by the port.
 
-// From its return on, allocations pass by MayAllocate.
+// After its return, allocations call MayAllocate.
 void InterposeAllocations();
 
 // A number that no other running thread has, and never 0. Allocates nothing.

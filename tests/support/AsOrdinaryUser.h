@@ -1,4 +1,4 @@
-// Acts for a while as somebody whom rights and marks of files bind.
+// Acts within a scope as a user to whom file permissions apply.
 #pragma once
 
 #if !defined(_WIN32)
@@ -11,7 +11,7 @@ namespace quillet::test {
 
 #if defined(_WIN32)
 
-// The mark of a read-only file binds everybody.
+// The read-only attribute applies to all users.
 class AsOrdinaryUser {
 public:
     AsOrdinaryUser() {}
@@ -23,7 +23,7 @@ public:
 
 #else
 
-// Nothing binds the superuser.
+// Permissions do not apply to the superuser.
 class AsOrdinaryUser {
 public:
     AsOrdinaryUser() : m_switched(::geteuid() == 0 && ::seteuid(Nobody) == 0) {}

@@ -1,5 +1,5 @@
-// Catalogs for the tests of the database: documents made of parts, databases opened in both ways of reading,
-// and their content as text.
+// Catalogs for database tests: documents built from parts, databases opened in both ways of reading, and
+// their contents as text.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ inline std::unique_ptr<DbDatabase> Open(const std::filesystem::path& path, Readi
     return database;
 }
 
-// Whether the line is one that reading a sound catalog writes.
+// Whether reading a valid catalog writes the line.
 inline bool IsRoutine(const std::string& line) {
     for (const char* part : {" created, index = ", " xml source extracted in ", " data parsed in: "}) {
         if (line.find(part) != std::string::npos) {
@@ -84,7 +84,7 @@ inline Strings FieldNames(DbDatabase& database, const CString& table) {
     return names;
 }
 
-// Each row with blanks between its cells, as far as the structure reaches.
+// Each row with blanks between its cells, for the fields of the structure.
 inline Strings RowsOf(DbTableData& data) {
     Strings rows;
     for (uint64 i = 0; i < data.size(); ++i) {
@@ -103,8 +103,8 @@ inline Strings RowsOf(DbDatabase& database, const CString& table) {
     return data == nullptr ? Strings{"no table"} : RowsOf(*data);
 }
 
-// All tables in their order: names, fields, and rows with the types of their values. A change in any of these
-// is a change of the text.
+// All tables in their order: names, fields, and rows with the types of their values. Any change in these
+// changes the text.
 inline std::string Dump(DbDatabase& database) {
     std::string text;
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
@@ -126,7 +126,7 @@ inline std::string Dump(DbDatabase& database) {
     return text;
 }
 
-// The message of the DbException that the call throws; empty where it throws none.
+// The message of the DbException that the call throws; empty if it throws none.
 template <typename Call>
 std::string ThrownMessage(Call call) {
     try {
@@ -139,7 +139,7 @@ std::string ThrownMessage(Call call) {
     return {};
 }
 
-// Puts the process-wide settings back.
+// Restores the process-wide settings.
 class StaticsGuard {
 public:
     StaticsGuard() = default;

@@ -1,4 +1,4 @@
-// Random texts, to hold collation keys against the comparison.
+// Random texts, to check collation keys against the comparison.
 #pragma once
 
 #include <algorithm>
@@ -65,7 +65,7 @@ inline WideString UnitsOf(const std::vector<Range>& ranges) {
     return units;
 }
 
-// Units of texts whose keys have the order of the comparison.
+// Characters of texts whose keys sort like the comparison.
 inline std::vector<WideString> PlainAlphabets() {
     constexpr Range Ascii = {0x20, 0x7E};
     return {
@@ -85,7 +85,7 @@ inline std::vector<WideString> PlainAlphabets() {
     };
 }
 
-// Units of texts that may be equal in other characters, or whose keys may have another order.
+// Characters of texts that may equal texts of other characters, or whose keys may sort differently.
 inline std::vector<WideString> OtherAlphabets() {
     return {
         UnitsOf({{0, 0x24F}}),
@@ -107,7 +107,7 @@ inline std::vector<WideString> OtherAlphabets() {
     };
 }
 
-// Pairs of texts that differ in little: a unit more, less or changed, two that change places.
+// Pairs of texts with small differences: one character inserted, removed or changed, or two swapped.
 class TextPairs {
 public:
     explicit TextPairs(unsigned seed) : m_numbers(seed) {}
@@ -172,7 +172,7 @@ inline bool IsKept(const WideString& left, const WideString& right) {
     return compared != HRESULT{VARCMP_EQ} || leftKey.m_bytes == rightKey.m_bytes;
 }
 
-// Descriptions of pairs of texts whose keys do not keep what they promise; empty where all do.
+// Descriptions of pairs of texts whose keys are wrong; empty if all are right.
 inline std::string WrongKeys(const std::vector<WideString>& alphabets, int rounds, unsigned seed) {
     std::string wrong;
     TextPairs pairs(seed);

@@ -1,4 +1,4 @@
-// A structure that tells how many filters it holds.
+// A structure that counts its filters.
 #pragma once
 
 #include <memory>
@@ -8,7 +8,7 @@
 
 namespace quillet::test {
 
-// A filter that counts as long as it lives.
+// A filter that is counted during its lifetime.
 class CountedFilter : public DbFilter {
 public:
     CountedFilter(const DbFilter& other, int& alive) : DbFilter(other), m_alive(alive) { ++m_alive; }
@@ -20,7 +20,7 @@ private:
     int& m_alive;
 };
 
-// A structure that knows how many filters it holds, and how many were made.
+// A structure that counts the filters it holds and those created.
 class CountingDescr : public DbTableDescr {
 public:
     using DbTableDescr::DbTableDescr;

@@ -1,4 +1,4 @@
-// A base of automation objects that tests make up.
+// A base for fake automation objects.
 #pragma once
 
 #include "Quillet/platform/Automation.h"

@@ -1,4 +1,4 @@
-// Folders and files whose paths may be of any length, also where the standard library's may not.
+// Folders and files with paths of any length, even where the standard library limits them.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ namespace quillet::test {
 
 #if defined(_WIN32)
 
-// The form of a path that may be longer than MAX_PATH.
+// The form of a path that allows more than MAX_PATH characters.
 inline std::filesystem::path WithoutLimit(const std::filesystem::path& path) {
     std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
     full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
@@ -41,13 +41,13 @@ inline std::vector<std::filesystem::path> NamesIn(const std::filesystem::path& f
 inline void RemoveTree(const std::filesystem::path& path) {
     const std::filesystem::path name = WithoutLimit(path);
     const DWORD attributes = GetFileAttributesW(name.c_str());
-    // What is marked read-only can't be removed.
+    // Read-only files can't be removed.
     SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
         DeleteFileW(name.c_str());
         return;
     }
-    // What stands behind a link is none of the tree.
+    // The target of a link is not part of the tree.
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         for (const std::filesystem::path& child : NamesIn(path)) {
             RemoveTree(path / child);
@@ -81,7 +81,7 @@ inline void RemoveTree(const std::filesystem::path& path) {
 
 #endif
 
-// Makes folders one in the other until the path of the last, which is given, has so many characters or more.
+// Creates nested folders until the path of the innermost has at least that many characters. Returns the path.
 inline std::filesystem::path MakeDeepFolder(std::filesystem::path folder, std::size_t length) {
     while (folder.native().size() < length) {
         folder /= std::string(100, 'f');

@@ -1,5 +1,5 @@
-// Documents of the system's XML parser, driven as a host drives them: late-bound. And nodes of any document
-// object model as text.
+// Documents of the system's XML parser, called late-bound as a host does, and nodes of any document object
+// model as text.
 #pragma once
 
 #include <objbase.h>
@@ -12,7 +12,7 @@
 
 namespace quillet::test {
 
-// COM on this thread, as long as the object lives.
+// COM on this thread, for the object's lifetime.
 class ComApartment {
 public:
     ComApartment() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
@@ -28,7 +28,7 @@ private:
     HRESULT m_result;
 };
 
-// Every call succeeds, or throws.
+// Every call throws on failure.
 class MsxmlDocument {
 public:
     MsxmlDocument() {
@@ -97,7 +97,7 @@ private:
 };
 
 // A node and all below it, one line each, as the object model itself reports them: the type, the name, the
-// value and the attributes in their order. Values are quoted as C++ would have them.
+// value and the attributes in their order. Values are quoted as in C++.
 inline std::string Outline(IDispatch* node, const std::string& indent = {}) {
     const auto printed = [](IDispatch* object) {
         const Answer name = Ask(object, "nodeName");
@@ -127,7 +127,7 @@ inline CComPtr<IDispatch> ChildAt(const CComPtr<IDispatch>& node, int position) 
     return child;
 }
 
-// How many references there are to an object besides the one that asks.
+// The number of references to an object besides the caller's.
 inline ULONG ReferencesOf(IDispatch* object) {
     object->AddRef();
     return object->Release();

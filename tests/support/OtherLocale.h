@@ -1,4 +1,4 @@
-// A locale that tests set, to see what becomes of it.
+// A locale that tests set, to see whether it is changed.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 namespace quillet::test {
 
-// Sets a character type locale other than "C", and "C" again at the end.
+// Sets a character type locale other than "C", and resets it to "C" at the end.
 class OtherLocale {
 public:
     OtherLocale() {
@@ -26,7 +26,7 @@ public:
 
     static std::string Now() { return std::setlocale(LC_CTYPE, nullptr); }
     // Whether nothing has set the locale since.
-    bool Stands() const { return Now() == m_name; }
+    bool IsUnchanged() const { return Now() == m_name; }
 
 private:
     std::string m_name;

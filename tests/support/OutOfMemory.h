@@ -1,4 +1,4 @@
-// Steps that happen whole or not at all, whichever allocation fails.
+// Steps that happen completely or not at all, whichever allocation fails.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,12 +15,12 @@
 namespace quillet::test {
 
 struct Attempt {
-    // Whether an allocation failed, and whether the step came to its end all the same.
+    // Whether an allocation failed, and whether the step still completed.
     bool m_ranOut = false;
     bool m_isDone = false;
 };
 
-// Calls the step with an allocation failing.
+// Runs the step with a failing allocation.
 template <typename Step>
 Attempt Try(std::size_t failing, Failing which, const Step& step, Callers whose = Callers::All) {
     Attempt attempt;
@@ -37,11 +37,11 @@ Attempt Try(std::size_t failing, Failing which, const Step& step, Callers whose 
     return attempt;
 }
 
-// Calls run(failing, which), which makes an attempt and judges it, for every allocation of the step, first
-// failing alone and then with all later ones. It returns the attempt. No run may keep memory.
+// Calls run(failing, which) for every allocation of the step, which fails first alone and then with all later
+// ones. run makes an attempt, checks its result and returns the attempt. No run may leak memory.
 template <typename Run>
 void SweepAttempts(const Run& run) {
-    // What is made once in a process is made before.
+    // These create what is created once per process.
     run(0, Failing::Once);
     run(1, Failing::Once);
     for (const Failing which : {Failing::Once, Failing::FromThereOn}) {
@@ -57,9 +57,9 @@ void SweepAttempts(const Run& run) {
     }
 }
 
-// make() gives a pointer to a subject, change() does the step, and show() gives what can be seen of the
-// subject as text. Whichever allocation of the step fails: where it throws, the subject looks as before, and
-// takes the step a second time; where it returns, the subject looks as with memory enough.
+// make() returns a pointer to a subject, change() does the step, and show() returns the visible state of the
+// subject as text. Whichever allocation of the step fails: if the step throws, the subject is unchanged, and
+// the step succeeds when it is repeated; if it returns, the result is the same as with enough memory.
 template <typename Make, typename Change, typename Show>
 void ExpectWholeOrNotAtAll(const Make& make, const Change& change, const Show& show) {
     std::string before;
@@ -82,7 +82,7 @@ void ExpectWholeOrNotAtAll(const Make& make, const Change& change, const Show& s
     });
 }
 
-// One parameter of a test of such steps.
+// A parameter of tests of such steps.
 template <typename Subject>
 struct Step {
     using Action = std::function<void(Subject&)>;
@@ -94,7 +94,7 @@ struct Step {
         : m_name(name), m_prepare(std::move(prepare)), m_change(std::move(change)) {}
 
     const char* m_name;
-    // Makes the subject ready for the step.
+    // Prepares the subject for the step.
     Action m_prepare;
     Action m_change;
 };
@@ -104,7 +104,7 @@ void PrintTo(const Step<Subject>& step, std::ostream* out) {
     *out << step.m_name;
 }
 
-// The same for a parameter, where make() gives a subject that is not prepared yet.
+// The same for a parameter; make() returns an unprepared subject.
 template <typename Subject, typename Make, typename Show>
 void ExpectStepWholeOrNotAtAll(const Step<Subject>& step, const Make& make, const Show& show) {
     const auto prepared = [&] {
@@ -115,7 +115,7 @@ void ExpectStepWholeOrNotAtAll(const Step<Subject>& step, const Make& make, cons
     ExpectWholeOrNotAtAll(prepared, step.m_change, show);
 }
 
-// Takes a step that must not need memory.
+// Runs an action that must not need memory.
 template <typename Action>
 void ExpectNoAllocation(const Action& action) {
     AllocationPlan plan(1, Failing::FromThereOn);

@@ -5,8 +5,8 @@
 
 namespace quillet::test {
 
-// An object with one of the library's as its part: it counts the references to both. It is no reference to
-// the part itself.
+// An object with one of the library's as its part. It counts the references to both, but does not own the
+// part.
 class OuterObject final : public IUnknown {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {

@@ -1,5 +1,5 @@
-// What databases, cursors and definitions do, in the plainest way: every list is walked, nothing is kept that
-// can be worked out. The tests compare the library with it.
+// A reference model of databases, cursors and definitions: linear searches, and nothing is cached. The tests
+// compare the library with it.
 //
 // Fields are named a, b, c and d, of the types long, text, double and long; a table has the first few of
 // them.
@@ -35,7 +35,7 @@ struct PlainStoredRow {
 struct PlainRows {
     using Storage = std::vector<std::shared_ptr<PlainStoredRow>>;
 
-    // Null where there is none.
+    // Null if there is none.
     PlainStoredRow* At(std::uint64_t position) const {
         return position < m_order.size() && m_order[position] < m_storage->size()
                    ? (*m_storage)[m_order[position]].get()
@@ -63,7 +63,7 @@ struct PlainIndex {
     std::string m_name;
     std::vector<std::string> m_fields;
     std::vector<std::uint64_t> m_order;
-    // For what, and for which state of it, the order was made.
+    // The table, and its version, that the order was built for.
     const PlainContents* m_table = nullptr;
     long m_version = -1;
 };
@@ -85,7 +85,7 @@ struct PlainContents {
         return {type == 't' ? PlainValue::Text("") : PlainValue::Number(type, 0)};
     }
 
-    // The rows that there are, each with its position behind the cells where that is asked for.
+    // The existing rows, each with its position after the cells if that is requested.
     PlainTable Seen(bool areNumbered) const {
         PlainTable table;
         table.m_name = m_name;
@@ -131,7 +131,7 @@ struct PlainContents {
     long m_stamp = 0;
     std::vector<std::string> m_fields;
     std::shared_ptr<PlainRows> m_rows;
-    // Another one after every change.
+    // Changes with every change.
     long m_version = 0;
     std::map<std::string, std::shared_ptr<PlainIndex>> m_indexes;
 };
@@ -154,7 +154,7 @@ public:
         return nullptr;
     }
 
-    // Whether a query stands on the table.
+    // Whether a query depends on the table.
     bool IsRelated(const Table& query, const Table& table) const {
         const Table related = query->m_isQuery ? query->m_related.lock() : nullptr;
         return related != nullptr && (related == table || IsRelated(related, table));
@@ -291,12 +291,12 @@ public:
 
     // ---- Queries
 
-    // Whether the text was taken apart, whatever came of the answer.
+    // Whether the text was analysed successfully, whatever the answer.
     static bool IsAnalysed(const PlainQuery& query) {
         return std::count(query.Lines().begin(), query.Lines().end(), "SQL Analyze - ok") == 1;
     }
 
-    // What asking for the contents does.
+    // What a request for the contents does.
     void RefreshAlone(const Table& table) {
         Call call;
         Refresh(table, call);
@@ -313,7 +313,7 @@ public:
     }
 
 private:
-    // What was brought up to date by one call of a caller.
+    // The queries refreshed by one call.
     using Call = std::set<const PlainContents*>;
 
     static void Touch(PlainContents& table) { table.m_version = ++s_version; }
@@ -338,7 +338,7 @@ private:
                (related->m_isQuery ? IsSync(*related) : query.m_stamp == related->m_version);
     }
 
-    // The word behind FROM.
+    // The word after FROM.
     static std::string SourceOf(const std::string& sql) {
         const std::string text = PlainLower(sql);
         const std::size_t from = text.find(" from ");
@@ -461,14 +461,14 @@ inline bool PlainMatches(const PlainValue& key, const PlainCell& cell) {
     return PlainEqualIgnoringCase(key, cell.m_value);
 }
 
-// A cursor over a table. A database that is gone is null, and its tables are gone with it.
+// A cursor over a table. A database that was deleted is null, and its tables are deleted too.
 class PlainCursor {
 public:
     using Table = PlainDatabase::Table;
 
     enum Mode { None, Add, Change };
 
-    // Whether variables follow the fields a and b.
+    // Whether variables are bound to the fields a and b.
     explicit PlainCursor(bool isBound) : m_isBound(isBound) {}
 
     bool Open(PlainDatabase* database, const std::string& sql) {
@@ -485,7 +485,7 @@ public:
         m_name = name;
         m_table = table;
         if (m_isBound) {
-            // A table has a first and then b, or does not have them.
+            // The fields a and b, if a table has them, are the first two.
             m_hasA = m_hasA || table->Find("a") == 0;
             m_hasB = m_hasB || table->Find("b") == 1;
         }
@@ -657,7 +657,7 @@ public:
         return row != nullptr;
     }
 
-    // The first place where the keys are; nothing where there is none.
+    // The first position with the keys; nothing if there is none.
     std::optional<std::int64_t> Seek(const std::vector<PlainValue>& keys) const {
         for (std::size_t place = 0; place < m_index.lock()->m_order.size(); ++place) {
             if (MatchesAt(static_cast<std::int64_t>(place), keys)) {
@@ -726,7 +726,7 @@ public:
     std::map<std::size_t, PlainValue> m_pending;
     std::int64_t m_lastModified = 0;
     Mode m_mode = None;
-    // Whether the variables are bound, and what they hold.
+    // Whether the variables are bound, and their values.
     bool m_hasA = false;
     bool m_hasB = false;
     int m_a = 0;

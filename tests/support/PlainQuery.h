@@ -1,5 +1,5 @@
-// What a query text means, read in the plainest way: one character, token, row and cell at a time. The tests
-// compare the library with it.
+// A reference implementation of queries, as plain as possible: one character, token, row and cell at a time.
+// The tests compare the library with it.
 #pragma once
 
 #include <cmath>
@@ -45,7 +45,7 @@ private:
     WCHAR At(std::size_t at) const { return at < m_text.size() ? m_text[at] : WCHAR(0); }
     bool IsOneOf(WCHAR unit, WideView units) const { return unit != 0 && units.find(unit) != WideView::npos; }
 
-    // Where the pair that the character belongs to begins; its own position where it belongs to none.
+    // The position of the pair that the character belongs to; its own position if it belongs to none.
     std::size_t BeginOfPair(std::size_t at) const {
         std::size_t begin = at;
         while (begin > 0 && IsOneOf(m_text[begin - 1], OLESTR("<>="))) {
@@ -64,7 +64,7 @@ private:
         return (IsOneOf(At(at), OLESTR("<>=")) && At(at + 1) == '=') || (At(at) == '<' && At(at + 1) == '>');
     }
 
-    // Puts the blanks around the operator at a position and returns where it ends then.
+    // Puts blanks around the operator at a position and returns its new end.
     std::size_t Space(std::size_t at) {
         const std::size_t begin = BeginOfPair(at);
         const bool pair = IsPair(begin);
@@ -96,7 +96,7 @@ struct PlainValue {
     char m_type = '0';
     double m_number = 0;
     std::string m_text;
-    // Goes with copies; conditions and repetitions don't look at it.
+    // Copied with the value; conditions and duplicate checks ignore it.
     bool m_isFlaggedNull = false;
 
     static PlainValue Number(char type, double number) { return {type, number, {}}; }
@@ -116,7 +116,7 @@ inline std::string PlainLower(std::string text) {
     return text;
 }
 
-// Letters and digits only: the alphabet decides, then lower case stands before upper.
+// Letters and digits only: alphabetical, then lower case before upper.
 inline bool PlainTextLess(const std::string& left, const std::string& right) {
     if (PlainLower(left) != PlainLower(right)) {
         return PlainLower(left) < PlainLower(right);
@@ -167,7 +167,7 @@ struct PlainTable {
     }
 };
 
-// By lowered name.
+// By lower-case name.
 using PlainTables = std::map<std::string, PlainTable>;
 
 struct PlainOperand {
@@ -211,8 +211,8 @@ struct PlainToken {
     std::size_t m_condition = 0;
 };
 
-// Inserts where a search by halves finds the place; compare(other) is negative where the value goes before
-// the other, and zero where it takes the other's place.
+// Inserts where a binary search finds the position; compare(other) is negative if the value goes before the
+// other, and zero if it takes the other's position.
 template <typename Value, typename Compare>
 void PlainInsert(std::vector<Value>& values, const Value& value, const Compare& compare) {
     std::ptrdiff_t low = 0;
@@ -252,7 +252,7 @@ public:
     }
 
     bool IsGood() const { return m_good; }
-    // Whether a table as it stands is the answer, and which.
+    // The table that is itself the answer, if there is one.
     bool IsTable() const { return m_isTable; }
     const PlainTable& Answered() const { return m_answer; }
     // The lines of the analysis.
@@ -477,7 +477,7 @@ private:
         return open == 0;
     }
 
-    // Operators wait until a bracket or the end comes, and the last that came goes first.
+    // Operators wait until a bracket or the end, and are then taken last in, first out.
     bool Meets(const PlainRow& row) const {
         std::vector<PlainToken> waiting;
         std::vector<PlainToken> postfix;
@@ -535,7 +535,7 @@ private:
         return same || m_fields.front() == "*";
     }
 
-    // The positions of the fields; nothing where one is unknown.
+    // The positions of the fields; nothing if one is unknown.
     std::vector<int> Positions(const PlainTable& source, const std::vector<std::string>& names) {
         std::vector<int> positions;
         for (const std::string& name : names) {

@@ -1,4 +1,4 @@
-// Values of the plain rules as the library's, and both as text.
+// Values of the reference model as the library's, and both as text.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// Stands in front of the allocations of the C library, which can also be called by second names, or of those
-// of a sanitizer. There operator new does not come by malloc, so it is replaced too.
+// Replaces the allocations of the C library, which can still be called by their second names, or of a
+// sanitizer. There, operator new does not call malloc, so it is replaced too.
 #include <link.h>
 
 #include <algorithm>
@@ -44,7 +44,7 @@ constinit OurCode s_ourCode;
 
 bool IsOurLibrary(std::string_view path) {
     constexpr std::array<std::string_view, 4> Names = {"libIQuillet", "libstdc++", "libpugixml", "libcsv"};
-    // The program itself has no name.
+    // The program itself has an empty name.
     const std::string_view file = path.substr(path.find_last_of('/') + 1);
     return file.empty() || std::any_of(Names.begin(), Names.end(), [&](std::string_view name) {
                return file.substr(0, name.size()) == name;
@@ -69,7 +69,7 @@ int AddCode(dl_phdr_info* library, std::size_t, void* context) {
 }  // namespace
 
 void InterposeAllocations() {
-    // The linker has done that; only the libraries must be known.
+    // The linker has done that; only the code of the libraries must be found.
     if (s_ourCode.count == 0) {
         dl_iterate_phdr(AddCode, &s_ourCode);
     }
@@ -160,7 +160,7 @@ void* New(std::size_t size, std::align_val_t alignment, const void* caller) noex
                : nullptr;
 }
 
-// As the C++ run-time's own does, with the program's handler.
+// As the C++ run-time does, with the program's new-handler.
 template <typename... Arguments>
 void* NewOrThrow(Arguments... arguments) {
     for (;;) {

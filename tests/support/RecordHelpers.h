@@ -1,4 +1,4 @@
-// Records for tests: columns by name and value and tables of them.
+// Records for tests: columns by name and value, and tables of them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ DBACCESS_COLUMN Column(const CString& name, const Value& value) {
     return column;
 }
 
-// One of the code of 16-bit integers.
+// A column with the code of 16-bit integers.
 inline DBACCESS_COLUMN IntegerColumn(const CString& name, int value) {
     DBACCESS_COLUMN column(name);
     column.m_type = DBACCESS_COLUMN::Integer;

@@ -8,14 +8,14 @@
 
 namespace quillet::test {
 
-// The pattern describes the whole text.
+// The pattern matches the whole text.
 MATCHER_P(MatchesPattern, pattern,
           (negation ? "does not match the pattern " : "matches the pattern ") +
               testing::PrintToString(pattern)) {
     return std::regex_match(std::string(arg), std::regex(pattern));
 }
 
-// The pattern describes a part of the text.
+// The pattern matches a part of the text.
 MATCHER_P(ContainsPattern, pattern,
           (negation ? "does not contain the pattern " : "contains the pattern ") +
               testing::PrintToString(pattern)) {

@@ -1,4 +1,5 @@
-// Rows without a table for tests of what works on many rows, and columns of random values to fill them with.
+// Rows without a table, for tests of algorithms over many rows, and columns of random values to fill them
+// with.
 #pragma once
 
 #include <cmath>
@@ -16,7 +17,7 @@
 
 namespace quillet::test {
 
-// A cell that counts how often it is read.
+// A cell that counts its reads.
 class CountedCell : public DbFieldValue {
 public:
     explicit CountedCell(DbItem* parent) : DbFieldValue(parent) {}
@@ -84,7 +85,7 @@ private:
     std::mt19937 m_numbers;
 };
 
-// A kind of values that a field may hold.
+// A distribution of values for a field.
 struct Filling {
     const char* m_name;
     std::function<CComVariant(Chance&)> m_draw;
@@ -125,7 +126,7 @@ inline Filling TextsOf(const char* name, const std::vector<unsigned>& units, std
     return {name, [=](Chance& chance) { return CComVariant(chance.Text(units, longest)); }};
 }
 
-// One value in so many is the other one.
+// One value in that many is the other one.
 inline Filling WithSome(const char* name, const Filling& filling, const CComVariant& other, unsigned oneIn) {
     return {name, [=](Chance& chance) { return chance.Below(oneIn) == 0 ? other : filling.m_draw(chance); }};
 }
@@ -196,7 +197,7 @@ inline std::string FillingName(const testing::TestParamInfo<Filling>& info) {
     return info.param.m_name;
 }
 
-// So many rows of the fillings' fields; now and then a row is too short.
+// A number of rows with the fillings' fields; some rows are too short.
 inline RowSet RandomRows(Chance& chance, std::size_t count, const std::vector<Filling>& fillings) {
     constexpr unsigned OneShortRowIn = 50;
     RowSet rows;

@@ -1,4 +1,5 @@
-// Runs the program under test as a user would: by a command line, with what it printed and its exit status.
+// Runs the program under test as a user would, with a command line. The result has its output and its exit
+// status.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,12 +18,12 @@ struct RunResult {
 };
 
 struct RunConditions {
-    // The locale of the environment, where it is in force; that of the test where it is empty.
+    // The locale for the environment, where programs use it; the test's own if it is empty.
     std::string m_locale;
-    // The superuser may read and write everything. Where nobody else can be taken, the status is that of a
+    // The superuser may read and write everything. If no other user is available, the status is that of a
     // program that can't be run.
     bool m_asOrdinaryUser = false;
-    // Where standard output goes; where it is empty, into the result.
+    // The target of standard output; the result if it is empty.
     std::string m_outputTo;
 };
 

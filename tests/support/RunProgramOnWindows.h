@@ -8,10 +8,10 @@
 
 namespace quillet::test {
 
-// The locale is that of the user, whatever a program puts into the environment of another.
+// The locale is the user's, whatever the environment says.
 constexpr bool EnvironmentHasLocale = false;
 
-// Marks on files bind every user, so nobody else is taken.
+// File attributes apply to every user, so the user is not changed.
 inline RunResult RunProgram(const std::vector<std::string>& arguments, const TemporaryFolder& folder,
                             const RunConditions& conditions) {
     const std::filesystem::path output = folder / "stdout";

@@ -1,4 +1,4 @@
-// A database with one table whose rows take memory.
+// A database with one table whose rows need memory.
 #pragma once
 
 #include <memory>
@@ -9,8 +9,8 @@
 
 namespace quillet::test {
 
-// Table "Steel" with a field of each type, five rows and an index by number, which is the reverse of the
-// rows' own order.
+// Table "Steel" with a field of each type, five rows, and an index by number in the reverse order of the
+// rows.
 inline std::unique_ptr<DbDatabase> SteelDatabase() {
     auto database = std::make_unique<DbDatabase>();
     database->CreateTable("Steel", DbTableInfo::Table);

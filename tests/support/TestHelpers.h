@@ -1,4 +1,4 @@
-// What the tests of the model share: values at hand, the lines of a log, documents to save into.
+// Helpers for tests of the model: values, calls by name, documents to save into.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ inline CComVariant Long(LONG number) {
     return CComVariant(number);
 }
 
-// A boolean by its bits: VARIANT_TRUE is one of many values.
+// A boolean with any bits: VARIANT_TRUE is one of many values.
 inline CComVariant BooleanBits(VARIANT_BOOL bits) {
     CComVariant value(false);
     value.boolVal = bits;
@@ -64,7 +64,7 @@ inline void PrintTo(const ArrayContent& content, std::ostream* stream) {
             << " bytes: " << testing::PrintToString(content.m_bytes);
 }
 
-// What a byte array holds; a lower bound of -1 stands for a value that is none.
+// The contents of a byte array; a lower bound of -1 if the value is not one.
 inline ArrayContent ContentOf(const VARIANT& value) {
     ArrayContent content;
     LONG upper = 0;
@@ -90,7 +90,7 @@ inline std::string PrintedText(const DbFieldValue& value) {
     return text.ToUtf8();
 }
 
-// Units of any value, paired or not.
+// UTF-16 units of any value, paired or not.
 inline CString Units(std::initializer_list<unsigned> units) {
     WideString text;
     for (const unsigned unit : units) {

@@ -1,4 +1,4 @@
-// The fixture of all tests that run the program: a folder of their own with copies of the example catalogs.
+// The fixture of all tests that run the program: a temporary folder with copies of the example catalogs.
 #pragma once
 
 #include "Quillet/platform/File.h"
@@ -54,14 +54,15 @@ protected:
 
     RunResult Run(const std::vector<std::string>& arguments) const { return RunProgram(arguments, m_folder); }
 
-    // In a locale that has commas where others have points.
+    // In a locale with a decimal comma.
     RunResult RunWithCommas(const std::vector<std::string>& arguments) const {
         RunConditions conditions;
         conditions.m_locale = "de_DE.UTF-8";
         return RunProgram(arguments, m_folder, conditions);
     }
 
-    // Where the environment does not choose the locale, a number tells whether the user's is one with commas.
+    // Where the environment does not set the locale, a printed number shows whether the user's has a decimal
+    // comma.
     bool CanRunWithCommas() const {
         return EnvironmentHasLocale ||
                RunWithCommas({"show", CopyExample("materials.xml"), "Steel"}).m_output.find(" 0,3 ") !=
@@ -74,7 +75,7 @@ protected:
         return RunProgram(arguments, m_folder, conditions);
     }
 
-    // The system's own words for why a path can't be read.
+    // The system's message for why a path can't be read.
     static std::string WhyUnreadable(const std::string& path) {
         std::string why;
         EXPECT_EQ(platform::ReadWholeFile(path, &why), std::nullopt) << path;
@@ -82,7 +83,7 @@ protected:
         return why;
     }
 
-    // The system's own words for why no file can be made of a path.
+    // The system's message for why no file can be made of a path.
     static std::string WhyNoTarget(const std::string& path) {
         std::string why;
         EXPECT_EQ(platform::AtomicFile::Create(path, &why), nullptr) << path;
@@ -90,7 +91,7 @@ protected:
         return why;
     }
 
-    // Marks a file read-only for everybody; its folder is everybody's.
+    // Makes a file read-only for everybody, and its folder writable for everybody.
     void WriteProtect(const std::string& name) const {
         using std::filesystem::perms;
         std::filesystem::permissions(m_folder.Path(), perms::all);
@@ -98,7 +99,7 @@ protected:
                                      perms::owner_read | perms::group_read | perms::others_read);
     }
 
-    // Runs a command that must succeed in silence on standard error; gives what it printed.
+    // Runs a command that must succeed without messages on standard error. Returns its output.
     std::string Output(const std::vector<std::string>& arguments) const {
         const RunResult result = Run(arguments);
         EXPECT_EQ(result.m_status, 0) << result.m_errors;
@@ -106,8 +107,8 @@ protected:
         return result.m_output;
     }
 
-    // Runs a command that must fail with one line on standard error, which is given without its beginning and
-    // end.
+    // Runs a command that must fail with one line on standard error. Returns the line without the prefix and
+    // the line end.
     std::string Failure(const std::vector<std::string>& arguments, int status = 1) const {
         const RunResult result = Run(arguments);
         EXPECT_EQ(result.m_status, status);

@@ -1,4 +1,4 @@
-// Variants for tables of cases: written as constants, made real for a call, compared as readable text.
+// Variants for tables of test cases: constants, converted for a call, compared as readable text.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@ constexpr LCID German = 0x0407;
 constexpr LCID French = 0x040C;
 constexpr LCID Swedish = 0x041D;
 
-// Whether the system's automation library is Wine's, which differs from the published rules in places.
+// Whether the system's automation library is Wine's, which differs from the documented rules in places.
 inline bool IsWine() {
 #if defined(_WIN32)
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
@@ -25,15 +25,15 @@ inline bool IsWine() {
 #endif
 }
 
-// Whether the port has every automation type and every array, as the system's own library does. A port
-// without such a library has what catalogs hold.
+// Whether the port supports every automation type and every array, as the system's library does. A port
+// without such a library supports what catalogs contain.
 #if defined(_WIN32)
 constexpr bool HasEveryType = true;
 #else
 constexpr bool HasEveryType = false;
 #endif
 
-// A variant as a table can hold it.
+// A variant for a table of cases.
 struct Value {
     VARTYPE type = VT_EMPTY;
     long long integer = 0;
@@ -47,7 +47,7 @@ constexpr Value Empty() {
 constexpr Value Null() {
     return {VT_NULL, 0, 0, nullptr};
 }
-// Of any integer type; 64-bit values without sign are given by their bits.
+// Of any integer type; unsigned 64-bit values are given by their bits.
 constexpr Value Whole(VARTYPE type, long long value) {
     return {type, value, 0, nullptr};
 }
@@ -169,7 +169,7 @@ inline std::string Describe(const Value& value) {
     return Describe(*variant);
 }
 
-// The names of the rows of a table of cases, each once: rows of one name make one test.
+// The names of the rows of a table of cases, each once: rows with the same name form one test.
 template <typename Case, std::size_t Count>
 std::vector<std::string> NamesOf(const Case (&cases)[Count]) {
     std::vector<std::string> names;

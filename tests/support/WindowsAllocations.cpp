@@ -1,4 +1,4 @@
-// Changes the import tables of the program, of IQuillet.dll and of the C++ run-time, so that their calls into
+// Changes the import tables of the program, of IQuillet.dll and of the C++ run-time, so that their calls of
 // the C library and the automation library come here first.
 #include <windows.h>
 
@@ -15,7 +15,7 @@ namespace quillet::test {
 
 namespace {
 
-// The functions in front of which ours stand.
+// The replaced functions.
 decltype(&::malloc) s_malloc;
 decltype(&::calloc) s_calloc;
 decltype(&::realloc) s_realloc;
@@ -32,7 +32,7 @@ decltype(&::VariantChangeTypeEx) s_VariantChangeTypeEx;
 decltype(&::VarBstrFromR4) s_VarBstrFromR4;
 decltype(&::VarBstrFromR8) s_VarBstrFromR8;
 
-// All three modules are ours.
+// All three modules count as ours.
 bool MayAllocateHere(std::size_t size = 0) noexcept {
     return MayAllocate(size, nullptr);
 }
@@ -165,7 +165,7 @@ void Write(ULONGLONG& entry, void* replacement) {
     VirtualProtect(&entry, sizeof entry, protection, &protection);
 }
 
-// Some functions are imported by number, so they are told by their addresses.
+// Some functions are imported by ordinal, so functions are identified by address.
 void ReplaceImportsFrom(HMODULE exporter, IMAGE_THUNK_DATA64* entry) {
     for (; entry->u1.Function != 0; ++entry) {
         for (const Replacement& replaced : Replacements()) {
@@ -186,9 +186,9 @@ void ReplaceImports(HMODULE importer) {
     }
 }
 
-// The run-time makes room for a thread's exceptions when the first is thrown, and for the lock of its reserve
-// when an exception finds no other memory, and ends the process where there is none. So both happen once
-// while there is some: failing names the allocation of the exception.
+// The run-time allocates memory for a thread's exceptions when the first is thrown, and for the lock of its
+// emergency pool when an exception finds no other memory, and ends the process if it gets none. So both
+// happen once while there is memory: failing is the number of the exception's allocation.
 void Throw(std::size_t failing) {
     const AllocationPlan plan(failing);
     try {

@@ -1,4 +1,4 @@
-// A file that somebody has open, with as much sharing as he likes.
+// A file that is kept open, with any sharing mode.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-// Other programs, run through the system's own call, since the shell knows the characters of one code page
-// only.
+// Other programs, started by the system call, since the shell supports only the characters of one code page.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,7 +15,7 @@ inline platform::WideString WideOf(const std::string& text) {
     return platform::WideString(CString(text).View());
 }
 
-// Backslashes count as two before a quotation mark, and only there.
+// Backslashes must be doubled before a quotation mark, and only there.
 inline platform::WideString QuotedArgument(const platform::WideString& argument) {
     platform::WideString quoted = L"\"";
     std::size_t backslashes = 0;
@@ -30,7 +29,7 @@ inline platform::WideString QuotedArgument(const platform::WideString& argument)
     return quoted.append(backslashes, L'\\') + L'"';
 }
 
-// A file that the program gets as one of its standard streams.
+// A file for one of the program's standard streams.
 class InheritedFile {
 public:
     InheritedFile(const std::filesystem::path& path, DWORD access, DWORD disposition) {
@@ -49,7 +48,7 @@ private:
     HANDLE m_handle;
 };
 
-// A program that was started with files for what it prints. It runs on when the object is gone.
+// A program started with files for its output. It keeps running when the object is destroyed.
 class StartedProcess {
 public:
     StartedProcess(const platform::WideString& commandLine, const InheritedFile& output,
@@ -63,7 +62,7 @@ public:
         startup.hStdError = errors.Get();
         PROCESS_INFORMATION process;
         DWORD error = Start(commandLine, startup, process);
-        // On a busy machine a process of Wine sometimes ends before its program begins.
+        // On a busy machine, a Wine process sometimes ends before its program starts.
         for (int attempt = 1; error == ERROR_INTERNAL_ERROR && attempt < MostAttempts; ++attempt) {
             Sleep(MillisecondsBetweenAttempts);
             error = Start(commandLine, startup, process);
@@ -81,7 +80,7 @@ public:
 
     HANDLE Handle() const { return m_handle; }
     bool IsRunning() const { return WaitForSingleObject(m_handle, 0) == WAIT_TIMEOUT; }
-    // The exit status, when the program is done; that of a program that can't be run where it could not be
+    // The exit status after the program has ended; that of a program that can't be run if it could not be
     // started.
     int Status() const {
         WaitForSingleObject(m_handle, INFINITE);
@@ -97,8 +96,7 @@ private:
     // The system's error. The command line is taken by value, since the system may write into it.
     static DWORD Start(platform::WideString commandLine, STARTUPINFOW& startup,
                        PROCESS_INFORMATION& process) {
-        // A console, also one without a window, would be a program of its own and hold the streams for
-        // longer.
+        // A console, even without a window, would be a separate program and keep the streams open for longer.
         const BOOL isStarted = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
                                               DETACHED_PROCESS, nullptr, nullptr, &startup, &process);
         return isStarted != 0 ? ERROR_SUCCESS : GetLastError();

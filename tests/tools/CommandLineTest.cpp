@@ -1,4 +1,4 @@
-// What holds for every command: options, help, exit statuses, files that are none.
+// What all commands share: options, help, exit statuses, missing files.
 #include <gmock/gmock.h>
 
 #include "support/RegexMatchers.h"

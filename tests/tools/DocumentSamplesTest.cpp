@@ -1,4 +1,4 @@
-// Runs the samples of the documents, which have to show what the program prints.
+// Runs the samples of the documents and compares their output with the documents.
 #include <gmock/gmock.h>
 
 #include <sstream>
@@ -9,14 +9,14 @@
 namespace quillet::test {
 namespace {
 
-// A command of a document and what the document says that it prints.
+// A command of a document, and the output that the document shows.
 struct Sample {
     std::size_t m_line;
     std::string m_command;
     std::string m_output;
 };
 
-// The commands of the ```console blocks: lines that begin with "$ ", each with the lines behind it.
+// The commands of the ```console blocks: lines that begin with "$ ", each with the lines after it.
 std::vector<Sample> ReadSamples(const std::filesystem::path& document) {
     std::vector<Sample> samples;
     std::istringstream lines(ReadBytes(document));
@@ -35,7 +35,7 @@ std::vector<Sample> ReadSamples(const std::filesystem::path& document) {
     return samples;
 }
 
-// The words of a command; a word with blanks stands in quotation marks.
+// The words of a command; a word with blanks is in quotation marks.
 std::vector<std::string> WordsOf(const std::string& command) {
     std::vector<std::string> words(1);
     bool isQuoted = false;

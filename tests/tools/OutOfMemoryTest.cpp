@@ -1,5 +1,4 @@
-// The commands with every allocation failing once: none crashes, loses a file, or says that it did what it
-// did not.
+// The commands with every allocation failing once: none crashes, loses a file, or falsely reports success.
 #include <gmock/gmock.h>
 
 #include <cstdio>
@@ -44,7 +43,7 @@ protected:
     std::string Path(const char* name) const { return test::Utf8(m_folder / name); }
     std::string Catalog() const { return test::ReadBytes(m_folder / "small.xml"); }
 
-    // Runs a command in this process. Nothing fails without a number.
+    // Runs a command in this process. Without a number, no allocation fails.
     Outcome Run(const std::vector<std::string>& arguments, std::size_t failing = 0) const {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -62,7 +61,7 @@ protected:
         return outcome;
     }
 
-    // A command is done whole, or fails with a line and leaves the catalog as it was.
+    // A command completes, or fails with a line and leaves the catalog as it was.
     void Sweep(const std::vector<std::string>& arguments) {
         const Outcome right = Run(arguments);
         ASSERT_EQ(right.m_status, 0) << right.m_errors;

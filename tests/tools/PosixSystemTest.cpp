@@ -1,4 +1,5 @@
-// What the command line says where a POSIX system refuses: rights of files, and a device that is always full.
+// The command line's messages for failures of a POSIX system: file permissions, and a device that is always
+// full.
 #include <gmock/gmock.h>
 
 #include "support/ToolTest.h"
@@ -47,7 +48,7 @@ TEST_F(PosixSystem, Help_OnAFullDisk_Fails) {
     EXPECT_EQ(Complaint(result.m_errors), "standard output: No space left on device");
 }
 
-// Runs the program with an address space of so many kilobytes.
+// Runs the program with an address space of that many kilobytes.
 class PosixMemory : public quillet::test::ToolTest {
 protected:
     quillet::test::RunResult RunWithin(std::size_t kilobytes,
@@ -63,10 +64,10 @@ protected:
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Read("stdout"), Read("stderr")};
     }
 
-    // The system ends a program whose libraries find no room in this way.
+    // The system ends a program in this way if there is no memory for its libraries.
     static bool IsLoaded(const quillet::test::RunResult& result) { return result.m_status != 127; }
 
-    // How much the system needs to load the program, about; 0 where more than a gigabyte.
+    // The approximate memory that the system needs to load the program; 0 if more than a gigabyte.
     std::size_t KilobytesToLoad() const {
         std::size_t none = 0;
         std::size_t enough = std::size_t{1024} * 1024;
@@ -80,7 +81,7 @@ protected:
         return enough;
     }
 
-    // From too little for anything but the line to enough.
+    // From only enough for the error message to enough for the command.
     void ExpectAnswerOrLine(const std::vector<std::string>& arguments, std::size_t step) const {
         const std::size_t loaded = KilobytesToLoad();
         if (loaded == 0) {

@@ -1,4 +1,4 @@
-// Locks of catalogs as POSIX has them: behind links, and where the system makes none.
+// POSIX locks of catalogs: through links, and where the system supports none.
 #include <gmock/gmock.h>
 #if defined(__linux__)
 #include <linux/filter.h>
@@ -32,7 +32,7 @@ TEST_F(PosixWriters, Lock_OfTheFileBehindALink_KeepsWritersOut) {
 
 #if defined(__linux__)
 
-// From now on the process, and programs that it runs, get no lock of a file.
+// From now on, the process and the programs that it runs can't lock files.
 bool RefuseLocks() {
     sock_filter rules[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),

@@ -1,4 +1,4 @@
-// What the command line says of files that somebody keeps for himself.
+// The command line's messages for files that another program has open exclusively.
 #include <gtest/gtest.h>
 
 #include "support/ToolTest.h"

@@ -43,8 +43,8 @@ protected:
                 {"drop", m_file, "Steel"}};
     }
 
-    // Runs commands at once, each with streams of its own. These stay until all are done: a program may get
-    // the open files of another one that is started with it.
+    // Runs commands at the same time, each with its own streams. The streams' files stay until all are done:
+    // a program may inherit the open files of another one that is started with it.
     static std::vector<RunResult> RunAtOnce(const std::vector<std::vector<std::string>>& commands) {
         std::vector<RunResult> results(commands.size());
         const std::vector<TemporaryFolder> streams(commands.size());
@@ -60,7 +60,7 @@ protected:
         return results;
     }
 
-    // What is wrong when the catalog is saved; empty where it is saved.
+    // The error of saving the catalog; empty on success.
     static std::string SaveComplaint(Catalog& catalog) {
         try {
             catalog.Save();
@@ -155,7 +155,7 @@ TEST_F(Writers, Save_CatalogThatAnEditorChanged_IsRefusedAndLeavesIt) {
 }
 
 TEST_F(Writers, Save_CatalogThatOnlyItsBytesTellFromWhatWasRead_IsRefused) {
-    // Set as it is set again below: some libraries tell it less exactly than files keep it.
+    // Set in the same way as below, because some libraries' times are less precise than the file system's.
     const auto time = std::filesystem::last_write_time(m_folder / "materials.xml");
     std::filesystem::last_write_time(m_folder / "materials.xml", time);
     Catalog catalog = Catalog::OpenForEditing(m_file, {});

@@ -150,7 +150,7 @@ TEST_F(ClassObjects, Aggregated_IdentityAndCountingAreTheOuterObjects) {
     EXPECT_EQ(count, 0);
     database->Release();
     EXPECT_EQ(outer.m_references, 0U);
-    // The part's own unknown is another one.
+    // The part's own IUnknown is another one.
     EXPECT_EQ(part->QueryInterface(IID_IUnknown, &identity), S_OK);
     EXPECT_EQ(identity, part.Get());
     part->Release();

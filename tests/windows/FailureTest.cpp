@@ -1,4 +1,4 @@
-// What becomes of exceptions at the boundary of the automation server.
+// Exceptions at the boundary of the automation server.
 #include "Quillet/automation/Failure.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ using namespace quillet::test;
 using quillet::automation::Failure;
 using quillet::automation::Guarded;
 
-// The result of a method that throws so, and the message that its caller finds.
+// The result of a method that throws this way, and the message that its caller gets.
 struct Outcome {
     HRESULT m_result = S_OK;
     std::string m_message;

@@ -1,4 +1,4 @@
-// Calls by name as hosts should not make them.
+// Incorrect calls by name.
 #include <array>
 
 #include "Server.h"
@@ -140,7 +140,7 @@ TEST_F(Invoking, ValueIsPutAsAReference_IsPutAllTheSame) {
     DISPID put = DISPID_PROPERTYPUT;
     EXPECT_EQ(Invoke(cell, 1, {&value, &put, 1, 1}, DISPATCH_PROPERTYPUTREF), S_OK);
     EXPECT_EQ(Said(cell, "Value"), "by reference");
-    // Hosts that forget to name it mean it too.
+    // Hosts that don't name it mean it too.
     value = CComVariant("unnamed");
     EXPECT_EQ(Invoke(cell, 1, {&value, nullptr, 1, 0}, DISPATCH_PROPERTYPUT), S_OK);
     EXPECT_EQ(Said(cell, "Value"), "unnamed");

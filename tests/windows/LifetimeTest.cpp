@@ -1,4 +1,4 @@
-// Wrappers whose object of the model goes: each says so, and none follows a pointer to what is gone.
+// Wrappers whose part of the model is deleted: each reports it, and none follows a dangling pointer.
 #include "Server.h"
 
 namespace {
@@ -34,7 +34,7 @@ TEST_F(Lifetime, RowIsRemovedAndAnotherTakesItsMemory_TheCellStillFails) {
     for (int i = 0; i < 50; ++i) {
         Given(Contents("T"), "RemoveRow", {2});
         AddRow("T", i, "new");
-        // The same wrapper, told what to show again.
+        // The same wrapper, which now shows something again.
         EXPECT_EQ(Said(cell, "Value"), "new");
     }
 }

@@ -1,5 +1,4 @@
-// The members of the objects, one by one, where their callers ask for what is not there or hand over what
-// does not fit.
+// The members of the objects, one by one, with missing objects and invalid arguments.
 #include <limits>
 
 #include "Server.h"
@@ -14,7 +13,7 @@ constexpr LONG FarBelow = std::numeric_limits<LONG>::min();
 
 class Members : public ServerTest {
 protected:
-    // A file beside the catalog.
+    // A file in the catalog's folder.
     void Write(const std::string& xml) const { WriteBytes(m_folder / "given.xml", xml); }
     void Open(bool sequential = false) const {
         EXPECT_EQ(Put(Given(m_catalog, "Source"), "FilePath", CComVariant(CString(Path("given.xml")))), S_OK);
@@ -276,7 +275,7 @@ TEST_F(Members, TypePut_With8_LeavesTheTypeAndSucceeds) {
     }
     EXPECT_EQ(Put(field, "Type", 5), S_OK);
     EXPECT_EQ(Said(field, "TypeName"), "double");
-    // A field of short numbers holds long ones.
+    // A field of 16-bit numbers holds 32-bit ones.
     EXPECT_EQ(Put(field, "Type", 2), S_OK);
     EXPECT_EQ(Said(field, "Type"), "3");
     EXPECT_EQ(Put(field, "Type", 0), S_OK);
@@ -359,7 +358,7 @@ TEST_F(Members, Value_PutOfWhatNoCellHolds_FailsAndLeavesTheCell) {
     missing.scode = DISP_E_PARAMNOTFOUND;
     CComVariant unknown;
     unknown.vt = VT_UNKNOWN;
-    // What VBScript makes of Array(...).
+    // What VBScript creates for Array(...).
     CComVariant list;
     list.vt = VT_ARRAY | VT_VARIANT;
     list.parray = SafeArrayCreateVector(VT_VARIANT, 0, 2);
@@ -467,7 +466,7 @@ TEST_F(Members, NullForTheResult_IsRefusedBeforeAnythingHappens) {
     EXPECT_EQ(static_cast<IDbDatabase*>(m_catalog.Get())->Query(sql.bstrVal, nullptr, &answered), E_POINTER);
     EXPECT_EQ(answered, VARIANT_FALSE);
     EXPECT_EQ(Said(m_catalog, "TablesCount"), "3");
-    // Also where there is nothing to show.
+    // Even if there is nothing to show.
     EXPECT_EQ(WithoutResult(NewObject(__uuidof(DbHeader)), &IDbHeader::get_Title), E_POINTER);
 }
 

@@ -1,4 +1,4 @@
-// Where the library registers itself when nobody says where.
+// Where the library registers itself by default.
 #include <array>
 
 #include "Server.h"
@@ -23,8 +23,8 @@ bool IsThere(HKEY root, const WCHAR* path) {
     return opened;
 }
 
-// As long as it lives, nobody may write to the classes of all users. Wine gives every process all rights, so
-// they are taken from the key itself; nothing of the kind is done to a real machine.
+// During its lifetime, nobody may write to the classes of all users. Wine gives every process all rights, so
+// they are removed from the key itself; this is never done on real Windows.
 class WithoutRights {
 public:
     WithoutRights() {
@@ -77,7 +77,7 @@ TEST(RegistryPlace, WithoutAdministratorsRights_IsTheCurrentUsers) {
     for (const WCHAR* const path : Registered) {
         EXPECT_FALSE(IsThere(HKEY_CURRENT_USER, path)) << CString(path);
     }
-    // Nor are the folders left that a user without classes does not have.
+    // Nor are the keys left that a user without classes does not have.
     for (const WCHAR* const folder :
          {L"Software\\Classes\\CLSID", L"Software\\Classes\\Interface", L"Software\\Classes\\TypeLib"}) {
         EXPECT_FALSE(IsThere(HKEY_CURRENT_USER, folder)) << CString(folder);

@@ -1,5 +1,5 @@
-// The automation server as a client gets it that doesn't ask the registry: through the entry points of
-// IQuillet.dll, and members by name, as scripts call them.
+// The automation server without the registry: through the entry points of IQuillet.dll, with members called
+// by name, as scripts do.
 #pragma once
 
 #include <Quillet/automation/IQuillet.h>
@@ -31,7 +31,7 @@ inline HRESULT CanUnloadNow() {
     return EntryPoint<HRESULT STDAPICALLTYPE()>("DllCanUnloadNow")();
 }
 
-// An object of a class; null where there is none.
+// An object of a class; null if there is none.
 inline CComPtr<IDispatch> NewObject(REFCLSID classId) {
     void* factory = nullptr;
     if (FAILED(GetClassObject(classId, IID_IClassFactory, &factory))) {
@@ -47,8 +47,7 @@ inline CComPtr<IDispatch> NewObject(REFCLSID classId) {
     return object;
 }
 
-// What a member gives, as text: the value, "nothing" for no object, "object" for one, "failed" where it
-// fails.
+// A member's result as text: the value, "nothing" for no object, "object" for one, "failed" for a failure.
 inline std::string Said(const CComPtr<IDispatch>& object, const char* member,
                         std::vector<CComVariant> arguments = {}) {
     Answer answer = Ask(object.Get(), member, std::move(arguments));
@@ -61,7 +60,7 @@ inline std::string Said(const CComPtr<IDispatch>& object, const char* member,
     return SUCCEEDED(answer.m_value.ChangeType(VT_BSTR)) ? answer.Text() : "no text";
 }
 
-// The object that a member gives; null, and a failure of the test, where it fails.
+// The object that a member gives; null, with a test failure, if the call fails.
 inline CComPtr<IDispatch> Given(const CComPtr<IDispatch>& object, const char* member,
                                 std::vector<CComVariant> arguments = {}) {
     const Answer answer = Ask(object.Get(), member, std::move(arguments));
@@ -84,7 +83,7 @@ protected:
         AddRow("T", 3, "c");
     }
     ~ServerTest() override {
-        // One that was changed would save itself.
+        // A changed one would save itself.
         if (m_catalog) {
             Given(m_catalog, "Save", {CComVariant(CString(Path()))});
         }

@@ -26,7 +26,7 @@ Sub CheckTrue(name, condition)
     Check name, CBool(condition), True
 End Sub
 
-' What the last statement failed with is forgotten then.
+' Clears the error of the last statement.
 Sub CheckError(name, text)
     Dim number, description
     number = Err.Number
@@ -206,7 +206,7 @@ Sub TestCreate
     Set copy = Opened("saved.xml")
     Check "Save", copy.Header.Title, "Made"
     Check "Save of rows", Cell(copy.TableData("Plates"), 0, "t"), 12.5
-    ' What can't be written is told by the log, if at all: nothing is raised.
+    ' A failed save is at most logged: no error is raised.
     c.Save "no such folder\saved.xml"
     c.Save "saved.txt"
 End Sub
@@ -268,7 +268,7 @@ Sub TestFields
     Check "Type put of -1 leaves the type", f.Type, 3
     For i = 0 To 7
         f.Type = i
-        ' Integers are kept as longs.
+        ' Integers are stored as longs.
         If i = 2 Then Check "Type put of 2", f.Type, 3 Else Check "Type put of " & i, f.Type, i
     Next
     d.DeleteField 17

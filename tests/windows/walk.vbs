@@ -1,5 +1,5 @@
-' Walks through all rows of a catalog three times. Behind each walk it writes what it counted into a
-' file, and goes on when that is gone.
+' Walks through all rows of a catalog three times. After each walk it writes its counts to a file, and goes on when the
+' file is deleted.
 '
 '   cscript //nologo walk.vbs CATALOG.xml TABLE MARKER
 Option Explicit

@@ -25,7 +25,7 @@ std::string Repeated(const std::string& text, int times) {
     return all;
 }
 
-// Whether the text is taken, given as a whole and byte by byte.
+// Whether the text is accepted, as a whole and byte by byte.
 bool IsTaken(const std::string& text) {
     Nesting whole;
     const bool isTaken = whole.Follow(text);
@@ -34,7 +34,7 @@ bool IsTaken(const std::string& text) {
     for (std::size_t length = 1; isTakenSlowly && length <= text.size(); ++length) {
         isTakenSlowly = slow.Follow(std::string_view(text).substr(0, length));
     }
-    // Long markup is not looked at again for every byte.
+    // Long markup is not scanned again for every byte.
     EXPECT_TRUE(isTakenSlowly || !isTaken);
     EXPECT_TRUE(isTaken || !slow.Follow(text + std::string(2 * text.size(), ' ')));
     return isTaken;
@@ -74,7 +74,7 @@ TEST(NestingTest, MoreElementsThanTheLimit_AreRefused) {
     EXPECT_EQ(nesting.Refusal(), "There are more than 10 elements");
 }
 
-// The text with so many bytes a character, all zero but that at the place, behind the mark.
+// The text after the mark, with that many bytes a character, all zero except the one at that place.
 std::string Widened(const std::string& text, std::size_t size, std::size_t place, const std::string& mark) {
     std::string wide = mark;
     for (const char unit : text) {

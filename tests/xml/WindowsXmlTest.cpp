@@ -1,4 +1,4 @@
-// The model saved into and loaded from documents that a host made with the system's XML parser.
+// The model saved into and loaded from documents that a host created with the system's XML parser.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace {
 using namespace quillet::test;
 using Strings = std::vector<std::string>;
 
-// Texts that need care in a document or in the place of an attribute's value.
+// Texts that need care in a document or as an attribute's value.
 const Strings HardTexts = {
     "",
     " ",
@@ -37,7 +37,7 @@ class WindowsXml : public testing::Test {
 protected:
     WindowsXml() : m_element(m_document.AppendRoot()) {}
 
-    // Hands the same object to a document of the system's and to one of ours, and compares the two.
+    // Saves the same object into a document of the system and into one of ours, and compares the two.
     void ExpectSavedLikeOurs(const std::function<bool(IDispatch* document, IDispatch* parent)>& save) {
         SaveTarget ours;
         EXPECT_TRUE(save(ours.Automation(), ours.Element()));
@@ -52,7 +52,7 @@ protected:
     CComPtr<IDispatch> m_element;
 };
 
-// A database with one table, which has a field of every type and names that a document can't use as they are.
+// A database with one table, which has a field of every type and names that must be changed for a document.
 class WindowsXmlTable : public WindowsXml {
 protected:
     WindowsXmlTable() : m_info(m_database.CreateTable("T & <t>", DbTableInfo::Table)) {
@@ -166,7 +166,7 @@ TEST_F(WindowsXmlTable, DescriptorSaveAndLoad_ComesBack) {
         EXPECT_EQ(read[i].GetIndex(), static_cast<int>(i));
     }
     EXPECT_EQ(read.GetFieldIndex("D<E>"), 4);
-    // Indexes are no part of a document.
+    // Indexes are not part of a document.
     EXPECT_EQ(read.FindIndex("by flag"), nullptr);
 }
 
@@ -340,7 +340,7 @@ TEST_F(WindowsXmlTable, Load_FileOfOursLoadedByThem_GivesTheSameTables) {
     }
 }
 
-// Whatever stands between the elements of a list but is no element.
+// Nodes between the elements of a list that are not elements.
 constexpr const char* Remarks = "\n <!-- <row/> -->\t<?p <row/>?>\r\n";
 
 std::string FieldsAmongRemarks() {

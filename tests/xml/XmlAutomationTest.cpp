@@ -1,5 +1,5 @@
-// Our documents as scripts see them, and the model saved into and loaded from a document of somebody else,
-// which is driven late-bound.
+// Our documents as scripts see them, and the model saved into and loaded from a foreign document, which is
+// called late-bound.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,20 +22,20 @@ using quillet::xml::Document;
 using quillet::xml::Node;
 using Strings = std::vector<std::string>;
 
-// Somebody else's document object model: forwards every call to one of our automation objects, and shows
-// nothing of it but IDispatch.
+// A foreign document object model: forwards every call to one of our automation objects, and has no interface
+// but IDispatch.
 class ForeignObject final : public IDispatch {
 public:
-    // How the model behaves; one for all objects.
+    // The model's behaviour, shared by all objects.
     struct Behaviour {
-        // Calls until one fails; negative for never.
+        // The number of calls until one fails; negative for never.
         int m_callsLeft = -1;
-        // It fails by throwing, which no interface of automation allows: what is called then.
+        // Called to fail by throwing, which no automation interface allows.
         std::function<void()> m_throw;
-        // Takes any attribute, and keeps what it was given.
+        // Accepts any attribute, and records the values.
         bool m_takesAnything = false;
         Strings m_taken;
-        // Calls that were made, and members that were asked for by name.
+        // The number of calls, and of lookups by name.
         int m_calls = 0;
         int m_lookUps = 0;
     };
@@ -144,7 +144,7 @@ private:
     std::map<DISPID, std::string> m_names;
 };
 
-// A foreign document with a root element <t>; at the end nobody may hold one of its objects.
+// A foreign document with a root element <t>; at the end no object may still be referenced.
 class ForeignDom : public testing::Test {
 protected:
     ForeignDom()
@@ -423,12 +423,12 @@ TEST_F(ForeignTable, DatabaseSave_DomThatFailsAtAnyCall_IsFalseAndThrowsNothing)
 }
 
 // Saves and loads every part of the model once for each call that can fail, which throws; the parts must
-// answer false, and let nothing out.
+// return false and let no exception out.
 class ThrowingDom : public ForeignTable, public testing::WithParamInterface<int> {
 protected:
     using Operation = std::function<bool()>;
 
-    // What the object throws: a standard exception, a number, one of ours by pointer, the end of its memory.
+    // What the object throws: a standard exception, a number, one of ours by pointer, std::bad_alloc.
     static void Throw() {
         switch (GetParam()) {
             case 0:
@@ -540,7 +540,7 @@ TEST_F(ForeignTable, RowSave_ManyFields_AsksForTheMemberOnce) {
     EXPECT_LE(ForeignObject::TheBehaviour().m_lookUps, 4 + static_cast<int>(row.size()));
 }
 
-// An automation object of whatever kind, which answers every call in the same way.
+// An automation object that answers every call in the same way.
 class StubbornObject final : public DispatchStub {
 public:
     enum class Answer { NoNames, Failure, Nothing, Null, NoObject, Number, Text, Itself };
@@ -606,7 +606,7 @@ TEST_F(ForeignTable, Save_ObjectThatIsNoDocument_IsFalseAndLeavesNoReferences) {
             EXPECT_FALSE(Descr().Save(document, parent));
             EXPECT_FALSE(m_database.Save(document, parent));
         };
-        // One that takes every call for good can't be told from a document.
+        // An object that accepts every call can't be told from a document.
         if (answer != StubbornObject::Answer::Itself) {
             expectRefused(&stubborn, &stubborn);
             expectRefused(&stubborn, m_element.Get());
@@ -643,7 +643,7 @@ TEST_F(ForeignTable, Load_ObjectThatIsNoElement_IsFalseAndLeavesNoReferences) {
     }
 }
 
-// Our own documents, called by name.
+// Our documents, called by name.
 class OurAutomation : public testing::Test {
 protected:
     OurAutomation() {
@@ -992,7 +992,7 @@ TEST_F(OurAutomation, PreviousSibling_WalksBack) {
     const auto first = Ask(middle.Get(), "previousSibling").Object();
     EXPECT_EQ(Ask(first.Get(), "nodeName").Text(), "x");
     EXPECT_TRUE(Ask(first.Get(), "previousSibling").IsNothing());
-    // Elements that stand nowhere are nobody's siblings.
+    // Elements without a parent have no siblings.
     Ask(m_object.Get(), "createElement", {CComVariant("first")});
     const auto second = Ask(m_object.Get(), "createElement", {CComVariant("second")}).Object();
     EXPECT_TRUE(Ask(second.Get(), "previousSibling").IsNothing());

@@ -1,4 +1,4 @@
-// Documents when memory runs out.
+// Documents out of memory.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -23,7 +23,7 @@ using quillet::xml::Node;
 
 const std::string Sample = "<t a=\"a value that takes memory of its own\">\n<c />\n</t>\n";
 
-// Room in the pages of a document is no allocation: what is written here is larger than they are.
+// Free space in the pages of a document needs no allocation, so the texts here are larger than a page.
 const std::string Large(40000, 'x');
 
 class XmlOutOfMemory : public testing::TestWithParam<Step<Document>> {};
@@ -39,7 +39,7 @@ void AppendRow(const Document& document, const std::string& text) {
     row.Append();
 }
 
-// As long as the document, but short enough to print.
+// Identifies the document, but is short enough to print.
 std::string Summary(const Document& document) {
     const std::string text = document.SaveText();
     return std::to_string(text.size()) + " bytes, " + std::to_string(std::hash<std::string>()(text)) + ", " +
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
         Step<Document>{"WalkOverLeaves",
                        [](Document& document) { EXPECT_EQ(RootElement(document).CountChildren(), 3U); }}));
 
-// Creating a node ends by std::bad_alloc, whatever a host is ready to catch.
+// Creating a node throws std::bad_alloc, whatever a host catches.
 TEST(DocumentOutOfMemory, CreatedNodes_ThrowBadAlloc) {
     SweepAttempts([](std::size_t failing, Failing which) {
         Document document;
@@ -165,8 +165,8 @@ TEST(DocumentOutOfMemory, CallsOfScripts_SayIt) {
     }
 }
 
-// A row, a structure and a field are saved and loaded whole, or the call ends by std::bad_alloc; nothing half
-// stays in the document.
+// A row, a structure and a field are saved and loaded completely, or the call throws std::bad_alloc; nothing
+// incomplete stays in the document.
 TEST(DocumentOutOfMemory, SavedRows_AreWholeInTheDocument) {
     DbTableDescr descr(nullptr);
     descr.CreateField("name", false, DbFieldDescr::Text);

@@ -12,7 +12,7 @@ using testing::StartsWith;
 
 class Check : public quillet::test::ToolTest {
 protected:
-    // What check prints about a faulty file, which must be left as it was.
+    // The output of check for a faulty file, which must stay unchanged.
     std::string Findings(const std::string& name, const std::vector<std::string>& options = {}) const {
         const std::string before = Read(name);
         std::vector<std::string> arguments = {"check", Path(name)};
@@ -114,7 +114,7 @@ TEST_F(Check, Check_NumberThatItsTextCannotCarry_IsNamed) {
               file +
                   ": table 'Bolts', row 2, field 'd': the number can't be carried by a text: "
                   "'1.79769313486232E+308' is not read back\n");
-    // Less than that, however small, is only rounded.
+    // Anything less, by however little, is only rounded.
     for (const char* number : {"1.79769313486231e308", "-2.2250738585072014e-308", "4.9406564584124654e-324",
                                "0.1234567890123456789"}) {
         EXPECT_EQ(
@@ -166,7 +166,7 @@ TEST_F(Check, Check_SeveralFaults_AreCounted) {
     EXPECT_EQ(Complaint(result.m_errors), file + ": " + std::to_string(lines) + " faults");
 }
 
-// The next change of such a catalog would drop what stands there.
+// The next change of such a catalog would drop these parts.
 TEST_F(Check, Check_WhatACatalogHasOnceAndStandsTwice_IsNamed) {
     const std::string more = "<data><table name='Bolts'><row name='more' /></table></data>";
     for (const char* end : {"</body>", "</header>"}) {
@@ -217,7 +217,7 @@ TEST_F(Check, Check_WhatAFieldHoldsBesideItsAttributes_IsNamed) {
     EXPECT_THAT(Findings("field.xml"), HasSubstr("an attribute 'unit' of <field> that no catalog has there"));
 }
 
-// Nothing is missing from such a file, and nothing that is said of it is untrue.
+// Nothing is lost from such a file, and everything reported about it is true.
 TEST_F(Check, Check_SoundFileThatSequentialReadingCannotFollow_HasOneFault) {
     const std::string hint = "; try it without --sequential\n";
     const std::string incomplete =

@@ -33,11 +33,10 @@ protected:
         return std::filesystem::exists(std::filesystem::path(QUILLET_SHARED_DATA_DIR) / name);
     }
 
-    // Files that end in .mdb are opened by the driver of SQLite from now on, which writes. An empty file will
-    // do.
+    // From now on, the SQLite driver, which can write, opens files that end in .mdb. An empty file will do.
     static void UseSqlite() { DBACCESS::m_connectFormat = "Database=%s;Driver={SQLite3}"; }
 
-    // Converts in this process, in silence; gives the complaint, or nothing.
+    // Converts in this process. Returns the error message; empty on success.
     static std::string ConvertHere(const std::string& source, const std::string& target, bool replace = false,
                                    bool waits = true) {
         quillet::tool::Settings settings;
@@ -51,7 +50,7 @@ protected:
         return {};
     }
 
-    // A catalog with a table of every type of fields.
+    // A catalog with a table that has a field of every type.
     std::string MakeEveryType(const std::string& name) const {
         const std::string file = Path(name);
         Output({"new", file, "--header", "title=Größen & \"Maße\""});
@@ -191,7 +190,7 @@ TEST_F(Convert, ToXml_TruncatedFile_NamesTheFirstTableThatIsCutAndWritesNothing)
     const quillet::test::RunResult result = Run({"convert", cut, Path("new.xml")});
     EXPECT_EQ(result.m_status, 1);
     EXPECT_EQ(result.m_output, "");
-    // The driver may say something before.
+    // The driver may print messages first.
     EXPECT_THAT(result.m_errors, EndsWith("quillet: " + cut + ": table 'M' can't be read\n"));
     EXPECT_FALSE(Exists("new.xml"));
 }
@@ -213,7 +212,7 @@ TEST_F(Convert, ToXml_RowsThatTheDriverPassesOverInSilence_AreMissed) {
     const quillet::test::RunResult check = Run({"check", cut});
     EXPECT_EQ(check.m_status, 1);
     EXPECT_THAT(check.m_output, testing::StartsWith(cut + ": " + fault + "\n"));
-    // Where the list of tables is cut off too, the driver finds none.
+    // If the list of tables is truncated too, the driver finds none.
     const std::string stump = Write("stump.mdb", whole.substr(0, 5 * 4096));
     const quillet::test::RunResult nothing = Run({"convert", stump, Path("new.xml")});
     EXPECT_EQ(nothing.m_status, 1);

@@ -12,7 +12,7 @@ using testing::StartsWith;
 
 class Edit : public quillet::test::ToolTest {
 protected:
-    // Runs commands on a file, each of which must fail and leave it as it was; gives the last message.
+    // Runs commands on a file, each of which must fail and leave it unchanged. Returns the last message.
     std::string FailsUnchanged(const std::string& name, const std::vector<std::string>& command) const {
         const std::string before = Read(name);
         std::string message = Failure(command);
@@ -20,7 +20,7 @@ protected:
         return message;
     }
 
-    // A catalog whose table Bolts has two numbers that no text of 15 digits carries.
+    // A catalog whose table Bolts has two numbers that can't be written with 15 digits.
     std::string FileWithLostNumbers() const {
         const std::string file = CopyExample("materials.xml");
         Output({"import", file, "Bolts", Write("bolts.csv", "d\n4711.25\n4711.5\n"), "--replace"});
@@ -90,7 +90,7 @@ TEST_F(Edit, Set_BadKeysOrValues_ChangeNothing) {
     EXPECT_THAT(UsageError({"set", file, "header"}), HasSubstr("required"));
 }
 
-// Every command that changes a file writes all of it.
+// Every command that changes a file rewrites it completely.
 TEST_F(Edit, NumberThatIsNotReadBack_IsDestroyedWithLossyOnly) {
     const std::string file = FileWithLostNumbers();
     const std::string lost =

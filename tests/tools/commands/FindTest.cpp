@@ -23,7 +23,7 @@ protected:
         return positions;
     }
 
-    // Why nothing is found among the bolts, without the name of the file.
+    // The message when nothing is found among the bolts, without the name of the file.
     std::string WhyNot(const std::string& where, const std::string& table = "Bolts") const {
         const std::string file = CopyExample("materials.xml");
         const std::string message = Failure({"find", file, table, where});

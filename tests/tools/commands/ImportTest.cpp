@@ -161,7 +161,7 @@ TEST_F(Import, Import_HeadingsThatDifferInCaseOnly_AreBothKeptWhenAsked) {
     EXPECT_EQ(Rows()[0], json({{"I", 1}, {"i", 2}, {"n", "3"}}));
 }
 
-// A heading, and by which name a query asks for the values under it.
+// A heading, and the name by which a query finds its values.
 TEST_F(Import, Import_AnyHeadings_MakeNamesThatCanBeSavedAndQueried) {
     const std::vector<std::pair<const char*, const char*>> headings = {
         {"h [mm]", "h_mm"},   {"\"h, mm\"", "h_mm_2"}, {"h (mm)", "h_mm_3"}, {"G (kg/m)", "G_kg_m"},

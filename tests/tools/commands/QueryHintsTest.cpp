@@ -1,5 +1,4 @@
-// What the program says beside the database about queries that are refused, or understood otherwise than they
-// look.
+// The program's own hints about queries that are refused, or that mean something else than they seem to.
 #include <gmock/gmock.h>
 
 #include "support/ToolTest.h"
@@ -20,7 +19,7 @@ protected:
         return Failure({"find", m_file, "IPE", where});
     }
 
-    // The warning beside the answer of a query, without its beginning.
+    // The warning printed with the answer of a query, without its prefix.
     std::string Warning(const std::string& query) const { return WarningOf(Run({"query", m_file, query})); }
 
     std::string WarningOf(const quillet::test::RunResult& result) const {
@@ -94,7 +93,7 @@ TEST_F(QueryHints, WordsOfOtherDialects_SayWhatToWriteInstead) {
     EXPECT_THAT(WhyNotFound("h > 100 limit 5"), HasSubstr("with --all every one"));
 }
 
-// What a hint says to write is answered.
+// The query that a hint suggests works.
 TEST_F(QueryHints, WhatToWriteInstead_IsUnderstood) {
     EXPECT_EQ(Output({"query", m_file, "select name from IPE where (h >= 100 and h <= 120)"}),
               Output({"query", m_file, "select name from IPE where (h = 100 or h = 120)"}));
@@ -116,7 +115,7 @@ TEST_F(QueryHints, NegatedOperatorOfOtherDialects_StaysNegated) {
                 EndsWith("; 'not in' is not in the language: write (not (h = 80))"));
 }
 
-// A not before the brackets alone would reach over the conditions that follow.
+// A not in front of the brackets alone would also apply to the conditions that follow.
 TEST_F(QueryHints, WhatToWriteInsteadOfANegatedOperator_IsUnderstoodAmongOtherConditions) {
     const std::string written = "select name from IPE where (not (h = 80 or h = 100)) and h <= 140";
     EXPECT_EQ(Output({"query", m_file, written}), "name\n-------\nIPE 120\nIPE 140\n");

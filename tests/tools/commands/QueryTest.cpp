@@ -31,7 +31,7 @@ protected:
         return found;
     }
 
-    // What is wrong with a query on the materials, without the name of the file.
+    // The error message for a query on the materials, without the name of the file.
     std::string Complaints(const std::string& query) const {
         const std::string file = CopyExample("materials.xml");
         const std::string message = Failure({"query", file, query});
@@ -49,7 +49,7 @@ protected:
     // The values of one part of an explanation.
     std::vector<std::string> Explained(const std::string& query, const std::string& part) const {
         std::vector<std::string> values;
-        // Beside some explanations stands a warning.
+        // Some explanations come with a warning.
         const quillet::test::RunResult result =
             Run({"query", CopyExample("materials.xml"), query, "--explain", "--format", "json"});
         EXPECT_EQ(result.m_status, 0) << result.m_errors;

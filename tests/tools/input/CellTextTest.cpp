@@ -55,7 +55,7 @@ TEST(CellText, TypeOfWord_EveryWord_IsItsType) {
     EXPECT_EQ(TypeOfWord(""), std::nullopt);
 }
 
-// The text of a cell after it was filled, or "refused".
+// The text of a cell after it was set, or "refused".
 std::string Filled(DbFieldDescr::eFieldType type, std::string_view text) {
     DbFieldDescr field;
     field.SetDbType(type);

@@ -103,7 +103,7 @@ TEST_F(ProgressBar, Draw_LongOrUnprintableLabel_IsCutAndSpelledOut) {
 }
 
 TEST_F(ProgressBar, Run_WhileWorkLasts_DrawsByItself) {
-    // The clock stands beyond the first second from the start, so the first tick draws.
+    // More than a second has passed at the start, so the first tick draws.
     std::atomic<double> now{0};
     std::atomic<int> asked{0};
     const ProgressScreen screen = {&m_stream, true, [&] {

@@ -1,4 +1,4 @@
-// Files as a save replaces them.
+// Files written as a save writes them.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace quillet::test {
 
-// Replaces the file and says why that failed; empty where it did not.
-inline std::string ReplaceFile(const std::string& path, const std::string& text) {
+// Replaces the file in one step. Returns the reason of a failure; empty on success.
+inline std::string WriteAtomically(const std::string& path, const std::string& text) {
     std::string why;
     const auto file = platform::AtomicFile::Create(path, &why);
     if (file == nullptr || !file->Write(text, &why) || !file->Commit(&why)) {
