@@ -1,5 +1,5 @@
-// Reading an Access file whole, beside bare calls to its driver for the same two passes over each table: one
-// that counts the rows, and one that takes every cell.
+// Reading an Access file whole, compared with direct calls of its driver for the same two passes over each
+// table: one that counts the rows, and one that takes every cell.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>

@@ -1,6 +1,6 @@
-// Catalog files: opening, reading, saving and destroying, beside pugixml on the same file.
+// Catalog files: opening, reading, saving and destroying, compared with pugixml on the same file.
 //
-// The catalogs are made once in the folder that QUILLET_BENCH_DIR names, or in the current one.
+// The catalogs are created once in the folder QUILLET_BENCH_DIR, or in the current one.
 #include <Quillet/IQuillet.h>
 
 #include <cstdlib>
@@ -48,7 +48,7 @@ std::string LargeCatalog() {
     });
 }
 
-// Two catalogs with the same first table: what follows it is long or short.
+// Two catalogs with the same first table: the rest of the file is long or short.
 std::string LongTailCatalog() {
     return Catalog("long-tail.xml", [](const std::string& path) {
         bench::MakeMixedCatalog(path, FirstTableRows, RowsPerTable);

@@ -17,7 +17,7 @@ public:
         m_state = m_state * 6364136223846793005U + 1442695040888963407U;
         return static_cast<std::uint32_t>(m_state >> 33);
     }
-    // A dimension as catalogs print them: up to five significant digits.
+    // A dimension as printed in catalogs: up to five significant digits.
     double Dimension() { return static_cast<double>(Next() % 100000U) / 10.0; }
 
 private:

@@ -1,4 +1,4 @@
-// Catalogs to measure with: the same bytes at every call.
+// Catalogs for benchmarks: the same bytes at every call.
 #pragma once
 
 #include <string>

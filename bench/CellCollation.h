@@ -1,4 +1,4 @@
-// The comparison of cells, as a collation of SQLite.
+// The comparison of cells as an SQLite collation.
 #pragma once
 
 #include <Quillet/IQuillet.h>
@@ -12,7 +12,7 @@ namespace bench {
 
 class CellCollation {
 public:
-    // Makes it the collation "cells" of a database, which must be closed before this object ends.
+    // Registers the collation "cells" with a database, which must be closed before this object is destroyed.
     void AddTo(sqlite3* database) {
         Require(sqlite3_create_collation(database, "cells", SQLITE_UTF16, this, CompareBytes) == SQLITE_OK,
                 "SQLite does not take the collation");
@@ -23,7 +23,7 @@ public:
     }
 
 private:
-    // A value of each length, so that SQLite's time is not spent on making strings.
+    // A value of each length, so that SQLite spends no time on creating strings.
     using ByLength = std::vector<quillet::CComVariant>;
 
     static int CompareBytes(void* self, int leftBytes, const void* left, int rightBytes, const void* right) {

@@ -1,4 +1,4 @@
-// A cursor over a table of a million rows, beside SQLite with the same rows in memory.
+// A cursor over a table of a million rows, compared with SQLite with the same rows in memory.
 #include <Quillet/IQuillet.h>
 #include <sqlite3.h>
 
@@ -16,8 +16,8 @@ using bench::Require;
 
 constexpr std::uint32_t RowCount = 1000000;
 
-// The values of one row, each different from those of all others. The numbers that are prime to the number of
-// rows mix their order.
+// The values of one row, each different from those of all others. Factors that are coprime to the number of
+// rows shuffle their order.
 struct Part {
     explicit Part(std::uint32_t row)
         : m_length(static_cast<double>(std::uint64_t{row} * 611953U % RowCount) / 7),
@@ -27,14 +27,14 @@ struct Part {
     quillet::CString m_name;
 };
 
-// A condition in our words and in SQL, which only the last row meets.
+// A condition in our dialect and in SQL that only the last row meets.
 struct Condition {
     std::string m_quillet;
     std::string m_sql;
 };
 
 Condition LengthOfTheLastRow() {
-    // The lengths are a seventh apart.
+    // The lengths differ by a seventh.
     const double length = Part(RowCount - 1).m_length;
     const std::string text =
         "length > " + std::to_string(length - 0.1) + " and length < " + std::to_string(length + 0.1);
@@ -208,7 +208,7 @@ QUILLET_BESIDE_SQLITE(IndexByText, MeasureIndex, "name");
 QUILLET_BESIDE_SQLITE(FindNumber, MeasureFind, LengthOfTheLastRow());
 QUILLET_BESIDE_SQLITE(FindText, MeasureFind, NameOfTheLastRow());
 
-// Both sides put the rows in the same order, or what is measured is not the same.
+// Verifies that both sides put the rows in the same order.
 void CursorAgreement(benchmark::State& state) {
     while (state.KeepRunning()) {
         for (const char* const field : {"length", "name"}) {

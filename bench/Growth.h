@@ -1,10 +1,10 @@
-// How the cost of something grows: each benchmark is there for a count and for eight times as many. What is
-// linear takes eight times as long.
+// Growth of cost: each benchmark runs for a count and for eight times as many. A linear cost is eight times
+// as high.
 #pragma once
 
 #include "Measure.h"
 
-// The statement measures Count of something, under the names of the benchmark with Few and Many behind it.
+// The statement measures Count items, under the benchmark's name followed by Few and Many.
 #define QUILLET_GROWTH(name, few, ...)         \
     void name##Few(benchmark::State& state) {  \
         constexpr int Count = few;             \

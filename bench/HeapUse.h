@@ -1,4 +1,4 @@
-// How much the process has taken from its heap.
+// The heap memory in use by the process.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace bench {
 
-// Bytes in blocks that are in use, the allocator's own overhead included; 0 where the system does not tell.
+// Bytes in allocated blocks, including the allocator's overhead; 0 if the system does not tell.
 inline std::size_t HeapInUse() {
 #if defined(__GLIBC__)
     const struct mallinfo2 info = mallinfo2();

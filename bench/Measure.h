@@ -1,4 +1,4 @@
-// How a benchmark is run: once without counting, then single runs that count; run.sh takes the best.
+// How a benchmark runs: a warm-up, then single timed runs, of which run.sh takes the best.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -14,8 +14,8 @@ inline void Require(bool held, const char* what) {
     }
 }
 
-// Runs once without counting, then counts one run for each repetition. Prepare gives what a run works on, Run
-// is what is counted, and what it returns is let go uncounted.
+// Runs once as a warm-up, then times one run for each repetition. Prepare returns the input of a run, and
+// only Run is timed; its result is destroyed untimed.
 template <typename Prepare, typename Run>
 void Measure(benchmark::State& state, Prepare prepare, Run run) {
     static bool warm = false;

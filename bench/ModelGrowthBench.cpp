@@ -1,4 +1,4 @@
-// How the cost of a catalog grows with its tables, its answers and the fields of a table.
+// Growth of a catalog's cost with its tables, its answers and the fields of a table.
 #include <Quillet/IQuillet.h>
 
 #include <filesystem>
@@ -14,7 +14,7 @@ using bench::Require;
 
 constexpr const char* FileName = "quillet-many-tables.xml";
 
-// A file of so many tables of one field and one row.
+// A file with that many tables of one field and one row.
 class ManyTables {
 public:
     explicit ManyTables(int count) : m_path(std::filesystem::temp_directory_path() / FileName) {
@@ -53,7 +53,7 @@ void Open(benchmark::State& state, bool sequential, int count) {
         state, [] { return nullptr; }, [&](std::nullptr_t) { return tables.Open(sequential); });
 }
 
-// A table and so many answers that stand on it.
+// A table and that many answers from it.
 std::unique_ptr<DbDatabase> WithAnswers(int count) {
     auto database = std::make_unique<DbDatabase>();
     DbTableInfo* const parts = database->CreateTable("parts", DbTableInfo::Table);

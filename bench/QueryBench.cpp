@@ -1,6 +1,6 @@
-// Queries over a table of a million rows, beside SQLite with the same rows in memory. Both sides take the
-// text of the query and hand the selected columns to the caller, who looks at every value: SQLite row by row,
-// this library in the table that it makes of the answer.
+// Queries over a table of a million rows, compared with SQLite with the same rows in memory. Both sides take
+// the text of the query and give the selected columns to the caller, who reads every value: SQLite row by
+// row, this library in the table of the answer.
 #include <Quillet/IQuillet.h>
 #include <sqlite3.h>
 
@@ -24,7 +24,7 @@ using quillet::platform::WideView;
 constexpr std::uint32_t RowCount = 1000000;
 constexpr LONG LabelCount = 20000;
 
-// The values of one row. The numbers that are prime to the number of rows mix their order.
+// The values of one row. Factors that are coprime to the number of rows shuffle their order.
 struct Part {
     explicit Part(std::uint32_t row)
         : m_number(static_cast<LONG>(std::uint64_t{row} * 7919U % RowCount)),
@@ -46,22 +46,21 @@ struct Part {
     // Of 100,000 values, from 0 to 9999.9.
     double m_height;
     quillet::CString m_name;
-    // Of 20,000 values, as is the label.
+    // Of 20,000 values, like the label.
     LONG m_family;
     quillet::CString m_label;
-    // Of six values, as is the kind.
+    // Of six values, like the kind.
     LONG m_grade;
     quillet::CString m_kind;
 };
 
-// A query as either side takes it. Where SQLite compares texts, it does so by the comparison of cells, unless
-// it has one of its own that finds the same.
+// A query for each side. SQLite compares texts with the comparison of cells, unless its own finds the same.
 struct Query {
     const char* m_sql;
     const char* m_sqlite = nullptr;
 };
 
-// What the caller has seen: how many rows, and a number that tells their values and their order.
+// What the caller has read: the number of rows, and a hash of their values and order.
 struct Seen {
     void Take(double value) { m_mixed = m_mixed * 31 + static_cast<std::uint64_t>(value * 64); }
     void Take(WideView text) {
@@ -117,8 +116,8 @@ public:
         return seen;
     }
 
-    // Lets the last answer go, so that the next one is found anew. That is a change of the database, behind
-    // which the first query looks for changes in all cells; it is measured by itself.
+    // Deletes the last answer, so that the next one is computed anew. That changes the database, after which
+    // the first query looks for changes in all cells; that cost is measured separately.
     void Forget() {
         m_database.DeleteTable(m_answer);
         Require(m_database.Query("select top 1 number from parts where number = 0", m_answer),
@@ -230,7 +229,7 @@ private:
 
 constexpr Query NumberIs = {COLUMNS "where height > 5000"};
 constexpr Query NumberIsRarely = {COLUMNS "where height < 100"};
-// SQLite compares without case as fast as it can: letters of ASCII only.
+// SQLite's fastest comparison without case: ASCII letters only.
 constexpr Query TextIs = {COLUMNS "where kind = 'BEAM'", COLUMNS "where kind = 'BEAM' collate nocase"};
 constexpr Query TextIsBehind = {COLUMNS "where name > 'flat'", COLUMNS "where name > 'flat' collate cells"};
 constexpr Query NumberAndTextAre = {COLUMNS "where height > 5000 and kind = 'BEAM'",
@@ -304,8 +303,7 @@ QUILLET_QUERY(DistinctOf20000Texts);
 QUILLET_QUERY(DistinctOfAllTexts);
 QUILLET_QUERY(DistinctOfPairs);
 
-// The first query after a cell was changed, for which the table's latest change is looked for among all
-// cells.
+// The first query after a cell was changed, which searches all cells for the table's latest change.
 void NumberIsRarelyAfterAChange(benchmark::State& state) {
     Measure(
         state,
@@ -319,7 +317,7 @@ void NumberIsRarelyAfterAChange(benchmark::State& state) {
 }
 QUILLET_BENCHMARK(NumberIsRarelyAfterAChange);
 
-// What an answer whose rows are the table's own takes for each of them.
+// The memory for each row of an answer whose rows are the table's own.
 void AllFieldsHeap(benchmark::State& state) {
     Quillet& quillet = Filled<Quillet>();
     std::size_t before = 0;
@@ -340,7 +338,7 @@ void AllFieldsHeap(benchmark::State& state) {
 }
 QUILLET_BENCHMARK(AllFieldsHeap);
 
-// Both sides give the same rows in the same order, or what is measured is not the same.
+// Verifies that both sides give the same rows in the same order.
 void Agreement(benchmark::State& state) {
     while (state.KeepRunning()) {
         for (const Query* const query : AllQueries) {

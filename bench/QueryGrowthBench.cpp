@@ -1,4 +1,4 @@
-// How the cost of queries grows.
+// Growth of the cost of queries.
 #include <Quillet/IQuillet.h>
 
 #include <memory>
@@ -31,7 +31,7 @@ void MeasureInSmallDatabase(benchmark::State& state, Run run) {
     });
 }
 
-// Queries over each other, with edits at the bottom and looks at the top.
+// Queries over each other, with edits at the bottom and reads at the top.
 void Tower(benchmark::State& state, int levels) {
     constexpr int Edits = 4;
     constexpr int Looks = 500;
@@ -50,7 +50,7 @@ void Tower(benchmark::State& state, int levels) {
     });
 }
 
-// Different texts, each asked twice.
+// Different texts, each queried twice.
 void Texts(benchmark::State& state, int count) {
     MeasureInSmallDatabase(state, [=](DbDatabase& database) {
         for (int i = 0; i < count; ++i) {

@@ -1,13 +1,13 @@
 #!/bin/sh
-# Runs the benchmarks and prints how each stands to its peer, with what is allowed: those of catalogs in a process of
-# their own each, those of queries and their peers all in one.
+# Runs the benchmarks and prints the ratio of each to its peer, with the limit: those of catalogs in a separate process
+# each, those of queries and their peers all in one.
 #
 #   bench/run.sh
 #
-# A benchmark makes one run that is not counted and five that are; the best of the five counts, since memory that is
-# touched for the first time costs more than the work on some machines. The catalogs, about 500 MB, are made in
-# build/bench. Queries are asked of a table of a million rows in memory; each is answered anew, and what was answered
-# before is dropped uncounted. Cursors go through the same rows. An Access file is read where ../shared/data has one.
+# A benchmark does a warm-up and five timed runs, of which the best counts, because on some machines the first access to
+# memory costs more than the work. The catalogs, about 500 MB, are created in build/bench. Queries use a table of a
+# million rows in memory; each is answered anew, and the previous answer is dropped untimed. Cursors go through the same
+# rows. An Access file is read if ../shared/data has one.
 set -eu
 cd "$(dirname "$0")/.."
 
