@@ -1,5 +1,5 @@
-// Opens a catalog, walks through its tables, fields and rows, asks it a query, finds and edits rows, and
-// saves a copy: what the scripts beside it do, by a program that calls the interfaces' members directly.
+// Opens a catalog, walks through its tables, fields and rows, runs a query, finds and edits rows, and saves a
+// copy: the same as the scripts in this folder, in a program that calls the interfaces' members directly.
 //
 //   catalog.exe CATALOG.xml COPY.xml
 #include <Quillet/automation/IQuillet.h>
@@ -25,7 +25,7 @@ std::string Narrow(const wchar_t* text, UINT length) {
     return narrow;
 }
 
-// A system string that is freed when it is done.
+// A system string that frees itself.
 class String {
 public:
     String(const wchar_t* text) : m_text(SysAllocString(text)) {}
@@ -63,7 +63,7 @@ void Check(HRESULT result) {
     throw std::runtime_error(message);
 }
 
-// Results as a program likes to have them. Whatever the caller has to free is taken over.
+// Results as C++ values. They take ownership of what the caller must free.
 long Taken(long number) {
     return number;
 }
@@ -163,8 +163,8 @@ void Walk(const Held<IDbDatabase>& catalog) {
 
     const auto rows = Ask(catalog, &IDbDatabase::TableDataByName, String(L"IPE"));
     for (long i = 0; i < 3; ++i) {
-        // A row has one value object, which shows what was asked for last: take the value before the next
-        // one.
+        // A row has one value object, which shows the field requested last: take the value before you ask for
+        // the next one.
         const auto row = Ask(rows, &IDbTableData::Row, i);
         std::cout << Value(row, L"name") << ": " << Value(row, L"h") << " mm, "
                   << Ask(Ask(row, &IDbTableRow::FieldByIndex, 6L), &IDbFieldValue::get_Value) << " cm2\n";

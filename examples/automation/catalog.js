@@ -1,4 +1,4 @@
-// Opens a catalog, walks through its tables, fields and rows, asks it a query, finds and edits rows, and saves a copy.
+// Opens a catalog, walks through its tables, fields and rows, runs a query, finds and edits rows, and saves a copy.
 //
 //   cscript //nologo catalog.js CATALOG.xml COPY.xml
 
@@ -32,14 +32,14 @@ for (i = 0; i < 3; ++i) {
 var rows = catalog.TableDataByName("IPE");
 for (i = 0; i < 3; ++i) {
     var row = rows.Row(i);
-    // A row has one value object, which shows what was asked for last: take the value before the next one.
+    // A row has one value object, which shows the field requested last: take the value before you ask for the next one.
     print(row.FieldByName("name").Value + ": " + row.FieldByName("h").Value + " mm, " +
         row.FieldByIndex(6).Value + " cm2");
 }
 
 // ---- A query
 
-// This language has no references, so the name of the answer does not come back. A new answer is the last table.
+// This language has no references, so the name of the answer is not returned. A new answer is the last table.
 if (catalog.Query("select name, Iy from HEA where h > 700 order by Iy desc", "")) {
     var answer = catalog.TableName(catalog.TablesCount - 1);
     rows = catalog.TableDataByName(answer);

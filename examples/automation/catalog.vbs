@@ -1,4 +1,4 @@
-' Opens a catalog, walks through its tables, fields and rows, asks it a query, finds and edits rows, and saves a copy.
+' Opens a catalog, walks through its tables, fields and rows, runs a query, finds and edits rows, and saves a copy.
 '
 '   cscript //nologo catalog.vbs CATALOG.xml COPY.xml
 Option Explicit
@@ -33,14 +33,14 @@ Dim rows, row
 Set rows = catalog.TableDataByName("IPE")
 For i = 0 To 2
     Set row = rows.Row(i)
-    ' A row has one value object, which shows what was asked for last: take the value before the next one.
+    ' A row has one value object, which shows the field requested last: take the value before you ask for the next one.
     WScript.Echo row.FieldByName("name").Value & ": " & row.FieldByName("h").Value & " mm, " & _
         row.FieldByIndex(6).Value & " cm2"
 Next
 
 ' ---- A query
 
-' The variable holds a text, which becomes the name of the answer.
+' The variable must hold a text, which is replaced by the name of the answer.
 Dim answer
 answer = ""
 If catalog.Query("select name, Iy from HEA where h > 700 order by Iy desc", answer) Then

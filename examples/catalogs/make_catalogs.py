@@ -53,7 +53,7 @@ def binary(data):
 
 # ---------------------------------------------------------------- catalog files
 
-# "&" comes first, so that the entities put in for the others stay whole.
+# "&" comes first, so that the entities inserted for the others stay intact.
 VALUE_ESCAPES = (("&", "&amp;"), ("<", "&lt;"), (">", "&gt;"), ('"', "&quot;"),
                  ("\t", "&#9;"), ("\n", "&#10;"), ("\r", "&#13;"))
 
@@ -193,7 +193,7 @@ def channel_section(h, b, tw, tf, r):
     iz = ((2 * tf * b ** 3 + clear * tw ** 3) / 3
           + 2 * (fillet.own + fillet.area * x_fillet ** 2) - area * ys ** 2)
     wply = b * tf * (h - tf) + tw * clear ** 2 / 4 + 2 * fillet.area * z_fillet
-    # The line that halves the area has no closed form once it lies in the fillets.
+    # The line that halves the area has no closed form if it is in the fillets.
     low, high = 0.0, b
     for _ in range(100):
         middle = (low + high) / 2
@@ -220,7 +220,8 @@ def rounded_square(b, r):
 def square_hollow_section(b, t, ro, ri):
     (area, inertia, plastic) = (outer - inner for outer, inner
                                 in zip(rounded_square(b, ro), rounded_square(b - 2 * t, ri)))
-    # Torsion of a closed thin wall, with the wall's own share, on its centre line.
+    # Torsion of a closed thin wall about its centre line, including the wall's own
+    # share.
     rc = (ro + ri) / 2
     perimeter = 4 * (b - t) - 2 * rc * (4 - math.pi)
     enclosed = (b - t) ** 2 - rc * rc * (4 - math.pi)
@@ -250,7 +251,7 @@ RANGES = (("IPE", i_section), ("HEA", i_section), ("HEB", i_section), ("HEM", i_
 
 
 def corner_radii(t):
-    # Decimal figures such as 1.5 * 6.3 must not carry binary noise into the file.
+    # Results such as 1.5 * 6.3 must not bring binary rounding errors into the file.
     return round(1.5 * t, 6), round(1.0 * t, 6)
 
 
@@ -319,8 +320,9 @@ def materials():
 # greatest number of 15 digits below it. Likewise the smallest normal one above.
 DOUBLE_MAX = 1.79769313486231e308
 DOUBLE_MIN = 2.22507385850721e-308
-# The 15 digits of the greatest 32-bit number lie above that number, so a reader that
-# goes by way of a double would have to round back into range: the one before is used.
+# The greatest 32-bit float, rounded to 15 digits, is above itself, so a reader that
+# converts through a double would have to round back into range: the number before it is
+# used.
 FLOAT_MAX = struct.unpack("<f", bytes.fromhex("feff7f7f"))[0]
 FLOAT_MIN = struct.unpack("<f", bytes.fromhex("00008000"))[0]
 
@@ -404,8 +406,8 @@ def half_place(text, digits):
 
 
 def rounds_to(value, text, digits):
-    # Published figures have been rounded twice in places (7454.85 to 7455, that to 7460),
-    # which moves the edge by half of the place that follows.
+    # Some published figures were rounded twice (7454.85 to 7455, and that to 7460),
+    # which moves the limit by half of the next place.
     return abs(value - float(text)) <= half_place(text, digits) * 1.1
 
 
@@ -548,8 +550,9 @@ def check_materials(report):
             "n": 1.4 + 23.4 * brittle if high else 2.0,
             "ec3": 1.75 + 0.55 * (fck - 50) / 40 if high else 1.75, "ecu3": 2.6 + 35 * brittle if high else 3.5}
         for key, value in expected.items():
-            # The standard's table rounds ec1 and n to 0.05 in places, and rounds fctm before
-            # it takes the fractiles of it; one unit of the first decimal covers both.
+            # The standard's table rounds some of ec1 and n to 0.05, and rounds fctm
+            # before it calculates its fractiles; one unit of the first decimal covers
+            # both.
             report.expect(abs(value - float(row[key])) <= 0.1, "Concrete %s %s: relation %.4g, table %s"
                           % (row["name"], key, value, row[key]))
         ecm = 22 * (fcm / 10) ** 0.3
@@ -561,7 +564,7 @@ def check_materials(report):
     before = report.state()
     for row in dimensions("timber"):
         fm, rho, e0 = floats(row, "fm_k", "rho_k", "E0_mean")
-        # (relation, allowed distance): half the step the standard rounds the value to.
+        # (relation, tolerance): half the step to which the standard rounds the value.
         expected = {"ft_0_k": (-3.07 + 0.73 * fm, 0.25), "fc_0_k": (4.3 * math.sqrt(fm), 0.5),
                     "fc_90_k": (0.007 * rho, 0.05), "E0_05": (0.67 * e0, 50), "E90_mean": (e0 / 30, 5),
                     "G_mean": (e0 / 16, 5), "rho_mean": (1.2 * rho, 5), "ft_90_k": (0.4, 0)}
