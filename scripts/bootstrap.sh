@@ -1,10 +1,10 @@
 #!/bin/sh
-# Installs what the project needs from Debian's packages and is missing.
+# Installs the missing Debian packages that the project needs.
 #
 #   scripts/bootstrap.sh [build] [test] [lint] [bench] [fuzz] [windows]
 #
-# Without an argument: build. Each word names what the machine will do. The driver for Access files that comes with test is
-# registered for the user who runs this.
+# Without an argument: build. Each word names a use of the machine. With test, the driver for Access files is registered
+# for the current user.
 set -eu
 
 packages_for() {
@@ -37,7 +37,7 @@ done
 register_drivers() {
     case " $* " in
         *" test "*)
-            # The tests bring a list of their own.
+            # The tests use their own list.
             "$(dirname "$0")/odbc-drivers.sh" ||
                 echo "bootstrap.sh: no driver for Access files is registered for this user" >&2
             ;;

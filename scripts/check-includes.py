@@ -10,7 +10,7 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# The one place that knows both ends: what the lower classes tell the database.
+# The one place that knows both ends: how lower classes notify the database.
 BOTH_ENDS = {"Db/Quillet/registry/Upcalls.cpp"}
 
 

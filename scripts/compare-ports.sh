@@ -1,8 +1,8 @@
 #!/bin/sh
-# Runs the command line of both ports side by side, under a locale with a decimal point and one with a comma: what they
-# print and the catalogs that they write have to be equal byte for byte, and each has to read what the other wrote.
+# Runs the command line of both ports side by side, under a locale with a decimal point and one with a comma: their
+# output and the catalogs that they write must be equal byte for byte, and each must read what the other wrote.
 #
-# It needs the programs of the presets release and windows. Real tables, where ../shared/data has them, take part too.
+# It needs the programs of the presets release and windows. Real tables are included if ../shared/data has them.
 set -eu
 cd "$(dirname "$0")/.."
 native=$PWD/build/release/bin/quillet
@@ -13,11 +13,11 @@ rm -rf "$work"
 mkdir -p "$work/input" "$work/native" "$work/windows"
 LOCPATH=$(scripts/make-locales.sh)
 export LOCPATH
-# The tests' own list of drivers, whatever the user has.
+# The tests' own list of drivers, not the user's.
 ODBCSYSINI=$PWD/build/release/tests/odbc/all
 export ODBCSYSINI
 
-# Every catalog and table at hand, and numbers of every size.
+# Every available catalog and table, and numbers of every size.
 cp examples/catalogs/*.xml "$work/input/"
 for file in ../shared/data/steel/*.csv ../shared/data/*.mdb; do
     [ -f "$file" ] && cp "$file" "$work/input/"
@@ -33,7 +33,7 @@ awk 'BEGIN {
     }
 }' >"$work/input/numbers.csv"
 
-# $1 is native or windows, $2 the locale, the rest the arguments. The two work in folders of their own, under the same
+# $1 is native or windows, $2 the locale, the rest the arguments. The two work in separate folders, with the same
 # relative names.
 run() {
     port=$1
@@ -57,7 +57,7 @@ differ() {
     exit 1
 }
 
-# Runs the arguments with both and compares what is printed, but for the times that a log tells.
+# Runs both with the arguments and compares their output, except for the times in a log.
 both() {
     locale=$1
     shift
@@ -72,7 +72,7 @@ both() {
     count=$((count + 1))
 }
 
-# Compares a file that both have written.
+# Compares a file written by both.
 same() {
     cmp "$work/native/$1" "$work/windows/$1" >&2 || differ "$1"
     count=$((count + 1))
@@ -129,7 +129,7 @@ QUERIES
         both "$locale" show "$locale-new.xml" "$name"
     done
     same "$locale-new.xml"
-    # The driver tells both the same.
+    # The driver gives both the same.
     for file in "$work"/input/*.mdb; do
         [ -f "$file" ] || continue
         name=$(basename "$file" .mdb)

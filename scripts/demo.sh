@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the command line and walks through a real catalog: opens it, lists it, reads it, asks it, finds a row in it, and
-# edits and saves a copy.
+# Builds the command line and walks through a real catalog: opens it, lists it, reads it, queries it, finds a row in it,
+# and edits and saves a copy.
 set -eu
 cd "$(dirname "$0")/.."
 

@@ -1,11 +1,11 @@
 #!/bin/sh
-# Checks the formatting of every source file, the way that includes go, and the library and the command line with
-# clang-tidy: as they are compiled here by the preset release, and the Windows port's own files and the automation server
-# as the preset windows compiles them.
+# Checks the formatting of every source file, the direction of includes, and the library and the command line with
+# clang-tidy: as the preset release compiles them, and the Windows port's own files and the automation server as the
+# preset windows compiles them.
 #
 #   scripts/lint.sh [format]
 #
-# With an argument only what needs no build: formatting and includes.
+# With an argument, only the checks that need no build: formatting and includes.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -15,11 +15,12 @@ if [ "${1:-}" = format ]; then
     exit 0
 fi
 
-# One file in a process: from one to the next clang-tidy 14 forgets what it knew of va_list, and then finds faults there.
+# One process for each file: clang-tidy 14 loses what it knows of va_list from one file to the next, and then reports
+# errors there.
 git ls-files 'Db/*.cpp' 'tools/*.cpp' | grep -v -e '^Db/Quillet/platform/windows/' -e '^Db/Quillet/automation/' |
     xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/release --quiet 2>/dev/null
 
-# clang takes the headers of mingw-w64, and does not know one of its compiler's options.
+# clang accepts the headers of mingw-w64, but does not know one of the compiler's options.
 mkdir -p build/windows/clang
 sed 's/-fno-keep-inline-dllexport//' build/windows/compile_commands.json >build/windows/clang/compile_commands.json
 headers=$(x86_64-w64-mingw32-g++-posix -print-file-name=include)

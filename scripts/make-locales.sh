@@ -1,6 +1,6 @@
 #!/bin/sh
-# Makes the locales that tests ask for beside that of the environment, in a folder of the project's own, and prints the
-# folder: the value of LOCPATH under which the C library, and through it Wine, knows them.
+# Creates the locales that tests use besides that of the environment, in the build folder, and prints the folder. With
+# it as LOCPATH the C library, and through it Wine, finds them.
 set -eu
 cd "$(dirname "$0")/.."
 folder=$PWD/build/locales

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Registers the driver of mdbtools, for the user who runs this, under the name that the library asks for to open an Access
-# file: in $HOME/.odbcinst.ini, which the driver manager reads beside the system's list. Where a driver of that name is
-# registered already, nothing changes.
+# Registers the driver of mdbtools, for the current user, under the name that the library uses to open Access files: in
+# $HOME/.odbcinst.ini, which the driver manager reads in addition to the system's list. If a driver of that name is
+# already registered, nothing changes.
 #
 #   scripts/odbc-drivers.sh
 set -eu

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the Windows port, runs every test of it under Wine, and compares what the two ports print and write.
+# Builds the Windows port, runs all its tests under Wine, and compares the output and the files of the two ports.
 set -eu
 cd "$(dirname "$0")/.."
 

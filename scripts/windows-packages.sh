@@ -1,12 +1,12 @@
 #!/bin/sh
-# Brings what the Windows port needs beside its compiler: pugixml and libcsv, compiled for Windows from their Debian
+# Provides what the Windows port needs besides its compiler: pugixml and libcsv, compiled for Windows from their Debian
 # source packages, and the headers of CLI11 and nlohmann-json, copied from their installed packages.
 #
 #   scripts/windows-packages.sh [folder]
 #
 # The folder is build/windows-packages without an argument; cmake/windows.cmake looks for packages there. The sources
-# come from wherever this machine's apt gets its packages, and apt verifies them as it verifies those. What is there in
-# the right version is left alone.
+# come from where this machine's apt gets its packages, and apt verifies them in the same way. Packages that have the
+# right version already are left alone.
 set -eu
 cd "$(dirname "$0")/.."
 toolchain=$PWD/cmake/windows.cmake
@@ -31,7 +31,7 @@ work=$folder/work
 rm -rf "$work" "$folder/include" "$folder/lib" "$folder/share"
 mkdir -p "$work/apt/parts" "$work/apt/lists/partial" "$work/apt/cache/archives/partial" "$work/sources" "$folder/include" "$folder/lib" "$folder/share"
 
-# The machine's package entries, asked for sources.
+# The machine's package sources, with source packages enabled.
 for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
     [ -f "$list" ] || continue
     sed -n 's/^[[:blank:]]*deb[[:blank:]]/deb-src /p' "$list" >>"$work/apt/parts/one-line.list"
@@ -49,7 +49,7 @@ apt_here update
 (
     cd "$work/sources"
     for source in "pugixml=$(version_of libpugixml-dev)" "libcsv=$(version_of libcsv-dev)"; do
-        # A binary package that was built anew has a version that its source does not have.
+        # A rebuilt binary package has a version that its source does not have.
         apt_here source "$source" >/dev/null 2>&1 || apt_here source "${source%+b*}" >/dev/null
     done
 )
