@@ -1,5 +1,5 @@
-# What is made from the type library's source: header, identifiers, proxies and stubs, and the type library itself. They
-# go into IQuillet.dll; who drives the library from outside links quillet_automation, which has header and identifiers.
+# Generated from the type library's source: header, identifiers, proxies and stubs, and the type library itself. They
+# become part of IQuillet.dll; clients link quillet_automation, which has the header and the identifiers.
 enable_language(C)
 enable_language(RC)
 
@@ -13,7 +13,7 @@ set(QUILLET_IDL ${PROJECT_SOURCE_DIR}/Db/Quillet/automation/IQuillet.idl)
 set(QUILLET_MADE_ROOT ${PROJECT_BINARY_DIR}/made)
 set(QUILLET_MADE ${QUILLET_MADE_ROOT}/Quillet/automation)
 file(MAKE_DIRECTORY ${QUILLET_MADE})
-# What is made names its source, and is installed: without the folders of the machine that makes it.
+# The generated files name their source and are installed, so paths of the build machine are left out.
 file(RELATIVE_PATH QUILLET_IDL_FROM_MADE ${QUILLET_MADE} ${QUILLET_IDL})
 add_custom_command(
   OUTPUT ${QUILLET_MADE}/IQuillet.h ${QUILLET_MADE}/IQuillet_i.c ${QUILLET_MADE}/IQuillet_p.c
@@ -58,7 +58,8 @@ target_sources(IQuillet PRIVATE
   ${QUILLET_MADE}/dlldata.c)
 set_source_files_properties(${sources}/IQuillet.rc PROPERTIES
   OBJECT_DEPENDS ${QUILLET_MADE}/IQuillet.tlb COMPILE_OPTIONS -I${QUILLET_MADE})
-# What widl writes is not held to our warnings. Its entry points are Proxy..., for ours have the customary names.
+# The output of widl is compiled without our warnings. Its entry points are called Proxy..., because ours have the
+# standard names.
 set_source_files_properties(${sources}/Proxies.c PROPERTIES
   OBJECT_DEPENDS ${QUILLET_MADE}/IQuillet_p.c COMPILE_OPTIONS "-w;-DUSE_COMPILER_EXCEPTIONS")
 set_source_files_properties(${QUILLET_MADE}/dlldata.c PROPERTIES

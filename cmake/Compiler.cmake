@@ -1,21 +1,21 @@
-# quillet_join_sources(target): compiles many of its files as one, where that is asked for. Each file still has to be
-# complete: other builds compile it alone.
+# quillet_join_sources(target): compiles many of its files as one, if that option is on. Each file must still be
+# self-contained: other builds compile it alone.
 function(quillet_join_sources target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUILLET_JOIN_SOURCES} UNITY_BUILD_BATCH_SIZE 12)
   if(QUILLET_JOIN_SOURCES AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # What a file keeps to itself looks as if it stood in a header.
+    # Anonymous namespaces look as if they were in a header.
     target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
   endif()
 endfunction()
 
-# What every target of the project is compiled with.
+# The options of every target of the project.
 add_library(quillet_options INTERFACE)
 target_compile_features(quillet_options INTERFACE cxx_std_20)
 target_compile_options(quillet_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wsign-conversion;-Wshadow>
   $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive->)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # This version sees overlaps in its own string library where there are none.
+  # This version warns of overlaps in its own string library where there are none.
   target_compile_options(quillet_options INTERFACE -Wno-restrict)
 endif()
 if(QUILLET_WARNINGS_AS_ERRORS)
@@ -29,6 +29,6 @@ if(QUILLET_SANITIZE)
   target_link_options(quillet_options INTERFACE -fsanitize=${QUILLET_SANITIZE})
 endif()
 if(WIN32)
-  # The oldest system it runs on is Windows 10; wide characters everywhere; no macros named min and max.
+  # Windows 10 or later; wide characters everywhere; no macros named min and max.
   target_compile_definitions(quillet_options INTERFACE _WIN32_WINNT=0x0A00 UNICODE _UNICODE NOMINMAX)
 endif()

@@ -1,4 +1,4 @@
-# What hosts get: the library, its headers, a CMake package and a pkg-config file.
+# The installation for hosts: the library, its headers, a CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS IQuillet EXPORT IQuilletTargets
@@ -16,7 +16,7 @@ else()
   set(QUILLET_OTHER_PORT windows)
 endif()
 
-# The headers that IQuillet.h leads to; what only the library's own sources include stays here.
+# The headers that IQuillet.h includes, directly or not; internal headers are not installed.
 file(STRINGS cmake/public-headers.txt QUILLET_PUBLIC_HEADERS)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/public-headers.txt)
 list(FILTER QUILLET_PUBLIC_HEADERS EXCLUDE REGEX ^Quillet/platform/${QUILLET_OTHER_PORT}/)

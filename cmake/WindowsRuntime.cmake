@@ -1,6 +1,5 @@
 # The run-time libraries of the compiler, beside the programs and installed with them. Library and host share them:
-# exceptions pass from one to the other, and with a run-time of its own each would keep memory for them that the other
-# can't give back.
+# exceptions pass between the two, and with separate run-times neither could free the other's memory for them.
 set(QUILLET_RUNTIME_DLLS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
 foreach(name IN LISTS QUILLET_RUNTIME_DLLS)
   execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}

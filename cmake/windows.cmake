@@ -1,11 +1,11 @@
-# Toolchain: 64-bit Windows programs by mingw-w64, with its POSIX threads, run by Wine where they have to run here.
+# Toolchain: 64-bit Windows programs with mingw-w64 and its POSIX threads, run under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-# What scripts/windows-packages.sh has put there.
+# The packages from scripts/windows-packages.sh.
 set(QUILLET_WINDOWS_PACKAGES ${CMAKE_CURRENT_LIST_DIR}/../build/windows-packages CACHE PATH
   "Where the packages for Windows stand")
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QUILLET_WINDOWS_PACKAGES)
