@@ -23,7 +23,7 @@ namespace {
 const std::map<std::string, Format> Formats = {
     {"text", Format::Text}, {"csv", Format::Csv}, {"json", Format::Json}};
 
-// The checks return what is wrong, or nothing.
+// The checks return an error message; empty if there is none.
 std::string CheckFormat(const std::string& word) {
     return Formats.count(word) > 0 ? "" : Quoted(word) + " is none of text, csv and json";
 }
@@ -53,7 +53,7 @@ std::string CheckFieldType(const std::string& text) {
     return TypeOfWord(word) ? "" : Quoted(word) + " is no type; the types are " + TypeWords();
 }
 
-// A word for the one that shells and people find hard to write.
+// A word for the delimiter that is hard to type in a shell.
 constexpr const char* TabWord = "tab";
 
 std::string CheckDelimiter(const std::string& text) {
@@ -84,12 +84,12 @@ std::vector<KeyValue> SplitAll(const std::vector<std::string>& texts,
     return pairs;
 }
 
-// A value may hold further equals signs.
+// A value may contain further equals signs.
 std::vector<KeyValue> SplitValues(const std::vector<std::string>& texts) {
     return SplitAll(texts, [](const std::string& text) { return text.find('='); });
 }
 
-// A field's name may hold some, a type does not.
+// A field's name may contain some, a type does not.
 std::vector<KeyValue> SplitTypes(const std::vector<std::string>& texts) {
     return SplitAll(texts, [](const std::string& text) { return text.rfind('='); });
 }
@@ -181,7 +181,7 @@ public:
     CommandLine();
 
     void Parse(std::vector<std::string> arguments) {
-        // The parser takes them from the end.
+        // The parser expects them in reverse order.
         std::reverse(arguments.begin(), arguments.end());
         m_app.parse(arguments);
     }
@@ -216,7 +216,7 @@ private:
     void AddRename();
     void AddConvert();
 
-    // Runs the function with the request that the parser has filled by then.
+    // Runs the function with the request after the parser has filled it.
     template <typename Request>
     void Choose(CLI::App& command, const std::shared_ptr<Request>& request,
                 int (*function)(const Settings&, const Request&)) {
@@ -301,7 +301,7 @@ void CommandLine::AddRowRange(CLI::App& command, RowRange& rows) {
 
 CLI::Option& CommandLine::AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
                                   const char* form, const char* description) {
-    // One value for each option, or what follows it would be taken too.
+    // One value for each option, or the following arguments would be taken too.
     return *command.add_option(option, list, description)->allow_extra_args(false)->type_name(form);
 }
 
@@ -498,8 +498,8 @@ void CommandLine::AddConvert() {
     Choose(command, request, Convert);
 }
 
-// Marks that memory ran out as long as it lives. The parser puts its answers together in streams, which
-// swallow that.
+// Records during its lifetime that memory ran out. The parser builds its output in streams, which ignore
+// that.
 class MemoryWatch {
 public:
     MemoryWatch() {
@@ -525,7 +525,7 @@ private:
     static inline std::new_handler s_before = nullptr;
 };
 
-// Answers a question for help or the version.
+// Prints the help or the version.
 int Answer(CLI::App& app, const CLI::Success& question) {
     std::ostringstream text;
     int status = 0;
@@ -542,7 +542,7 @@ int Answer(CLI::App& app, const CLI::Success& question) {
     return status;
 }
 
-// In this program's own words where the parser's are no help.
+// This program's own messages where the parser's don't help.
 std::string Explain(CLI::App& app, const CLI::ParseError& error) {
     const std::vector<CLI::App*> chosen = app.get_subcommands();
     const std::string hint =

@@ -1,4 +1,4 @@
-// How a command ends that could not be done.
+// How commands fail.
 #pragma once
 
 #include <stdexcept>
@@ -12,7 +12,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// The command line itself is wrong. The program ends with status 2.
+// A usage error. The program ends with status 2.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

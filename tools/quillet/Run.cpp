@@ -16,7 +16,7 @@ namespace {
 constexpr int Failed = 1;
 constexpr int BadUsage = 2;
 
-// Passes on that memory ran out, also while it put a complaint into words.
+// Passes on that memory ran out, even while an error message was built.
 int RunOrComplain(const std::vector<std::string>& arguments) {
     try {
         return ParseArguments(arguments)();

@@ -1,4 +1,4 @@
-// The whole program but its beginning, as a function that tests can call.
+// The whole program except main, as a function that tests can call.
 #pragma once
 
 #include <string>
@@ -6,9 +6,9 @@
 
 namespace quillet::tool {
 
-// Does what the arguments after the program's name ask for and returns the exit status: 0 done, 1 failed, 2
-// the command line is wrong. Every failure leaves one line on standard error. Out of memory is such a
-// failure, and its line needs none.
+// Runs the command in the arguments after the program's name and returns the exit status: 0 success, 1
+// failure, 2 usage error. Every failure prints one line on standard error. Running out of memory is such a
+// failure; printing its line needs no memory.
 int RunCommandLine(const std::vector<std::string>& arguments);
 
 // The line and the exit status of a program that is out of memory. Allocates nothing.

@@ -1,4 +1,4 @@
-// What can be asked of every command.
+// The options of every command.
 #pragma once
 
 namespace quillet::tool {
@@ -7,13 +7,13 @@ enum class Format { Text, Csv, Json };
 
 struct Settings {
     Format m_format = Format::Text;
-    // Tables are cut out of the file one after the other instead of reading it as a whole.
+    // Tables are extracted from the file one after the other instead of reading it as a whole.
     bool m_sequential = false;
     // The database's log lines go to standard error.
     bool m_log = false;
     // Commands that write wait for a file that another program is changing.
     bool m_waits = true;
-    // They go on where numbers are lost.
+    // They go on even if numbers are lost.
     bool m_lossy = false;
 };
 

@@ -18,7 +18,7 @@
 
 namespace quillet::tool {
 
-// The stream has no buffer.
+// The stream is unbuffered.
 void WriteToStandardError(std::string_view bytes) noexcept {
     std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }

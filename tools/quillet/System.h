@@ -1,4 +1,4 @@
-// All that the command line asks of the operating system itself.
+// Everything that the command line needs from the operating system directly.
 #pragma once
 
 #include <string>
@@ -7,19 +7,19 @@
 
 namespace quillet::tool {
 
-// The arguments after the program's name, in UTF-8 where the system says so.
+// The arguments after the program's name, in UTF-8 where the system tells their encoding.
 std::vector<std::string> ProgramArguments(int argc, char** argv);
 
-// From now on the standard streams carry bytes as they are, and a terminal takes them as UTF-8.
+// From now on the standard streams pass bytes unchanged, and a terminal treats them as UTF-8.
 void PrepareStandardStreams();
 
-// Writes bytes to standard error as they are. Allocates nothing; bytes that are not taken are lost.
+// Writes bytes to standard error unchanged. Allocates nothing; bytes that can't be written are lost.
 void WriteToStandardError(std::string_view bytes) noexcept;
 
 bool IsStandardOutputTerminal();
 bool IsStandardErrorTerminal();
 
-// What brings an ODBC driver that reads Access files, and one that writes them.
+// Where to get an ODBC driver that reads Access files, and one that writes them.
 std::string ReadingDriverHint();
 std::string WritingDriverHint();
 

@@ -1,4 +1,4 @@
-// The command line of catalogs.
+// The command line for catalogs.
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -13,7 +13,7 @@ namespace {
     std::_Exit(quillet::tool::EndOutOfMemory());
 }
 
-// The run-time can't throw without memory for the exception, and ends the program without one.
+// The run-time can't throw without memory for the exception, and then ends the program.
 [[noreturn]] void EndTerminated() {
     if (std::current_exception() == nullptr) {
         EndHere();
@@ -21,7 +21,7 @@ namespace {
     std::abort();
 }
 
-// Given back when memory runs out, so that there is some for exceptions and what their handlers do.
+// Released when memory runs out, so that there is some for exceptions and their handlers.
 constexpr std::size_t ReserveSize = std::size_t{64} * 1024;
 void* s_reserve = nullptr;
 
@@ -30,7 +30,7 @@ void* s_reserve = nullptr;
     throw std::bad_alloc();
 }
 
-// Until main begins nothing catches what a static object of the program throws.
+// Before main begins, nothing catches what a static object of the program throws.
 struct MemoryGuard {
     MemoryGuard() {
         std::set_new_handler(EndHere);

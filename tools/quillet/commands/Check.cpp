@@ -1,4 +1,4 @@
-// Reads all of a catalog and says what is wrong with it.
+// Reads all of a catalog and reports what is wrong with it.
 #include <charconv>
 #include <set>
 
@@ -19,7 +19,7 @@ namespace {
 constexpr int Sound = 0;
 constexpr int Faulty = 1;
 
-// What is wrong, and where as far as that is known: lines and rows count from 1, 0 stands for none.
+// A problem and, as far as it is known, its place: lines and rows count from 1, 0 means none.
 struct Finding {
     std::string m_message;
     std::size_t m_line = 0;
@@ -32,7 +32,7 @@ struct Finding {
 
 using Findings = std::vector<Finding>;
 
-// The attribute of an element; empty where it has none of the name.
+// The attribute of an element; empty if it has none of that name.
 std::string Attribute(const xml::Node& element, std::string_view name) {
     xml::AttributeReader attributes(element);
     while (attributes.Next()) {
@@ -43,7 +43,7 @@ std::string Attribute(const xml::Node& element, std::string_view name) {
     return {};
 }
 
-// A type that no field can have leaves a field without one.
+// A field with an invalid type has no type.
 bool IsUnknownType(const std::string& type) {
     unsigned short number = 0;
     std::from_chars(type.data(), type.data() + type.size(), number);
@@ -52,7 +52,7 @@ bool IsUnknownType(const std::string& type) {
     return field.GetType() == VT_EMPTY && type != "0";
 }
 
-// Of a list of attributes all others are dropped by the next change.
+// The next change drops all attributes that are not in the list.
 void CheckAttributes(const xml::Node& element, const std::set<std::string_view>& known, Findings& findings) {
     xml::AttributeReader attributes(element);
     while (attributes.Next()) {
@@ -98,7 +98,7 @@ std::set<CString> CheckTables(const xml::Node& structure, Findings& findings) {
     return names;
 }
 
-// Whether the database tells itself that it left the element out.
+// Whether the database itself reports that it left the element out.
 bool IsLoggedAsSurplus(const xml::Node& element, const Settings& settings) {
     const CString name(element.Name());
     return !settings.m_sequential &&
@@ -106,7 +106,7 @@ bool IsLoggedAsSurplus(const xml::Node& element, const Settings& settings) {
             name.CompareNoCase("structure") == 0 || name.CompareNoCase("data") == 0);
 }
 
-// What stands below an element after the two that a catalog has there.
+// The children of an element after the two that a catalog has there.
 void CheckSurplus(const xml::Node& parent, const Settings& settings, Findings& findings) {
     constexpr std::size_t Known = 2;
     std::size_t position = 0;
@@ -134,7 +134,7 @@ void CheckRows(const xml::Node& data, Findings& findings) {
     }
 }
 
-// One of the two halves of a catalog, whose tables are returned in lower case.
+// One of the two halves of a catalog. Returns the names of its tables in lower case.
 std::set<CString> CheckHalf(const xml::Node& half, const Settings& settings, Findings& findings) {
     const xml::Node structure = half.FirstChild();
     for (const xml::Node& element : {half, structure, structure.NextSibling()}) {
@@ -145,7 +145,7 @@ std::set<CString> CheckHalf(const xml::Node& half, const Settings& settings, Fin
     return CheckTables(structure, findings);
 }
 
-// The file as XML, before it is read as a catalog. False where it is none.
+// The file as XML, before it is read as a catalog. False if it is not XML.
 bool CheckXml(const std::string& path, const Settings& settings, Findings& findings) {
     const RunningProgress progress(ScreenBesideFiles(), "Checking " + path);
     xml::Document document;
@@ -188,7 +188,7 @@ void CheckFieldNames(const Table& table, Findings& findings) {
             findings.push_back({"two fields have this name", 0, table.m_name, 0, field->GetName().ToUtf8()});
         }
     }
-    // Fields of one name were found above.
+    // Duplicate field names were reported above.
     const auto name = [&](std::size_t field) {
         return table.m_descr->GetField(static_cast<int>(field)).GetName();
     };
@@ -200,7 +200,7 @@ void CheckFieldNames(const Table& table, Findings& findings) {
     }
 }
 
-// A cell without a value fits every column, and every value fits a column without a type.
+// A cell without a value is valid in every column, and every value is valid in a column without a type.
 bool Fits(const DbFieldDescr& field, const CComVariant& cell) {
     return cell.vt == field.GetType() || field.GetType() == VT_EMPTY || cell.vt == VT_EMPTY ||
            cell.vt == VT_NULL || (cell.vt == VT_BSTR && cell.Text().empty());
@@ -250,7 +250,7 @@ bool IsRead(Catalog& catalog, const std::string& table) {
     return data != nullptr && data->IsInitialized();
 }
 
-// Whether it is the sequential reading, and not the file, that lacks something.
+// Whether sequential reading is at fault, not the file.
 bool MissesWhatIsThere(Catalog& sequential, Catalog& whole) {
     bool isAllThere = !whole.IsIncomplete();
     for (const std::string& table : whole.TableNames()) {
@@ -267,7 +267,7 @@ void CheckDatabase(const std::string& path, const Settings& settings, Findings& 
     Catalog catalog(path, settings);
     catalog.ReadAll();
     if (settings.m_sequential && catalog.IsXml() && catalog.IsIncomplete()) {
-        // What is wrong with the file itself shows when it is read as a whole.
+        // Errors of the file itself appear when it is read as a whole.
         Settings asAWhole = settings;
         asAWhole.m_sequential = false;
         Catalog whole(path, asAWhole);
@@ -285,7 +285,7 @@ void CheckDatabase(const std::string& path, const Settings& settings, Findings& 
     CheckCatalog(catalog, findings);
 }
 
-// "FILE:LINE: table 'T', row 3, field 'f': message", without what is not known.
+// "FILE:LINE: table 'T', row 3, field 'f': message", without the unknown parts.
 std::string Describe(const std::string& path, const Finding& finding) {
     std::string text = path + (finding.m_line == 0 ? "" : ":" + std::to_string(finding.m_line)) + ": ";
     if (!finding.m_table.empty() && !finding.m_isPlaceInMessage) {

@@ -1,4 +1,4 @@
-// The commands. Each returns the exit status and throws Failure for what it can't do.
+// The commands. Each returns the exit status and throws Failure if it fails.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace quillet::tool {
 
-// The exit status of a command that did what it was asked for.
+// The exit status of a successful command.
 constexpr int Done = 0;
 
 using KeyValue = std::pair<std::string, std::string>;
@@ -42,7 +42,7 @@ struct FindRequest {
     std::string m_file;
     std::string m_table;
     std::string m_where;
-    // Every row that fits, not the first one only.
+    // Every matching row, not only the first one.
     bool m_all = false;
     // From the last row to the first.
     bool m_backward = false;
@@ -92,9 +92,9 @@ struct ImportRequest {
     std::vector<KeyValue> m_types;
     std::vector<std::string> m_keys;
     bool m_replace = false;
-    // What stands between values; without one it is a comma.
+    // The separator of values; a comma by default.
     std::optional<char> m_delimiter;
-    // Headings are names of fields as they stand, whether a query can ask for them or not.
+    // Headings become field names unchanged, whether or not a query can refer to them.
     bool m_keepsNames = false;
 };
 

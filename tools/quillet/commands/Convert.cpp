@@ -15,7 +15,7 @@ namespace quillet::tool {
 
 namespace {
 
-// Fields of dates, money and the like come without a type and without values.
+// Fields of dates, money and the like are read without a type and without values.
 void WarnOfLostValues(Catalog& catalog) {
     DbDatabase& database = catalog.Database();
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {

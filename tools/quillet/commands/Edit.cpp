@@ -86,12 +86,12 @@ int Rename(const Settings& settings, const RenameRequest& request) {
         throw catalog.Failed("the table " + table.m_name + " can't be renamed, every catalog has it");
     }
     catalog.RefuseUncarriable("the new name", newName);
-    // The same name in other letters is no other table.
+    // The same name in different case is the same table.
     const bool isOwnName = CString(newName).CompareNoCase(table.m_name) == 0;
     if (!isOwnName && catalog.Database().IsTable(newName)) {
         throw catalog.Failed("a table " + Quoted(newName) + " is already there");
     }
-    // Under the names that the file knows.
+    // With the names as they are in the file.
     RefuseLostNumbers(catalog, "not changed", settings);
     catalog.Database().RenameTable(table.m_name, newName);
     Report report(settings, catalog.Path() + ": table '" + table.m_name + "' renamed to '" + newName + "'");

@@ -14,7 +14,7 @@ namespace quillet::tool {
 
 namespace {
 
-// The columns of the table after one for the position, whose name no field has.
+// A column for the position, whose name no field has, then the columns of the table.
 std::vector<Column> WithPosition(const std::vector<Column>& columns) {
     std::string name = "position";
     const auto isTaken = [&](const Column& column) {
@@ -28,7 +28,7 @@ std::vector<Column> WithPosition(const std::vector<Column>& columns) {
     return all;
 }
 
-// Rows at some positions of a table, each with its position in front.
+// The rows at given positions of a table, each with its position in front.
 class FoundRows : public Listing {
 public:
     FoundRows(const TableListing& rows, const std::vector<std::size_t>& positions)

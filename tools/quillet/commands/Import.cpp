@@ -12,7 +12,7 @@ namespace quillet::tool {
 
 namespace {
 
-// One bar goes through both readings of the file. The catalog, which is read between them, shows its own.
+// One bar covers both passes over the file. The catalog, which is read between them, shows its own.
 void ReadStructure(const ImportRequest& request, CsvTable& csv) {
     RunningProgress bar(ScreenBesideFiles(), "Importing " + FileName(request.m_source), csv.Work());
     csv.ReadStructure(request.m_keepsNames, [&](std::uint64_t done) { bar.Set(done); });
@@ -24,7 +24,7 @@ void FillRows(const ImportRequest& request, const CsvTable& csv, DbTableData& da
     csv.FillRows(data, [&](std::uint64_t done) { bar.Set(done); });
 }
 
-// The fields that are not called as their headings; empty where all are.
+// The fields whose names differ from their headings; empty if none do.
 std::string OtherNames(const ImportRequest& request, const CsvTable& csv) {
     std::string list;
     for (const auto& [heading, name] : csv.Renamed()) {
@@ -42,7 +42,7 @@ void ApplyOptions(const ImportRequest& request, CsvTable& csv) {
     }
 }
 
-// An empty table of the name, in the place of the one that it replaces. Fields that stay remain keys.
+// An empty table of that name, at the position of the one that it replaces. Fields that stay remain keys.
 DbTableInfo& MakeRoom(Catalog& catalog, const ImportRequest& request, DbTableDescr& structure) {
     DbDatabase& database = catalog.Database();
     if (IsHeaderOrProperties(request.m_table)) {

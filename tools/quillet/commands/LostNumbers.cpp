@@ -7,7 +7,7 @@ namespace quillet::tool {
 
 namespace {
 
-// Where a number stands that its text can't carry, and how many more there are; empty where there is none.
+// The place of a number whose text can't be read back, and how many more there are; empty if there is none.
 std::string FindLostNumbers(Catalog& catalog) {
     DbDatabase& database = catalog.Database();
     std::string first;

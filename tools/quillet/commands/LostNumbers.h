@@ -8,9 +8,9 @@
 
 namespace quillet::tool {
 
-// To be called with all rows read, before anything is written. Throws Failure where a number of the catalog,
-// in whatever table, would be saved as a text that is not read back: the consequence, which number, and how
-// many more there are. A lossy command warns of them instead.
+// Call it when all rows are read and nothing is written yet. Throws Failure if a number in any table of the
+// catalog would be saved as a text that can't be read back: the consequence, which number, and how many more
+// there are. A lossy command warns of them instead.
 void RefuseLostNumbers(Catalog& catalog, const std::string& consequence, const Settings& settings);
 
 }  // namespace quillet::tool

@@ -1,4 +1,4 @@
-// How commands print on standard output what they found.
+// Printing results on standard output.
 #pragma once
 
 #include <string>
@@ -12,10 +12,10 @@ namespace quillet::tool {
 
 void Print(const Settings& settings, const Listing& listing);
 
-// Prints rows of a table under a bar.
+// Prints rows of a table, with a progress bar.
 void PrintRows(const Settings& settings, const Table& table, const RowRange& rows);
 
-// Writes everything under a bar and closes the sink.
+// Writes everything, with a progress bar, and closes the sink.
 void WriteWithProgress(const Writer& writer, const Listing& listing, Sink& sink, const ProgressScreen& screen,
                        const std::string& label);
 

@@ -1,4 +1,4 @@
-// Asks a catalog for rows, and shows how the question was read.
+// Runs a query on a catalog, and explains how it was analysed.
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
@@ -14,13 +14,13 @@ namespace quillet::tool {
 
 namespace {
 
-// A query text, taken apart.
+// An analysed query text.
 struct Analysis {
     std::vector<std::string> m_tokens;
     std::vector<std::string> m_conditions;
     std::string m_clause;
     std::string m_postfix;
-    // The first table, as the query writes it; empty where there is none.
+    // The first table, as written in the query; empty if there is none.
     std::string m_table;
 };
 
@@ -73,8 +73,7 @@ public:
             return "never true: an operator or a bracket stands alone";
         }
         std::string text;
-        // Further operands have no effect. Operations may stand in each other as deep as there are
-        // conditions.
+        // Further operands have no effect. Operations may be nested as deep as there are conditions.
         std::vector<Piece> pieces = {{"", m_operands.back()}};
         while (!pieces.empty()) {
             const Piece piece = pieces.back();
@@ -90,13 +89,13 @@ public:
 private:
     static constexpr std::size_t None = SIZE_MAX;
 
-    // A condition, or an operation and its operands; NOT has no left one.
+    // A condition, or an operation with its operands; NOT has no left one.
     struct Part {
         std::string m_text;
         std::size_t m_left;
         std::size_t m_right;
     };
-    // What is still to be written: a text, and behind it a part.
+    // The rest to write: a text, followed by a part.
     struct Piece {
         const char* m_text;
         std::size_t m_part;
@@ -124,7 +123,7 @@ private:
         Push({(isNot ? "" : " ") + step + " ", left, right});
     }
 
-    // Replaces a part by its pieces; what comes first is put last.
+    // Replaces a part by its pieces, the first one last.
     void Open(const Part& part, std::vector<Piece>& pieces) const {
         if (part.m_right != None) {
             AddOperand(part.m_right, pieces);
@@ -150,7 +149,7 @@ bool IsQuery(DbDatabase& database, const std::string& table) {
     return database.GetTableInfo(table)->GetType() == DbTableInfo::Query;
 }
 
-// What the table is that holds the answer.
+// The kind of the table that holds the answer.
 const char* KindOfAnswer(const DbTableInfo& answer) {
     if (answer.GetType() != DbTableInfo::Query) {
         return "the table itself";
@@ -158,7 +157,7 @@ const char* KindOfAnswer(const DbTableInfo& answer) {
     return answer.GetData()->GetRows()->IsBinded() ? "rows of the table" : "copied rows";
 }
 
-// What is known of a query, in the order in which it is told.
+// What is known of a query, in the order in which it is printed.
 class Explanation {
 public:
     explicit Explanation(const Settings& settings)
@@ -168,7 +167,7 @@ public:
 
     void Add(const char* part, Value value) { m_facts.Add({Value::OfText(part), std::move(value)}); }
 
-    // The conditions have a meaning only where rows were searched by them.
+    // The conditions are meaningful only if rows were searched with them.
     void AddAnalysis(const Analysis& analysis, bool isSearched) {
         AddTokens(analysis.m_tokens);
         for (const std::string& condition : analysis.m_conditions) {
@@ -184,7 +183,7 @@ public:
     }
 
 private:
-    // A program wants to see where each one ends, people all in one line.
+    // Programs need each one separately, people read them on one line.
     void AddTokens(const std::vector<std::string>& tokens) {
         std::string line;
         for (const std::string& token : tokens) {

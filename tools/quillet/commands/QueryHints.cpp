@@ -24,7 +24,7 @@ std::string Plain(const QueryWord& word) {
     return WithoutBrackets(word.m_text).ToUtf8();
 }
 
-// A name as it stands in a query.
+// A name as it is written in a query.
 std::string InQuery(const std::string& name) {
     const bool isKeyword = IsOneOf(
         Lowered(name).ToUtf8(),
@@ -32,7 +32,7 @@ std::string InQuery(const std::string& name) {
     return isKeyword || name.find_first_of(" ,;*()<>=") != std::string::npos ? "[" + name + "]" : name;
 }
 
-// A text that looks like a number or a value in quotation marks is no misspelt name.
+// A text that looks like a number or a quoted value is not a misspelt name.
 bool LooksLikeName(const QueryWord& word) {
     return !word.m_isText && word.m_text.find_first_of("0123456789+-.") != 0;
 }
@@ -57,7 +57,7 @@ class ForeignWords {
 public:
     ForeignWords(const Words& words, bool isCondition) : m_words(words), m_isCondition(isCondition) {}
 
-    // Empty for a word that the language has, or that may be a name or a value where it stands.
+    // Empty for a word of the language, and for one that may be a name or a value in its place.
     std::string HintOn(std::size_t index) const {
         const QueryWord& word = m_words[index];
         if (word.m_isText || word.m_isBracketed || word.m_isKeyword || word.m_place == RightSide) {
@@ -70,7 +70,7 @@ public:
                     word.m_part == QueryPart::Select ? InsteadInSelect(index) : InsteadOfClause(index));
     }
 
-    // Whether the words after a foreign one are no longer where their places say.
+    // Whether a foreign word has made the places of the following words unreliable.
     bool ShiftsPlaces(std::size_t index) const {
         return m_words[index].Is("between") || m_words[index].Is("in");
     }
@@ -84,7 +84,7 @@ private:
         return advice.empty() ? advice : Quoted(foreign) + " is not in the language: " + advice;
     }
 
-    // A not of the condition is part of what the advice replaces.
+    // The advice also replaces a not in the condition.
     std::string HintOnOperator(std::size_t index) const {
         const std::size_t left = LeftOf(index);
         const bool isNegatedInside = std::any_of(m_words.begin() + static_cast<std::ptrdiff_t>(left),
@@ -119,7 +119,7 @@ private:
         return {};
     }
 
-    // A not reaches over everything to its right, up to a bracket that encloses it.
+    // A not applies to everything to its right, up to the end of the enclosing bracket.
     static std::string Grouped(const std::string& conditions, bool isNegated) {
         return isNegated ? "(not (" + conditions + "))" : "(" + conditions + ")";
     }
@@ -148,8 +148,7 @@ private:
         return conditions + (values.size() > MostShown ? " or ..." : "");
     }
 
-    // The values in the brackets after a word, or the one that stands there without them; examples where none
-    // does.
+    // The values in the brackets after a word, or the one without brackets; examples if there is none.
     std::vector<std::string> ValuesAfter(std::size_t index) const {
         std::vector<std::string> values;
         const bool isList = index + 1 < m_words.size() && m_words[index + 1].Is("(");
@@ -205,7 +204,7 @@ private:
     bool m_isCondition;
 };
 
-// Looks through a query that was refused.
+// Examines a query that was refused.
 class Refusal {
 public:
     Refusal(DbDatabase& database, const QueryText& query)
@@ -230,7 +229,7 @@ private:
         return m_tables.empty() ? nullptr : m_database.GetTableDescr(m_tables.front());
     }
 
-    // Whether the word is foreign; the first of a part makes the rest of it unreadable.
+    // Whether the word is foreign; after the first one, the rest of the part can't be interpreted.
     bool TakeForeign(std::size_t index) {
         const std::string hint = m_foreign.HintOn(index);
         if (!hint.empty()) {
@@ -281,7 +280,7 @@ private:
         }
     }
 
-    // The first table that has no such field.
+    // The first table without such a field.
     const DbTableDescr* TableWithout(const QueryWord& word) const {
         for (const std::string& table : m_tables) {
             const DbTableDescr* const descr = m_database.GetTableDescr(table);
@@ -343,7 +342,7 @@ private:
         }
     }
 
-    // One more pair of brackets is taken off in conditions and orders.
+    // One more pair of brackets is removed in conditions and orders.
     static bool IsFieldOf(const DbTableDescr& descr, const QueryWord& word) {
         return descr.IsField(WithoutBrackets(word.m_text));
     }
@@ -365,7 +364,7 @@ private:
     DbDatabase& m_database;
     Words m_words;
     ForeignWords m_foreign;
-    // Those of the query that there are, up to the first that there is not.
+    // The existing tables of the query, up to the first that does not exist.
     std::vector<std::string> m_tables;
     std::vector<std::string> m_hints;
 };
@@ -374,7 +373,7 @@ bool HasWord(const Words& words, const char* text) {
     return std::any_of(words.begin(), words.end(), [&](const QueryWord& word) { return word.Is(text); });
 }
 
-// About a text that does not begin as queries do; empty for one that does.
+// A hint about a text that does not begin like a query; empty for one that does.
 std::string HintOnBeginning(DbDatabase& database, const std::string& text) {
     const Words words = WordsOfQuery(text);
     const bool holdsSelect = Lowered(text).Find("select") >= 0;
@@ -395,7 +394,7 @@ std::string HintOnBeginning(DbDatabase& database, const std::string& text) {
     return "table " + Quoted(name) + ": " + SuggestTables(database, name);
 }
 
-// The operator that conditions end with; empty where there is none.
+// The operator that conditions end with; empty if there is none.
 std::string LastOperator(const Words& words) {
     std::string last;
     for (const QueryWord& word : words) {
@@ -406,8 +405,8 @@ std::string LastOperator(const Words& words) {
     return last;
 }
 
-// About a name that fits several fields of a table but for case; empty for any other, and for one that is
-// written as the field that is taken.
+// A warning about a name that matches several fields of a table except for case; empty for any other, and for
+// one spelt like the field that is taken.
 std::string HintOnCase(const DbTableDescr& descr, const QueryWord& word) {
     const std::string name = Plain(word);
     const int taken = descr.GetFieldIndex(name);
@@ -432,7 +431,7 @@ bool MayBeField(const QueryWord& word) {
            (isOfCondition || word.m_part == QueryPart::Select || word.m_part == QueryPart::Order);
 }
 
-// The table in which the fields of a query are looked up; null where there is none.
+// The table in which the fields of a query are looked up; null if there is none.
 DbTableDescr* SearchedTable(DbDatabase& database, const QueryText& query, const Words& words) {
     std::string name = query.m_table;
     for (auto word = words.begin(); name.empty() && word != words.end(); ++word) {

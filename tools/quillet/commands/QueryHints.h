@@ -1,5 +1,5 @@
-// What the program says about a query text beside what the database says: help with words that the language
-// does not have, with misspelt names, and with texts that are understood otherwise than they look.
+// The program's own hints about a query text, in addition to the database's messages: help with words that
+// the language does not have, with misspelt names, and with texts that mean something else than they seem to.
 #pragma once
 
 #include <string>
@@ -15,12 +15,11 @@ struct QueryText {
     std::string m_table = {};
 };
 
-// What to do about a text that was refused, to be put after the reasons: "; did you mean ...?". Empty where
-// nothing is known.
+// A hint about a text that was refused, to follow the reasons: "; did you mean ...?". Empty if there is none.
 std::string HintOnRefusal(DbDatabase& database, const QueryText& query);
 
-// What to know about the answer of a text, one line each: a quote that is never closed, a condition that ends
-// with an operator, a name that fits several fields.
+// Warnings about the answer of a text, one line each: a quote that is never closed, a condition that ends
+// with an operator, a name that matches several fields.
 std::vector<std::string> WarningsOnAnswer(DbDatabase& database, const QueryText& query);
 
 }  // namespace quillet::tool

@@ -79,7 +79,7 @@ std::vector<QueryWord> WordsOfQuery(const std::string& text) {
 
 std::vector<QueryWord> WordsOfCondition(const std::string& text) {
     Reader reader(QueryPart::Where);
-    // The first two characters of a text are never parted from what follows.
+    // The first two characters of a text are never separated from what follows.
     reader.Read("  " + text);
     return reader.Words();
 }

@@ -1,4 +1,4 @@
-// Commands that look at a catalog and leave it as it is.
+// Commands that only read a catalog.
 #include <algorithm>
 
 #include "Failure.h"
@@ -12,7 +12,7 @@ namespace quillet::tool {
 
 namespace {
 
-// What info tells, in the order in which it is told.
+// The output of info, in order.
 struct Overview {
     std::vector<std::pair<std::string, Value>> m_file;
     std::vector<std::pair<std::string, Value>> m_header;
@@ -61,7 +61,7 @@ Overview ReadOverview(Catalog& catalog, NumberStyle style) {
     return overview;
 }
 
-// A block of names and values under a headline.
+// A block of names and values under a heading.
 void PrintSection(const char* headline, const std::vector<std::pair<std::string, Value>>& values,
                   Sink& sink) {
     std::size_t width = 0;
@@ -93,7 +93,7 @@ void PrintOverview(const Overview& overview, Sink& sink) {
     TextWriter("  ").Write(tables, sink);
 }
 
-// The same for programs, in one listing: a record for each fact, and for each table.
+// The same for programs, in one listing: a record for each fact and for each table.
 void ListOverview(const Overview& overview, const Writer& writer, Sink& sink) {
     RecordListing facts({{"section"}, {"name"}, {"value"}, {"fields", true}, {"rows", true}});
     const auto add = [&](const char* section, const std::vector<std::pair<std::string, Value>>& values) {

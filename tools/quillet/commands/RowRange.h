@@ -1,4 +1,4 @@
-// Which rows of a table are wanted.
+// The requested rows of a table.
 #pragma once
 
 #include <cstddef>

@@ -23,7 +23,7 @@ namespace quillet::tool {
 
 namespace {
 
-// Over what was seen of the target, if anything was.
+// Over the version of the target that was seen, if there is one.
 void CopyFile(const std::string& source, const std::string& target, platform::FileVersion* seen = nullptr) {
     std::string why;
     const std::optional<std::string> bytes = platform::ReadWholeFile(source, &why);
@@ -37,7 +37,7 @@ void CopyFile(const std::string& source, const std::string& target, platform::Fi
     }
 }
 
-// A copy beside a file, removed in the end.
+// A copy beside a file, removed at the end.
 class WorkingCopy {
 public:
     explicit WorkingCopy(const std::string& path) {
@@ -60,7 +60,7 @@ private:
     std::string m_path;
 };
 
-// Keeps what the library would show in message boxes.
+// Collects what the library would show in message boxes.
 class KeptMessages {
 public:
     KeptMessages()
@@ -78,7 +78,7 @@ private:
     platform::MessageHandler m_before;
 };
 
-// The driver of Access files, as the connect string names it.
+// The Access driver, as named in the connect string.
 std::string DriverName() {
     const std::string format = DBACCESS::m_connectFormat.ToUtf8();
     const std::string key = "Driver={";
@@ -97,7 +97,7 @@ std::string WhyClosed(const DBACCESS& access, const std::string& path) {
     return why.starts_with(beginning) ? why.substr(beginning.size()) : why;
 }
 
-// Whether the driver lists anything, if only the tables of the system, which every Access file has.
+// Whether the driver lists anything, even only the system tables, which every Access file has.
 bool ListsTables(const std::string& path) {
     try {
         const auto connection = std::make_shared<odbc::Connection>();
@@ -118,8 +118,8 @@ bool HaveSameNames(const DBACCESS_RECORD& left, const DBACCESS_RECORD& right) {
                       });
 }
 
-// Rows are put into a table by position, so one that is there has to have the fields of the catalog in their
-// order.
+// Rows are written to a table by position, so an existing table must have the fields of the catalog in the
+// same order.
 void CheckFields(const std::string& path, DBACCESS& access, const DBACCESS_ALL& tables) {
     for (const auto& [name, rows] : tables) {
         DBACCESS_RECORD there;
@@ -134,7 +134,7 @@ void CheckFields(const std::string& path, DBACCESS& access, const DBACCESS_ALL& 
     }
 }
 
-// Whether two rows have fields of the same names, and the same text wherever both hold one.
+// Whether two rows have fields with the same names, and the same text wherever both have one.
 bool HaveSameTexts(const DBACCESS_RECORD& left, const DBACCESS_RECORD& right) {
     const auto isSame = [](const DBACCESS_COLUMN& one, const DBACCESS_COLUMN& other) {
         return one.m_type != DBACCESS_COLUMN::Text || other.m_type != DBACCESS_COLUMN::Text ||
@@ -144,7 +144,7 @@ bool HaveSameTexts(const DBACCESS_RECORD& left, const DBACCESS_RECORD& right) {
            std::equal(left.begin(), left.end(), right.begin(), right.end(), isSame);
 }
 
-// Some drivers take names that they can't carry, and texts that they cut.
+// Some drivers accept names that they can't store, and texts that they truncate.
 void CheckWritten(const std::string& path, DBACCESS& access, const DBACCESS_ALL& tables) {
     for (const auto& [name, rows] : tables) {
         DBACCESS_VECTOR there;

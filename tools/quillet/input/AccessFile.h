@@ -1,4 +1,4 @@
-// Access files as the commands use them: why one can't be read, and how one is filled.
+// Access files for the commands: why one can't be read, and how one is written.
 #pragma once
 
 #include <string>
@@ -9,20 +9,20 @@
 
 namespace quillet::tool {
 
-// Whether the path ends as Access files do.
+// Whether the path has the extension of Access files.
 bool HasAccessEnding(const std::string& path);
 
-// Why an Access file can't be read: what the driver says, or which driver is missing and what brings it.
-// Empty where it can.
+// Why an Access file can't be read: the driver's message, or which driver is missing and where to get it.
+// Empty if it can be read.
 std::string WhyNoAccess(const std::string& path);
 
-// What an Access file lacks of the rows that it says its tables have, one line for each table. A driver
-// passes over what is cut off or damaged in silence.
+// Rows that are missing from an Access file according to its own counts, one line for each table. Drivers
+// silently skip truncated or damaged parts.
 std::vector<std::string> MissingRows(const std::string& path, DbDatabase& database);
 
-// Puts tables into an existing Access file, in the place of those of their names; other tables stay. The work
-// is done on a copy, which takes the place of the file only when all was written and nobody else has changed
-// the file meanwhile. Throws Failure, and the file is as it was.
+// Writes tables to an existing Access file, replacing those of the same names; other tables stay. The work is
+// done on a copy, which replaces the file only when everything was written and no other program has changed
+// the file meanwhile. Throws Failure and leaves the file unchanged.
 void FillAccessFile(const std::string& path, const DBACCESS_ALL& tables);
 
 }  // namespace quillet::tool

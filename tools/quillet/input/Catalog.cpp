@@ -34,7 +34,7 @@ constexpr const char* IncompleteSequentially =
     "of it";
 constexpr const char* TryAsAWhole = "; try it without --sequential";
 
-// The model says false where it has no memory; the program ends.
+// The model returns false out of memory; the program ends.
 void RequireMemory(const CString& error) {
     if (error == LastError::OutOfMemory) {
         throw std::bad_alloc();
@@ -49,7 +49,7 @@ bool EqualNames(const std::string& left, const char* right) {
     return CString(left).CompareNoCase(right) == 0;
 }
 
-// The reason of a line that names the file once more.
+// The reason in a line that repeats the name of the file.
 std::string WithoutPath(const std::string& line, const std::string& path) {
     const std::string beginning = "File '" + path + "' could not be written: ";
     return line.starts_with(beginning) ? line.substr(beginning.size()) : line;
@@ -67,7 +67,7 @@ std::unique_ptr<DbDatabase> OpenDatabase(const std::string& path) {
         throw Failure(path + ": " + why);
     }
     RefuseOtherKind(path);
-    // The path is taken as it was given.
+    // The path is used as it was given.
     DbSource::ForceXML = false;
     try {
         return std::make_unique<DbDatabase>(path);
@@ -93,7 +93,7 @@ Catalog::Catalog(const std::string& path, const Settings& settings, std::unique_
 
 Catalog::~Catalog() {
     if (m_database) {
-        // A database that counts as changed would save itself.
+        // A changed database would save itself.
         m_database->Sync();
     }
 }
@@ -137,7 +137,7 @@ void Catalog::TryReadStructure() {
     if (IsXml() || std::exchange(m_isCompared, true)) {
         return;
     }
-    // An Access file that can't be read leaves no more than the tables that every catalog has.
+    // For an Access file that can't be read, there are only the tables that every catalog has.
     if (m_database->GetTablesCount() <= 2) {
         const std::string why = WhyNoAccess(m_path);
         if (!why.empty()) {
@@ -305,7 +305,8 @@ std::vector<DbLogEntry> Catalog::CollectLog() {
     return ofQuery;
 }
 
-// The database keeps what it understood of a damaged file. What it did not understand is no catalog.
+// The database keeps what it could read of a damaged file. If it could read nothing, the file is not a
+// catalog.
 void Catalog::RefuseUnreadable() {
     if (m_faults.empty() || !IsXml()) {
         return;
@@ -324,7 +325,7 @@ void Catalog::RefuseUnreadable() {
 
 std::string Catalog::WhyIncomplete() const {
     const bool isSequential = m_database->GetSource()->IsSequentialAccess();
-    // What could not be read then may be in order by now.
+    // What could not be read then may be fine now.
     const CString why = m_database->LastReadError();
     if (!why.IsEmpty() && why != DocumentReader::InvalidFormat) {
         return why.ToUtf8() + (isSequential ? TryAsAWhole : "");
@@ -332,7 +333,7 @@ std::string Catalog::WhyIncomplete() const {
     return isSequential ? std::string(IncompleteSequentially) + TryAsAWhole : IncompleteCatalog;
 }
 
-// The first two tables are written as the header, whichever they are.
+// The first two tables are written as the header, whatever they are.
 void Catalog::RefuseMisplacedHeader() {
     const std::vector<std::string> names = TableNames();
     if (names.size() < 2 || !EqualNames(names[0], HeaderName) || !EqualNames(names[1], PropertiesName)) {

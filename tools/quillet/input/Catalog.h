@@ -1,4 +1,4 @@
-// A catalog file as the commands use it.
+// A catalog file for the commands.
 #pragma once
 
 #include <memory>
@@ -19,19 +19,19 @@ struct Table {
     DbTableData* m_data;
 };
 
-// What became of a query.
+// The result of a query.
 struct Reply {
     bool m_isAnswered;
-    // Whether the text was read as a query; otherwise it is the name of a table.
+    // Whether the text was treated as a query; otherwise it is the name of a table.
     bool m_isOfQuery;
-    // The name of the table that holds the answer; empty where there is none.
+    // The name of the table that holds the answer; empty if there is none.
     std::string m_table;
     // Why there is none.
     std::string m_complaint;
 };
 
-// Owns the database over a file. The file is written by Save and by nothing else, whatever the model marks as
-// changed. What can't be done throws Failure, which names the file.
+// Owns the database of a file. Only Save writes the file, whatever the model marks as changed. Failures throw
+// Failure, which names the file.
 class Catalog {
 public:
     // Opens an existing file and reads nothing yet.
@@ -41,54 +41,53 @@ public:
     Catalog& operator=(const Catalog&) = delete;
     ~Catalog();
 
-    // A catalog for a file that does not exist yet. It is saved only if nobody else has made the file until
-    // then.
+    // A catalog for a file that does not exist yet. It is saved only if no other program has created the file
+    // by then.
     static Catalog Create(const std::string& path, const Settings& settings);
-    // Opens a file to be changed and reads all of it. Refuses a file that can't be written, and one that was
-    // not understood completely: writing it would make the loss permanent. Other writers are kept out as long
-    // as the catalog lives, and the file is saved only if it still is the one that was read.
+    // Opens a file for changes and reads all of it. Refuses a file that can't be written, and one that could
+    // not be read completely, because saving would make the loss permanent. The file is locked against other
+    // writers for the catalog's lifetime, and saved only if it is still the one that was read.
     static Catalog OpenForEditing(const std::string& path, const Settings& settings);
 
     DbDatabase& Database() { return *m_database; }
     const std::string& Path() const { return m_path; }
     bool IsXml() { return m_database->GetSource()->IsXmlBased(); }
 
-    // Reads the structure of all tables, and refuses a file that is no catalog.
+    // Reads the structure of all tables, and refuses a file that is not a catalog.
     void ReadStructure();
-    // Reads the structure and every table's rows, as far as they can be understood.
+    // Reads the structure and every table's rows, as far as possible.
     void ReadAll();
 
     std::vector<std::string> TableNames();
-    // The position of a table, which is found without regard to case.
+    // The position of a table; names are case-insensitive.
     std::size_t FindIndex(const std::string& name);
     // The table at a position, or of a name; its rows are read.
     Table TableAt(std::size_t index);
     Table FindTable(const std::string& name);
 
-    // Answers a query. A text that is the name of a table, as it stands or in square brackets, asks for that
-    // table, whatever words are in it. Refuses a query over a table whose rows can't all be read.
+    // Answers a query. A text that is the name of a table, with or without square brackets, means that table,
+    // whatever words are in it. Refuses a query over a table whose rows can't all be read.
     Reply Ask(const std::string& query);
 
-    // Takes the entries of the log and keeps the faults among them; returns those about a query.
+    // Takes the entries of the log and keeps those that report errors; returns those about a query.
     std::vector<DbLogEntry> CollectLog();
-    // What reading found wrong so far.
+    // The errors found by reading so far.
     const std::vector<DbLogEntry>& Faults() const { return m_faults; }
-    // Whether reading came to the end of the file before it had everything that a catalog has; and why, with
-    // what helps.
+    // Whether reading reached the end of the file before the catalog was complete; and why, with what helps.
     bool IsIncomplete() const;
     std::string WhyIncomplete() const;
-    // Says on standard error, in one line, that faults were found.
+    // Reports on standard error, in one line, that errors were found.
     void WarnOfFaults() const;
 
     // Writes the file.
     void Save() { SaveAs(m_path); }
-    // Writes another file. Throws Failure, which names it, and the file is as it was.
+    // Writes another file. Throws Failure, which names that file and leaves it unchanged.
     void SaveAs(const std::string& path);
 
-    // Throws Failure where reading found anything wrong: the consequence, why, and how to learn more.
+    // Throws Failure if reading found any error: the consequence, the reason, and how to learn more.
     void RefuseFaults(const std::string& consequence) const;
 
-    // Refuses a text with a character that the file can't carry; what says whose it is.
+    // Refuses a text with a character that can't be written to the file; what describes the text.
     void RefuseUncarriable(const std::string& what, const std::string& text) const;
 
     // "FILE: message".
@@ -105,9 +104,9 @@ private:
     bool m_showsLog;
     // Whether the whole file was found to be XML.
     bool m_isWellFormed = false;
-    // Whether an Access file was asked for what it should hold.
+    // Whether an Access file was checked for missing rows.
     bool m_isCompared = false;
-    // Let go when the database is.
+    // Released with the database.
     std::unique_ptr<platform::FileLock> m_lock;
     std::unique_ptr<DbDatabase> m_database;
     std::vector<DbLogEntry> m_faults;
@@ -120,13 +119,13 @@ bool IsHeaderOrProperties(const std::string& name);
 
 std::vector<std::string> FieldNames(const DbTableDescr& descr);
 
-// Whether the path ends as XML catalogs do.
+// Whether the path has the extension of XML catalogs.
 bool HasXmlEnding(const std::string& path);
 
-// The part of a path that people call the file.
+// The file name of a path.
 std::string FileName(const std::string& path);
 
-// Puts a line of the program's own on standard error: "quillet: message".
+// Prints one of the program's own lines on standard error: "quillet: message".
 void Complain(const std::string& message);
 
 }  // namespace quillet::tool

@@ -20,7 +20,8 @@ std::string_view WithoutPlus(std::string_view text) {
     return text.starts_with('+') && !text.starts_with("+-") ? text.substr(1) : text;
 }
 
-// The whole text as a number. The words for infinity and the like, which the conversion knows, are none.
+// The whole text as a number. The words for infinity and the like, which the conversion accepts, are not
+// numbers here.
 template <typename Number>
 std::optional<Number> ReadNumber(std::string_view text) {
     text = WithoutPlus(text);
@@ -69,7 +70,7 @@ constexpr std::array<DbFieldDescr::eFieldType, 8> Types = {
     DbFieldDescr::Double,  DbFieldDescr::Text,    DbFieldDescr::Binary, DbFieldDescr::Empty,
 };
 
-// GetTypeString speaks of the variant type, which a field of the type integer has in common with long.
+// GetTypeString names the variant type, which integer fields share with long fields.
 std::string WordOfType(DbFieldDescr::eFieldType type) {
     if (type == DbFieldDescr::Integer) {
         return "integer";
@@ -158,7 +159,7 @@ bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cel
 }
 
 bool IsReadBack(const CComVariant& cell) {
-    // Nearly all numbers lie in between.
+    // Nearly all numbers are in between.
     constexpr double SurelyLarge = 1e-30;
     constexpr double SurelySmall = 1e30;
     if (cell.vt != VT_R4 && cell.vt != VT_R8) {

@@ -1,5 +1,5 @@
-// Text from outside to cells: which type a column of texts has, and what a text is as a value of a type.
-// Numbers are written with a decimal point here, whatever the locale.
+// External text to cells: the type of a column of texts, and the value of a text for a type. Numbers have a
+// decimal point here, whatever the locale.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace quillet::tool {
 
-// The type that fits every text seen: long, double, boolean, else text. Empty texts fit everything.
+// The type that suits all texts seen: long, double, boolean, else text. Empty texts suit every type.
 class TypeGuess {
 public:
     void See(std::string_view text);
@@ -24,23 +24,23 @@ private:
     bool m_isBoolean = true;
 };
 
-// By the words that fields show: "long", "double" and so on; nothing for another word.
+// The type for its displayed name: "long", "double" and so on; nothing for another word.
 std::optional<DbFieldDescr::eFieldType> TypeOfWord(std::string_view word);
 // All these words, "a, b, c".
 std::string TypeWords();
 
-// Fills a cell with the text as a value of the field's type that a file can give back; an empty text leaves a
-// cell that is no text without a value. False, with the cell as it was, where the text is no such value.
+// Sets a cell to the text's value in the field's type, if it can be saved and read back; for an empty text, a
+// cell of another type than text has no value. False, with the cell unchanged, if the text is not such a
+// value.
 bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cell);
 
-// Whether a cell's text, as files hold it, is read back as a number. The text has 15 digits (7 of a float),
-// which may round the largest doubles up to more than a double holds, and there is none for infinity and the
-// like.
+// Whether a cell's text in a file is read back as a number. The text has 15 digits (7 for a float), which may
+// round the largest doubles up to more than a double can hold, and infinity and the like have no such text.
 bool IsReadBack(const CComVariant& cell);
-// What to say of a number that is not.
+// The message about a number that is not.
 std::string LostNumber(const DbFieldValue& cell);
 
-// The first character that a catalog file can't carry, as "U+0001"; empty where there is none.
+// The first character that can't be written to a catalog file, as "U+0001"; empty if there is none.
 std::string UncarriableCharacter(std::string_view text);
 
 }  // namespace quillet::tool

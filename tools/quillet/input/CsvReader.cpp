@@ -18,7 +18,7 @@ int IsNeverBlank(unsigned char) {
     return 0;
 }
 
-// The beginning of text up to its first line end, that included.
+// The text up to and including its first line end.
 std::string_view FirstLine(std::string_view text) {
     const std::size_t end = text.find_first_of("\r\n");
     if (end == std::string_view::npos) {
@@ -29,8 +29,8 @@ std::string_view FirstLine(std::string_view text) {
 
 }  // namespace
 
-// The C library's parser and what it called back with. Rows never end but at a line end, so one line fed ends
-// at most one row.
+// libcsv's parser and the results of its callbacks. Rows end only at a line end, so feeding one line ends at
+// most one row.
 struct CsvReader::Parser {
     explicit Parser(char delimiter) {
         if (csv_init(&m_csv, CSV_STRICT | CSV_STRICT_FINI) != 0) {
@@ -48,7 +48,7 @@ struct CsvReader::Parser {
 
     static void OnValue(void* text, std::size_t length, void* self) {
         static_cast<Parser*>(self)->Guarded([&](Parser& parser) {
-            // Strings of earlier rows are used again.
+            // Strings of earlier rows are reused.
             if (parser.m_count == parser.m_values.size()) {
                 parser.m_values.emplace_back();
             }
@@ -139,7 +139,7 @@ bool CsvReader::Next() {
     while (!m_rest.empty() && !m_parser->m_isComplete) {
         const std::string_view line = FirstLine(m_rest);
         m_rest.remove_prefix(line.size());
-        // Outside a row a line without text is none.
+        // An empty line outside a row is not a row.
         hasBegun = hasBegun || line.find_first_not_of("\r\n") != std::string_view::npos;
         m_rowLine += hasBegun ? 0U : 1U;
         Feed(line);

@@ -1,4 +1,4 @@
-// Reads comma-separated values as RFC 4180 has them, with any delimiter.
+// Reads comma-separated values according to RFC 4180, with any delimiter.
 #pragma once
 
 #include <cstddef>
@@ -9,17 +9,16 @@
 
 namespace quillet::tool {
 
-// Whether values can be told apart by the letter: a character of ASCII that neither quotes values nor ends
-// lines.
+// Whether the character can be a delimiter: an ASCII character that neither quotes values nor ends lines.
 bool IsCsvDelimiter(char letter);
 
-// Walks the rows of a text. Blanks belong to the values; line breaks stand in quoted values; rows end with
-// CRLF, LF or CR; empty lines are passed over, and so is a byte-order mark. Whatever breaks the rules throws
-// Failure with the name of the file and the line.
+// Reads the rows of a text. Blanks belong to the values; quoted values may contain line breaks; rows end with
+// CRLF, LF or CR; empty lines and a byte-order mark are skipped. Malformed input throws Failure with the name
+// of the file and the line.
 class CsvReader {
 public:
-    // The text must outlive the reader; the name is that of the file, for messages. The delimiter stands
-    // between values; it is one that IsCsvDelimiter allows.
+    // The text must outlive the reader; the name is that of the file, for messages. The delimiter must be one
+    // that IsCsvDelimiter accepts.
     CsvReader(std::string_view text, std::string name, char delimiter = ',');
     CsvReader(const CsvReader&) = delete;
     CsvReader& operator=(const CsvReader&) = delete;
@@ -33,10 +32,10 @@ public:
     // The line on which the row begins, from 1.
     std::size_t Line() const { return m_rowLine; }
 
-    // How much of the text was read, in bytes.
+    // The number of bytes read so far.
     std::size_t Position() const { return m_size - m_rest.size(); }
 
-    // "FILE:LINE: message" for the row at hand.
+    // "FILE:LINE: message" for the current row.
     std::string Message(std::string_view message) const;
 
 private:
@@ -51,7 +50,7 @@ private:
     std::size_t m_size;
     std::string m_name;
     std::unique_ptr<Parser> m_parser;
-    // The line that is fed next, and the one on which the row at hand begins.
+    // The line that is fed next, and the one on which the current row begins.
     std::size_t m_nextLine = 1;
     std::size_t m_rowLine = 0;
     bool m_isFinished = false;

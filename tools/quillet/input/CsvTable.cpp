@@ -25,8 +25,8 @@ struct OtherDelimiter {
 constexpr OtherDelimiter OtherDelimiters[] = {
     {';', "semicolons", "';'"}, {'\t', "tabs", "tab"}, {'|', "bars", "'|'"}};
 
-// Whether the first rows of a text, more than one, all have as many values between these delimiters, at least
-// two.
+// Whether the first rows of a text, more than one, all have the same number of values with this delimiter, at
+// least two.
 bool IsCutEvenly(std::string_view text, char delimiter) {
     constexpr std::size_t RowsLookedAt = 20;
     try {
@@ -45,7 +45,7 @@ bool IsCutEvenly(std::string_view text, char delimiter) {
     }
 }
 
-// The values of the first row of a text between these delimiters; none where it can't be read.
+// The values of the first row of a text with this delimiter; none if it can't be read.
 std::size_t CountHeadings(std::string_view text, char delimiter) {
     try {
         CsvReader reader(text, "", delimiter);
@@ -55,7 +55,7 @@ std::size_t CountHeadings(std::string_view text, char delimiter) {
     }
 }
 
-// By the byte order mark, or by the empty half of the first letter.
+// By the byte-order mark, or by the zero byte of the first letter.
 bool LooksLikeUtf16(std::string_view text) {
     const bool hasMark = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
     return hasMark || (text.size() > 1 && (text[0] == '\0') != (text[1] == '\0'));
@@ -123,7 +123,7 @@ void CsvTable::ReadHeadings(CsvReader& reader) const {
             throw Failure(m_path + ": empty: the first line must name the fields");
         }
     } catch (const Failure&) {
-        // To a reader of commas, quoted values between other delimiters are quotation marks out of place.
+        // If commas are expected, quoted values between other delimiters are misplaced quotation marks.
         if (!m_delimiter) {
             RefuseOtherDelimiter(reader, 0);
         }
@@ -161,7 +161,7 @@ void CsvTable::ReadNames(const CsvReader& reader, bool keepsNames) {
     CheckNames(reader);
 }
 
-// Every row is written as an element whose attributes bear the names of the fields.
+// Every row is written as an element whose attributes have the names of the fields.
 void CsvTable::CheckNames(const CsvReader& reader) const {
     std::map<std::string, std::string> written;
     for (const DbFieldDescr* field : m_structure) {

@@ -1,4 +1,4 @@
-// A table that stands in a CSV file.
+// A table in a CSV file.
 #pragma once
 
 #include <cstdint>
@@ -14,32 +14,32 @@
 
 namespace quillet::tool {
 
-// The separator of values where nobody names one.
+// The default separator of values.
 constexpr char Comma = ',';
 
-// The text of a CSV file, read twice: once for names and types, once for the values. What is wrong with the
-// file throws Failure, which names it and the line.
+// The text of a CSV file, read twice: once for names and types, once for the values. Errors of the file throw
+// Failure, which names it and the line.
 class CsvTable {
 public:
-    // Is told how much of Work is done.
+    // Called with the part of Work that is done.
     using Progress = std::function<void(std::uint64_t)>;
 
-    // What stands between values; without one it is a comma, and a file that seems to use another is refused.
+    // The separator of values; by default a comma, and then a file that seems to use another is refused.
     CsvTable(const std::string& path, std::optional<char> delimiter);
 
-    // What both readings have to do, in bytes.
+    // The work of both passes, in bytes.
     std::uint64_t Work() const { return 2 * static_cast<std::uint64_t>(m_text.size()); }
 
-    // Reads everything but the values. Headings that can't be saved or queried get other names, or are
-    // refused where they can't be saved and names are kept.
+    // Reads everything but the values. Headings that can't be saved or queried get other names; if names are
+    // kept, those that can't be saved are refused.
     void ReadStructure(bool keepsNames, const Progress& progress);
 
-    // Headings that got other names, with these.
+    // Headings that got other names, and these names.
     const std::vector<std::pair<std::string, std::string>>& Renamed() const { return m_renamed; }
     DbTableDescr& Structure() { return m_structure; }
     std::size_t CountRows() const { return m_rows; }
 
-    // The field that an option means by its name or its heading.
+    // The field that an option refers to by its name or its heading.
     DbFieldDescr& FieldFor(const std::string& option, const std::string& name);
 
     // Appends the rows to a table that has these fields.
@@ -49,7 +49,7 @@ private:
     CsvReader Reader() const { return CsvReader(m_text, m_path, m_delimiter.value_or(Comma)); }
     void ReadNames(const CsvReader& reader, bool keepsNames);
     void ReadHeadings(CsvReader& reader) const;
-    // Headings is how many there are between commas; 0 where commas don't make sense of the row.
+    // Headings is their number with commas as separators; 0 if the row can't be read that way.
     void RefuseOtherDelimiter(const CsvReader& reader, std::size_t headings) const;
     void CheckNames(const CsvReader& reader) const;
     void CheckRow(const CsvReader& reader) const;
@@ -65,11 +65,11 @@ private:
     std::size_t m_rows = 0;
 };
 
-// Appends a field to a table without rows. Files may hold fields that differ in case only, as I and i, though
-// only the first one is found by name; CreateField would refuse the second.
+// Appends a field to a table without rows. Files may have fields that differ only in case, such as I and i,
+// though only the first one is found by name; CreateField would refuse the second.
 DbFieldDescr& AppendField(DbTableDescr& descr);
 
-// The field of exactly this name, otherwise the first that has it in other case; null where there is none.
+// The field with exactly this name, otherwise the first with it in different case; null if there is none.
 DbFieldDescr* FindField(const DbTableDescr& descr, const CString& name);
 
 }  // namespace quillet::tool

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// The word for the engine stands after four bytes.
+// The name of the engine follows four bytes.
 bool IsAccess(std::string_view bytes) {
     constexpr std::size_t PlaceOfEngine = 4;
     const std::string_view engine = bytes.substr(std::min(PlaceOfEngine, bytes.size()));

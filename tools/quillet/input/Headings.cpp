@@ -12,14 +12,14 @@ namespace quillet::tool {
 
 namespace {
 
-// By which name a file holds the values of a field.
+// The name under which a file stores the values of a field.
 std::string NameInFile(const std::string& name) {
     DbFieldDescr field;
     field.SetName(name);
     return field.SafeNameUtf8();
 }
 
-// A query takes these for operators, in brackets too, and the last for a quotation mark.
+// A query treats these as operators, even in brackets, and the last as a quotation mark.
 bool HasMarksOfQueries(const std::string& name) {
     constexpr std::string_view HalfwidthMark = "\xEF\xBE\x91";
     return name.find_first_of("*()<>") != std::string::npos || name.find(HalfwidthMark) != std::string::npos;
@@ -29,10 +29,10 @@ bool IsSafe(const std::string& name) {
     return !name.empty() && !HasMarksOfQueries(name) && xml::IsXmlName(NameInFile(name));
 }
 
-// The names given so far: queries pay no regard to case, files hold no two equal ones.
+// The names given so far: queries ignore case, and files can't have two equal ones.
 class GivenNames {
 public:
-    // False where the name can't be told from one that was given.
+    // False if the name can't be distinguished from one given before.
     bool Give(const std::string& name) {
         const CString inQueries = Lowered(name);
         const std::string inFile = NameInFile(name);
@@ -49,7 +49,7 @@ private:
     std::set<std::string> m_inFile;
 };
 
-// Units are full of raised figures: cm².
+// Units often have superscripts: cm².
 std::string PlainFigure(char32_t codePoint) {
     constexpr char32_t RaisedZero = 0x2070;
     constexpr std::array<char32_t, 10> Raised = {
@@ -59,7 +59,7 @@ std::string PlainFigure(char32_t codePoint) {
     return found == Raised.end() ? std::string() : std::to_string(found - Raised.begin());
 }
 
-// The letter as it may stand inside a made name; empty for one that may not.
+// The letter as it may be used in a generated name; empty for one that may not.
 std::string LetterOfName(char32_t codePoint) {
     std::string letter = PlainFigure(codePoint);
     if (letter.empty() && !IsSurrogate(codePoint)) {
@@ -84,7 +84,7 @@ std::string MakeName(const std::string& heading, std::size_t position) {
     if (name.empty()) {
         return "field_" + std::to_string(position + 1);
     }
-    // No name begins with a figure.
+    // Names must not begin with a digit.
     return IsSafe(name) ? name : "_" + name;
 }
 

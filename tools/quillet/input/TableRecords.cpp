@@ -6,7 +6,7 @@ namespace quillet::tool {
 
 namespace {
 
-// What columns hold the values of a field. One without a type holds texts.
+// The column for the values of a field. A field without a type has texts.
 DBACCESS_COLUMN::eType ColumnType(const DbFieldDescr& field) {
     switch (field.GetDbType()) {
         case DbFieldDescr::Boolean:

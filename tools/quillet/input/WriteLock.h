@@ -1,4 +1,4 @@
-// Keeps other writers out of a file from reading it to saving it.
+// Locks a file against other writers, from reading it to saving it.
 #pragma once
 
 #include <memory>
@@ -9,10 +9,10 @@
 
 namespace quillet::tool {
 
-// The lock of a file that will be changed; null where there is no such file. Waits a while for somebody else
-// to let it go, unless the settings forbid that, and throws Failure, which says who has it, when that was too
-// short. Where no lock can be made, says so on standard error and gives none: what others change meanwhile is
-// then found out when the file is saved.
+// The lock of a file that will be changed; null if there is no such file. Waits a while for another holder to
+// release it, unless the settings forbid that, and then throws Failure, which says who holds it. If the
+// system can't lock the file, says so on standard error and returns null: changes by others are then detected
+// when the file is saved.
 std::unique_ptr<platform::FileLock> LockForWriting(const std::string& path, const Settings& settings);
 
 }  // namespace quillet::tool

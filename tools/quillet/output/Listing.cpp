@@ -33,7 +33,7 @@ TableListing::TableListing(const DbTableDescr& descr, DbTableData& data, std::si
     m_first = std::min(offset, count);
     m_count = std::min(limit, count - m_first);
     for (const DbFieldDescr* field : descr) {
-        // A field without a type holds texts.
+        // A field without a type has texts.
         m_isTextColumn.push_back(field->GetType() == VT_BSTR || field->GetType() == VT_EMPTY);
     }
 }

@@ -1,4 +1,4 @@
-// What the writers write: columns, and rows that can be read as often as a writer needs.
+// The input of the writers: columns, and rows that can be read as often as a writer needs.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace quillet::tool {
 
 struct Column {
     std::string m_name;
-    // Aligned to the right for people.
+    // Right-aligned for people.
     bool m_isNumeric = false;
 };
 
@@ -32,7 +32,7 @@ private:
     std::vector<Column> m_columns;
 };
 
-// Rows that were put together here.
+// Rows that were created here.
 class RecordListing : public Listing {
 public:
     using Listing::Listing;
@@ -47,7 +47,7 @@ private:
     std::vector<std::vector<Value>> m_records;
 };
 
-// A stretch of a table's rows, which have been read. The table must outlive the listing.
+// A range of a table's rows, which have been read. The table must outlive the listing.
 class TableListing : public Listing {
 public:
     TableListing(const DbTableDescr& descr, DbTableData& data, std::size_t offset, std::size_t limit);

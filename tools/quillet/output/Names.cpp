@@ -13,12 +13,12 @@ namespace {
 
 constexpr std::size_t MostListed = 12;
 constexpr std::size_t MostSuggested = 3;
-// Names further apart than this are not taken for one another; short names must be nearer.
+// Names with a larger distance are not similar; short names must be closer.
 constexpr std::size_t FarthestSuggested = 2;
 
-// How many letters must be put in, left out, changed or swapped with the next to make one text of the other.
+// The number of letters to insert, remove, change or swap with the next to turn one text into the other.
 std::size_t EditDistance(WideView left, WideView right) {
-    // The distances of the beginnings of left, the last three of them, to every beginning of right.
+    // The distances of the last three prefixes of left to every prefix of right.
     std::vector<std::size_t> beforeLast;
     std::vector<std::size_t> last;
     std::vector<std::size_t> current(right.size() + 1);

@@ -6,16 +6,16 @@
 
 namespace quillet::tool {
 
-// How a name is written where it is to be used.
+// How a name is spelt where it will be used.
 using Spelling = std::string (*)(const std::string&);
 
-// What to tell somebody who asked for a name that is not among the known ones: "did you mean 'IPE'?" where
-// some are near it, otherwise "there are IPE, HEA, ... and 7 more". The suggested names are spelled as asked;
-// without a spelling they stand as they are.
+// A hint for a name that is not among the known ones: "did you mean 'IPE'?" if some are similar, otherwise
+// "there are IPE, HEA, ... and 7 more". The suggested names are written with the given spelling, by default
+// unchanged.
 std::string SuggestNames(const std::string& wanted, const std::vector<std::string>& known,
                          Spelling spelling = nullptr);
 
-// Whether one may have been written for the other by mistake, without regard to case.
+// Whether one may be a misspelling of the other, ignoring case.
 bool AreSimilar(const std::string& wanted, const std::string& known);
 
 // "'a', 'b' and 'c'", with the word before the last.

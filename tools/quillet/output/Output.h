@@ -13,7 +13,7 @@ namespace quillet::tool {
 
 class Writer {
 public:
-    // Is told how many rows' worth of work is done.
+    // Called with the amount of work done, in rows.
     using Progress = std::function<void(std::size_t)>;
 
     Writer() = default;
@@ -31,7 +31,7 @@ public:
 
 std::unique_ptr<Writer> MakeWriter(Format format);
 
-// For people: columns aligned, numbers to the right, control characters made visible.
+// For people: aligned columns, numbers to the right, control characters made visible.
 class TextWriter final : public Writer {
 public:
     // Every line begins with the indent.
@@ -58,14 +58,14 @@ public:
     void Write(const Listing& listing, Sink& sink, const Progress& progress) const override;
 };
 
-// Tells people in a line on standard output what a command did; programs that asked for another format see
-// nothing. It is made before the last step of the command, so that after it no memory can be missing.
+// Reports in one line on standard output what a command did; with another format than text, prints nothing.
+// Create it before the last step of the command, so that no memory is needed after that step.
 class Report {
 public:
     // A warning, if there is one, goes to standard error.
     Report(const Settings& settings, const std::string& line, const std::string& warning = {});
 
-    // Prints it. Throws Failure where standard output does not take it. No further call is allowed.
+    // Prints it. Throws Failure if writing to standard output fails. No further call is allowed.
     void Print();
 
 private:

@@ -5,7 +5,7 @@ namespace quillet::tool {
 namespace {
 
 void AppendField(std::string_view text, bool isOnlyField, std::string& line) {
-    // An empty line would be no row.
+    // An empty line would not be a row.
     const bool isQuoted =
         text.find_first_of(",\"\r\n") != std::string_view::npos || (isOnlyField && text.empty());
     if (!isQuoted) {

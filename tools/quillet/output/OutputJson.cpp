@@ -17,8 +17,7 @@ std::string JsonValue(const Value& value) {
             return "null";
         case Value::Kind::Boolean:
         case Value::Kind::Number:
-            // Written with a point, both are JSON as they stand, with the digits that the catalog itself
-            // would hold.
+            // Written with a decimal point, both are valid JSON, with the same digits as in the catalog.
             return value.m_text;
         default:
             return JsonText(value.m_text);

@@ -8,7 +8,7 @@ namespace quillet::tool {
 namespace {
 
 constexpr std::size_t Gap = 2;
-// The rows are read once for the widths and once to be written.
+// The rows are read once for the widths and once for writing.
 constexpr std::size_t Passes = 2;
 
 // Lays out one line of cells.
@@ -28,7 +28,7 @@ public:
         const std::size_t padding = m_widths[m_column] > width ? m_widths[m_column] - width : 0;
         const bool isRight = m_columns[m_column].m_isNumeric;
         m_blanks += (m_column == 0 ? 0 : Gap) + (isRight ? padding : 0);
-        // Blanks are written once something follows them, so no line ends with any.
+        // Blanks are written only when something follows them, so no line ends with any.
         if (!cell.empty()) {
             m_text.append(m_blanks, ' ');
             m_text += cell;

@@ -1,4 +1,4 @@
-// Text for people's eyes: measured in characters, and harmless to a terminal.
+// Text for people: measured in characters, and safe for a terminal.
 #pragma once
 
 #include <cstddef>
@@ -7,21 +7,21 @@
 
 namespace quillet::tool {
 
-// Appends text (UTF-8) with what would steer a terminal made visible: \n, \r, \t, and \u{1b} for every other
-// control character and for those that turn the direction of writing or break the line.
+// Appends text (UTF-8) with control characters escaped: \n, \r, \t, and the form \u{1b} for every other one
+// and for those that change the writing direction or break the line.
 void AppendVisible(std::string_view text, std::string& out);
 std::string Visible(std::string_view text);
 
 // The number of code points.
 std::size_t CountCodePoints(std::string_view text);
 
-// The text, or its beginning and three full stops where it has more code points than that.
+// The text, or its beginning and three full stops if it has more code points than that.
 std::string Shortened(std::string_view text, std::size_t codePoints);
 
 // "1 row", "2 rows".
 std::string Counted(std::size_t count, std::string_view thing);
 
-// In apostrophes, shortened to what an error message can bear.
+// In apostrophes, shortened for error messages.
 std::string Quoted(std::string_view text);
 
 }  // namespace quillet::tool

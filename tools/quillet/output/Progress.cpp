@@ -17,14 +17,14 @@ constexpr double SecondsBeforeDrawing = 1.0;
 constexpr std::chrono::milliseconds DrawingInterval{100};
 constexpr std::size_t BarWidth = 20;
 constexpr std::size_t BlockWidth = 5;
-// With the bar and the figures a line stays narrower than the narrowest usual terminal.
+// With the bar and the figures, a line is narrower than the narrowest usual terminal.
 constexpr std::size_t LongestLabel = 30;
 
 ProgressScreen Screen(bool isTerminal) {
     return {&std::cerr, isTerminal, platform::CounterSeconds};
 }
 
-// Where the block stands that runs to and fro.
+// The position of the block that moves back and forth.
 std::size_t BlockPosition(std::size_t step) {
     constexpr std::size_t Positions = BarWidth - BlockWidth;
     const std::size_t place = step % (2 * Positions);
@@ -91,7 +91,7 @@ std::string Progress::Bar() const {
     return bar;
 }
 
-// Blanks wipe out what a longer line left behind.
+// Blanks erase the rest of a longer line.
 void Progress::Show(const std::string& line) {
     const std::size_t width = CountCodePoints(line);
     *m_screen.m_stream << '\r' << line << std::string(m_drawnWidth > width ? m_drawnWidth - width : 0, ' ')
@@ -105,7 +105,7 @@ RunningProgress::RunningProgress(ProgressScreen screen, std::string label, std::
         try {
             m_ticker = std::thread([this] { Run(); });
         } catch (const std::system_error&) {
-            // Where the system has no thread left the work goes on without a bar.
+            // If no thread can be created, the work goes on without a bar.
         }
     }
 }
@@ -127,7 +127,7 @@ void RunningProgress::Run() {
         try {
             m_progress.Draw();
         } catch (const std::exception&) {
-            // Out of memory: nothing is drawn. Whoever does the work says so.
+            // Out of memory: nothing is drawn. The work itself reports it.
         }
     }
 }

@@ -21,15 +21,15 @@ struct ProgressScreen {
     std::function<double()> m_seconds;
 };
 
-// Standard error. While it and standard output are both a terminal, output would run through the bar.
+// Standard error. If standard output is a terminal too, output would overwrite the bar.
 ProgressScreen ScreenBesideFiles();
 ProgressScreen ScreenBesideStandardOutput();
 
-// The drawing: "label [#####.....] 45% 1234/5000", or a block that moves where the total is not known. The
-// bar appears once a second has passed. It is drawn by one thread at a time; Set may be called from any.
+// The drawing: "label [#####.....] 45% 1234/5000", or a moving block if the total is unknown. The bar appears
+// after one second. Only one thread at a time may draw it; Set may be called from any.
 class Progress {
 public:
-    // A total of 0 is not known.
+    // A total of 0 means unknown.
     Progress(ProgressScreen screen, std::string label, std::uint64_t total);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -40,7 +40,7 @@ public:
 
     void Set(std::uint64_t done) { m_done.store(done, std::memory_order_relaxed); }
 
-    // Draws the bar as it stands now, unless it is too early.
+    // Draws the current state of the bar, unless it is too early.
     void Draw();
 
 private:
@@ -57,7 +57,7 @@ private:
     std::size_t m_drawnWidth = 0;
 };
 
-// A bar that a thread in the background draws ten times a second as long as this object lives. Off a terminal
+// A bar that a background thread draws ten times a second during this object's lifetime. Without a terminal
 // there is no thread.
 class RunningProgress {
 public:

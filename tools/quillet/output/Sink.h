@@ -1,4 +1,4 @@
-// Where output goes: standard output, or a file that is replaced in one step.
+// Targets of output: standard output, or a file that is replaced in one step.
 #pragma once
 
 #include <memory>
@@ -17,9 +17,9 @@ public:
     Sink& operator=(const Sink&) = delete;
     virtual ~Sink();
 
-    // Throws Failure where the bytes are not taken.
+    // Throws Failure if writing fails.
     void Write(std::string_view bytes);
-    // Sends what is left and ends the output. Throws Failure. No further call is allowed but destruction.
+    // Writes the rest and ends the output. Throws Failure. Afterwards only destruction is allowed.
     void Close();
 
 private:
@@ -35,10 +35,10 @@ private:
     void Finish() override;
 };
 
-// The file is what it was until Close.
+// The file is unchanged until Close.
 class FileOutput final : public Sink {
 public:
-    // Throws Failure where the file can't be written.
+    // Throws Failure if the file can't be written.
     explicit FileOutput(const std::string& path);
 
 private:
@@ -49,8 +49,7 @@ private:
     std::unique_ptr<platform::AtomicFile> m_file;
 };
 
-// Throws Failure where a file that would be written is already there, and names the option that overwrites
-// it.
+// Throws Failure if the file already exists, and names the option that overwrites it.
 void RefuseExisting(const std::string& path);
 
 }  // namespace quillet::tool

@@ -1,4 +1,4 @@
-// A bar over what is read from or written to files table by table.
+// A progress bar for files that are read or written table by table.
 #pragma once
 
 #include <optional>
@@ -9,8 +9,8 @@
 
 namespace quillet::tool {
 
-// Shows a bar as long as it lives: one that counts the tables where an Access file is read or written
-// meanwhile, one that only moves elsewhere. It remembers which tables failed.
+// Shows a bar during its lifetime: it counts the tables while an Access file is read or written, and only
+// moves otherwise. It records which tables failed.
 class TableProgress {
 public:
     explicit TableProgress(std::string label);
@@ -18,7 +18,7 @@ public:
     TableProgress& operator=(const TableProgress&) = delete;
     ~TableProgress();
 
-    // The first table of an Access file that was not read or written whole; empty where there is none.
+    // The first table of an Access file that was not read or written completely; empty if there is none.
     const std::string& FailedTable() const { return m_failedTable; }
 
 private:

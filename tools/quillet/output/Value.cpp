@@ -13,7 +13,7 @@ namespace {
 
 constexpr VARTYPE ByteArray = VT_ARRAY | VT_UI1;
 
-// What JSON can't carry counts as no number.
+// Values that JSON can't represent don't count as numbers.
 bool IsFiniteNumber(const CComVariant& cell) {
     switch (cell.vt) {
         case VT_I2:

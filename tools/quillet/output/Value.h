@@ -1,4 +1,4 @@
-// A cell as the writers see it.
+// A cell for the writers.
 #pragma once
 
 #include <string>
@@ -11,8 +11,7 @@ struct Value {
     enum class Kind { Null, Boolean, Number, Text, Binary };
 
     Kind m_kind = Kind::Null;
-    // UTF-8: a number as the style asked for writes it, "true" or "false", base64 without line breaks; empty
-    // for null.
+    // UTF-8: a number in the given style, "true" or "false", base64 without line breaks; empty for null.
     std::string m_text;
 
     static Value OfText(std::string text) { return {Kind::Text, std::move(text)}; }
@@ -23,8 +22,8 @@ struct Value {
 // Numbers are shown to people with the decimal separator of their locale and to programs with a point.
 enum class NumberStyle { Locale, Point };
 
-// Reads a cell into value, whose memory is used again. An empty text in a column of another type is how the
-// format writes "no value": null.
+// Reads a cell into value, whose memory is reused. An empty text in a column of another type is the file's
+// form of "no value": null.
 void ReadValue(const CComVariant& cell, bool isTextColumn, NumberStyle style, Value& value);
 
 }  // namespace quillet::tool
