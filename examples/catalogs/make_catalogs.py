@@ -45,7 +45,7 @@ def figure(value):
 
 
 def binary(data):
-    """Base64 with the library's line breaks: after every 76 characters, but never behind padding."""
+    """Base64 with the library's line breaks: after every 76 characters, but never after padding."""
     text = base64.b64encode(data).decode("ascii")
     lines = [text[i:i + 76] for i in range(0, len(text), 76)]
     return "".join(line + "\r\n " if len(line) == 76 and "=" not in line else line for line in lines)

@@ -1,9 +1,9 @@
-// Random numbers and texts against the C library and a plain reader. Wine is held to the same in the domain
-// in which it is exact, and elsewhere to the last places:
-// - text of at most 15 digits, the last of which stands between the 10th place before and the 10th behind the
-//   point, becomes the nearest real; Wine may be off where there are more, and where the exponent is larger,
-// - a finite number becomes the nearest text of 15 digits (7 for a float), unless two are as near; Wine takes
-//   the one farther from zero then.
+// Random numbers and texts against the C library and a plain reader. Wine must give the same results in the
+// domain in which it is exact, and elsewhere the same except for the last places:
+// - Text of at most 15 digits, the last of which is between the 10th place before and the 10th after the decimal
+//   point, becomes the nearest real. Wine may be off if there are more digits, or if the exponent is larger.
+// - A finite number becomes the nearest text of 15 digits (7 for a float). Of two equally near ones Wine takes
+//   the one farther from zero.
 #include <gtest/gtest.h>
 
 #include <algorithm>
