@@ -15,6 +15,7 @@
 #include "support/CatalogHelpers.h"
 #include "support/DispatchStub.h"
 #include "support/RegexMatchers.h"
+#include "support/Seed.h"
 
 namespace {
 
@@ -866,7 +867,7 @@ TEST_P(DbDatabaseReading, RenameTable_ToTheNameOfADeletedTable_GetsItsName) {
 // ---- Any calls in any order
 
 TEST_P(DbDatabaseReading, RandomCalls_InAnyOrder_KeepListsAndEntriesTogether) {
-    std::mt19937 random(21);
+    std::mt19937 random(quillet::test::Seed(21));
     const auto below = [&](std::size_t bound) {
         return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random);
     };

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -179,7 +180,7 @@ TEST_F(RowsTest, DeleteRow_ThenAddRow_ReusesNothingOfTheOldRow) {
 }
 
 TEST_F(RowsTest, AddAndDelete_RandomSequence_MatchesAPlainList) {
-    std::mt19937 random(20250201);
+    std::mt19937 random(quillet::test::Seed(20250201));
     Numbers expected;
     LONG next = 0;
     for (int step = 0; step < 3000; ++step) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/CatalogHelpers.h"
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -216,7 +217,7 @@ public:
 
 TEST_F(TableEntry, IsQuerySync_AfterAnything_ComparesWithGetChangeId) {
     const StaticsGuard statics;
-    std::mt19937 random(7);
+    std::mt19937 random(quillet::test::Seed(7));
     const auto below = [&](std::size_t count) { return random() % count; };
     DbTableData lender(nullptr, &m_descr);
     lender.AddRows(3);

@@ -13,6 +13,7 @@
 #include "support/CatalogHelpers.h"
 #include "support/PlainCursor.h"
 #include "support/PlainValues.h"
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -1103,7 +1104,7 @@ TEST(CursorModel, RandomOperations_DoWhatThePlainRulesSay) {
     int deletions = 0;
     for (unsigned seed = 1; seed <= 10 && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        World world(seed);
+        World world(quillet::test::Seed(seed));
         world.Run(10000);
         found += world.m_found;
         sought += world.m_sought;

@@ -10,6 +10,7 @@
 
 #include "TestPaths.h"
 #include "support/CatalogHelpers.h"
+#include "support/Seed.h"
 
 namespace {
 
@@ -201,7 +202,7 @@ bool Agree(const std::string& document, const std::vector<std::string>& paths, i
 
 class Maker {
 public:
-    explicit Maker(unsigned seed) : m_random(seed) {}
+    explicit Maker(unsigned seed) : m_random(quillet::test::Seed(seed)) {}
 
     std::size_t Below(std::size_t bound) {
         return std::uniform_int_distribution<std::size_t>(0, bound - 1)(m_random);

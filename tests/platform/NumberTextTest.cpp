@@ -9,6 +9,7 @@
 #include <random>
 
 #include "Quillet/base/CComVariant.h"
+#include "support/Seed.h"
 #include "support/VariantValues.h"
 
 namespace {
@@ -49,7 +50,7 @@ void ExpectReadAsConverted(const CString& text, VARTYPE type) {
 }
 
 TEST(NumberToText, RandomNumbers_EqualTheVariantConversion) {
-    std::mt19937_64 random(11);
+    std::mt19937_64 random(quillet::test::Seed(11));
     for (int i = 0; i < 20000; ++i) {
         const auto bits = random();
         const auto decimals = static_cast<double>(static_cast<std::int64_t>(bits) % 10'000'000);

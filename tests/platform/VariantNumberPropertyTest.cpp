@@ -1,9 +1,10 @@
 // Random numbers and texts against the C library and a plain reader. Wine must give the same results in the
 // domain in which it is exact, and elsewhere the same except for the last places:
-// - Text of at most 15 digits, the last of which is between the 10th place before and the 10th after the decimal
-//   point, becomes the nearest real. Wine may be off if there are more digits, or if the exponent is larger.
-// - A finite number becomes the nearest text of 15 digits (7 for a float). Of two equally near ones Wine takes
-//   the one farther from zero.
+// - Text of at most 15 digits, the last of which is between the 10th place before and the 10th place after
+//   the decimal point, becomes the nearest real. Wine may be off if there are more digits, or if the exponent
+//   is larger.
+// - A finite number becomes the nearest text of 15 digits (7 for a float). Of two equally near ones Wine
+//   takes the one farther from zero.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 #include <string>
 
 #include "Quillet/platform/Automation.h"
+#include "support/Seed.h"
 #include "support/VariantValues.h"
 
 namespace quillet::test {
@@ -133,7 +135,7 @@ protected:
         return text;
     }
 
-    std::mt19937_64 m_random{20030102};
+    std::mt19937_64 m_random{quillet::test::Seed(20030102)};
 };
 
 // A number that is written as by the C library, except by Wine where it is half way.

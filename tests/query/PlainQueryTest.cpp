@@ -12,6 +12,7 @@
 
 #include "support/CatalogHelpers.h"
 #include "support/PlainValues.h"
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -323,7 +324,7 @@ protected:
     }
 
     StaticsGuard m_statics;
-    std::mt19937 m_random{20};
+    std::mt19937 m_random{quillet::test::Seed(20)};
     std::unique_ptr<DbDatabase> m_database;
     PlainTables m_tables;
     // Names and texts, in the order of the queries.

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/CatalogHelpers.h"
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -212,7 +213,7 @@ TEST_F(DbQueryTest, Query_RandomBytes_AreAnsweredOrRefused) {
     const std::vector<std::string> words = {"select ", " from t", " where ",   " order by ", "n", "t",
                                             "*",       "top ",    "distinct ", "(",          ")", "'",
                                             "\"",      "[",       "]",         " and "};
-    std::mt19937 random(11);
+    std::mt19937 random(quillet::test::Seed(11));
     for (int text = 0; text < Texts; ++text) {
         std::string bytes = text % 2 == 0 ? "" : "select n from t where n > 1";
         for (std::size_t left = random() % Longest; left > 0; --left) {

@@ -9,6 +9,7 @@
 #include "support/CatalogHelpers.h"
 #include "support/OtherLocale.h"
 #include "support/RecordHelpers.h"
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace {
@@ -302,7 +303,7 @@ TEST(CopyTableFrom, Language_FollowsTheStepsOneByOne) {
     };
     const char* const names[] = {"a", "b", "Desc_40", "c", "d", "desc_48", "Cfr0", "e"};
     const char* const texts[] = {"", "", "", "", "text"};
-    std::mt19937 random(19991231);
+    std::mt19937 random(quillet::test::Seed(19991231));
     int languages = 0;
     for (int round = 0; round < 300; ++round) {
         std::vector<Table> tables;

@@ -75,18 +75,6 @@ public:
             }
         }
     }
-    // Both for one row. False where there is none.
-    template <typename Row>
-    bool Write(Row row) const {
-        Values values;
-        Collect(row, values);
-        DbTableRow* const at = row();
-        if (at != nullptr) {
-            Store(*at, values);
-        }
-        return at != nullptr;
-    }
-
     // The functions for a short, int, long, CString, float, double or bool: by the platform's conversion. The
     // variable, or the value, stays as it was where the conversion fails. Null and empty read as zero, false
     // or the empty text. A value that is written keeps its type, unless it was null or empty.
