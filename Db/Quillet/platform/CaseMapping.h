@@ -1,5 +1,5 @@
 // What a port supplies for Text.h: Unicode's simple case mappings of single code points. A code point without
-// a mapping is its own. Lone surrogates are passed too and have none.
+// a mapping maps to itself. Lone surrogates are passed too and map to themselves.
 #pragma once
 
 namespace quillet::platform {

@@ -1,6 +1,6 @@
-// Which texts' keys are as good as a comparison. Keys and comparisons are two ways through a collation, and
-// neither system goes both alike for every text: combining marks, characters without weight between them, and
-// ligatures may come out differently.
+// Decides for which texts a key is as good as a comparison. Neither system's keys agree with its comparison
+// for every text: combining marks, characters without weight between them, and ligatures may come out
+// differently.
 #include "Quillet/platform/Collation.h"
 
 #include <algorithm>

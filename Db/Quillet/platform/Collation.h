@@ -13,12 +13,13 @@ enum class CollationKey {
     None,
     // Texts that VarCmp finds equal have equal keys. Texts with equal keys need not be equal.
     Equality,
-    // Moreover, the keys of two such texts, compared as unsigned bytes, stand to each other as VarCmp says.
+    // As Equality. Moreover, comparing the keys of two such texts as unsigned bytes gives what VarCmp gives
+    // for the texts.
     Order,
 };
 
-// Appends the text's key. Nothing is appended where there is none. Texts of European letters, digits, usual
-// signs, kana, common Chinese characters and Hangul syllables have a key for Order.
+// Appends the text's key, or nothing if it has none. Texts of European letters, digits, usual signs, kana,
+// common Chinese characters and Hangul syllables have a key for Order.
 CollationKey AppendCollationKey(WideView text, std::string& key);
 
 }  // namespace quillet::platform

@@ -15,12 +15,13 @@ namespace quillet::platform {
 
 class FileVersion;
 
-// Which file something is, whatever paths lead to it: equal for one file, by device and inode or by volume
-// and file number. The identity of a file that exists no more may become that of a new one; as long as a
-// ReadableFile is open, its identity is its own.
+// Identifies a file whatever path leads to it, by device and inode or by volume and file number. The system
+// may give the identity of a deleted file to a new one, but not as long as a ReadableFile has the old one
+// open.
 class FileIdentity {
 public:
-    // Of the file that the path leads to, links followed; nothing where no file is, as for a folder.
+    // The identity of the file that the path leads to, links followed; nullopt if there is no file. A folder
+    // is none.
     static std::optional<FileIdentity> Of(const std::string& path);
 
     FileIdentity(std::uint64_t device, const std::array<std::uint64_t, 2>& number)
@@ -33,11 +34,11 @@ private:
     std::array<std::uint64_t, 2> m_number;
 };
 
-// Where a path leads, links followed, whether or not a file stands there by now: equal for one name in one
-// folder, as the system tells names apart.
+// Where a path leads, links followed, whether or not a file exists there. Two places are equal if they have
+// one name in one folder, as the system tells names apart.
 class FilePlace {
 public:
-    // Nothing where the folder is none.
+    // nullopt if there is no such folder.
     static std::optional<FilePlace> Of(const std::string& path);
 
     FilePlace(const FileIdentity& folder, std::string name) : m_folder(folder), m_name(std::move(name)) {}
@@ -49,7 +50,7 @@ private:
     std::string m_name;
 };
 
-// What tells a file from what it is after a change, as far as the system keeps it.
+// What tells a file from the same file after a change, as far as the system keeps it.
 struct FileStamp {
     FileIdentity m_identity;
     std::uint64_t m_size;
@@ -62,7 +63,7 @@ struct FileStamp {
 // A file open for reading, without sharing restrictions: others may read, write or replace it meanwhile.
 class ReadableFile {
 public:
-    // Null where the path is no file that can be read (a directory is none); why, if asked, says the reason.
+    // Null if the path is not a file that can be read (a directory is not); why, if given, gets the reason.
     static std::unique_ptr<ReadableFile> Open(const std::string& path, std::string* why = nullptr);
 
     ReadableFile(const ReadableFile&) = delete;
@@ -72,11 +73,11 @@ public:
     // Reads up to capacity bytes; 0 at the end of the file and on an error, after which every call gives 0.
     virtual std::size_t Read(char* buffer, std::size_t capacity) = 0;
 
-    // Whether a Read ended by an error, and so the bytes before it are not the whole file; why, if asked,
-    // says the reason then.
+    // Whether a Read failed, so that the bytes read are not the whole file; why, if given, then gets the
+    // reason.
     virtual bool HasFailed(std::string* why = nullptr) const = 0;
 
-    // As the file is now; nothing where the system can't tell.
+    // The file's stamp as it is now; nullopt if the system can't tell.
     virtual std::optional<FileStamp> Stamp() const = 0;
     std::optional<FileIdentity> Identity() const;
 
@@ -90,17 +91,17 @@ bool PathExists(const std::string& path);
 // Whether the path names an existing file that can be opened for writing. Nothing is created or changed.
 bool CanWriteFile(const std::string& path);
 
-// The whole file as bytes; nothing where it can't be read, and why says the reason. After each block goesOn
-// is given all bytes up to there; nothing where it returns false.
+// The whole file as bytes; nullopt if it can't be read, with the reason in why. After each block goesOn gets
+// all bytes read so far; if it returns false, reading stops and the result is nullopt.
 std::optional<std::string> ReadWholeFile(const std::string& path, std::string* why = nullptr,
                                          const std::function<bool(std::string_view)>& goesOn = nullptr);
 
 // Writes a file beside its target and puts it in the target's place in one step, flushed to the disk. Until
-// Commit succeeds, and for ever if it does not, the target is what it was. Links are followed and the mode of
+// Commit succeeds, and forever if it does not, the target stays as it was. Links are followed and the mode of
 // an existing target is kept; a target that may not be written fails as an open would.
 class AtomicFile {
 public:
-    // Null, with the reason in why, where the target may not be written or the folder takes no new file.
+    // Null, with the reason in why, if the target may not be written or the folder takes no new file.
     static std::unique_ptr<AtomicFile> Create(const std::string& target, std::string* why = nullptr);
 
     AtomicFile(const AtomicFile&) = delete;
@@ -108,15 +109,15 @@ public:
     // Removes what was written beside the target, unless it was committed.
     virtual ~AtomicFile();
 
-    // Appends bytes; false, with the reason in why, when the disk does not take them.
+    // Appends bytes; false, with the reason in why, if they can't be written.
     virtual bool Write(std::string_view bytes, std::string* why = nullptr) = 0;
 
-    // Flushes and replaces the target. No further call is allowed but destruction.
+    // Flushes and replaces the target. Afterwards the object may only be destroyed.
     virtual bool Commit(std::string* why = nullptr) = 0;
 
-    // The same, if the target still is what seen tells, a file or none, and seen becomes what was written.
-    // The target is looked at after the flush, just before it is replaced; where none was seen, none is
-    // replaced.
+    // As Commit, but only if the target still is the version in seen, which may be that of no file; seen then
+    // becomes the version written. The target is checked after the flush, just before it is replaced. If seen
+    // is the version of no file, no file is replaced.
     virtual bool CommitOver(FileVersion& seen, std::string* why = nullptr) = 0;
 
 protected:

@@ -9,36 +9,36 @@
 
 namespace quillet::platform {
 
-// Held from before a file is read until it is saved, so that no change between is lost. Only those who ask
-// for it are hindered. It belongs to the file, whatever links lead there, and goes with its holder, also when
-// that is killed. Once the file is replaced, the lock has done its work: let it go.
+// Held from before a file is read until it is saved, so that no change in between is lost. It stops only
+// those who ask for it. It belongs to the file, whatever links lead there, and ends with its holder, even one
+// that is killed. Once the file is replaced, the lock has done its work: release it.
 class FileLock {
 public:
     // Why there is no lock.
     struct Refusal {
-        // Whether somebody else holds it; otherwise none can be made.
+        // True if another holder has the lock; false if no lock can be made.
         bool m_isHeld = false;
-        // The holder's process, where the system tells.
+        // The process of that holder, if the system tells it.
         std::optional<std::uint64_t> m_holder;
-        // Why none can be made.
+        // Why no lock can be made.
         std::string m_why;
     };
 
-    // Asks for the lock of an existing file as long as wait and somebody else's hold last, at least once.
-    // Null where there is none, and refusal says why.
+    // Tries to lock an existing file, at least once, and again as long as another holder has the lock and
+    // wait has not passed. Null on failure, with the reason in refusal.
     static std::unique_ptr<FileLock> Take(const std::string& path, std::chrono::milliseconds wait,
                                           Refusal& refusal);
 
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
-    // Lets it go.
+    // Releases the lock.
     virtual ~FileLock();
 
 protected:
     FileLock();
 
 private:
-    // Asks once; the port's own.
+    // Tries once. Each port has its own.
     static std::unique_ptr<FileLock> Try(const std::string& path, Refusal& refusal);
 };
 

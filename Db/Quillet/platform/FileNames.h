@@ -1,5 +1,5 @@
-// The names of files that stand beside a target for a while: short whatever the target's name is, and telling
-// whose they are. Private to the ports.
+// The names of temporary files beside a target. They are short however long the target's name is, and they
+// tell which target they belong to. Private to the ports.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@
 
 namespace quillet::platform {
 
-// A digest of bytes that follow others, which before is the digest of.
+// The digest of bytes that follow others, whose digest is before.
 constexpr std::uint64_t NoBytes = 0xcbf29ce484222325;
 constexpr std::uint64_t Digest(std::string_view bytes, std::uint64_t before = NoBytes) {
     constexpr std::uint64_t Prime = 0x100000001b3;
@@ -23,7 +23,7 @@ constexpr std::uint64_t Digest(std::string_view bytes, std::uint64_t before = No
 
 constexpr const char* NamesBesideBegin = ".quillet-";
 
-// How all names beside a target begin, whose own name has no folder in it.
+// The prefix of all names beside a target, which is given by its name without a folder.
 inline std::string NamesBeside(std::string_view target) {
     std::array<char, 32> name;
     std::snprintf(name.data(), name.size(), "%s%016llx", NamesBesideBegin,
@@ -31,7 +31,7 @@ inline std::string NamesBeside(std::string_view target) {
     return name.data();
 }
 
-// A name that nobody else takes, as long as now comes from a clock that nobody sets back.
+// A unique name, as long as now comes from a clock that is never set back.
 inline std::string NewNameBeside(std::string_view target, unsigned long process, long long now,
                                  const char* ending) {
     static std::atomic<unsigned> s_counter{0};
@@ -42,15 +42,15 @@ inline std::string NewNameBeside(std::string_view target, unsigned long process,
 }
 
 constexpr const char* TemporaryEnding = ".tmp";
-// Of an old file that makes room for the new one.
+// The ending of an old file moved aside for the new one.
 constexpr const char* AsideEnding = ".old";
 
-// Whether a file of this name is the beginning of a new target.
+// Whether a file of this name is a new version of the target, still being written.
 inline bool IsTemporaryBeside(std::string_view name, std::string_view target) {
     return name.starts_with(NamesBeside(target) + "-") && name.ends_with(TemporaryEnding);
 }
 
-// Whether a file of this name is an old one that makes room for a new one.
+// Whether a file of this name is an old one moved aside for a new one.
 inline bool IsAside(std::string_view name) {
     return name.starts_with(NamesBesideBegin) && name.ends_with(AsideEnding);
 }

@@ -1,4 +1,4 @@
-// The handler that stands before the system's own way to show a message.
+// The handler, which takes the place of the system's own way to show a message.
 #include "Quillet/platform/MessageBox.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-// Modal messages to the person at the desk, behind a handler that a host or a test can replace.
+// Modal messages to the user, behind a handler that a host or a test can replace.
 #pragma once
 
 #include <functional>
@@ -7,11 +7,11 @@
 
 namespace quillet::platform {
 
-// Receives the text and the caption of a message; returns when the person has seen it.
+// Receives the text and the caption of a message; returns when the user has seen it.
 using MessageHandler = std::function<void(WideView text, WideView caption)>;
 
-// Replaces the handler and returns the one that stood before. An empty handler restores the system's own: a
-// message box on Windows, lines on standard error elsewhere.
+// Replaces the handler and returns the previous one. An empty handler restores the system's own: a message
+// box on Windows, lines on standard error elsewhere.
 QUILLET_API MessageHandler SetMessageHandler(MessageHandler handler);
 
 // Shows a plain message with an OK button and no owner window.

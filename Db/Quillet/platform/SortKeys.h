@@ -8,11 +8,11 @@
 namespace quillet::platform {
 
 // Appends the system's sort key of the text by the collation that VarCmp uses for the user's default locale.
-// False, with nothing appended, where the system has none.
+// False, with nothing appended, if the system has none.
 bool AppendSortKey(WideView text, std::string& key);
 
-// Whether each text that VarCmp finds equal to this one, which has more than plain characters, has the same
-// sort key.
+// For a text with other characters than plain ones: whether every text that VarCmp finds equal to it has the
+// same sort key.
 bool EqualsOnlyByKey(WideView text);
 
 }  // namespace quillet::platform

@@ -59,7 +59,7 @@ char32_t Fold(char32_t c) {
     return FoldOf(c);
 }
 
-// The code point at the position, which moves behind it; a lone surrogate stands for itself.
+// The code point at the position, which moves past it; a lone surrogate stands for itself.
 char32_t Next(WideView text, std::size_t& at) {
     const char32_t unit = text[at++];
     if (IsLead(unit) && at < text.size() && IsTrail(text[at])) {

@@ -11,10 +11,10 @@ namespace quillet::platform {
 using WideString = std::basic_string<WCHAR>;
 using WideView = std::basic_string_view<WCHAR>;
 
-// Lowers every code point by Unicode's simple mapping; lone surrogates stay as they are.
+// Maps every code point to lower case by Unicode's simple mapping; lone surrogates stay as they are.
 QUILLET_API void MakeLower(WideString& text);
 
-// Raises every code point by Unicode's simple mapping; lone surrogates stay as they are.
+// Maps every code point to upper case by Unicode's simple mapping; lone surrogates stay as they are.
 QUILLET_API void MakeUpper(WideString& text);
 
 // Replaces every code point by its simple case folding; texts that CompareNoCase finds equal, and only they,

@@ -131,7 +131,7 @@ struct SAFEARRAYBOUND {
     LONG lLbound;
 };
 
-// One-dimensional arrays of VT_UI1 are what the library makes and reads.
+// The library makes and reads only one-dimensional arrays of VT_UI1.
 struct SAFEARRAY {
     USHORT cDims;
     USHORT fFeatures;
@@ -242,7 +242,7 @@ protected:
 QUILLET_API BSTR SysAllocString(const OLECHAR* text);
 // Copies length units from text, or leaves them unset where text is null.
 QUILLET_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
-// The same for bytes: a string of any bytes, of which an odd number is possible.
+// The same for bytes, of which there may be an odd number.
 QUILLET_API BSTR SysAllocStringByteLen(const char* bytes, UINT length);
 QUILLET_API void SysFreeString(BSTR text);
 // The length in code units, without the terminator; 0 for null.
@@ -263,16 +263,17 @@ QUILLET_API HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
 
 // Variants.
 
-// A flag of conversion: a boolean becomes "True" or "False" and not "-1" or "0".
+// Conversion flag: a boolean becomes "True" or "False" instead of "-1" or "0".
 constexpr USHORT VARIANT_ALPHABOOL = 0x0002;
-// A flag of comparison: letters that differ in case only are equal.
+// Comparison flag: letters that differ in case only are equal.
 constexpr ULONG NORM_IGNORECASE = 0x00000001;
 
 QUILLET_API void VariantInit(VARIANT* value);
 QUILLET_API HRESULT VariantClear(VARIANT* value);
-// Deep copy: strings and arrays are duplicated, interface pointers are counted. Source and target may be one.
+// Deep copy: strings and arrays are duplicated, interface pointers are counted. Source and target may be the
+// same.
 QUILLET_API HRESULT VariantCopy(VARIANT* target, const VARIANT* source);
-// Converts source into target (they may be one); on failure the target is left as it was.
+// Converts source into target (they may be the same); on failure the target stays unchanged.
 QUILLET_API HRESULT VariantChangeType(VARIANT* target, const VARIANT* source, USHORT flags, VARTYPE type);
 QUILLET_API HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale, USHORT flags,
                                         VARTYPE type);

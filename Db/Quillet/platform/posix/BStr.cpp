@@ -10,7 +10,7 @@ namespace {
 
 using ByteLength = std::uint32_t;
 
-// Behind an odd number of bytes the terminator is a whole unit all the same.
+// After an odd number of bytes the terminator is still a whole unit.
 constexpr UINT TerminatorRoom = sizeof(OLECHAR) + 1;
 constexpr UINT MaxBytes = std::numeric_limits<ByteLength>::max() - sizeof(ByteLength) - TerminatorRoom;
 constexpr UINT MaxUnits = MaxBytes / sizeof(OLECHAR);

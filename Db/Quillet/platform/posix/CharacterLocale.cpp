@@ -39,8 +39,7 @@ bool Set(const char* name) {
     return isSet;
 }
 
-// The name that the C library knows the language's locale by; empty where none is installed. Leaves the
-// locale set.
+// The C library's name of the language's locale; empty if none is installed. Leaves the locale set.
 std::string SetInstalled(std::u16string_view word) {
     const auto* const found = std::find_if(Languages.begin(), Languages.end(),
                                            [&](const Language& language) { return language.m_word == word; });
@@ -56,8 +55,8 @@ std::string SetInstalled(std::u16string_view word) {
     return {};
 }
 
-// Sets the locale of the language, and looks for it in the system only where it is another than last time:
-// whole tables are of one language.
+// Sets the locale of the language. Looks for it in the system only if the language is not that of the last
+// call: whole tables are in one language.
 void SetLanguage(std::u16string_view word) {
     static std::u16string lastWord;
     static std::string lastName;

@@ -143,7 +143,7 @@ private:
         return true;
     }
 
-    // A number is followed by a colon or a day half, or a day half stands before it.
+    // A time starts with a number that a colon or a day half (AM, PM) follows, or with a day half.
     bool StartsTime() {
         const std::size_t start = m_at;
         int hour = 0;
@@ -182,7 +182,7 @@ private:
         return true;
     }
 
-    // What a locale writes after the last field, which may stand apart.
+    // Skips what a locale writes after the last field, with or without blanks before it.
     void SkipDateEnd() {
         for (;;) {
             const std::size_t start = m_at;
@@ -198,7 +198,7 @@ private:
     using FieldOrder = std::array<char, 3>;
     using Numbers = std::array<int, 3>;
 
-    // Three numbers in the order of the locale, or else in the first other order in which they are a date.
+    // Three numbers in the order of the locale, or else in the first other order that makes a date.
     bool ReadDay(int& day) {
         constexpr int MostDigits = 4;
         constexpr std::array<FieldOrder, 4> Others = {
@@ -294,14 +294,14 @@ HRESULT WriteDate(DATE date, const Locale& locale, WideString& text) {
     if (!IsDateInRange(date)) {
         return E_INVALIDARG;
     }
-    // A fraction of a day that is nothing but an error of rounding is no time.
+    // A fraction of a day that is only a rounding error is not a time.
     constexpr double LeastTime = 1e-12;
     const double whole = std::trunc(date);
     const bool hasDate = whole != 0;
     const bool hasTime = !hasDate || std::abs(date - whole) >= LeastTime;
     Moment moment = Split(date);
     if (DayZero + days(moment.day) > LastDay) {
-        // The last half second of the last year has no day to be rounded to.
+        // The last half second of the last year would be rounded to a day out of range.
         moment = {moment.day - 1, SecondsPerDay - 1};
     }
     const DateStyle& style = locale.Dates();

@@ -6,16 +6,16 @@
 
 namespace quillet::platform {
 
-// A date counts days since 1899-12-30; the fraction is the time of the day, also before that day. The years
-// 100 to 9999 have dates.
+// A date counts days since 1899-12-30; the fraction is the time of day, before that day too. Valid years are
+// 100 to 9999.
 bool IsDateInRange(double serial);
 
 // The short date of the locale, then the time where the date has a fraction. A date on day 0 is written as
-// its time alone. E_INVALIDARG where the date is out of range.
+// the time alone. E_INVALIDARG if the date is out of range.
 HRESULT WriteDate(DATE date, const Locale& locale, WideString& text);
 
-// Reads a date of three numbers in the order of the locale or another in which they are one, a time, or date
-// and time. DISP_E_TYPEMISMATCH for anything else.
+// Reads a date, a time, or a date and a time. A date is three numbers, in the order of the locale or in
+// another order that makes a valid date. DISP_E_TYPEMISMATCH for anything else.
 HRESULT ReadDate(WideView text, const Locale& locale, DATE& date);
 
 }  // namespace quillet::platform

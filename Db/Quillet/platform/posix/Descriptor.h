@@ -1,4 +1,4 @@
-// Descriptors of files, and what the system says when it refuses one. Private to this port.
+// File descriptors, and the system's words for an error. Private to this port.
 #pragma once
 
 #include <fcntl.h>
@@ -16,7 +16,7 @@ inline std::string Reason(int error) {
     return std::generic_category().message(error);
 }
 
-// Reports the error, if asked; always false.
+// Puts the reason into why, if given; always false.
 inline bool Fail(int error, std::string* why) {
     if (why != nullptr) {
         *why = Reason(error);
@@ -47,7 +47,7 @@ public:
     bool IsOpen() const { return m_value != -1; }
     int Get() const { return m_value; }
 
-    // The error that closing reported, or 0. It is closed in every case.
+    // Returns the error that closing reported, or 0. The descriptor is closed either way.
     int Close() {
         const int value = std::exchange(m_value, -1);
         return value != -1 && ::close(value) == -1 && errno != EINTR ? errno : 0;
@@ -57,7 +57,7 @@ private:
     int m_value = -1;
 };
 
-// Refuses names that the system would cut at a zero byte.
+// Refuses names with a zero byte, where the system would cut them.
 inline Descriptor OpenAt(int folder, const std::string& path, int flags, mode_t mode = 0) {
     if (path.find('\0') != std::string::npos) {
         errno = EINVAL;
@@ -66,8 +66,8 @@ inline Descriptor OpenAt(int folder, const std::string& path, int flags, mode_t 
     return Descriptor(Retried([&] { return ::openat(folder, path.c_str(), flags | O_CLOEXEC, mode); }));
 }
 
-// Holds an open file as long as the descriptor is open, unless somebody else does: EWOULDBLOCK then. The
-// error, or 0.
+// Locks an open file for as long as the descriptor is open. Returns the error, or 0; EWOULDBLOCK if another
+// holder has the lock.
 inline int Hold(const Descriptor& file) {
     return Retried([&] { return ::flock(file.Get(), LOCK_EX | LOCK_NB); }) == -1 ? errno : 0;
 }

@@ -1,6 +1,6 @@
-// unixODBC converts texts for some drivers to the character set of the locale in which the connection's
-// handle was made, and cuts characters that it lacks to their lowest byte. A locale of the thread for that
-// time leaves that of the process alone. A narrow connect string goes to the driver as it is.
+// For some drivers unixODBC converts texts to the character set of the locale in which the connection's
+// handle was made, and cuts characters that the set lacks to their lowest byte. A thread locale set for that
+// time leaves the locale of the process alone. A narrow connect string goes to the driver as it is.
 #include "Quillet/platform/DriverManager.h"
 
 #include <cerrno>

@@ -78,7 +78,7 @@ Descriptor OpenFolder(int base, const std::string& path) {
     return folder;
 }
 
-// The target of a link; empty, with errno EINVAL, where the name is none.
+// The target of a link; empty, with errno EINVAL, if the name is not a link.
 std::string ReadLink(int folder, const std::string& name) {
     std::string target(PATH_MAX, '\0');
     const ssize_t length = ::readlinkat(folder, name.c_str(), target.data(), target.size());
@@ -141,7 +141,7 @@ bool IsNameOf(const Descriptor& folder, const std::string& name, const Descripto
            ::fstat(file.Get(), &open) == 0 && IdentityOf(named) == IdentityOf(open);
 }
 
-// Who writes a temporary file holds it, so what can be held here was left behind.
+// The writer of a temporary file holds its lock, so one that can be locked here was left behind.
 void RemoveUnlessHeld(const Descriptor& folder, const char* name) {
     struct stat status {};
     const Descriptor file = OpenAt(folder.Get(), name, O_RDWR | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK);
@@ -150,7 +150,7 @@ void RemoveUnlessHeld(const Descriptor& folder, const char* name) {
     }
 }
 
-// Clears what writers of this target left when they were killed. What can't be removed stays.
+// Removes what writers of this target left when they were killed. What can't be removed stays.
 void RemoveAbandoned(const Location& target) {
     const int listed =
         Retried([&] { return ::openat(target.folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
@@ -230,15 +230,15 @@ private:
         return Fail(errno, why);
     }
 
-    // False where somebody cleared the file away, or is about to, before it was held. Where nothing can be
-    // held, nobody clears it.
+    // False if another writer removed the file, or is about to, before it was locked. Where files can't be
+    // locked, nobody removes them.
     bool HoldTemporary() {
         const int error = Hold(m_file);
         return error == 0 ? IsNameOf(m_target.folder, m_temporary, m_file) : error != EWOULDBLOCK;
     }
 
-    // Owner and group are kept where the system lets us; the mode and the access list always. The bits that
-    // lend an identity are dropped, as a write into the file itself would drop them.
+    // Owner and group are kept where the system lets us; the mode and the access list always. The set-user-ID
+    // and set-group-ID bits are dropped, as a write into the file itself would drop them.
     bool TakeOver(const Descriptor& old, const struct stat& status, std::string* why) {
         constexpr mode_t Permissions = S_IRWXU | S_IRWXG | S_IRWXO;
         constexpr auto AnyOwner = static_cast<uid_t>(-1);
@@ -285,7 +285,7 @@ private:
         if (Retried([&] { return ::fsync(m_file.Get()); }) == -1) {
             return errno;
         }
-        // Closing a copy says what closing would say, and the file stays held.
+        // Closing a copy reports what closing the file would report, and the lock stays.
         Descriptor copy(::fcntl(m_file.Get(), F_DUPFD_CLOEXEC, 0));
         return copy.IsOpen() ? copy.Close() : errno;
     }
@@ -301,11 +301,11 @@ private:
         return 0;
     }
 
-    // The error, or 0: a second name is given only where nothing has it.
+    // The error, or 0. A hard link is made only if nothing has the name.
     int PutWhereNothingIs() {
         const int folder = m_target.folder.Get();
         if (::linkat(folder, m_temporary.c_str(), folder, m_target.name.c_str(), 0) == -1) {
-            // Some file systems have no second names. There the look that was just taken counts.
+            // Some file systems have no hard links. There the check just made has to do.
             return errno == EPERM || errno == ENOTSUP || errno == ENOSYS ? Replace() : errno;
         }
         RemoveTemporary();
@@ -313,7 +313,7 @@ private:
         return 0;
     }
 
-    // The target is in its place by now, so a failure is none of the commit.
+    // The target is in place by now, so a failure here is not one of the commit.
     void FlushFolder() const {
         static_cast<void>(Retried([&] { return ::fsync(m_target.folder.Get()); }));
     }

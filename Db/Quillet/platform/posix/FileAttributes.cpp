@@ -20,7 +20,7 @@ bool IsKept(std::string_view name) {
     return name.starts_with("user.") || name.starts_with("system.") || name == "security.selinux";
 }
 
-// Asks for bytes whose number the call tells when it is given no room; the error, or 0.
+// Gets bytes from a call that tells their number when it is given no room. Returns the error, or 0.
 template <typename Call>
 int BytesOf(Call call, std::string& bytes) {
     for (;;) {
@@ -34,7 +34,7 @@ int BytesOf(Call call, std::string& bytes) {
             bytes.resize(static_cast<std::size_t>(length));
             return 0;
         }
-        // Somebody may have made it longer meanwhile.
+        // They may have grown meanwhile.
         if (errno != ERANGE) {
             return errno;
         }
@@ -51,7 +51,7 @@ int CopyAttribute(int from, int to, const char* name) {
     return ::fsetxattr(to, name, value.data(), value.size(), 0) == -1 ? errno : 0;
 }
 
-// The list that the old file has, or none: a new file may have got one from its folder.
+// Copies the old file's list. If it has none, removes the one that the new file may have got from its folder.
 int CopyAccessList(int from, int to) {
     const int error = CopyAttribute(from, to, AccessList);
     if (error != ENODATA && error != ENOTSUP) {

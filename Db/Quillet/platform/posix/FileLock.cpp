@@ -1,5 +1,5 @@
-// The lock stands on the file itself, so nothing is left beside it. A save puts a new file in its place:
-// whoever waited for the old one looks again.
+// The lock is on the file itself, so nothing is left beside it. A save replaces the file, so after a wait it
+// is checked whether the path still leads to the locked one.
 #include "Quillet/platform/FileLock.h"
 
 #include <cstdio>
@@ -19,8 +19,8 @@ private:
     Descriptor m_file;
 };
 
-// The process that a line of the system's list of locks names as holder of the file, or 0. Those who wait
-// have an arrow in their line, and processes that can't be seen from here no number.
+// The process that a line of the system's list of locks names as holder of the file, or 0. The line of a
+// waiting process has an arrow, and that of a process that is invisible from here has no number.
 std::uint64_t HolderIn(const std::string& line, const struct stat& status) {
     long long process = 0;
     unsigned major = 0;
@@ -33,7 +33,7 @@ std::uint64_t HolderIn(const std::string& line, const struct stat& status) {
     return isOfFile && process > 0 ? static_cast<std::uint64_t>(process) : 0;
 }
 
-// Nothing where the system has no such list, or does not tell.
+// nullopt if the system has no such list, or does not tell.
 std::optional<std::uint64_t> HolderOf(const struct stat& status) {
     std::istringstream list(ReadWholeFile("/proc/locks").value_or(std::string()));
     for (std::string line; std::getline(list, line);) {
@@ -48,7 +48,7 @@ std::optional<std::uint64_t> HolderOf(const struct stat& status) {
 
 std::unique_ptr<FileLock> FileLock::Try(const std::string& path, Refusal& refusal) {
     for (;;) {
-        // Some file systems give a lock only to those who may write.
+        // Some file systems lock only files open for writing.
         Descriptor file = OpenAt(AT_FDCWD, path, O_RDWR | O_NOCTTY | O_NONBLOCK);
         struct stat status {};
         int error = file.IsOpen() && ::fstat(file.Get(), &status) == 0 ? 0 : errno;

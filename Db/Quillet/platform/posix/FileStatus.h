@@ -15,7 +15,7 @@ inline FileIdentity IdentityOf(const struct stat& status) {
     return {static_cast<std::uint64_t>(status.st_dev), {static_cast<std::uint64_t>(status.st_ino), 0}};
 }
 
-// Nothing where the system can't tell.
+// nullopt if the system can't tell.
 inline std::optional<FileStamp> StampOf(const Descriptor& file) {
     constexpr std::int64_t NanosecondsInASecond = 1'000'000'000;
     struct stat status {};
@@ -26,7 +26,7 @@ inline std::optional<FileStamp> StampOf(const Descriptor& file) {
                      status.st_mtim.tv_sec * NanosecondsInASecond + status.st_mtim.tv_nsec};
 }
 
-// The numbers of the device as people see them.
+// The major and minor number of the device.
 inline std::pair<unsigned, unsigned> DeviceOf(const struct stat& status) {
     return {major(status.st_dev), minor(status.st_dev)};
 }

@@ -1,4 +1,4 @@
-// Calls into ICU that must not take a lack of memory for anything else. Private to this port.
+// Calls into ICU that must not mistake out of memory for anything else. Private to this port.
 #pragma once
 
 #include <unicode/utypes.h>
@@ -16,8 +16,8 @@ inline void RequireMemory(UErrorCode status) {
     }
 }
 
-// To be called before ICU opens anything: some of its functions end the process where they get no memory, and
-// others remember for good that they got none. Throws std::bad_alloc where there is too little for them.
+// Call this before ICU opens anything: out of memory, some of its functions end the process and others
+// remember the failure for good. Throws std::bad_alloc if there is too little memory for them.
 inline void RequireRoom() {
     constexpr std::size_t Enough = std::size_t{1} << 20;
     void* volatile room = std::malloc(Enough);
@@ -27,9 +27,9 @@ inline void RequireRoom() {
     std::free(room);
 }
 
-// What the call gives. Throws std::bad_alloc where ICU ran out of memory meanwhile, whatever came out: some
-// of its functions report no errors, and others take data that they could not load for data that is not
-// there. The C library leaves a mark of every allocation that fails.
+// Returns what the call gives. Throws std::bad_alloc if ICU ran out of memory meanwhile, whatever the result:
+// some of its functions report no errors, and others take data that they could not load for missing data. The
+// C library sets errno for every allocation that fails.
 template <typename Call>
 auto WithMemory(const Call& call) {
     errno = 0;

@@ -1,4 +1,4 @@
-// The interface identifiers that the SDK has in a library of their own.
+// The interface identifiers that the SDK has in a separate library.
 #include "Quillet/platform/Automation.h"
 
 const IID IID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};

@@ -52,7 +52,7 @@ bool IsUserDefault(LCID id) {
     return id == LOCALE_USER_DEFAULT || id == SystemDefault || id == Neutral;
 }
 
-// Symbols are short everywhere; what does not fit keeps the symbol of the "C" locale.
+// Symbols are short everywhere; one that does not fit is replaced by that of the "C" locale.
 WideString Symbol(const UNumberFormat* format, UNumberFormatSymbol symbol, WideView otherwise) {
     std::array<WCHAR, 32> buffer;
     UErrorCode status = U_ZERO_ERROR;
@@ -85,7 +85,7 @@ NumberSymbols ReadNumberSymbols(const std::string& name) {
     return symbols;
 }
 
-// The field of a pattern letter as this port knows it; 0 for fields that a short date does without.
+// The field of a pattern letter as this port knows it; 0 for fields that a short date leaves out.
 char FieldOf(WCHAR letter) {
     switch (letter) {
         case u'd':
@@ -193,8 +193,8 @@ WideString ReadDayHalf(const std::string& name, std::int32_t index, WideView oth
     return WideString(buffer.data(), static_cast<std::size_t>(length));
 }
 
-// A time as every locale can read it back: a colon between hours, minutes and seconds, a blank beside the
-// half of the day, and no words.
+// A time that every locale can read back: colons between hours, minutes and seconds, a blank beside the half
+// of the day, and no words.
 std::vector<DatePatternItem> PlainTime(const std::vector<DatePatternItem>& items) {
     std::vector<DatePatternItem> plain;
     for (const DatePatternItem& item : items) {
@@ -209,7 +209,7 @@ std::vector<DatePatternItem> PlainTime(const std::vector<DatePatternItem>& items
     return plain;
 }
 
-// Whether each of the fields stands in the pattern exactly once.
+// Whether each of the fields occurs in the pattern exactly once.
 bool HasFields(const std::vector<DatePatternItem>& items, std::string_view fields) {
     return std::all_of(fields.begin(), fields.end(), [&](char field) {
         return std::count_if(items.begin(), items.end(),

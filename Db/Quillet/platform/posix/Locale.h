@@ -37,15 +37,15 @@ struct DateStyle {
     std::array<char, 3> order = {'M', 'd', 'y'};
 };
 
-// Appends the collator's sort key of the text. False, with nothing appended, where it has none.
+// Appends the collator's sort key of the text. False, with nothing appended, if it has none.
 bool AppendSortKey(const UCollator& collator, WideView text, std::string& key);
 
-// A locale of the cache, which lives as long as the process. Safe to use from several threads. Whatever reads
-// the locale's data for the first time throws std::bad_alloc where memory runs out, and can be asked again.
+// A locale of the cache; lives as long as the process. Safe to use from several threads. A call that reads
+// the locale's data for the first time throws std::bad_alloc when it is out of memory, and can be repeated.
 class Locale {
 public:
-    // LOCALE_USER_DEFAULT, the system's default and the neutral locale are that of the environment, as it is
-    // when the locale is first asked for.
+    // LOCALE_USER_DEFAULT, the system's default and the neutral locale are those of the environment at the
+    // first call.
     static const Locale& For(LCID id);
 
     Locale(const Locale&) = delete;
@@ -71,8 +71,8 @@ private:
 
     Locale(LCID id, Names names);
     static Names NamesFor(LCID id);
-    // Calls read unless it came to its end before. Not std::call_once: the C library can't let an exception
-    // out of that without memory.
+    // Calls read unless an earlier call of it completed. Not std::call_once: out of memory, the C library
+    // can't let an exception out of that.
     template <typename Read>
     void ReadOnce(std::atomic<bool>& isRead, const Read& read) const;
     // Null where ICU has no collation data.

@@ -1,6 +1,5 @@
-// Reading goes through plain digits first; what else the rules allow (blanks, groups, currency, brackets,
-// exponents, other bases) goes through a reader that collects the significant digits. Both give the same
-// results.
+// Plain digits are tried first. Everything else that the rules allow (blanks, groups, currency, brackets,
+// exponents, other bases) goes to a reader that collects the significant digits. Both give the same results.
 #include "Quillet/platform/posix/NumberText.h"
 
 #include <unicode/uchar.h>
@@ -28,7 +27,7 @@ constexpr bool IsSign(WCHAR unit) {
     return unit == u'+' || unit == u'-';
 }
 
-// A decimal number: digits[0 .. count) times ten to the exponent. No digits are zero.
+// A decimal number: digits[0 .. count) times ten to the exponent. No digits mean zero.
 struct Decimal {
     // No double needs more than 767 digits to be told from its neighbours' midpoints; one more digit stands
     // for all that follow.
@@ -69,7 +68,7 @@ public:
     }
 
 private:
-    // What stands on one side of the digits, each at most once.
+    // The marks on one side of the digits, each at most once.
     struct Side {
         bool plus = false;
         bool minus = false;
@@ -104,8 +103,8 @@ private:
         }
     }
 
-    // Group separators stand anywhere behind the first digit. Where the locale uses a kind of space, every
-    // kind will do.
+    // Group separators may stand anywhere after the first digit. Where the locale uses a kind of space, every
+    // kind is accepted.
     bool SkipGroupSeparator() {
         if (AtEnd()) {
             return false;
@@ -220,8 +219,8 @@ private:
     bool m_tooManyBits = false;
 };
 
-// Sign, whole digits and, where point is not 0, a fraction, with nothing else around and so few digits that
-// their number fits; false where the reader has to look.
+// A sign, whole digits and, if point is not 0, a fraction, with nothing else around and few enough digits to
+// fit. Reading returns false where NumberReader has to look.
 struct PlainDecimal {
     static constexpr int MostDigits = 18;
 
@@ -338,7 +337,7 @@ WideView WriteDigits(Integer value, NumberBuffer& buffer) {
     return WideView(buffer.data(), static_cast<std::size_t>(stop - buffer.data()));
 }
 
-// What a real is made of in decimal: d.ddd times ten to the exponent, without trailing zeros.
+// A real in decimal: d.ddd times ten to the exponent, without trailing zeros.
 struct Scientific {
     std::array<char, 24> digits;
     int count = 0;
@@ -367,7 +366,7 @@ struct Scientific {
         char* const first = text.data();
         char* const last = text.data() + text.size();
         // The shortest text that reads back is the rounded one as long as the type tells all numbers of that
-        // many digits apart, which float does not for seven and no type does where it is subnormal.
+        // many digits apart. float does not for seven digits, and no type does for subnormal values.
         if (precision <= std::numeric_limits<Real>::digits10 && std::isnormal(value)) {
             Parse(first, std::to_chars(first, last, value, std::chars_format::scientific).ptr);
             if (count <= precision) {
@@ -443,8 +442,8 @@ private:
     std::size_t m_length = 0;
 };
 
-// The words for infinities and for what is no number. The one that processors make of 0/0, with the sign and
-// no more bits than needed, has its own.
+// The words for infinities and NaNs. The NaN that processors make of 0/0, with the sign bit and no payload,
+// has its own.
 WideView WordOf(double value) {
     constexpr std::uint64_t Indefinite = 0xFFF8'0000'0000'0000;
     if (std::isinf(value)) {
@@ -475,9 +474,9 @@ WideView WriteReal(Real value, int precision, WCHAR point, NumberBuffer& buffer)
     return RealWriter(scientific, point, buffer).Write(precision);
 }
 
-// Writes a value of at most four decimals, as most dimensions are, and answers false for any other. Where the
-// quotient of a whole number and a power of ten, which is exact in both operands, is the value, that decimal
-// is its 15 digits: no double stands for two of them.
+// Writes a value of at most four decimals, as most dimensions are; false for any other. If a whole number
+// divided by a power of ten, both exact, gives the value, that decimal has its 15 digits: no double stands
+// for two of them.
 bool WriteFewDecimals(double value, WCHAR point, NumberBuffer& buffer, WideView& text) {
     constexpr double LargestMagnitude = 1e11;
     constexpr int MostDecimals = 4;

@@ -18,7 +18,7 @@ using NumberBuffer = std::array<WCHAR, 32>;
 // White space, which may stand around a number and between the parts of a date.
 bool IsBlank(WCHAR unit);
 
-// What stands before the first zero unit: a text is read up to there, whatever its length.
+// The text before the first zero unit: a text is read up to there, whatever its length.
 inline WideView UpToZero(WideView text) {
     return text.substr(0, text.find(WCHAR{0}));
 }
@@ -30,14 +30,14 @@ struct TextInteger {
     bool bits = false;
 };
 
-// Each reads the whole text: S_OK, DISP_E_TYPEMISMATCH where it is no number, DISP_E_OVERFLOW where the
-// result has no room. Integers are rounded half to even, reals are the nearest to the exact decimal value. A
-// hexadecimal or octal number becomes the real of the integer of 32 bits that it stands for.
+// Each reads the whole text. S_OK, DISP_E_TYPEMISMATCH if it is not a number, DISP_E_OVERFLOW if the result
+// does not fit. Integers are rounded half to even, reals are the nearest to the exact decimal value. A
+// hexadecimal or octal number becomes the real of the 32-bit integer that it stands for.
 HRESULT ReadInteger(WideView text, const Locale& locale, TextInteger& result);
 HRESULT ReadDouble(WideView text, const Locale& locale, double& result);
 HRESULT ReadFloat(WideView text, const Locale& locale, float& result);
 
-// The integer that was read, as far as the type has room for it.
+// The integer that was read; DISP_E_OVERFLOW if it does not fit the type.
 template <typename Integer>
 HRESULT ToInteger(const TextInteger& number, Integer& result) {
     using Unsigned = std::make_unsigned_t<Integer>;

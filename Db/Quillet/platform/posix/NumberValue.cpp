@@ -13,8 +13,8 @@ namespace {
 
 constexpr WCHAR Unknown = 0;
 
-// Unknown where there is too little memory to find out. That is asked first: while the library is being
-// loaded there may be none for an exception either.
+// Unknown if there is too little memory to find out. That is checked first: while the library is being loaded
+// there may be no memory for an exception either.
 WCHAR SeparatorOfTheUser() {
     constexpr std::size_t Enough = std::size_t{4} << 20;
     void* const room = std::malloc(Enough);
@@ -140,7 +140,7 @@ HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {
 WCHAR DecimalSeparator() {
     WCHAR separator = g_processSeparator;
     if (separator == Unknown) {
-        // Not known at the beginning for want of memory.
+        // It could not be read at load time, out of memory.
         separator = Locale::For(LOCALE_USER_DEFAULT).Numbers().decimal;
         g_processSeparator = separator;
     }

@@ -1,4 +1,4 @@
-// ODBC of unixODBC. Its headers take the names of the Windows types from whoever has them.
+// ODBC of unixODBC. With ALREADY_HAVE_WINDOWS_TYPE its headers leave the Windows types to us.
 #pragma once
 
 #include "Quillet/platform/Automation.h"

@@ -9,7 +9,7 @@ namespace quillet::platform {
 bool AppendSortKey(const UCollator& collator, WideView text, std::string& key) {
     constexpr std::size_t BytesPerUnitAtFirst = 4;
     constexpr std::size_t BytesAtFirst = 16;
-    // A null pointer is no text to the collator, not even an empty one.
+    // The collator does not take a null pointer, not even as an empty text.
     const OLECHAR* const units = text.data() == nullptr ? u"" : text.data();
     const std::size_t start = key.size();
     std::size_t room = BytesAtFirst + BytesPerUnitAtFirst * text.size();

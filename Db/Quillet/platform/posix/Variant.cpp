@@ -127,7 +127,7 @@ HRESULT VariantClear(VARIANT* value) {
             break;
         case VariantKind::Interface:
             if (IUnknown* object = quillet::platform::InterfaceOf(*value)) {
-                // The object may look at this variant while it goes.
+                // The object may access this variant while it is released.
                 VariantInit(value);
                 object->Release();
                 return S_OK;

@@ -1,4 +1,4 @@
-// The order of variants: null apart, strings above numbers, numbers by value, strings by the locale's
+// The order of variants: null apart, strings after numbers, numbers by value, strings by the locale's
 // collation.
 #include <cmath>
 #include <cstring>
@@ -15,7 +15,8 @@ namespace {
 
 enum class Operand { Empty, Null, Integer, Single, Real, Text, Error, Mismatched, Bad };
 
-// The function is older than most integer types, which it refuses in two ways and VT_INT on one side only.
+// The function is older than most integer types. It refuses them with two different codes, and VT_INT on one
+// side only.
 Operand OperandOf(const VARIANT& value, bool isLeft) {
     switch (value.vt) {
         case VT_EMPTY:
@@ -99,8 +100,8 @@ HRESULT Order(T left, T right) {
     return left < right ? VARCMP_LT : VARCMP_GT;
 }
 
-// The collator may compare texts as equal that have different keys. Their keys decide then: it is they that
-// tell equal texts where many are sorted or hashed.
+// The collator may find texts equal whose keys differ. Their keys decide then, since sorting and hashing many
+// texts goes by keys.
 HRESULT CompareKeys(const UCollator& collator, WideView left, WideView right) {
     std::string leftKey;
     std::string rightKey;
@@ -120,7 +121,7 @@ HRESULT CompareTexts(BSTR left, BSTR right, LCID locale, ULONG flags) {
     if (collator == nullptr) {
         return E_FAIL;
     }
-    // A null pointer is no text to the collator, not even an empty one.
+    // The collator does not take a null pointer, not even as an empty text.
     const WideView leftText(left == nullptr ? u"" : left, leftLength);
     const WideView rightText(right == nullptr ? u"" : right, rightLength);
     const UCollationResult result = WithMemory([&] {

@@ -103,7 +103,7 @@ bool NumberOf(const VARIANT& value, Number& number) {
 
 template <typename Integer>
 HRESULT RoundReal(double real, Integer& result) {
-    // The bounds are powers of two, or zero, so they are exact; the comparison refuses what is no number.
+    // The bounds are powers of two, or zero, so they are exact; the comparison refuses NaN.
     const double below = static_cast<double>(std::numeric_limits<Integer>::min());
     const double above = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
     const double rounded = std::nearbyint(real);
@@ -221,7 +221,7 @@ HRESULT ConvertToBoolean(const VARIANT& source, LCID locale, VARIANT_BOOL& resul
     return S_OK;
 }
 
-// The bytes of the array as those of the string: two make a unit.
+// The array's bytes become the string's: two make a unit.
 HRESULT BytesToText(SAFEARRAY* array, VARIANT& result) {
     void* bytes = nullptr;
     const HRESULT accessed = SafeArrayAccessData(array, &bytes);
@@ -249,7 +249,7 @@ HRESULT ConvertToBytes(const VARIANT& source, VARIANT& result) {
     return S_OK;
 }
 
-// Values with a meaning become empty or null by being dropped.
+// Every value becomes empty or null by being dropped, except null itself, errors and arrays.
 HRESULT ConvertToNothing(const VARIANT& source) {
     const bool isMeant = source.vt != VT_NULL && source.vt != VT_ERROR && source.vt != ByteArrayType;
     return isMeant ? S_OK : DISP_E_TYPEMISMATCH;
@@ -289,7 +289,7 @@ HRESULT ConvertToText(const VARIANT& source, LCID locale, USHORT flags, VARIANT&
                    result);
 }
 
-// The source is of another type than the result is to be, and no reference.
+// The source is not a reference, and not of the result's type.
 HRESULT Convert(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, VARIANT& result) {
     VariantInit(&result);
     result.vt = type;
@@ -336,7 +336,7 @@ HRESULT Convert(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, 
     }
 }
 
-// Locales, dates and long numbers take memory of their own.
+// Locales, dates and long numbers allocate memory.
 HRESULT ConvertOrRunOut(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, VARIANT& result) {
     try {
         return Convert(source, locale, flags, type, result);
@@ -345,7 +345,7 @@ HRESULT ConvertOrRunOut(const VARIANT& source, LCID locale, USHORT flags, VARTYP
     }
 }
 
-// A variant, a reference and an array of any known type are types, though nothing becomes one.
+// VT_VARIANT, and references and arrays of any known type, are types, though nothing converts to them.
 bool IsType(VARTYPE type) {
     const auto element = static_cast<VARTYPE>(type & VT_TYPEMASK);
     const auto form = static_cast<VARTYPE>(type & ~VT_TYPEMASK);

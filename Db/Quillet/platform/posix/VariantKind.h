@@ -44,9 +44,9 @@ constexpr VariantKind KindOf(VARTYPE type) {
     }
 }
 
-// Makes view a borrowed look at the value that a VT_BYREF source points to; the view must never be cleared.
-// A reference to a variant is followed once more, as that variant may itself refer to a plain value.
-// DISP_E_BADVARTYPE where the type has no reference form, E_INVALIDARG for a null reference and for one that
+// Makes view a shallow copy of the value that a VT_BYREF source points to; it owns nothing and must never be
+// cleared. A reference to a variant is followed once more, as that variant may itself refer to a plain value.
+// DISP_E_BADVARTYPE if the type has no reference form, E_INVALIDARG for a null reference and for one that
 // would have to be followed further.
 HRESULT Dereference(const VARIANT& source, VARIANT& view);
 

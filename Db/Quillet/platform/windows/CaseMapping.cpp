@@ -1,5 +1,5 @@
-// Case mapping by a table. The system's own mapping follows the version of Windows and leaves out what stands
-// above the Basic Multilingual Plane.
+// Case mapping by a table. The system's own mapping depends on the version of Windows and leaves out
+// everything above the Basic Multilingual Plane.
 #include "Quillet/platform/CaseMapping.h"
 
 #include <algorithm>

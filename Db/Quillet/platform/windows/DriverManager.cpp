@@ -5,7 +5,7 @@
 namespace quillet::platform {
 namespace {
 
-// Wine's own function that names a file as the system beneath does. Its drivers are those of that system.
+// Wine's own function that names a file as the host system does. Under Wine the drivers are the host's.
 using UnixFileName = char*(CDECL*)(LPCWSTR);
 
 UnixFileName FindUnixFileName() {

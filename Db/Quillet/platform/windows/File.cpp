@@ -22,7 +22,7 @@ constexpr auto RenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);  // Fi
 // No call to the system takes more at a time.
 constexpr std::size_t MostBytesAtOnce = std::size_t{1} << 30;
 
-// None where the path names nothing.
+// 0 if the path names nothing.
 DWORD AttributesOf(const WideString& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes;
@@ -36,7 +36,7 @@ bool IsLink(DWORD attributes) {
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-// Why the path could not be opened: for a folder, that it is one.
+// Why the path could not be opened. A folder has an error of its own.
 DWORD OpenError(const WideString& path) {
     const DWORD error = GetLastError();
     return IsFolder(AttributesOf(path)) ? DirectoryNotSupported : error;
@@ -62,7 +62,7 @@ bool ReadSome(const Handle& file, char* buffer, std::size_t capacity, std::size_
     const auto most = static_cast<DWORD>(std::min(capacity, MostBytesAtOnce));
     const bool succeeded = ReadFile(file.Get(), buffer, most, &read, nullptr) != 0;
     count = read;
-    // The end of a pipe is one too.
+    // The end of a pipe is an end too.
     return succeeded || GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_HANDLE_EOF;
 }
 
@@ -70,7 +70,7 @@ std::uint64_t Joined(DWORD high, DWORD low) {
     return std::uint64_t{high} << 32 | low;
 }
 
-// Nothing where the system can't tell.
+// nullopt if the system can't tell.
 std::optional<FileStamp> StampOf(const Handle& file) {
     BY_HANDLE_FILE_INFORMATION information;
     if (GetFileInformationByHandle(file.Get(), &information) == 0) {
@@ -114,7 +114,7 @@ private:
     DWORD m_error = ERROR_SUCCESS;
 };
 
-// What is replaced: the file that the path leads to once every link is followed. It need not exist.
+// The file to be replaced: the one that the path leads to, every link followed. It need not exist.
 struct Target {
     WideString m_path;
     // Empty where the target does not exist.
@@ -122,8 +122,8 @@ struct Target {
     DWORD m_attributes = 0;
 };
 
-// Why nothing with these attributes is replaced, or ERROR_SUCCESS. Where rights let a file be written that is
-// marked read-only, the mark counts.
+// Why a file with these attributes is not replaced, or ERROR_SUCCESS. The read-only mark counts even where
+// access rights allow writing.
 DWORD RefusalOf(DWORD attributes) {
     if (IsFolder(attributes)) {
         return DirectoryNotSupported;
@@ -131,14 +131,14 @@ DWORD RefusalOf(DWORD attributes) {
     return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
-// The error, or ERROR_SUCCESS. Where nothing is there to open, it is ERROR_FILE_NOT_FOUND and the path is
-// set.
+// The error, or ERROR_SUCCESS. If nothing exists at the path, it is ERROR_FILE_NOT_FOUND, and the target's
+// path is set.
 DWORD OpenTarget(const std::string& path, Target& target) {
     const DWORD error = ToSystemPath(path, target.m_path);
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    // To open a device can have an effect on it.
+    // Opening a device can have an effect on it.
     if (target.m_path.starts_with(OLESTR("\\\\.\\"))) {
         return ERROR_NOT_SUPPORTED;
     }
@@ -155,18 +155,18 @@ DWORD OpenTarget(const std::string& path, Target& target) {
     }
     target.m_attributes = information.dwFileAttributes;
     WideString final = FinalPath(target.m_file);
-    // Somebody who replaces it may have put it aside just now.
+    // Another writer may have moved it aside just now.
     if (!final.empty() && !IsAside(NameOf(final))) {
         target.m_path = std::move(final);
     } else if (IsLink(AttributesOf(target.m_path))) {
-        // A file system that can't tell final paths does no harm otherwise.
+        // Without a link, a file system that can't tell final paths does no harm.
         return ERROR_NOT_SUPPORTED;
     }
     return RefusalOf(target.m_attributes);
 }
 
-// Where a link leads to that points to nothing: the system makes the file, and removes it when it is closed.
-// Any other path stays.
+// Makes the path that of the missing file to which a link leads: the system creates the file, and removes it
+// when it is closed. Any other path stays.
 DWORD FollowDanglingLink(WideString& path) {
     if (!IsLink(AttributesOf(path))) {
         return ERROR_SUCCESS;
@@ -186,8 +186,8 @@ WideString NewPathBeside(const WideString& target, const char* ending) {
     return PathBeside(target, NewNameBeside(NameOf(target), GetCurrentProcessId(), now.QuadPart, ending));
 }
 
-// Clears what writers of this target left when they were killed. Who writes a temporary file has it open for
-// writing, so what can be opened without sharing that was left behind.
+// Removes what writers of this target left when they were killed. A writer has its temporary file open for
+// writing, so one that can be opened without sharing that was left behind.
 void RemoveAbandoned(const WideString& target) {
     const WideString pattern = PathBeside(target, NamesBeside(NameOf(target)) + "-*" + TemporaryEnding);
     WIN32_FIND_DATAW found;
@@ -204,8 +204,8 @@ void RemoveAbandoned(const WideString& target) {
     } while (FindNextFileW(list.get(), &found) != 0);
 }
 
-// The access list of a file, to make another one with; none where the file system knows no such lists. The
-// error, or ERROR_SUCCESS: without the list the other file might be open to more people.
+// Gets the access list of a file, for the one that replaces it; empty if the file system has no such lists.
+// Returns the error, or ERROR_SUCCESS: without the list the new file might be open to more people.
 DWORD AccessListOf(const Handle& file, std::vector<BYTE>& list) {
     DWORD size = 0;
     for (;;) {
@@ -221,14 +221,14 @@ DWORD AccessListOf(const Handle& file, std::vector<BYTE>& list) {
     }
 }
 
-// Renames an open file; the error, or ERROR_SUCCESS. The class decides how: by the newer one the file takes
-// the place of one that is open.
+// Renames an open file; the error, or ERROR_SUCCESS. The class decides how: with the newer one, the file can
+// replace one that is open.
 DWORD Rename(const Handle& file, const WideString& path, FILE_INFO_BY_HANDLE_CLASS how, DWORD flags) {
     const std::size_t bytes = path.size() * sizeof(WCHAR);
-    // The structure has room for the zero.
+    // The structure has room for the terminator.
     std::vector<BYTE> buffer(sizeof(FILE_RENAME_INFO) + bytes);
     auto* const info = reinterpret_cast<FILE_RENAME_INFO*>(buffer.data());
-    // The flags of the newer class and the truth value of the older one are the first member.
+    // The first member holds the flags of the newer class, or the boolean of the older one.
     std::memcpy(info, &flags, sizeof flags);
     info->FileNameLength = static_cast<DWORD>(bytes);
     std::memcpy(info->FileName, path.data(), bytes);
@@ -257,7 +257,7 @@ public:
         error = ERROR_FILE_EXISTS;
         for (int attempt = 0; attempt < MostAttempts && error == ERROR_FILE_EXISTS; ++attempt) {
             WideString name = NewPathBeside(m_target, TemporaryEnding);
-            // For a moment it is open under the target's name, where nobody is to be turned away.
+            // For a moment it is open under the target's name, where it must not keep others out.
             m_file = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, ShareEverything,
                                         accessList.empty() ? nullptr : &security, CREATE_NEW,
                                         target.m_attributes & Kept, nullptr));
@@ -322,8 +322,8 @@ private:
         return FileVersion::Of(target);
     }
 
-    // The time of the last change is sure once no writer has the file open. Who takes its name until then has
-    // another file.
+    // The time of the last change is final only once no writer has the file open. A file that took the name
+    // in between has another identity.
     FileVersion Written() {
         std::optional<FileStamp> stamp = StampOf(m_file);
         m_file.Close();
@@ -346,13 +346,13 @@ private:
 
     // The error, or ERROR_SUCCESS.
     DWORD Publish() {
-        // Something else may stand there by now.
+        // Something else may be there by now.
         const DWORD refusal = RefusalOf(AttributesOf(m_target));
         if (refusal != ERROR_SUCCESS) {
             return refusal;
         }
-        // In one step, also under readers; then, where the file system knows only the older way, in one step
-        // if nobody has the target open; then in two.
+        // In one step, even while others read the target. If the file system knows only the older way: in one
+        // step if nobody has the target open, else in two.
         DWORD error = Rename(m_file, m_target, RenameInfoEx,
                              FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS);
         if (error != ERROR_SUCCESS) {
@@ -368,12 +368,12 @@ private:
         return error;
     }
 
-    // An open file lets itself be renamed where it can't be replaced. Why it can't be is given. The old file
-    // has an ending that nobody clears: if the process ends here, it is the only whole one.
+    // An open file that can't be replaced can still be renamed; error is why it was not replaced. The old
+    // file gets an ending that nobody removes: if the process ends here, it is the only complete file.
     DWORD ReplaceOpenTarget(DWORD error) {
         const WideString aside = NewPathBeside(m_target, AsideEnding);
         if (MoveFileExW(m_target.c_str(), aside.c_str(), 0) == 0) {
-            // The words for this one tell that somebody has the target open.
+            // The words for this error say that the target is open elsewhere.
             return GetLastError() == ERROR_SHARING_VIOLATION ? ERROR_SHARING_VIOLATION : error;
         }
         const DWORD failed = Rename(m_file, m_target, FileRenameInfo, FALSE);
@@ -396,7 +396,7 @@ private:
     }
 
     WideString m_target;
-    // Where the old file stands if it could be brought back under its own name no more.
+    // The path of the old file if it could not be moved back to its own name.
     WideString m_aside;
     Handle m_file;
     WideString m_temporary;
@@ -411,7 +411,7 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
     if (ToSystemPath(path, wide) != ERROR_SUCCESS) {
         return std::nullopt;
     }
-    // Folders can't be opened this way. Whoever keeps the file for himself does not hinder.
+    // Folders can't be opened this way. Exclusive use by others is no obstacle.
     const Handle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
     const std::optional<FileStamp> stamp = file.IsOpen() ? StampOf(file) : std::nullopt;
     return stamp ? std::optional(stamp->m_identity) : std::nullopt;

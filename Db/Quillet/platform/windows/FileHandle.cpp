@@ -7,8 +7,8 @@
 namespace quillet::platform {
 namespace {
 
-// Asks for a text whose length the call tells: the length without the zero when it fits, the room it needs
-// otherwise, 0 on an error.
+// Gets a text from a call that returns its length without the terminator if it fits, the room it needs if
+// not, and 0 on an error.
 template <typename Call>
 WideString TextOf(Call call) {
     WideString text(MAX_PATH, 0);
@@ -22,7 +22,7 @@ WideString TextOf(Call call) {
     }
 }
 
-// The full path in the form that may be longer than MAX_PATH; devices keep the form of theirs.
+// The full path in the form that may be longer than MAX_PATH; device paths keep their own form.
 WideString WithoutLimit(const WideString& full) {
     if (full.starts_with(OLESTR("\\\\?\\")) || full.starts_with(OLESTR("\\\\.\\"))) {
         return full;
@@ -37,7 +37,7 @@ std::size_t NameStart(const WideString& path) {
     return path.find_last_of(OLESTR("\\/")) + 1;
 }
 
-// Whether somebody has a file of this folder aside, to put a new one in its place.
+// Whether an old file in this folder is moved aside just now, to be replaced by a new one.
 bool IsReplacing(const WideString& folder) {
     WIN32_FIND_DATAW found;
     const HANDLE list =
@@ -114,7 +114,7 @@ DWORD ToSystemPath(const std::string& path, WideString& wide) {
     wide.resize(static_cast<std::size_t>(length));
     const WideString full = TextOf(
         [&](WCHAR* text, DWORD capacity) { return GetFullPathNameW(wide.c_str(), capacity, text, nullptr); });
-    // Blanks alone are no path, without an error that says so.
+    // A path of blanks only is invalid, though the system reports no error.
     if (full.empty()) {
         return ERROR_INVALID_NAME;
     }
@@ -134,7 +134,7 @@ Handle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
             SetLastError(error);
             return file;
         }
-        // Nothing aside can mean that all is done by now.
+        // If no file is aside, the replacement may be done by now.
         isLast = attempt == MostAttempts || !IsReplacing(FolderOf(path));
         Sleep(isLast ? 0 : MillisecondsBetween);
     }

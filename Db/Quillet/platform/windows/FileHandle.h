@@ -1,5 +1,4 @@
-// Handles of files, paths as the system takes them, and what it says when it refuses one. Private to this
-// port.
+// File handles, paths as the system takes them, and the system's words for an error. Private to this port.
 #pragma once
 
 #include <string>
@@ -13,10 +12,10 @@ constexpr DWORD ShareEverything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHAR
 
 std::string ToUtf8(WideView wide);
 
-// The system's words, without the line end and the full stop behind them.
+// The system's words, without the trailing line end and full stop.
 std::string Reason(DWORD error);
 
-// Reports the error, if asked; always false.
+// Puts the reason into why, if given; always false.
 bool Fail(DWORD error, std::string* why);
 
 class Handle {
@@ -43,22 +42,22 @@ private:
     HANDLE m_value = INVALID_HANDLE_VALUE;
 };
 
-// The path in full and without the limit of its length; the error, or ERROR_SUCCESS.
+// Makes the path absolute and lifts the limit of its length. Returns the error, or ERROR_SUCCESS.
 DWORD ToSystemPath(const std::string& path, WideString& wide);
 
-// Of a system path: its folder with the separator, its last name, and the path of another name beside it.
+// For a system path: its folder with the separator, its last name, and the path of another name beside it.
 WideString FolderOf(const WideString& path);
 std::string NameOf(const WideString& path);
 WideString PathBeside(const WideString& path, const std::string& name);
 
-// The path as a person writes it.
+// The path as a user writes it.
 std::string ForReading(const WideString& path);
 
-// GetLastError tells why the file is not open. One that is replaced in two steps is there again in a moment:
-// that is waited for, half a second at most.
+// If the file is not open, GetLastError tells why. A file that is being replaced in two steps is missing for
+// a moment; this waits for it, half a second at most.
 Handle OpenExisting(const WideString& path, DWORD access, DWORD flags);
 
-// Where the file stands once every link is followed; empty where the file system can't tell.
+// The path of the file with every link followed; empty if the file system can't tell.
 WideString FinalPath(const Handle& file);
 
 }  // namespace quillet::platform

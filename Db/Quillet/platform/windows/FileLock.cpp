@@ -1,6 +1,5 @@
-// The lock is a file beside the one that it is for, which nobody else can open as long as it is held and
-// which the system removes with its last handle. On the file itself a lock would be in the way of its
-// replacement.
+// The lock is a file beside the one it is for. Nobody else can open it for writing while it is held, and the
+// system removes it with its last handle. A lock on the file itself would keep it from being replaced.
 #include "Quillet/platform/FileLock.h"
 
 #include <array>
@@ -32,7 +31,7 @@ DWORD LockPath(const std::string& path, WideString& lock) {
     if (!file.IsOpen()) {
         return GetLastError();
     }
-    // Where the file system can't tell, a link has a lock of its own.
+    // If the file system can't tell, a link has its own lock.
     const WideString final = FinalPath(file);
     const WideString& target = final.empty() ? wide : final;
     lock = PathBeside(target, NamesBeside(NameOf(target)) + ".lock");
@@ -44,7 +43,7 @@ Handle OpenLock(const WideString& lock) {
                               OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
 }
 
-// The holder has written its number into the lock. Nothing where it has not got so far, or is gone by now.
+// The holder writes its process number into the lock. nullopt if it has not yet done so, or is gone.
 std::optional<std::uint64_t> HolderOf(const WideString& lock) {
     const Handle file = OpenExisting(lock, GENERIC_READ, FILE_ATTRIBUTE_NORMAL);
     std::array<char, 16> text;
@@ -67,7 +66,8 @@ std::unique_ptr<FileLock> FileLock::Try(const std::string& path, Refusal& refusa
         return nullptr;
     }
     Handle file = OpenLock(lock);
-    // A lock that is let go while somebody reads whose it is stays for that moment, and can't be opened.
+    // A lock that is released while another process reads its holder exists a moment longer and can't be
+    // opened then.
     constexpr int MostAttempts = 5;
     constexpr DWORD MillisecondsBetween = 5;
     for (int attempt = 1; !file.IsOpen() && GetLastError() == ERROR_ACCESS_DENIED && attempt < MostAttempts;

@@ -1,5 +1,5 @@
-// Numbers as text by the functions that the system's variant conversion itself calls; plain decimal numbers
-// are read here.
+// Numbers as text by the functions that the system's own variant conversion calls; plain decimal numbers are
+// read here.
 #include "Quillet/platform/NumberText.h"
 
 #include <algorithm>
@@ -18,8 +18,8 @@ WCHAR SeparatorOfTheUser() {
 
 const WCHAR ProcessSeparator = SeparatorOfTheUser();
 
-// Copies the text as UTF-8 and frees it; its length. Wine leaves the point in a number with an exponent,
-// whatever the locale; there are no other points in a number.
+// Copies the text as UTF-8, frees it and returns the length. Wine keeps the point in a number with an
+// exponent, whatever the locale; no number has another point.
 std::size_t TakeText(BSTR wide, char (&text)[MaxNumberText]) {
     std::replace(wide, wide + SysStringLen(wide), WCHAR('.'), ProcessSeparator);
     const int length = WideCharToMultiByte(CP_UTF8, 0, wide, static_cast<int>(SysStringLen(wide)), text,
@@ -32,7 +32,7 @@ std::size_t IntegerToText(LONG number, char (&text)[MaxNumberText]) {
     return static_cast<std::size_t>(std::to_chars(text, text + MaxNumberText, number).ptr - text);
 }
 
-// A text with a zero behind it.
+// A null-terminated copy of a text.
 class Terminated {
 public:
     explicit Terminated(WideView text) {
@@ -47,7 +47,7 @@ public:
     Terminated(const Terminated&) = delete;
     Terminated& operator=(const Terminated&) = delete;
 
-    // The interface of the system takes a text that it may change, and does not.
+    // The system's function asks for a mutable text, but does not change it.
     LPOLESTR Get() const { return const_cast<LPOLESTR>(m_text); }
 
 private:
@@ -57,8 +57,8 @@ private:
 };
 
 // Reads a plain decimal number: a minus sign, digits with the decimal separator, an exponent. That gives the
-// nearest value for every number of digits, and needs no system. False for any other text, which the system
-// may understand.
+// nearest value for every number of digits, and needs no call of the system. False for any other text, which
+// the system may understand.
 template <typename Real>
 bool ReadPlainNumber(WideView text, Real& value, HRESULT& result) {
     std::array<char, MaxNumberText> plain;

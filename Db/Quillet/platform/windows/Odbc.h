@@ -3,7 +3,7 @@
 
 #include "Quillet/platform/Automation.h"
 
-// They need the names of windows.h, which Automation.h brings.
+// These need the names of windows.h, which Automation.h includes.
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
