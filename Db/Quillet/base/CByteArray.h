@@ -8,11 +8,11 @@
 
 namespace quillet {
 
-// A value type. Positions count from 0; one out of range reads as 0 and takes no byte.
+// A value type. Positions count from 0; out of range, reading gives 0 and writing has no effect.
 class QUILLET_API CByteArray {
 public:
     CByteArray() = default;
-    // A copy of count bytes; none where bytes is null.
+    // A copy of count bytes; empty if bytes is null.
     CByteArray(const BYTE* bytes, std::size_t count) {
         if (bytes != nullptr) {
             m_bytes.assign(bytes, bytes + count);
@@ -21,7 +21,7 @@ public:
 
     int GetSize() const { return static_cast<int>(m_bytes.size()); }
     bool IsEmpty() const { return m_bytes.empty(); }
-    // Cuts the array, or fills it up with zeros. A negative size gives an empty array.
+    // Truncates the array, or extends it with zeros. A negative size gives an empty array.
     void SetSize(int size) { m_bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size)); }
     void RemoveAll() { m_bytes.clear(); }
     void Add(BYTE byte) { m_bytes.push_back(byte); }

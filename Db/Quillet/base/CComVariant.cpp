@@ -60,7 +60,7 @@ void CComVariant::SetText(WideView text) {
     if (text.size() > std::numeric_limits<UINT>::max()) {
         throw std::bad_alloc();
     }
-    // The text may be a part of the value's own.
+    // The text may be part of the value's own text.
     const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     if (copy == nullptr) {
         throw std::bad_alloc();
@@ -85,7 +85,7 @@ void CComVariant::SetBytes(const BYTE* bytes, ULONG count, LONG lowerBound) {
     vt = VT_ARRAY | VT_UI1;
 }
 
-// By way of a second value: in place, not every platform keeps the old value where the new one has no room.
+// Converts into a second value: in place, not every platform keeps the old value when it is out of memory.
 HRESULT CComVariant::ConvertTo(VARTYPE type) {
     CComVariant converted;
     HRESULT result = MemoryChecked(VariantChangeType(&converted, this, 0, type));
@@ -97,7 +97,7 @@ HRESULT CComVariant::ConvertTo(VARTYPE type) {
         return result;
     }
     if (type == VT_I2) {
-        // The bits behind a short number are zeros, which the platform does not promise.
+        // The bits after a short number must be zeros, which the platform does not promise.
         SetNumber(converted.iVal);
     } else {
         *this = std::move(converted);
@@ -129,7 +129,7 @@ HRESULT Order(const CComVariant& left, const CComVariant& right) {
             return OrderOf(left.ulVal, right.ulVal);
         case VT_UI8:
             return OrderOf(left.ullVal, right.ullVal);
-        // What the platform gives for these, without its way to it.
+        // The platform's result, without calling it.
         case VT_I2:
             return OrderOf(left.iVal, right.iVal);
         case VT_I4:
@@ -155,7 +155,7 @@ CComVariant Dereferenced(const CComVariant& value) {
         return {};
     }
     if (value.vt == (VT_BYREF | VT_VARIANT)) {
-        // No variant refers to one that refers to another variant.
+        // A variant must not refer to one that refers to another variant.
         const bool isEnd = value.pvarVal->vt == (VT_BYREF | VT_VARIANT);
         return isEnd ? CComVariant() : Dereferenced(CComVariant(*value.pvarVal));
     }

@@ -13,8 +13,8 @@ namespace quillet {
 
 class CComVariant;
 
-// The result of a function of the platform. Throws std::bad_alloc for E_OUTOFMEMORY, which no caller may take
-// for a refusal.
+// Passes on the result of a platform function. Throws std::bad_alloc for E_OUTOFMEMORY, so that no caller
+// mistakes it for a refusal.
 inline HRESULT MemoryChecked(HRESULT result) {
     if (result == E_OUTOFMEMORY) {
         throw std::bad_alloc();
@@ -26,9 +26,9 @@ inline HRESULT MemoryChecked(HRESULT result) {
 template <typename Value>
 concept PlainNumber = std::is_arithmetic_v<Value> && !SingleCharacter<Value>;
 
-// Equal: both null, or of one type and equal as Order has it.
+// Equal if both are null, or of one type and equal by Order.
 QUILLET_API bool operator==(const CComVariant& left, const CComVariant& right);
-// As Order has it; false where either side is null or the types have no order.
+// Less by Order; false if either side is null or the types have no order.
 QUILLET_API bool operator<(const CComVariant& left, const CComVariant& right);
 
 // A VARIANT that owns what it holds. Conversions use the user's default locale. Out of memory, every member
@@ -40,8 +40,7 @@ public:
     CComVariant(const VARIANT& other) : VARIANT() { CopyFrom(other); }
     CComVariant(const CComVariant& other) : VARIANT() { CopyFrom(other); }
     CComVariant(CComVariant&& other) noexcept : VARIANT(other) { other.Reset(); }
-    // A boolean, an integer or a float of the C++ type's own size and sign; a single character is none of
-    // them.
+    // A boolean, an integer or a float of the C++ type's size and sign. A single character is none of them.
     template <PlainNumber Number>
     CComVariant(Number number) : VARIANT() {
         SetNumber(number);
@@ -54,7 +53,7 @@ public:
     template <typename Unit,
               typename = std::enable_if_t<std::is_constructible_v<CString, std::basic_string<Unit>>>>
     CComVariant(const std::basic_string<Unit>& text) : CComVariant(CString(text)) {}
-    // Counts the interface.
+    // Adds a reference.
     CComVariant(IDispatch* dispatch);
     ~CComVariant() { Clear(); }
 
@@ -128,7 +127,7 @@ private:
     }
     // Whether a copy of the bits is a copy of the value.
     static bool IsBits(const VARIANT& value) { return value.vt <= VT_R8 || value.vt == VT_BOOL; }
-    // The value is empty, and stays so where the platform does not know the other's type.
+    // The value must be empty, and stays empty if the platform does not know the other's type.
     void CopyFrom(const VARIANT& other) {
         if (IsBits(other)) {
             static_cast<VARIANT&>(*this) = other;
@@ -140,20 +139,20 @@ private:
     HRESULT ConvertTo(VARTYPE type);
 };
 
-// The value that a reference refers to, copied; any other value as it is. Empty for a reference to
-// nothing, and for one of an unknown kind.
+// A copy of the value that a reference refers to; any other value as it is. Empty for a null reference and
+// for one of an unknown kind.
 QUILLET_API CComVariant Dereferenced(const CComVariant& value);
 
-// The platform's comparison of two values: VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL where a side is null,
-// or a failure for types that have no order. Unsigned and one-byte integers of one type, which the platform
-// does not compare, are ordered as numbers.
+// The platform's comparison of two values: VARCMP_LT, VARCMP_EQ, VARCMP_GT, VARCMP_NULL if either side is
+// null, or a failure for types that have no order. Unsigned and one-byte integers of one type, which the
+// platform does not compare, are ordered as numbers.
 QUILLET_API HRESULT Order(const CComVariant& left, const CComVariant& right);
 
 // Equal as text ignoring case, when left is a string; otherwise operator==. This is how cells are found
 // equal.
 bool EqualIgnoringCase(const CComVariant& left, const CComVariant& right);
 
-// An interface pointer that counts its references.
+// A reference-counted interface pointer.
 template <typename Interface>
 class CComPtr {
 public:

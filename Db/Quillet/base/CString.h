@@ -13,12 +13,12 @@
 
 namespace quillet {
 
-// One of the types that hold a single character. They are no numbers to a value, and no texts.
+// A type that holds a single character. Values treat it as neither a number nor a text.
 template <typename Value>
 concept SingleCharacter = std::is_same_v<Value, char> || std::is_same_v<Value, char8_t> ||
     std::is_same_v<Value, wchar_t> || std::is_same_v<Value, char16_t> || std::is_same_v<Value, char32_t>;
 
-// A value type. Positions count code units from 0. It is made implicitly from UTF-8 (malformed bytes become
+// A value type. Positions count code units from 0. It converts implicitly from UTF-8 (malformed bytes become
 // U+FFFD), so a host on any system passes ordinary literals.
 class QUILLET_API CString {
 public:
@@ -35,8 +35,8 @@ public:
               typename = std::enable_if_t<std::is_same_v<Unit, WCHAR> || std::is_same_v<Unit, char16_t>>>
     CString(const std::basic_string<Unit>& text) : m_text(text.begin(), text.end()) {}
 
-    // Takes over text that is known to be well-formed UTF-8. It stays UTF-8 until somebody looks at it as
-    // wide characters, so a text that only passes through costs no conversion.
+    // Takes over text that is known to be well-formed UTF-8. It stays UTF-8 until its wide characters are
+    // asked for, so a text that only passes through costs no conversion.
     static CString FromValidUtf8(std::string text);
 
     // The UTF-8 form. A lone surrogate becomes U+FFFD.
@@ -45,7 +45,7 @@ public:
     // lives as long as both this string, unchanged, and storage.
     std::string_view ViewUtf8(std::string& storage) const;
 
-    // The text with a terminating zero; valid until the string changes.
+    // The null-terminated text; valid until the string changes.
     const WCHAR* GetString() const { return Text().c_str(); }
     operator WideView() const { return Text(); }
     WideView View() const { return Text(); }
@@ -66,7 +66,7 @@ public:
     // The last position; -1 when absent.
     int ReverseFind(WCHAR unit) const;
 
-    // Parts of the text; counts and positions out of range are cut to it.
+    // Parts of the text; counts and positions out of range are clamped.
     CString Left(int count) const;
     CString Right(int count) const;
     CString Mid(int first) const;
@@ -86,7 +86,7 @@ public:
     // Removes blanks, tabs and line ends at both ends; returns this string.
     CString& Trim();
 
-    // Replaces the text by printf's output over UTF-8 text. A format is a literal, never a value.
+    // Replaces the text by printf's output over UTF-8 text. The format must be a literal, never a value.
     void Format(const char* format, ...) QUILLET_PRINTF_LIKE(2, 3);
     void FormatV(const char* format, std::va_list arguments) QUILLET_PRINTF_LIKE(2, 0);
 
@@ -123,7 +123,7 @@ private:
 // Prints UTF-8.
 QUILLET_API std::ostream& operator<<(std::ostream& stream, const CString& text);
 
-// The text in lower case, as the names of tables, fields and indexes are looked up.
+// The text in lower case, the form in which the names of tables, fields and indexes are looked up.
 QUILLET_API CString Lowered(CString text);
 
 }  // namespace quillet

@@ -1,4 +1,4 @@
-// What a reference refers to where there is nothing to refer to.
+// What a reference refers to if the object asked for does not exist.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 
 namespace quillet {
 
-// A fresh object that belongs to nobody; what was written to the one before is gone.
+// A fresh object that nothing owns. The next call replaces it, so what was written to it is lost.
 template <typename Value, typename... Arguments>
 Value& OutOfRange(Arguments&&... arguments) {
     static thread_local std::optional<Value> value;

@@ -1,4 +1,4 @@
-// Room made beforehand, so that the step itself can't fail.
+// Reserves memory beforehand, so that the step itself can't fail.
 #pragma once
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 
 namespace quillet {
 
-// Makes room for so many elements more in a vector: at least twice as much as before, so that many small
+// Makes room in a vector for that many more elements: at least twice as much as before, so that many small
 // steps cost no more than one large one.
 template <typename Vector>
 void ReserveMore(Vector& vector, std::size_t more) {

@@ -1,11 +1,11 @@
-// Steps that are taken back where a later one fails.
+// Undoes earlier steps if a later one fails.
 #pragma once
 
 #include <utility>
 
 namespace quillet {
 
-// Calls the function when it is destroyed, unless it was kept before: a step of several is followed by one of
+// Calls the function on destruction unless Keep was called. Each of several steps is followed by one of
 // these, and all are kept once the last step is done. The function must not throw.
 template <typename Undo>
 class Rollback {

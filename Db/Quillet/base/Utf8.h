@@ -26,7 +26,7 @@ void AppendUtf8(WideView text, std::string& target);
 // Appends one code point (not a surrogate, up to U+10FFFF).
 void AppendCodePoint(char32_t codePoint, std::string& target);
 
-// Reads the code point at position and moves position behind it; a lone surrogate comes back as it is.
+// Reads the code point at position and moves position past it; a lone surrogate is returned as it is.
 inline char32_t NextCodePoint(WideView text, std::size_t& position) {
     const char32_t first = static_cast<char16_t>(text[position++]);
     if (first < 0xD800 || first > 0xDBFF || position == text.size()) {
