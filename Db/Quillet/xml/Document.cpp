@@ -11,7 +11,7 @@ namespace quillet::xml {
 
 namespace {
 
-// The place of a fault that is no offset.
+// In place of an error's offset: the error is the first malformed byte, still to be found.
 constexpr std::ptrdiff_t FindMalformed = -1;
 
 }  // namespace
@@ -36,7 +36,7 @@ bool Document::LoadFile(const std::string& path) {
     m_hasEntities = nesting.HasEntities();
     const bool loaded = Load(std::move(*text));
     if (!loaded) {
-        // The parser works in place, so the place of a fault is looked up in the file as it was.
+        // The parser changes the text, so the line of the error is looked up in the original file.
         LocateError(platform::ReadWholeFile(path).value_or(std::string()));
     }
     return loaded;

@@ -22,7 +22,7 @@ namespace quillet::xml {
 // Why a document could not be read, and where.
 struct ReadError {
     std::string m_message;
-    // Line of the file, from 1; 0 where the fault has no place.
+    // Line of the file, from 1; 0 if the error has no place.
     std::size_t m_line = 0;
 };
 
@@ -37,12 +37,12 @@ public:
 
     // Replaces the content by that of a file (path in UTF-8) or of a text. False, with an empty document and
     // the reason in Error, when it can't be read, is not well-formed (as far as pugixml looks), is not valid
-    // in its encoding or goes beyond the limits (elements in each other 256 deep, 100 million of them); a
-    // file that does is not read any further.
+    // in its encoding or exceeds the limits (256 levels of nesting, 100 million elements); a file that
+    // exceeds a limit is not read any further.
     bool LoadFile(const std::string& path);
     bool LoadText(std::string_view text);
     const ReadError& Error() const { return m_error; }
-    // Whether the text that was read declared entities; references to them stay as they stand.
+    // Whether the text that was read declared entities; references to them are kept as they are.
     bool HasEntities() const { return m_hasEntities; }
 
     // The node of the document itself: its children are the processing instructions and the root element.
@@ -50,13 +50,13 @@ public:
 
     // The document for automation clients: createElement, createProcessingInstruction, documentElement,
     // appendChild, childNodes, firstChild, nextSibling, attributes, setAttribute, nodeName, nodeValue, xml
-    // and the like, in any case of letters. The values of attributes and texts can be put, everything else
-    // is only read. It keeps the tree alive as long as somebody holds it.
+    // and the like, in any case of letters. The values of attributes and texts can be set, everything else is
+    // read-only. It keeps the tree alive as long as it is referenced.
     CComPtr<IDispatch> Automation() const;
 
-    // Writes the file in one step; the file is what it was until that step. False, with the reason in why, on
-    // failure. With seen it is written only if what stands there still is that, which then becomes what was
-    // written.
+    // Writes the file in one step, until which the old file stays unchanged. False, with the reason in why,
+    // on failure. With seen, the file is replaced only if it still is that version; seen then becomes the
+    // version written.
     bool SaveFile(const std::string& path, std::string* why = nullptr,
                   platform::FileVersion* seen = nullptr) const;
 
@@ -74,7 +74,7 @@ private:
 };
 
 // The value of the first attribute of a text that begins with an element's start tag, as "<x name="a&lt;b">"
-// does; false where there is none.
+// does; false if there is none.
 bool FirstAttributeOfText(std::string_view text, std::string& value);
 
 }  // namespace quillet::xml

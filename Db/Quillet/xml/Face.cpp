@@ -131,7 +131,7 @@ CComVariant TextValue(const char* utf8) {
     return CComVariant(CString(utf8));
 }
 
-// The value of a property that is put, once it is known to be one that XML carries.
+// The new value of a property, checked to be text that XML can carry.
 std::string CheckedText(const Arguments& arguments) {
     const CString text = arguments.Wide(0);
     std::string escaped;
@@ -141,7 +141,7 @@ std::string CheckedText(const Arguments& arguments) {
     return text.ToUtf8();
 }
 
-// Puts the text into a node or an attribute that has one.
+// Sets the text of a node or an attribute, one that has a text.
 template <typename Place>
 void SetText(Place place, const std::string& text) {
     if (!place.set_value(text.c_str())) {
@@ -149,7 +149,7 @@ void SetText(Place place, const std::string& text) {
     }
 }
 
-// Behind the prefix.
+// The part after the prefix.
 const char* BaseName(const char* name) {
     const char* const colon = std::strchr(name, ':');
     return colon == nullptr ? name : colon + 1;
@@ -215,10 +215,10 @@ protected:
     ObjectBase() = default;
 
     virtual bool HasNode() const { return false; }
-    // Throws DomError for a member that the object has not, or that fails.
+    // Throws DomError for a member that the object does not have, or that fails.
     virtual CComVariant Call(Member member, const Arguments& arguments) = 0;
-    // The value that is put is the only argument. False for a member that can't be put; throws DomError for a
-    // value that XML can't carry.
+    // The new value is the only argument. False for a member that can't be set; throws DomError for a value
+    // that XML can't carry.
     virtual bool Put(Member, const Arguments&) { return false; }
 
 private:
@@ -405,7 +405,7 @@ private:
     CComVariant AppendChild(const CComVariant& child) const;
 
     NativeNode m_native;
-    // Set while the object is counted by others; the stack's own façade leaves the tree to its document.
+    // Set if the object is reference-counted. On the stack of a Face, it leaves the tree to its document.
     std::shared_ptr<Tree> m_owner;
 };
 

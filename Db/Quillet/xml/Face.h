@@ -7,7 +7,7 @@
 
 namespace quillet::xml {
 
-// Behind the automation interface of our own nodes: the way that costs nothing.
+// An interface of our own nodes, which gives the node itself without calls by name.
 struct INativeNode : IUnknown {
     virtual NativeNode STDMETHODCALLTYPE GetNative() = 0;
 
@@ -17,8 +17,8 @@ protected:
 
 extern const IID IID_INativeNode;
 
-// Shows a node as IDispatch. It lives on the stack and is shown node after node: whoever is handed the
-// interface uses it during the call and does not keep it.
+// Shows a node as IDispatch. It lives on the stack and shows node after node: a callee may use the interface
+// during the call, but must not keep it.
 class Face {
 public:
     Face();
@@ -38,7 +38,7 @@ private:
     IDispatch* m_shown = nullptr;
 };
 
-// The node as an object that lives as long as it is referred to, and keeps its tree.
+// The node as a reference-counted object, which keeps its tree alive.
 CComPtr<IDispatch> MakeNodeObject(const NativeNode& node);
 
 }  // namespace quillet::xml

@@ -34,7 +34,7 @@ CComVariant LateMember::Call(std::initializer_list<CComVariant> arguments) const
 }
 
 CComVariant LateMember::Invoke(WORD flags, std::initializer_list<CComVariant> arguments) const {
-    // The last argument stands first. These are not copies: the arguments own what the variants hold.
+    // The last argument comes first. These are shallow copies: the arguments own what the variants hold.
     std::vector<VARIANTARG> reversed(std::make_reverse_iterator(arguments.end()),
                                      std::make_reverse_iterator(arguments.begin()));
     DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};

@@ -6,7 +6,7 @@ namespace quillet::xml {
 
 namespace {
 
-// Moves behind the mark; false where it is not there yet.
+// Moves past the mark; false if it is not there yet.
 bool PassMark(std::string_view text, std::string_view mark, std::size_t& position) {
     const std::size_t found = text.find(mark, position);
     if (found == std::string_view::npos) {
@@ -16,7 +16,7 @@ bool PassMark(std::string_view text, std::string_view mark, std::size_t& positio
     return true;
 }
 
-// Behind a document type, which may hold brackets and quoted text; false where it has not ended.
+// Moves past a document type, which may contain brackets and quoted text; false if it has not ended.
 bool PassDocumentType(std::string_view text, std::size_t& position) {
     int open = 0;
     while (position < text.size()) {
@@ -103,15 +103,15 @@ bool Nesting::FollowNarrow(std::string_view text) {
     return false;
 }
 
-// Markup that is longer than the text is looked at again when there is twice as much of it, so that a long
-// one does not cost its length for each piece.
+// Incomplete markup is tried again only when twice as much of it is there. Otherwise long markup would cost
+// its whole length for each piece read.
 bool Nesting::IsWorthATry(std::size_t size) const {
     return m_position < size && (m_tried == 0 || size - m_position >= 2 * (m_tried - m_position));
 }
 
-// Moves from a '<' behind the markup that begins there; false where that is not complete.
+// Moves from a '<' past the markup that begins there; false if that is incomplete.
 bool Nesting::Pass(std::string_view text, std::size_t& position) {
-    // As long as "<![CDATA[": what begins like it can't be told from another before.
+    // The length of "<![CDATA[": with fewer characters, markup of several kinds may look alike.
     constexpr std::size_t LongestBeginning = 9;
     const std::string_view markup = text.substr(position, LongestBeginning);
     if (markup.size() < 2) {

@@ -1,4 +1,4 @@
-// How deep a document's elements stand in each other, while it is being read.
+// Checks how deep a document's elements are nested, while it is being read.
 #pragma once
 
 #include <cstddef>
@@ -9,29 +9,29 @@ namespace quillet::xml {
 
 // Elements nested deeper than this are refused.
 constexpr int MaxDepth = 256;
-// A document of more elements is refused.
+// A document with more elements is refused.
 constexpr std::size_t MaxElements = 100'000'000;
 
-// How the characters of a text are laid out: markup is the same in all encodings but for the zeros.
+// How the characters of a text are stored: markup is the same in all encodings except for the zeros.
 struct TextUnits {
     // The bytes of a character: 1 for every encoding but UTF-16 and UTF-32.
     std::size_t m_size = 1;
-    // The place of the byte that counts.
+    // The position of the byte that is not zero.
     std::size_t m_place = 0;
 };
 
-// Those of a text that begins so: by its byte-order mark, or by its first character, which is that of markup.
+// The units of a text, told by its byte-order mark or by its first character, which is one of markup.
 TextUnits UnitsOf(std::string_view beginning);
 
-// Looks at the markup of a text that grows, so that a file which no document can be made of is given up long
-// before it is read to its end. It does not tell whether the text is well-formed.
+// Follows the markup of a text while it grows, so that a file beyond a limit is given up long before its end.
+// It does not check whether the text is well-formed.
 class Nesting {
 public:
     // The limit of elements is a parameter for tests.
     explicit Nesting(std::size_t mostElements = MaxElements) : m_mostElements(mostElements) {}
 
-    // text is what there is up to now: what was given before, and more behind it. False, with the reason in
-    // Refusal, when it goes beyond a limit.
+    // text is all that was read up to now: what was given before, with more after it. False, with the reason
+    // in Refusal, when it exceeds a limit.
     bool Follow(std::string_view text);
     const std::string& Refusal() const { return m_refusal; }
     // Whether a document type declared entities, which no document resolves.
@@ -45,7 +45,8 @@ private:
 
     std::size_t m_mostElements;
     TextUnits m_units;
-    // Of text of wider units, what was given as one byte a character, and how much of the text that is.
+    // For text of wider units: the text so far with one byte a character, and how much of the text that
+    // covers.
     std::string m_narrow;
     std::size_t m_narrowed = 0;
     // The first byte that was not passed.

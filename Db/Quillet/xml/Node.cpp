@@ -36,7 +36,7 @@ bool IsSilent(IDispatch* node) {
         case DomComment:
             return true;
         case DomText:
-            // A document that was told to keep them has the blanks between its elements as text.
+            // A document that was told to keep white space has the blanks between its elements as text.
             return AsUtf8(GetProperty(node, OLESTR("nodeValue"))).find_first_not_of(" \t\r\n") ==
                    std::string::npos;
         default:
@@ -89,7 +89,7 @@ void RequireNode(const Node& node) {
     }
 }
 
-// What another DOM made on request.
+// The node that another DOM created.
 Node MadeBy(const CComVariant& result) {
     Node made(AsDispatch(result).Get());
     if (made.Foreign() == nullptr) {
@@ -253,7 +253,7 @@ void Node::SetAttribute(std::string_view name, WideView value) const {
     SetNativeAttribute(name, utf8);
 }
 
-// The value is known to be one that XML carries.
+// The value must be one that XML can carry.
 void Node::SetNativeAttribute(std::string_view name, const std::string& value) const {
     RequireName(name);
     const std::string nameText(name);
@@ -266,7 +266,7 @@ void Node::SetNativeAttribute(std::string_view name, const std::string& value) c
     if (isNew) {
         attribute = element.append_attribute(nameText.c_str());
     }
-    // A new attribute that found no room for its name stands without one.
+    // A new attribute exists without a name if there was no memory for it.
     if (nameText != attribute.name() || !attribute.set_value(value.c_str())) {
         if (isNew) {
             element.remove_attribute(attribute);
@@ -311,7 +311,7 @@ public:
         m_value = AsUtf8(GetProperty(m_attribute.Get(), OLESTR("nodeValue")));
         return true;
     }
-    // Rows take their values by position: the name is fetched for those who ask.
+    // Rows take their values by position, so the name is fetched only on request.
     std::string_view Name() {
         if (!m_name) {
             m_name = AsUtf8(GetProperty(m_attribute.Get(), OLESTR("nodeName")));
@@ -360,7 +360,7 @@ std::string_view AttributeReader::Value() const {
     return m_foreign ? m_foreign->Value() : pugi::xml_attribute(m_current).value();
 }
 
-// The element in another DOM, which stands nowhere before it is appended.
+// The element in another DOM, without a parent until it is appended.
 class LeafElement::Foreign {
 public:
     explicit Foreign(Node element)
@@ -410,7 +410,7 @@ LeafElement::LeafElement(const Node& document, const Node& parent, std::string_v
     }
     std::string& text = pieces.back();
     m_start = text.size();
-    // Both at once, for nobody takes back one of them.
+    // One append for both: if a second one failed, nothing would take back the first.
     text.append(name.size() + 1, '<');
     std::copy(name.begin(), name.end(), text.end() - static_cast<std::ptrdiff_t>(name.size()));
     m_text = &text;

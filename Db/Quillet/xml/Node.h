@@ -20,7 +20,7 @@ namespace quillet::xml {
 class Tree;
 struct PackedLeaves;
 
-// Thrown by value when a DOM refuses an operation; caught by whoever guards it, never leaves the library.
+// Thrown by value when a DOM refuses an operation; always caught inside the library.
 struct DomError {
     std::string m_message;
 };
@@ -46,31 +46,31 @@ public:
     std::string Name() const;
 
     // Children and siblings in document order, elements and text alike; blanks between elements, comments and
-    // processing instructions are passed over.
+    // processing instructions are skipped.
     Node FirstChild() const;
     Node NextSibling() const;
     std::size_t CountChildren() const;
 
-    // Where the '<' of an element stands in the text that its document was read from; none for one that was
-    // made, and in other document object models.
+    // The offset of the element's '<' in the text that its document was read from; nullopt for an element
+    // that was created, and in other document object models.
     std::optional<std::uint64_t> PlaceInText() const;
 
     // The value of the first attribute, whatever it is called.
     std::optional<std::string> FirstAttributeValue() const;
 
-    // This node is a document. The new node stands nowhere until it is appended.
+    // This node must be a document. The new node has no parent until it is appended.
     Node CreateElement(std::string_view name) const;
     Node CreateProcessingInstruction(std::string_view target, std::string_view data) const;
 
-    // Sets the attribute, in place of one of that name.
+    // Sets the attribute, replacing one of that name.
     void SetAttribute(std::string_view name, std::string_view value) const;
     void SetAttribute(std::string_view name, WideView value) const;
 
-    // Puts child behind the last child of this node. Both belong to one document.
+    // Appends child after the last child of this node. Both must belong to one document.
     void AppendChild(const Node& child) const;
 
     // The node for automation clients, and for the Save and Load of the model; null for a null node. A node
-    // of our own documents keeps its tree alive as long as somebody holds it. Throws std::bad_alloc.
+    // of our own documents keeps its tree alive as long as it is referenced. Throws std::bad_alloc.
     CComPtr<IDispatch> Automation() const;
 
     // The interface of another DOM's node; null for nodes of our own.
@@ -92,7 +92,7 @@ public:
     AttributeReader& operator=(const AttributeReader&) = delete;
     ~AttributeReader();
 
-    // Moves to the next attribute; false behind the last one.
+    // Moves to the next attribute; false after the last one.
     bool Next();
     std::string_view Name() const;
     // UTF-8, the entities resolved; valid until the next move.
@@ -106,18 +106,18 @@ private:
     std::unique_ptr<Foreign> m_foreign;
 };
 
-// An element without children that is written attribute by attribute and appended when it is complete. It is
-// dropped when it is destroyed before that.
+// An element without children that is written attribute by attribute and appended when it is complete. If it
+// is destroyed before that, it is dropped.
 class LeafElement {
 public:
-    // Both belong to one document: document creates the nodes, parent receives the element.
+    // Both must belong to one document: document creates the nodes, parent receives the element.
     LeafElement(const Node& document, const Node& parent, std::string_view name);
     LeafElement(const LeafElement&) = delete;
     LeafElement& operator=(const LeafElement&) = delete;
     ~LeafElement();
 
-    // Adds an attribute. Throws DomError where the name is none that XML allows or stands already, or the
-    // text holds what XML 1.0 can't carry.
+    // Adds an attribute. Throws DomError if the name is not one of XML or was added before, or if the text
+    // contains what XML 1.0 can't carry.
     void Attribute(std::string_view name, std::string_view value);
     void Attribute(std::string_view name, WideView value);
 

@@ -98,7 +98,7 @@ public:
         return taken;
     }
 
-    // Text that stands ready; large pieces are handed on as they are.
+    // Writes text that is already complete; large pieces go to the sink as they are.
     bool Pass(const PackedLeaves& leaves) {
         for (const std::string& text : leaves.m_pieces) {
             if (text.size() < PieceSize) {
@@ -232,7 +232,7 @@ void Tree::Unpack(pugi::xml_node parent) {
     for (const std::string& piece : packed->second.m_pieces) {
         const pugi::xml_parse_result result = parent.append_buffer(piece.data(), piece.size());
         if (result.status == pugi::status_out_of_memory) {
-            // The leaves stay packed, and none of them stands twice.
+            // The leaves stay packed, and none of them must exist twice.
             while (parent.last_child() != last) {
                 parent.remove_child(parent.last_child());
             }
@@ -358,7 +358,7 @@ bool AppendEscaped(std::string_view value, std::string& target) {
             plainStart = position + 1;
             continue;
         }
-        // Rare: the whole value takes the way that looks at code points.
+        // Rare: the rest of the value is checked code point by code point.
         WideString wide;
         AppendWide(value.substr(plainStart), wide);
         return Escapes[unit] == Escape::NotAscii && IsValidUtf8(value) && AppendEscaped(wide, target);

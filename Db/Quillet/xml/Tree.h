@@ -1,5 +1,5 @@
-// The tree behind a document: a pugixml document, elements that stand nowhere yet, and leaves that were
-// written straight into text.
+// The tree behind a document: a pugixml document, nodes without a parent yet, and leaves that were written
+// directly as text.
 #pragma once
 
 #include <functional>
@@ -14,8 +14,8 @@
 
 namespace quillet::xml {
 
-// Leaf elements at the end of an element's children, kept as the text that will be saved. Whoever walks the
-// children gets them as nodes first.
+// Leaf elements at the end of an element's children, kept as the text that will be saved. They become nodes
+// before anything walks the children.
 struct PackedLeaves {
     // The leaves, in pieces of bounded size that end between two of them.
     std::vector<std::string> m_pieces;
@@ -24,7 +24,7 @@ struct PackedLeaves {
     std::vector<std::string> m_names;
 };
 
-// Every member throws std::bad_alloc where memory runs out; the tree is what it was then, except by Load.
+// Out of memory, every member throws std::bad_alloc and leaves the tree as it was; only Load does not.
 class Tree : public std::enable_shared_from_this<Tree> {
 public:
     // Receives text piece by piece; false stops the writing.
@@ -39,23 +39,23 @@ public:
 
     pugi::xml_node Root() const { return m_document; }
 
-    // A new node that stands nowhere; Drop takes it back.
+    // A new node without a parent; Drop deletes it.
     pugi::xml_node Create(pugi::xml_node_type type);
     void Drop(pugi::xml_node node);
-    // Throws DomError where parent can't hold child.
+    // Throws DomError if parent can't hold child.
     void Append(pugi::xml_node parent, pugi::xml_node child);
 
-    // Where leaves at the end of the element are written.
+    // The leaves at the end of the element, to be written to.
     PackedLeaves& Packed(pugi::xml_node parent);
 
     pugi::xml_node FirstChild(pugi::xml_node parent);
     pugi::xml_node NextSibling(pugi::xml_node node);
     pugi::xml_node PreviousSibling(pugi::xml_node node) const;
     pugi::xml_node LastChild(pugi::xml_node parent);
-    // Null for a node that stands nowhere.
+    // Null for a node without a parent.
     pugi::xml_node Parent(pugi::xml_node node) const;
 
-    // Writes the node and all below it; what is deeper nested than any recursion would bear, too.
+    // Writes the node and everything below it, without recursion: the nesting may be of any depth.
     bool Write(pugi::xml_node top, const Sink& sink) const;
 
 private:
@@ -63,18 +63,18 @@ private:
 
     std::string m_source;
     pugi::xml_document m_document;
-    // Parent of the nodes that stand nowhere; never seen from outside.
+    // The parent of all nodes that have none for the outside; never seen from there.
     pugi::xml_node m_workshop;
     std::unordered_map<const void*, PackedLeaves> m_packed;
 };
 
-// Throws std::bad_alloc where the parser ran out of memory.
+// Throws std::bad_alloc if the parser ran out of memory.
 void RequireMemory(const pugi::xml_parse_result& result);
 
 // Whether text is a Name of XML 1.0 (fifth edition).
 bool IsXmlName(std::string_view text);
 
-// Appends an attribute value with its markup escaped; false where it holds what XML 1.0 can't carry.
+// Appends an attribute value with its markup escaped; false if it contains what XML 1.0 can't carry.
 bool AppendEscaped(std::string_view value, std::string& target);
 bool AppendEscaped(WideView value, std::string& target);
 
