@@ -47,7 +47,7 @@ public:
     const CRuntimeClass* GetRuntimeClass() const override;
 
     // Copies the message into buffer (capacity counts characters, the terminating zero included) and stores a
-    // help context of 0 where one is asked for. Returns 1, or 0 where there is no message.
+    // help context of 0 if one is asked for. Returns 1, or 0 where there is no message.
     virtual int GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext);
     virtual int GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext) const;
 
@@ -58,7 +58,7 @@ public:
     void Delete();
 };
 
-// Memory ran out.
+// Out of memory.
 class QUILLET_API CMemoryException : public CException {
 public:
     static const CRuntimeClass classCMemoryException;

@@ -6,7 +6,7 @@
 
 namespace quillet {
 
-// A fresh object that nothing owns. The next call replaces it, so what was written to it is lost.
+// A fresh object that nothing owns. The thread's next call replaces it, so what was written to it is lost.
 template <typename Value, typename... Arguments>
 Value& OutOfRange(Arguments&&... arguments) {
     static thread_local std::optional<Value> value;
