@@ -160,7 +160,7 @@ std::string clause::BuildClauseString(const std::vector<element*>& tokens) const
     return text;
 }
 
-// Neither leaf nor operator for what can't be evaluated.
+// Neither leaf nor operator if the token can't be evaluated.
 clause::step clause::StepOf(element* token) {
     step result;
     if (token != nullptr) {
@@ -208,7 +208,7 @@ void clause::initialize() {
     }
 }
 
-// Checks the postfix list once, and makes room for as many operands as ever wait at a time.
+// Checks the postfix list once, and makes room for the largest number of operands that wait at a time.
 void clause::BuildSteps() {
     m_stepsStale = false;
     m_steps.clear();

@@ -11,22 +11,22 @@ namespace clv {
 
 // Filled once, in the order in which the condition is read, then evaluated as often as the leaves change.
 //
-// No operator binds stronger than another, and a chain groups from the right: "a AND b OR c" is
-// "a AND (b OR c)", and "NOT a AND b" is "NOT (a AND b)". Only brackets change that. Of two operands the
-// right one is asked first, and the left one only if that leaves the result open.
+// No operator binds stronger than another, and a chain groups from the right: "a AND b OR c" is "a AND (b OR
+// c)", and "NOT a AND b" is "NOT (a AND b)". Only brackets change that. Of two operands the right one is
+// evaluated first, and the left one only if the result is still open.
 //
-// The clause owns its operators and brackets. The leaves are the caller's, who keeps them alive as long as
-// the clause is used; clauses that are copies of each other share them.
+// The clause owns its operators and brackets. The leaves belong to the caller and must live as long as the
+// clause is used; copies of a clause share them.
 class QUILLET_API clause {
 public:
     clause();
-    // Operators and brackets of its own, and the same leaves.
+    // Has its own operators and brackets, and the same leaves.
     clause(const clause& other);
     clause& operator=(const clause& other);
     virtual ~clause();
 
-    // Append a token. A clause that was evaluated before keeps what it was then in front: it is not meant to
-    // be filled again.
+    // Append a token. A clause that was evaluated keeps its old tokens in front, so it should not be filled
+    // again.
     void expr(clv::expr* e);
     void and_();
     void or_();
@@ -34,21 +34,21 @@ public:
     void leftBracket();
     void rightBracket();
 
-    // Forgets the tokens that were appended, but not those that were evaluated before.
+    // Removes the tokens that were appended, but not those that were evaluated before.
     void clear();
 
-    // False where a leaf is null, or where the brackets that open aren't as many as those that close. Nothing
-    // else is checked: an operator that lacks an operand, or brackets the wrong way round, pass.
+    // False if a leaf is null, or if there are not as many closing brackets as opening ones. Nothing else is
+    // checked: an operator that lacks an operand, or brackets the wrong way round, pass.
     bool IsValid() const;
 
-    // The value of the clause; true where it is empty. Where there are more operands than the operators take,
-    // the last one counts. False, without asking any leaf, where an operator lacks an operand, a bracket its
-    // partner or a leaf is null. Only the first evaluation allocates.
+    // The value of the clause; true if it is empty. If there are more operands than the operators take, the
+    // last one counts. False, without evaluating any leaf, if an operator lacks an operand, a bracket lacks
+    // its partner or a leaf is null. Only the first evaluation allocates.
     bool evaluate();
 
     // The tokens as they were appended, separated by blanks; a leaf is "exp".
     std::string GetClauseString() const;
-    // The tokens in the order of evaluation: operators behind their operands. A bracket without a partner
+    // The tokens in the order of evaluation: operators after their operands. A bracket without a partner
     // stays.
     std::string GetRPNString();
 
@@ -56,7 +56,8 @@ protected:
     // Appends a token of a derived class, which keeps it alive; copies share it.
     void append(element* token);
 
-    // Puts the tokens that were appended behind those in the order of evaluation. Always true.
+    // Adds the tokens that were appended to those in the order of evaluation, after the ones of before.
+    // Always true.
     bool BuildRPN();
     std::string BuildClauseString(const std::vector<element*>& tokens) const;
 
@@ -87,7 +88,7 @@ private:
     opr_or m_or;
     opr_not m_not;
     bool m_stepsStale = true;
-    // The postfix list, checked; empty where it can't be evaluated.
+    // The postfix list, checked; empty if it can't be evaluated.
     std::vector<step> m_steps;
     std::vector<operand> m_operands;
 };

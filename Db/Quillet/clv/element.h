@@ -10,8 +10,7 @@ namespace clv {
 // A token of a clause.
 class QUILLET_API element {
 public:
-    // What a clause takes a token for. A token says et_expr only if it is an expr, and et_opr or et_not only
-    // if it is an opr.
+    // How a clause treats a token. Only an expr may be et_expr, and only an opr may be et_opr or et_not.
     enum etype : std::int32_t { et_expr = 0, et_opr = 1, et_not = 2, et_lbracket = 3, et_rbracket = 4 };
 
     virtual ~element();
@@ -38,7 +37,7 @@ private:
     bool m_value = false;
 };
 
-// An operator on two operands. Its operands come as they are, so that it need not ask both.
+// An operator on two operands. It gets them unevaluated, so that it need not evaluate both.
 class QUILLET_API opr : public element {
 public:
     ~opr() override;
@@ -46,7 +45,7 @@ public:
     virtual bool value(const expr* a, const expr* b) = 0;
 };
 
-// False without asking b where a is false. An operand that is missing is false.
+// False without evaluating b if a is false. A missing operand is false.
 class QUILLET_API opr_and : public opr {
 public:
     ~opr_and() override;
@@ -54,7 +53,7 @@ public:
     bool value(const expr* a, const expr* b) override;
 };
 
-// True without asking b where a is true. An operand that is missing is false.
+// True without evaluating b if a is true. A missing operand is false.
 class QUILLET_API opr_or : public opr {
 public:
     ~opr_or() override;
@@ -62,7 +61,7 @@ public:
     bool value(const expr* a, const expr* b) override;
 };
 
-// The opposite of a, whatever b is; false where a is missing.
+// The opposite of a, whatever b is; false if a is missing.
 class QUILLET_API opr_not : public opr {
 public:
     ~opr_not() override;
