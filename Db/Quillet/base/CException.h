@@ -46,8 +46,8 @@ public:
 
     const CRuntimeClass* GetRuntimeClass() const override;
 
-    // Copies the message into buffer (capacity counts characters, the terminating zero included) and stores a
-    // help context of 0 if one is asked for. Returns 1, or 0 where there is no message.
+    // Copies the message into buffer (capacity counts characters, including the terminating zero) and stores
+    // a help context of 0 if one is asked for. Returns 1, or 0 if there is no message.
     virtual int GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext);
     virtual int GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext) const;
 

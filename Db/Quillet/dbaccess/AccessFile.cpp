@@ -27,7 +27,7 @@ constexpr std::string_view NewerFormat = "Standard ACE DB";
 void CheckAccessFile(const CString& path) {
     std::string why;
     const std::string utf8 = path.ToUtf8();
-    // A pipe would keep whoever opens it waiting.
+    // Opening a pipe would block.
     std::error_code ignored;
     const auto kind = std::filesystem::status(std::u8string(utf8.begin(), utf8.end()), ignored).type();
     if (kind == std::filesystem::file_type::fifo || kind == std::filesystem::file_type::character) {

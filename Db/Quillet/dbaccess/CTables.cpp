@@ -12,7 +12,7 @@ namespace {
 
 constexpr int MaximumLength = 255;
 
-// A filter as the catalog call takes it: terminated, or null where nothing is asked for.
+// A filter as the catalog call takes it: null-terminated, or a null pointer if it is empty.
 SQLWCHAR* Argument(WideString& filter) {
     return filter.empty() ? nullptr : filter.data();
 }

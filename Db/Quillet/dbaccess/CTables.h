@@ -3,8 +3,8 @@
 
 #include "Quillet/odbc/Cursor.h"
 
-// A cursor whose rows are tables. What is of another type than the filter asks for (system tables, views,
-// queries) is passed over, also where the driver lists it.
+// A cursor whose rows are tables. Entries of other types than the filter asks for (system tables, views,
+// queries) are skipped, even if the driver lists them.
 class QUILLET_API CTables : public quillet::odbc::Cursor {
 public:
     static const quillet::CRuntimeClass classCTables;
@@ -14,9 +14,8 @@ public:
 
     const quillet::CRuntimeClass* GetRuntimeClass() const override;
 
-    // Asks for the catalog's entries that meet the filters below and stands at the first; the text is not
-    // looked at. False where the connection is not open; a failure is thrown as quillet::odbc::DatabaseError,
-    // by pointer.
+    // Asks the catalog for the entries that match the filters below and moves to the first; sql is ignored.
+    // False if the connection is not open; a failure is thrown as quillet::odbc::DatabaseError, by pointer.
     bool Open(unsigned int type = Dynaset, const WCHAR* sql = nullptr, unsigned int options = 0) override;
 
     // "ODBC;"
@@ -32,7 +31,7 @@ public:
     quillet::CString m_type;
     quillet::CString m_remarks;
 
-    // What Open asks for; an empty one is not asked for. Types stand in single quotes, with commas between
+    // The filters of Open; an empty one does not filter. Types are in single quotes, with commas between
     // them.
     quillet::CString m_qualifierFilter;
     quillet::CString m_ownerFilter;

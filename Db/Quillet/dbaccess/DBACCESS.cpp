@@ -48,7 +48,7 @@ CString SelectAll(const CString& table) {
     return CString("SELECT * FROM [") + table + "]";
 }
 
-// The zero of a column's type. Of other types the value stays as it is.
+// Sets the zero of a column's type. For other types the value stays unchanged.
 void SetTypedZero(short sqlType, CDBVariant& value) {
     switch (sqlType) {
         case Bit:
@@ -116,7 +116,7 @@ CString CreateTable(const CString& table, const DBACCESS_RECORD& columns) {
     return statement + ")";
 }
 
-// The value of a field of the current row as a table's reading takes it: a NULL is a zero of its type, and a
+// The value of a field of the current row as reading a table gives it: a NULL is a zero of its type, and a
 // value that the driver can't deliver stays null.
 void ReadValue(Cursor& cursor, int field, CDBVariant& value) {
     const short sqlType = cursor.GetODBCFieldInfo(field).m_sqlType;
@@ -160,7 +160,7 @@ void ReadRow(Cursor& cursor, DBACCESS_RECORD& record) {
     }
 }
 
-// A count; -1 where the value is none.
+// A count; -1 if the value is not one.
 int NumberOf(const CDBVariant& value) {
     switch (value.GetType()) {
         case CDBVariant::Short:
@@ -178,7 +178,7 @@ int NumberOf(const std::string& digits) {
     return error == std::errc() && stop == end ? number : -1;
 }
 
-// Deletes the rows of an open cursor, at its position where the driver can, and else all at once.
+// Deletes the rows of an open cursor, at its position if the driver can, or else all at once.
 void DeleteRows(Cursor& cursor, Connection& connection, const CString& table) {
     if (!cursor.IsEOF() && !cursor.CanDelete()) {
         connection.ExecuteSql(CString("DELETE FROM [") + table + "]");
@@ -190,8 +190,8 @@ void DeleteRows(Cursor& cursor, Connection& connection, const CString& table) {
     }
 }
 
-// While the library is being loaded nobody catches what flies out, and an exception itself takes memory.
-// Without memory for the text it is made before the first file is opened.
+// While the library is being loaded nobody catches exceptions, and throwing one takes memory. If there is no
+// memory for the text, it is made before the first file is opened.
 CString FormatAtLoading() {
     constexpr std::size_t MoreThanTheText = 4096;
     void* volatile const room = std::malloc(MoreThanTheText);
@@ -381,7 +381,7 @@ int DBACCESS::GetStatedRowsNumber(CString table) {
         }
         CDBVariant value;
         cursor.GetFieldValue(0, value);
-        // Some drivers answer with digits.
+        // Some drivers return the count as text.
         return value.GetString() == nullptr ? NumberOf(value) : NumberOf(value.GetString()->ToUtf8());
     } catch (DatabaseError* error) {
         error->Delete();

@@ -18,8 +18,8 @@ namespace quillet::odbc {
 class Connection;
 }
 
-// One ODBC connection to one file. It is opened by the constructor; a failure to open is silent, and every
-// later call then answers false or 0. Copies share the connection, which closes with the last of them.
+// One ODBC connection to one file. The constructor opens it; a failure to open is silent, and every later
+// call then returns false or 0. Copies share the connection, which closes with the last of them.
 class QUILLET_API DBACCESS {
 public:
     // Option bits of a connection.
@@ -30,13 +30,13 @@ public:
 
     // Whether GetTableData describes a table without rows by one record of its columns. False at first.
     static bool m_forceExtractTableDefiniton;
-    // What the driver manager is given, with the path of the file for the one %s:
-    // "DBQ=%s;Driver={Microsoft Access Driver (*.mdb)}" at first. As long as it stands as it was, a file that
-    // can't be an Access file is refused without asking the driver, and where no driver has this name, the
+    // The connect string for the driver manager, with the path of the file in place of %s:
+    // "DBQ=%s;Driver={Microsoft Access Driver (*.mdb)}" at first. As long as it is unchanged, a file that
+    // can't be an Access file is refused without asking the driver, and if no driver has this name, the
     // driver's newer name, "Microsoft Access Driver (*.mdb, *.accdb)", is tried next.
     static quillet::CString m_connectFormat;
 
-    // Opens the file to be read, without any dialog: the option bits ReadOnly and NoDialog.
+    // Opens the file for reading, without any dialog: the option bits ReadOnly and NoDialog.
     explicit DBACCESS(const WCHAR* path);
     // Opens the file with the option bits given.
     DBACCESS(const WCHAR* path, unsigned long options);
@@ -45,49 +45,50 @@ public:
     DBACCESS& operator=(const DBACCESS& other);
     virtual ~DBACCESS();
 
-    // Lets go of the connection; without effect where there is none.
+    // Releases the connection; no effect if there is none.
     void Close();
 
     // Whether the file was opened and not closed since.
     bool IsOpen() const;
-    // Why the file could not be opened, in the words of the driver or the driver manager; empty where it was.
+    // Why the file could not be opened, in the words of the driver or the driver manager; empty if it was
+    // opened.
     const quillet::CString& GetOpenError() const;
     // Whether the file could not be opened because no driver of the name is installed.
     bool IsDriverMissing() const { return m_driverMissing; }
-    // Whether the file is open to be written, by a driver that says that it can.
+    // Whether the file is open for writing, by a driver that says it can write.
     bool CanUpdate() const;
 
     // Appends the names of the user's tables (no system tables, views or queries) in the order of the
-    // catalog. False after a database error; names found before it stay.
+    // catalog. False after a database error; names found before the error stay.
     bool GetTables(std::vector<quillet::CString>& names);
 
-    // Replaces rows by all rows of the table. Their flag says whether the table had none; then rows is empty,
-    // or holds one record that describes the columns, as m_forceExtractTableDefiniton has it. A NULL becomes
-    // a zero of the column's type, or an empty text. False where the table can't be opened or a database
-    // error ended the reading.
+    // Replaces rows by all rows of the table. The flag m_noRows of rows says whether the table had none; then
+    // rows is empty, or contains one record that describes the columns if m_forceExtractTableDefiniton is
+    // set. A NULL becomes a zero of the column's type, or an empty text. False if the table can't be opened
+    // or a database error ended the reading.
     bool GetTableData(quillet::CString table, DBACCESS_VECTOR& rows);
 
-    // Replaces all rows of the table. A table that is absent is created with the columns of the first record;
-    // without one, or where it has no columns, the answer is false and nothing is created. Columns are
-    // written by position, with the types of the first row of the table, or of the records where it has
+    // Replaces all rows of the table. A missing table is created with the columns of the first record;
+    // without a record, or if it has no columns, the result is false and nothing is created. Columns are
+    // written by position, with the types of the first row of the table, or of the records if the table has
     // none. A database error is shown in a message box and gives false; rows written before it stay.
     bool SetTableData(quillet::CString table, const DBACCESS_VECTOR& rows);
 
-    // The first row, with the table's columns by name in their order. True for a table without rows too,
-    // whose record stays as it is; false where the table can't be opened, and after a database error.
+    // The first row, with the table's columns by name in their order. True for a table without rows too;
+    // record then stays unchanged. False if the table can't be opened, and after a database error.
     bool GetRecordset(quillet::CString table, DBACCESS_RECORD& record);
 
-    // How many rows the table has; 0 where it can't be opened. After a database error, how many were counted.
+    // How many rows the table has; 0 if it can't be opened. After a database error, how many were counted.
     int GetRecordsetsNumber(quillet::CString table);
 
-    // How many rows the table has as the driver counts them in a query; -1 where it does not say. A driver
-    // that passes over rows of a damaged file in silence delivers fewer.
+    // How many rows the table has as the driver counts them in a query; -1 if it does not say. A driver that
+    // silently skips rows of a damaged file delivers fewer.
     int GetStatedRowsNumber(quillet::CString table);
 
 private:
     static DBACCESS_COLUMN getDBColumnFromDbVariant(const quillet::CDBVariant& value);
 
-    // Belongs to the layout of the object; always empty.
+    // Part of the object's layout; always empty.
     quillet::CString m_reserved;
     std::shared_ptr<quillet::odbc::Connection> m_connection;
     quillet::CString m_openError;

@@ -40,7 +40,7 @@ public:
     // Null gives the empty text.
     DBACCESS_COLUMN& operator=(const WCHAR* text) { return *this = quillet::CString(text); }
     DBACCESS_COLUMN& operator=(const quillet::CByteArray& bytes);
-    // Gives the code of a boolean, whatever the number is.
+    // Sets the code of a boolean, whatever the number is.
     DBACCESS_COLUMN& operator=(int number);
     // Keeps the lower 32 bits where a long has more. LONG is a long on Windows and an int elsewhere: cast it
     // to long for the same code everywhere.
@@ -63,12 +63,12 @@ public:
     bool operator==(const DBACCESS_COLUMN& other) const;
     bool operator!=(const DBACCESS_COLUMN& other) const { return !(*this == other); }
     // Compares the slots of this column's code, texts by code units; false for binaries, columns without a
-    // value and numbers that are none.
+    // value and NaNs.
     bool operator<(const DBACCESS_COLUMN& other) const;
     // Neither == nor <: two columns with one value and different names are each greater than the other.
     bool operator>(const DBACCESS_COLUMN& other) const { return !(*this == other) && !(*this < other); }
 
-    // 80, whatever an object takes.
+    // Always 80, whatever the size of an object.
     static long SIZE() { return 80; }
 
     std::int32_t m_long = 0;

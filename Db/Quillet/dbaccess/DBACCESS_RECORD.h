@@ -6,11 +6,11 @@
 #include "Quillet/dbaccess/DBACCESS_COLUMN.h"
 #include "Quillet/dbaccess/IDbParamValues.h"
 
-// The columns in the order of the table (the vector that it is), found by position or by name.
+// A vector of the columns in the order of the table, found by position or by name.
 //
-// A name is looked for with regard to case, in the order of the columns. A column answers to its name and to
-// what follows each of the dots in it: "a.b.c" is found as a.b.c, b.c and c. The getters by name convert
-// nothing: each reads its own slot, whatever the code of the column is.
+// Names are case-sensitive and searched in the order of the columns. A column matches its name and what
+// follows each of the dots in it: "a.b.c" is found as a.b.c, b.c and c. The getters by name convert nothing:
+// each reads its own slot, whatever the code of the column is.
 class QUILLET_API DBACCESS_RECORD : public IDbParamValues, public std::vector<DBACCESS_COLUMN> {
 public:
     DBACCESS_RECORD() = default;
@@ -20,24 +20,24 @@ public:
     DBACCESS_RECORD& operator=(DBACCESS_RECORD&& other) noexcept = default;
     ~DBACCESS_RECORD() override;
 
-    // The column at a position, from 0. Where there is none, a fresh column that belongs to nobody.
+    // The column at a position, from 0. If there is none, a fresh column that belongs to no record.
     DBACCESS_COLUMN& operator[](int position);
     const DBACCESS_COLUMN& operator[](int position) const;
     DBACCESS_COLUMN& operator[](std::size_t position) { return (*this)[static_cast<int>(position)]; }
     const DBACCESS_COLUMN& operator[](std::size_t position) const {
         return (*this)[static_cast<int>(position)];
     }
-    // The column of the name, which is appended where there is none.
+    // The column of the name, which is appended if there is none.
     DBACCESS_COLUMN& operator[](const quillet::CString& name);
     DBACCESS_COLUMN& operator[](const WCHAR* name) { return (*this)[quillet::CString(name)]; }
 
-    // The column of the name. Where there is none, a column that all records of the process share: what is
-    // written to the one of the first form is read by whoever misses a column through that form next.
+    // The column of the name. If there is none, a column that all records of the process share: what is
+    // written to that of the first form is read by the next call of that form that finds no column.
     DBACCESS_COLUMN& find(const quillet::CString& name);
     const DBACCESS_COLUMN& find(const quillet::CString& name) const;
     DBACCESS_COLUMN& find(const WCHAR* name) { return find(quillet::CString(name)); }
     const DBACCESS_COLUMN& find(const WCHAR* name) const { return find(quillet::CString(name)); }
-    // The position of the column, from 0; -1 where there is none.
+    // The position of the column, from 0; -1 if there is none.
     int findIdx(const quillet::CString& name) const;
     int findIdx(const WCHAR* name) const { return findIdx(quillet::CString(name)); }
 
@@ -46,7 +46,7 @@ public:
     long GetLong(const quillet::CString& name) const { return find(name).m_long; }
     double GetDouble(const quillet::CString& name) const { return find(name).m_double; }
     float GetFloat(const quillet::CString& name) const { return find(name).m_float; }
-    // The float of the column of the first name, or else of the second; 0 where there is neither.
+    // The float of the column of the first name, or else of the second; 0 if there is neither.
     float GetFloatEx(const quillet::CString& name, const quillet::CString& fallbackName) const;
     int GetBool(const quillet::CString& name) const { return find(name).m_bool; }
     quillet::CString GetString(const quillet::CString& name) const { return find(name).m_text; }
@@ -55,13 +55,13 @@ public:
 
     using IDbParamValues::GetParam;
     using IDbParamValues::SetParam;
-    // Stores a double under the name, in a new last column where there is none of that name.
+    // Stores a double under the name, in a new last column if there is none of that name.
     IDbParamValues& SetParam(const WCHAR* name, double value) override;
-    // The double of the column, whatever its code is. False for an unknown name; value stays as it was then.
+    // The double of the column, whatever its code is. False for an unknown name; value then stays unchanged.
     bool GetParam(const WCHAR* name, double& value) override;
 
-    // Whether the columns that the other has are equal to those of this record at the same positions. Columns
-    // behind them don't count, so a record may equal a shorter one that does not equal it.
+    // Whether the columns of the other are equal to those of this record at the same positions. Columns after
+    // those don't count, so a record may equal a shorter one that does not equal it.
     bool operator==(const DBACCESS_RECORD& other) const;
     bool operator!=(const DBACCESS_RECORD& other) const { return !(*this == other); }
     // other == *this.

@@ -5,13 +5,13 @@
 
 #include "Quillet/dbaccess/DBACCESS_RECORD.h"
 
-// The records in the order in which the file delivered them (the vector that it is).
+// A vector of the records in the order in which the file delivered them.
 class QUILLET_API DBACCESS_VECTOR : public std::vector<DBACCESS_RECORD> {
 public:
     using std::vector<DBACCESS_RECORD>::vector;
 
-    // Whether the table had no rows when it was read: the vector is empty then, or holds one record that only
-    // describes the columns.
+    // Whether the table had no rows when it was read: the vector is then empty, or contains one record that
+    // only describes the columns.
     bool m_noRows = false;
     // Lines about the table for the report of an import.
     std::vector<quillet::CString> m_remarks;

@@ -3,8 +3,8 @@
 
 #include "Quillet/base/CString.h"
 
-// A host that implements it overrides the two virtual members, and says "using IDbParamValues::SetParam;" and
-// the same of GetParam where its own callers pass other names than wide text.
+// A host that implements it overrides the two virtual members. If its own callers pass other names than wide
+// text, it adds "using IDbParamValues::SetParam;" and "using IDbParamValues::GetParam;".
 class QUILLET_API IDbParamValues {
 public:
     IDbParamValues() = default;
@@ -12,10 +12,10 @@ public:
 
     // Stores the value under the name, which is empty for null; returns this object.
     virtual IDbParamValues& SetParam(const WCHAR* name, double value) = 0;
-    // False for an unknown name; value stays as it was then.
+    // False for an unknown name; value then stays unchanged.
     virtual bool GetParam(const WCHAR* name, double& value) = 0;
 
-    // The same for a name in any other form of text; UTF-8 where it is narrow.
+    // The same for a name in any other form of text; narrow text is UTF-8.
     IDbParamValues& SetParam(const quillet::CString& name, double value) {
         return SetParam(name.GetString(), value);
     }

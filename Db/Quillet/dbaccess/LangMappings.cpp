@@ -81,7 +81,7 @@ LangMappings::Run::~Run() = default;
 void LangMappings::Run::EnterLocale() {
     const LanguageMapping* const current = m_mappings.m_current;
     if (current != nullptr && current != m_entered && !m_mappings.IsDefault(current)) {
-        // The locale of before is set back first.
+        // The locale is reset before the next one is set.
         m_locale.reset();
         m_locale = std::make_unique<quillet::platform::CharacterLocale>(current->m_locale);
         m_entered = current;

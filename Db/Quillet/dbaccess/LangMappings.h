@@ -14,16 +14,16 @@ namespace quillet::platform {
 class CharacterLocale;
 }
 
-// One language: its number, its locale as the C library calls it, and the texts that betray it in a name.
+// One language: its number, its locale as the C library calls it, and the texts that reveal it in a name.
 struct LanguageMapping {
     std::uint32_t m_code = 0;
     const WCHAR* m_locale = nullptr;
     std::vector<quillet::CString> m_markers;
 };
 
-// The languages in the order in which they are tried, and the one that is current, if any. The current one
-// stays from one name to the next until a name betrays another or Reset is called. The process has one such
-// table, Instance, which imports use: one at a time.
+// The languages in the order in which they are tried, and the current one, if any. It stays current until a
+// name reveals another or Reset is called. The process has one such table, Instance, for imports, which use
+// it one at a time.
 class QUILLET_API LangMappings {
 public:
     LangMappings();
@@ -34,28 +34,28 @@ public:
     static LangMappings& Instance();
 
     // Makes the first language current that has a marker in the name. The name is lowered and the markers are
-    // not, so one with a capital letter is never found. Where there is none, the current language stays;
-    // where nothing was current, the default does ("C").
+    // not, so one with a capital letter is never found. If there is none, the current language stays, or
+    // becomes the default ("C") if there was none.
     void Select(quillet::CString name);
-    // The two halves of Select, for names that come again and again: the language that the name betrays, null
-    // for none; and what follows from it.
+    // The two halves of Select, for names that recur: Find gives the language that the name reveals, null for
+    // none, and SelectFound does the rest.
     const LanguageMapping* Find(quillet::CString name) const;
     void SelectFound(const LanguageMapping* found);
-    // Nothing is current.
+    // Makes no language current.
     void Reset() { m_current = nullptr; }
 
-    // Null where nothing is current. It lives as long as the table.
+    // Null if none is current. It lives as long as the table.
     const LanguageMapping* Current() const { return m_current; }
     bool IsDefault(const LanguageMapping* mapping) const { return mapping == &m_default; }
 
     // Replaces value by that of the column: a boolean (true where the number is exactly 1), a 32-bit integer
     // for both integer codes, a single or double real, a byte array with lower bound 0, a text; empty for any
     // other code. A text that is not empty is made under the current language's character type locale, which
-    // is "C" afterwards, unless the default is current or nothing is.
+    // is "C" afterwards, unless the default or none is current.
     void Convert(const DBACCESS_COLUMN& column, quillet::CComVariant& value) const;
 
-    // Converts many columns, without setting the locale back between texts of one language: that takes far
-    // longer than a conversion. It is set back at the end.
+    // Converts many columns without resetting the locale between texts of one language, which would take far
+    // longer than a conversion. It is reset at the end.
     class QUILLET_API Run {
     public:
         explicit Run(const LangMappings& mappings);
