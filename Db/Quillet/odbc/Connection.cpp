@@ -9,7 +9,7 @@
 namespace quillet::odbc {
 namespace {
 
-// Its length is handed over as a short number.
+// Its length is passed as a short.
 constexpr std::size_t LongestConnectString = 32767;
 
 void Set(const Handle& connection, SQLINTEGER attribute, SQLULEN value) {
@@ -24,7 +24,7 @@ bool HasFunction(const Handle& connection, SQLUSMALLINT function) {
 
 }  // namespace
 
-// An environment of its own, and what is connected in it.
+// A separate environment, and the connection in it.
 struct Connection::Handles {
     Handle m_environment;
     Handle m_connection;
@@ -41,7 +41,7 @@ struct Connection::Handles {
         if ((options & UseCursorLibrary) != 0) {
             Set(m_connection, SQL_ATTR_ODBC_CURSORS, SQL_CUR_USE_ODBC);
         }
-        // No window of ours would hold a dialog.
+        // We have no window that could own a dialog.
         const SQLUSMALLINT completion = (options & NoDialog) != 0 ? SQL_DRIVER_NOPROMPT : SQL_DRIVER_COMPLETE;
         Check(platform::ConnectDriver(m_connection.Get(), connectString, completion), m_connection);
         m_connected = true;

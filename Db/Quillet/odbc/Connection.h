@@ -14,12 +14,12 @@ class QUILLET_API Connection {
 public:
     // Option bits.
     enum eOptions : unsigned long {
-        // Nobody else may open the file; only drivers that know the attribute Exclusive keep to it.
+        // Nobody else may open the file; only drivers that know the attribute Exclusive respect it.
         Exclusive = 1,
         // Nothing is written through this connection, whatever its driver would allow.
         ReadOnly = 2,
         UseCursorLibrary = 4,
-        // The driver asks nobody for what the connect string does not say.
+        // The driver shows no dialog to ask for what the connect string lacks.
         NoDialog = 8
     };
 
@@ -28,7 +28,7 @@ public:
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
-    // Closes what is open and opens what the connect string says.
+    // Closes what is open and opens the connection of the connect string.
     void Open(const CString& connectString, unsigned long options);
     // Closes as soon as no cursor uses the connection any more.
     void Close();
@@ -42,20 +42,19 @@ public:
     // Whether rows are fetched into bound columns. Drivers without scrolling calls are asked column by
     // column: they end the table at a value that they can't deliver into a bound column.
     bool CanBindColumns() const { return m_canBindColumns; }
-    // Whether any column may be asked for once the bound ones were fetched, not only those behind the last of
-    // them.
+    // Whether any column may be asked for once the bound ones were fetched, not only those after the last
+    // bound one.
     bool CanGetAnyColumn() const { return m_canGetAnyColumn; }
     // Whether there is a call that changes the row at the position of a cursor.
     bool CanWriteAtPosition() const { return m_canWriteAtPosition; }
 
-    // Whether the driver says that it writes into this database. Drivers that don't say can't, as far as they
-    // are known.
+    // Whether the driver says that it can write to this database. The known drivers that don't say so can't.
     bool CanWrite() const { return !m_readOnly && m_canWrite; }
 
-    // What statements and transactions belong to; fails where nothing is open. Who holds it keeps the
-    // connection to the database, also when this object closes.
+    // The handle that statements and transactions belong to. Throws if nothing is open. As long as it is
+    // held, the database stays connected, even if this object is closed.
     std::shared_ptr<const Handle> Session() const;
-    // Fails where nothing may be written.
+    // Throws if nothing may be written.
     void CheckWritable() const;
 
 private:

@@ -15,7 +15,7 @@
 namespace quillet::odbc {
 namespace {
 
-// What a driver made of an attribute; the weakest where it does not say.
+// The value that a driver gave an attribute; the weakest if it does not say.
 SQLULEN Attribute(const Handle& statement, SQLINTEGER attribute, SQLULEN weakest) {
     SQLULEN value = weakest;
     return SQL_SUCCEEDED(SQLGetStmtAttrW(statement.Get(), attribute, &value, SQL_IS_UINTEGER, nullptr))
@@ -23,10 +23,10 @@ SQLULEN Attribute(const Handle& statement, SQLINTEGER attribute, SQLULEN weakest
                : weakest;
 }
 
-// Whether the name of a column's type begins as that of bytes.
+// Whether the name of a column's type begins with "binary".
 bool IsCalledBinary(const Handle& statement, SQLUSMALLINT column) {
     SQLWCHAR name[64] = {};
-    // A driver may write to both without looking.
+    // A driver may write to both without checking them for null.
     SQLSMALLINT length = 0;
     SQLLEN number = 0;
     if (!SQL_SUCCEEDED(SQLColAttributeW(statement.Get(), column, SQL_DESC_TYPE_NAME, name, sizeof(name),
@@ -61,7 +61,7 @@ FieldInfo Describe(const Handle& statement, SQLUSMALLINT column) {
 }  // namespace
 
 struct Cursor::State {
-    // Frees the statement before what it belongs to.
+    // Declared first, so that the statement is freed before what it belongs to.
     std::shared_ptr<const Handle> m_session;
     Handle m_statement;
     std::vector<FieldInfo> m_fields;
@@ -114,7 +114,7 @@ const Handle* Cursor::OpenStatement(unsigned int options) {
     m_state->m_statement = Handle(SQL_HANDLE_STMT, *m_state->m_session);
     const Handle& statement = m_state->m_statement;
     const bool isUpdatable = (options & ReadOnly) == 0 && !m_connection->IsReadOnly();
-    // A driver without keysets takes another cursor and says so, or keeps to going forward.
+    // A driver without keysets takes another cursor and says so, or stays forward-only.
     SQLSetStmtAttrW(statement.Get(), SQL_ATTR_CURSOR_TYPE, NumberAttribute(SQL_CURSOR_KEYSET_DRIVEN),
                     SQL_IS_UINTEGER);
     SQLSetStmtAttrW(statement.Get(), SQL_ATTR_ROW_STATUS_PTR, &m_state->m_rowStatus, SQL_IS_POINTER);
@@ -174,7 +174,7 @@ void Cursor::BindColumns() {
         if (canBind && reader.IsShort()) {
             reader.Bind(m_state->m_statement);
         } else {
-            // A long value is asked for when the row is there, and what stands behind it too unless the
+            // A long value is fetched when the row is there, and so is every column after it unless the
             // driver takes columns in any order.
             canBind = canBind && m_connection->CanGetAnyColumn();
         }
@@ -296,7 +296,7 @@ void Cursor::Update() {
         throw new DatabaseError("HY010", "No row was begun that could be written.");
     }
     if (m_state->m_writing == nullptr) {
-        // A buffer that had no slots when the cursor opened has got them with the row.
+        // A row buffer that had no slots when the cursor opened may have got them with the row.
         if (m_state->m_bindings.empty()) {
             BindSlots();
         }

@@ -13,9 +13,9 @@ namespace quillet::odbc {
 
 class Handle;
 
-// A cursor asks the driver for a keyset. Where the driver has none it takes what there is for reading, and
-// refuses to write at its position. Rows are added by a statement of its own. A row of the keyset that was
-// deleted since, here or elsewhere, is passed over.
+// A cursor asks the driver for a keyset. If the driver has none, the cursor reads with what there is, and
+// refuses to write at its position. Rows are added by a separate statement. A row of the keyset that was
+// deleted since, here or elsewhere, is skipped.
 //
 // Failures are thrown as DatabaseError, by pointer. Fields count from 0.
 class QUILLET_API Cursor : public CObject {
@@ -36,40 +36,41 @@ public:
 
     const CRuntimeClass* GetRuntimeClass() const override;
 
-    // Runs the statement, or GetDefaultSQL where it is null, and stands at the first row. False where the
+    // Runs the statement, or that of GetDefaultSQL if it is null, and moves to the first row. False if the
     // connection is not open.
     virtual bool Open(unsigned int type = Dynaset, const WCHAR* sql = nullptr, unsigned int options = 0);
     void Close();
 
     bool IsOpen() const;
-    // Behind the last row, and where nothing is open.
+    // True after the last row, and if nothing is open.
     bool IsEOF() const;
-    // A cursor that stands at the first row stays there; one that can only go forward refuses otherwise.
+    // A cursor at the first row stays there; at any other, one that can only go forward refuses.
     void MoveFirst();
-    // Without effect behind the last row.
+    // No effect after the last row.
     void MoveNext();
 
     int GetODBCFieldCount() const;
-    // That of a field that does not exist is empty.
+    // Empty for a field that does not exist.
     const FieldInfo& GetODBCFieldInfo(int field) const;
     // The value in the current row in a C type of ODBC, or in that of the field's SQL type; null for a NULL,
-    // behind the last row and where there is no such field.
+    // after the last row and if there is no such field.
     void GetFieldValue(int field, CDBVariant& value, short cType = DefaultType);
     static constexpr short DefaultType = 99;
 
-    // Whether rows can be deleted where the cursor stands.
+    // Whether rows can be deleted at the cursor's position.
     bool CanDelete() const;
-    // Deletes the current row; the cursor stays where it was until it is moved.
+    // Deletes the current row; the cursor stays at its place until it is moved.
     void Delete();
 
-    // Begins a new row: what the slots hold when Update is called. A slot that is not named then is a NULL.
+    // Begins a new row: Update writes what the slots contain when it is called. A slot that is not named then
+    // is a NULL.
     void AddNew();
     // Writes the row that AddNew began.
     void Update();
 
-    // For derived classes: what a driver manager is given where no connection is at hand.
+    // For derived classes: the connect string to use without a connection.
     virtual CString GetDefaultConnect();
-    // What Open runs where it is given no statement.
+    // The statement that Open runs if it is given none.
     virtual CString GetDefaultSQL();
     // Names the slots of the row buffer; this one has none.
     virtual void DoFieldExchange(FieldExchange* exchange);
@@ -78,10 +79,10 @@ protected:
     // The table into which Update writes, as a statement names it.
     virtual CString GetTableName() const;
 
-    // Whether the cursor stands at a row once its slots are filled; others are passed over.
+    // Whether the cursor accepts the current row, whose slots are filled; others are skipped.
     virtual bool TakesRow() const;
 
-    // The two halves of Open, around the call that makes the rows: a statement, and the first row. Null where
+    // The two halves of Open, around the call that produces the rows: a statement, and the first row. Null if
     // the connection is not open.
     const Handle* OpenStatement(unsigned int options);
     void OpenRows();

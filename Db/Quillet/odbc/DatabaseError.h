@@ -23,7 +23,7 @@ public:
     const CRuntimeClass* GetRuntimeClass() const override;
 
     using CException::GetErrorMessage;
-    // Copies the text, cut to capacity - 1 characters. Returns 1, or 0 for a buffer without room.
+    // Copies the text, cut to capacity - 1 characters. Returns 1, or 0 if the buffer has no room.
     int GetErrorMessage(WCHAR* buffer, unsigned int capacity, unsigned int* helpContext) const override;
 
 private:

@@ -26,10 +26,10 @@ public:
     virtual void Long(int position, const CString& name, std::int32_t& slot) = 0;
     virtual void Single(int position, const CString& name, float& slot) = 0;
     virtual void Double(int position, const CString& name, double& slot) = 0;
-    // Of a longer value the first maximum bytes are read. The maximum is that of the call at the opening.
+    // Of a longer value the first maximum bytes are read. The maximum given when the cursor opens counts.
     virtual void Binary(int position, const CString& name, CByteArray& slot, int maximum) = 0;
-    // Of a longer value the first maximum code units are read. A text is written whole: it is the driver that
-    // cuts or refuses it.
+    // Of a longer value the first maximum code units are read. A text is written whole: only the driver may
+    // cut or refuse it.
     virtual void Text(int position, const CString& name, CString& slot, int maximum) = 0;
 };
 

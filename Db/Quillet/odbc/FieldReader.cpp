@@ -10,11 +10,11 @@
 namespace quillet::odbc {
 namespace {
 
-// Values up to this many characters or bytes come with the row where the driver allows.
+// Values up to this many characters or bytes come with the row if the driver allows.
 constexpr std::size_t LongestShort = 4000;
-// Drivers without types of their own say less than they deliver.
+// Drivers without column types of their own report less than they deliver.
 constexpr std::size_t LeastRoom = 255;
-// What a long value is first asked for.
+// The buffer for the first piece of a long value.
 constexpr std::size_t FirstPiece = 4096;
 
 bool IsText(SQLSMALLINT cType) {
@@ -25,7 +25,7 @@ bool HasLength(SQLSMALLINT cType) {
     return IsText(cType) || cType == SQL_C_BINARY;
 }
 
-// Behind a text stands a zero.
+// Texts are null-terminated.
 std::size_t TerminatorOf(SQLSMALLINT cType) {
     return IsText(cType) ? sizeof(SQLWCHAR) : 0;
 }
@@ -46,7 +46,7 @@ DbTimestamp TimestampOf(const SQL_TIMESTAMP_STRUCT& value) {
     return timestamp;
 }
 
-// An integer of 64 bits that has no room in 32 becomes its digits.
+// A 64-bit integer that does not fit in 32 bits becomes its digits.
 void SetLargeInteger(SQLBIGINT number, CDBVariant& value) {
     if (number >= std::numeric_limits<std::int32_t>::min() &&
         number <= std::numeric_limits<std::int32_t>::max()) {
@@ -64,8 +64,7 @@ SQLSMALLINT DefaultCType(short sqlType) {
             return SQL_C_BIT;
         case SQL_TINYINT:
             return SQL_C_UTINYINT;
-        // The types of integers that don't name their sign: some drivers check the range of those that do
-        // wrongly.
+        // The integer types that don't name their sign: some drivers check the range of the others wrongly.
         case SQL_SMALLINT:
             return SQL_C_SHORT;
         case SQL_INTEGER:
@@ -115,7 +114,7 @@ void FieldReader::GetValue(const Handle& statement, CDBVariant& value) {
     if (!m_isThere || IsCut()) {
         Fetch(statement);
     }
-    // Less than nothing is no length that a driver may give beside the mark of NULL.
+    // SQL_NULL_DATA. Drivers must not give any other negative length.
     if (m_length < 0) {
         return;
     }
@@ -157,7 +156,7 @@ void FieldReader::GetValue(const Handle& statement, CDBVariant& value) {
     }
 }
 
-// Whether the value that came with the row has more than the bound buffer.
+// Whether the value that came with the row is longer than the bound buffer.
 bool FieldReader::IsCut() const {
     const auto room = static_cast<SQLLEN>(m_buffer.size() - TerminatorOf(m_cType));
     return HasLength(m_cType) && m_value == m_buffer.data() && (m_length == SQL_NO_TOTAL || m_length > room);
@@ -170,8 +169,8 @@ Value FieldReader::As() const {
     return value;
 }
 
-// Asks for the value of this field alone, piece by piece where it is longer than the buffer. Into a bound
-// buffer the driver writes the next row, so it stays as it is.
+// Fetches the value of this field alone, piece by piece if it is longer than the buffer. A bound buffer is
+// left alone: the driver writes the next row into it.
 void FieldReader::Fetch(const Handle& statement) {
     std::vector<char>& buffer = m_isBound ? m_whole : m_buffer;
     if (buffer.empty()) {
@@ -186,7 +185,7 @@ void FieldReader::Fetch(const Handle& statement) {
         const SQLRETURN result = SQLGetData(statement.Get(), m_column, m_cType, buffer.data() + have,
                                             static_cast<SQLLEN>(room), &length);
         if (result == SQL_NO_DATA) {
-            // All of it was there, or it is a value of no length.
+            // All of it was fetched, or it is an empty value.
             break;
         }
         Check(result, statement);

@@ -5,12 +5,12 @@
 
 namespace quillet::odbc {
 
-// Owns an environment, a connection or a statement; frees it when it goes.
+// Owns an environment, a connection or a statement, and frees it.
 class Handle {
 public:
     Handle() = default;
     // A handle of the type that belongs to the parent, null for an environment. A failure is thrown as a
-    // DatabaseError with what the parent says.
+    // DatabaseError with the parent's diagnostics.
     Handle(SQLSMALLINT type, const Handle& parent);
     Handle(Handle&& other) noexcept;
     Handle& operator=(Handle&& other) noexcept;

@@ -9,7 +9,7 @@
 
 namespace quillet::odbc {
 
-// A slot whose field holds NULL becomes zero or empty.
+// A slot whose field is NULL becomes zero or empty.
 class RowReading : public FieldExchange {
 public:
     RowReading(const Handle& statement, const std::vector<SlotBinding>& bindings,
@@ -25,7 +25,7 @@ public:
     void Text(int position, const CString& name, CString& slot, int maximum) override;
 
 private:
-    // The value of the slot in m_value, or null where nothing is bound at the position.
+    // Reads the slot's value into m_value and returns its binding; null if nothing is bound at the position.
     const SlotBinding* Read(int position);
 
     const Handle& m_statement;

@@ -31,7 +31,7 @@ RowWriting::RowWriting(const Handle& connection, const CString& table,
         names += (CString("[") + binding.m_name + "]").View();
         marks += CString("?").View();
         m_parameters[position].m_number = ++number;
-        // A field of which no row has a slot is a NULL of the type.
+        // A field whose slot no row names is a NULL of the type.
         Bind(m_parameters[position], SQL_C_DEFAULT, binding.m_sqlType, LongestShort, nullptr);
     }
     WideString text((CString("INSERT INTO ") + table + " (").View());
@@ -97,7 +97,7 @@ void RowWriting::Binary(int position, const CString&, CByteArray& slot, int) {
         parameter->m_bound = {};
         Bind(*parameter, SQL_C_BINARY, size > LongestShort ? SQL_LONGVARBINARY : SQL_VARBINARY,
              std::max(size, LongestShort),
-             // A null pointer would be a NULL, which no bytes are not.
+             // A null pointer would mean NULL, which an empty value is not.
              size > 0 ? parameter->m_bytes.GetData() : &parameter->m_bit);
     }
 }
@@ -117,14 +117,14 @@ RowWriting::Parameter* RowWriting::At(int position) {
     if (index >= m_parameters.size() || m_parameters[index].m_number == 0) {
         return nullptr;
     }
-    // The length of a number does not matter, as long as it is none of the marks.
+    // The length of a number does not matter, as long as it is none of the special values.
     m_parameters[index].m_length = 0;
     return &m_parameters[index];
 }
 
 void RowWriting::Bind(Parameter& parameter, SQLSMALLINT cType, SQLSMALLINT sqlType, std::size_t size,
                       void* data) {
-    // A driver may look at the length as early as here.
+    // A driver may read the length as early as here.
     const Bound bound{cType, sqlType, size, data, parameter.m_length};
     if (bound == parameter.m_bound) {
         return;

@@ -10,11 +10,11 @@
 
 namespace quillet::odbc {
 
-// One prepared statement for all rows. A row is what the slots gave since Begin; a field of which no slot was
+// One prepared statement for all rows. A row is what the slots gave since Begin; a field whose slot was not
 // named is a NULL.
 class RowWriting : public FieldExchange {
 public:
-    // The table as a statement names it, and at least one binding of a field.
+    // The table's name is as in a statement, and at least one binding must have a field.
     RowWriting(const Handle& connection, const CString& table, const std::vector<SlotBinding>& bindings);
 
     void Begin();
@@ -42,7 +42,7 @@ private:
 
     // One value of the row. The driver reads it when the statement runs.
     struct Parameter {
-        // Counts from 1; 0 where no field is bound at the position.
+        // Counts from 1; 0 if no field is bound at the position.
         SQLUSMALLINT m_number = 0;
         Bound m_bound;
         SQLLEN m_length = SQL_NULL_DATA;
@@ -56,7 +56,7 @@ private:
         CByteArray m_bytes;
     };
 
-    // Null where no field is bound at the position.
+    // Null if no field is bound at the position.
     Parameter* At(int position);
     void Bind(Parameter& parameter, SQLSMALLINT cType, SQLSMALLINT sqlType, std::size_t size, void* data);
 

@@ -11,15 +11,15 @@ namespace quillet::odbc {
 
 // One for each position, in the order of positions.
 struct SlotBinding {
-    // Counts from 0; -1 where nothing is bound at the position.
+    // Counts from 0; -1 if nothing is bound at the position.
     int m_field = -1;
-    // As a statement calls the field.
+    // The field's name as in a statement.
     CString m_name;
     // How its value is fetched.
     SQLSMALLINT m_cType = SQL_C_WCHAR;
     // How its value is written.
     SQLSMALLINT m_sqlType = SQL_WVARCHAR;
-    // Bytes or code units that are read of it at most.
+    // The most bytes or code units of it that are read.
     int m_maximum = 0;
 };
 

@@ -5,9 +5,9 @@
 
 namespace quillet::odbc {
 
-// From its construction to its end, everything written through the connection goes to the file in one step,
-// as a driver is fast that need not see to the disk row by row. It is kept in any case: rows written before
-// an error stay. Where the driver knows no transactions, each row goes to the file for itself.
+// From its construction to its end, everything written through the connection goes to the file in one step:
+// drivers are much faster if they need not flush row by row. Nothing is rolled back: rows written before an
+// error stay. If the driver knows no transactions, each row goes to the file by itself.
 class Transaction {
 public:
     // A connection that is not open is refused with a DatabaseError, thrown by pointer.
