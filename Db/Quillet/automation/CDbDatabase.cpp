@@ -52,7 +52,7 @@ HRESULT CDbDatabase::TableDataByIndex(long tableIdx, IDbTableData** pVal) {
     return Give(pVal, [&] { return DataAt(tableIdx); });
 }
 
-// Whether it was written the log tells.
+// The log tells whether the file was written.
 HRESULT CDbDatabase::Save(BSTR xmlPath) {
     return Do([&] { m_database->Save(TextOf(xmlPath)); });
 }

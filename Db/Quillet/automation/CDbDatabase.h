@@ -1,4 +1,4 @@
-// A catalog database, for automation clients: where they begin.
+// A catalog database, for automation clients: the object with which they begin.
 #pragma once
 
 #include <memory>
@@ -15,9 +15,9 @@
 
 namespace quillet::automation {
 
-// Owns a database, which begins without a file: a client points its source at one, or creates one. With the
-// last reference the database goes, and saves itself where it was changed. What was handed out and is held
-// still, fails from then on.
+// Owns a database, which begins without a file: a client points its source at one, or creates one. Releasing
+// the last reference deletes the database, which saves itself if it was changed. Objects of it that clients
+// still hold fail from then on.
 class CDbDatabase final : public Dispatch<IDbDatabase> {
 public:
     explicit CDbDatabase(IUnknown* outer);
@@ -34,7 +34,7 @@ public:
     HRESULT STDMETHODCALLTYPE TableDescrByName(BSTR TableName, IDbTableDescr** pVal) override;
     HRESULT STDMETHODCALLTYPE TableData(VARIANT table, IDbTableData** pVal) override;
     HRESULT STDMETHODCALLTYPE TableDescr(VARIANT table, IDbTableDescr** pVal) override;
-    // The name stays as it is where the query fails.
+    // The name stays unchanged if the query fails.
     HRESULT STDMETHODCALLTYPE Query(BSTR sql, BSTR* pVal, VARIANT_BOOL* pRet) override;
     HRESULT STDMETHODCALLTYPE get_ErrorLog(BSTR* pVal) override;
     HRESULT STDMETHODCALLTYPE TableInfoByName(BSTR TableName, IDbTableInfo** tableInfo) override;
@@ -44,14 +44,14 @@ public:
     HRESULT STDMETHODCALLTYPE Find(FindMode mode, BSTR TableName, BSTR sqlwhere, long* Row) override;
 
 private:
-    // Both are null where there is no such table.
+    // Both are null if there is no such table.
     CDbTableDescr* DescrAt(std::int64_t index) {
         return m_descrs.Of(m_database->GetTableDescr(static_cast<std::size_t>(index)));
     }
     CDbTableData* DataAt(std::int64_t index) {
         return m_data.Of(m_database->GetTableData(static_cast<std::size_t>(index)));
     }
-    // The cursor on that table, which is kept as long as it is the same; null where there is no such table.
+    // The cursor on that table, which is kept as long as it is the same one; null if there is no such table.
     DbRecordset* CursorOn(const CString& table);
 
     const std::unique_ptr<DbDatabase> m_database;

@@ -7,7 +7,7 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what.
+// Shows nothing until Show is called.
 class CDbFieldDescr final : public Dispatch<IDbFieldDescr> {
 public:
     explicit CDbFieldDescr(IUnknown* outer) : Dispatch(outer) {}
@@ -15,7 +15,7 @@ public:
     void Show(Watch<DbFieldDescr> field) { m_field = std::move(field); }
 
     HRESULT STDMETHODCALLTYPE get_Name(BSTR* pVal) override;
-    // Numbers that are no type are ignored.
+    // Numbers that are not types are ignored.
     HRESULT STDMETHODCALLTYPE put_Type(FieldType newVal) override;
     HRESULT STDMETHODCALLTYPE get_Type(FieldType* pVal) override;
     HRESULT STDMETHODCALLTYPE get_TypeName(BSTR* pVal) override;

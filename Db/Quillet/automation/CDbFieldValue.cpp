@@ -8,7 +8,7 @@ namespace quillet::automation {
 
 namespace {
 
-// Cells hold values and arrays of values, and no objects that their host would have to keep.
+// Cells hold values and arrays of values, but no objects, which their host would have to keep alive.
 bool IsValueOfACell(const VARIANT& value) {
     switch (value.vt & VT_TYPEMASK) {
         case VT_DISPATCH:

@@ -10,13 +10,13 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. A cell is the place of a field in a row: it stays the same while other
+// Shows nothing until Show is called. A cell is the place of a field in a row: it stays the same while other
 // fields come and go, and is gone with its row or its field.
 class CDbFieldValue final : public Dispatch<IDbFieldValue> {
 public:
     explicit CDbFieldValue(IUnknown* outer) : Dispatch(outer) {}
 
-    // Shows the row's cell at a position from now on; nothing where there is none.
+    // From now on shows the row's cell at a position, or nothing if there is none.
     void Show(const Watch<DbTableRow>& row, std::int64_t position);
 
     HRESULT STDMETHODCALLTYPE get_Value(VARIANT* pVal) override;
@@ -24,11 +24,11 @@ public:
     HRESULT STDMETHODCALLTYPE get_Index(long* pVal) override;
 
 private:
-    // Throws Failure where there is none.
+    // Throws Failure if there is none.
     DbFieldValue& Cell();
 
     Watch<DbTableRow> m_row;
-    // At nothing for a cell that no field describes.
+    // Unset for a cell that no field describes.
     Watch<DbFieldDescr> m_field;
     uint64 m_position = 0;
 };

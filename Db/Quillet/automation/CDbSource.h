@@ -7,7 +7,7 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what.
+// Shows nothing until Show is called.
 class CDbSource final : public Dispatch<IDbSource> {
 public:
     explicit CDbSource(IUnknown* outer) : Dispatch(outer) {}
@@ -24,7 +24,7 @@ public:
     HRESULT STDMETHODCALLTYPE put_ForceXML(VARIANT_BOOL newVal) override;
 
 private:
-    // Throws Failure where there is none.
+    // Throws Failure if there is none.
     DbSource& Source() const;
 
     WatchedDatabase m_database;

@@ -6,8 +6,8 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. Rows that wait to be read are read first. It keeps one wrapper for its
-// rows, and shows another row through it at each request.
+// Shows nothing until Show is called. Rows that wait to be read are read first. All rows share one wrapper,
+// which shows the row requested last.
 class CDbTableData final : public Dispatch<IDbTableData> {
 public:
     explicit CDbTableData(IUnknown* outer) : Dispatch(outer) {}
@@ -22,7 +22,7 @@ public:
     HRESULT STDMETHODCALLTYPE RemoveRow(long rowIndex) override;
 
 private:
-    // The wrapper, on the row at a position or on nothing.
+    // The wrapper, showing the row at a position or nothing.
     CDbTableRow* RowAt(DbTableData& data, long position);
 
     Watch<DbTableData> m_data;

@@ -6,8 +6,7 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. It keeps one wrapper for its fields, and shows another field through
-// it at each request.
+// Shows nothing until Show is called. All fields share one wrapper, which shows the field requested last.
 class CDbTableDescr final : public Dispatch<IDbTableDescr> {
 public:
     explicit CDbTableDescr(IUnknown* outer) : Dispatch(outer) {}
@@ -24,7 +23,7 @@ public:
     HRESULT STDMETHODCALLTYPE CreateIndex(BSTR Name, BSTR fields) override;
 
 private:
-    // The wrapper on the field at a position; null, and the wrapper on nothing, where there is none.
+    // The wrapper, showing the field at a position. If there is none, null, and the wrapper shows nothing.
     CDbFieldDescr* FieldAt(DbTableDescr& descr, std::int64_t position);
 
     Watch<DbTableDescr> m_descr;

@@ -7,25 +7,25 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. An entry is that of its table, under whatever name the table stands in
-// the database.
+// Shows nothing until Show is called. It shows the entry of its table, whatever name the table has in the
+// database.
 class CDbTableInfo final : public Dispatch<IDbTableInfo> {
 public:
     explicit CDbTableInfo(IUnknown* outer) : Dispatch(outer) {}
 
-    // Nothing for null.
+    // Null shows nothing.
     void Show(const DbDatabase& database, const DbTableInfo* info);
 
     HRESULT STDMETHODCALLTYPE get_sql(BSTR* pVal) override;
     HRESULT STDMETHODCALLTYPE get_Type(TableType* pVal) override;
 
 private:
-    // Throws Failure where there is none.
+    // Throws Failure if there is none.
     const DbTableInfo& Entry();
 
     WatchedDatabase m_database;
     Watch<DbTableData> m_data;
-    // The one it had when it was last looked for.
+    // The name it had when it was last looked up.
     CString m_name;
 };
 

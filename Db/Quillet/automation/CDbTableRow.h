@@ -5,8 +5,7 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. It keeps one wrapper for its cells, and shows another cell through it
-// at each request.
+// Shows nothing until Show is called. All cells share one wrapper, which shows the cell requested last.
 class CDbTableRow final : public Dispatch<IDbTableRow> {
 public:
     explicit CDbTableRow(IUnknown* outer) : Dispatch(outer) {}
@@ -18,7 +17,7 @@ public:
     HRESULT STDMETHODCALLTYPE FieldByName(BSTR fieldName, IDbFieldValue** pVal) override;
 
 private:
-    // The wrapper, on the cell at a position or on nothing.
+    // The wrapper, showing the cell at a position or nothing.
     CDbFieldValue* CellAt(std::int64_t position);
 
     Watch<DbTableRow> m_row;

@@ -8,10 +8,10 @@
 
 namespace quillet::automation {
 
-// Keeps the library in use as long as somebody holds it. May be used from any thread.
+// Keeps the library in use as long as it is referenced. May be used from any thread.
 class ClassObject final : public IClassFactory {
 public:
-    // The entry outlives the object.
+    // The entry must outlive the object.
     explicit ClassObject(const ClassEntry& entry) : m_entry(entry) {}
     ClassObject(const ClassObject&) = delete;
     ClassObject& operator=(const ClassObject&) = delete;
@@ -19,7 +19,7 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
     ULONG STDMETHODCALLTYPE Release() override;
-    // An outer object gets the new one by its unknown, and by nothing else.
+    // An outer object can only ask for the new object's IUnknown.
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** object) override;
     HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override;
 

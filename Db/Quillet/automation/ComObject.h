@@ -10,7 +10,7 @@
 namespace quillet::automation {
 
 // An object with one interface of the type library. It lives as long as there are references to it and counts
-// them without locks: it is used from one thread, or through proxies. As a part of another object it leaves
+// them without locks: it is used from one thread, or through proxies. As part of an outer object it leaves
 // counting and identity to that one, which holds it by Own.
 template <typename Interface>
 class ComObject : public Interface, public ISupportErrorInfo {
@@ -36,13 +36,13 @@ protected:
     explicit ComObject(IUnknown* outer) : m_own(*this), m_outer(outer == nullptr ? &m_own : outer) {}
     virtual ~ComObject() = default;
 
-    // A method without a result. What the body throws is the caller's failure.
+    // A method without a result. An exception of the body becomes the caller's failure.
     template <typename Body>
     static HRESULT Do(Body body) noexcept {
         return Guarded(__uuidof(Interface), body);
     }
 
-    // A method whose result the body gives. It is empty where the method fails.
+    // A method whose result the body gives. The result is empty if the method fails.
     template <typename Out, typename Body>
     static HRESULT Give(Out* result, Body body) noexcept {
         return Do([&] {

@@ -39,7 +39,7 @@ HRESULT InvokeMember(REFIID interfaceId, void* object, DISPID member, REFIID res
     }
     HRESULT answered = S_OK;
     const HRESULT prepared = Guarded(interfaceId, [&] {
-        // A value is put the same way whether or not it is an object.
+        // A value is set in the same way whether or not it is an object.
         const WORD meant =
             (flags & DISPATCH_PROPERTYPUTREF) != 0 ? static_cast<WORD>(DISPATCH_PROPERTYPUT) : flags;
         const auto information = TypeInformation::Of(interfaceId);

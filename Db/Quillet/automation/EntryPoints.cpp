@@ -23,7 +23,8 @@ void Register() {
 
 void Unregister() {
     Registration(App().Path(), Module::Instance().Classes()).Unregister();
-    // What the type library took along of the proxies' keys is put back, so that they find what they remove.
+    // Unregistering the type library removed keys of the proxies too. They are restored, so that the proxies
+    // find what they remove.
     Check(ProxyDllRegisterServer());
     Check(ProxyDllUnregisterServer());
 }

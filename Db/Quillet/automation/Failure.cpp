@@ -70,7 +70,7 @@ HRESULT ResultOfException(REFIID interfaceId) noexcept {
     try {
         return ReportCurrent(interfaceId);
     } catch (...) {
-        // There is no memory for the message.
+        // Out of memory for the message.
         return E_OUTOFMEMORY;
     }
 }

@@ -1,4 +1,4 @@
-// How a method fails: by an exception inside, by a result and error information outside.
+// How a method fails: by an exception inside, by a result code and error information outside.
 #pragma once
 
 #include "Quillet/base/CString.h"
@@ -12,11 +12,11 @@ struct Failure {
     CString m_message;
 };
 
-// To be called while an exception is handled: the result for the caller. Its message becomes the thread's
-// error information, on behalf of the interface. Exceptions thrown by pointer are deleted.
+// Must be called while an exception is being handled. Returns the result for the caller; the message becomes
+// the thread's error information, on behalf of the interface. Exceptions thrown by pointer are deleted.
 HRESULT ResultOfException(REFIID interfaceId) noexcept;
 
-// Calls the body, and lets nothing out: S_OK, or the result of what it threw.
+// Calls the body and lets no exception out. Returns S_OK, or the result of what it threw.
 template <typename Body>
 HRESULT Guarded(REFIID interfaceId, Body body) noexcept {
     try {
@@ -27,7 +27,7 @@ HRESULT Guarded(REFIID interfaceId, Body body) noexcept {
     }
 }
 
-// Throws Failure for a failure of the system.
+// Throws Failure if the result is a failure.
 void Check(HRESULT result);
 
 }  // namespace quillet::automation

@@ -6,19 +6,19 @@
 
 namespace quillet::automation {
 
-// Shows nothing until it is told what. Its cells are read and written as text; a table that a file gives
-// other fields or no row has empty texts there, and takes none.
+// Shows nothing until Show is called. Its cells are read and written as text; if a file gave the table other
+// fields or no row, missing cells read as empty, and writing them has no effect.
 class FirstRow {
 public:
-    // Nothing for null.
+    // Null shows nothing.
     void Show(const DbTableData* data);
 
-    // Both throw Failure where no table is.
+    // Both throw Failure if there is no table.
     CString Text(uint64 field) const;
     void SetText(uint64 field, const CString& text) const;
 
 private:
-    // Null where the table has no such cell.
+    // Null if the table has no such cell.
     DbTableRow* RowWith(uint64 field) const;
 
     Watch<DbTableData> m_data;

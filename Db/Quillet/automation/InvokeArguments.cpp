@@ -14,12 +14,12 @@ bool IsReference(const VARIANT& value) {
     return (value.vt & VT_BYREF) != 0;
 }
 
-// A variable of another type keeps what it holds. The value that the reference leads to was understood
-// before, so there is one.
+// A variable of another type stays unchanged. The reference was checked when its value was read, so it is not
+// null.
 void StoreThrough(const VARIANT& reference, const CComVariant& value) {
     const auto type = static_cast<VARTYPE>(reference.vt & ~VT_BYREF);
     if (type == VT_VARIANT && IsReference(*reference.pvarVal)) {
-        // The variable stands for another one.
+        // The variable refers to another one.
         StoreThrough(*reference.pvarVal, value);
     } else if (type == VT_VARIANT) {
         Check(VariantCopy(reference.pvarVal, const_cast<CComVariant*>(&value)));
@@ -72,7 +72,7 @@ HRESULT InvokeArguments::Convert(UINT& wrong) {
             ++used;
         }
         if (parameter.m_isReference && (position < 0 || IsMissing(value) || value.vt == VT_NULL)) {
-            // A null, and what was left out, begin as an empty text.
+            // A null or omitted argument begins as an empty text.
             value.Clear();
         } else if (position < 0) {
             return DISP_E_BADPARAMCOUNT;
@@ -91,7 +91,7 @@ HRESULT InvokeArguments::Convert(UINT& wrong) {
         sent = value;
         if (parameter.m_isReference) {
             sent.vt = static_cast<VARTYPE>(value.vt | VT_BYREF);
-            // Whatever the type, a value stands at the same place.
+            // The values of all types begin at the same address.
             sent.byref = &value.llVal;
             m_before[i] = value.llVal;
         }

@@ -18,14 +18,14 @@ public:
 
     // The library is loaded; false refuses.
     bool Start(HINSTANCE instance);
-    // It is about to go.
+    // The library is about to be unloaded.
     void End() { ExitInstance(); }
 
     HINSTANCE Instance() const { return m_instance; }
-    // Where the library's file is. Throws Failure where the system does not say.
+    // The path of the library's file. Throws Failure if the system does not say.
     CString Path() const;
 
-    // Objects that clients hold; the last one lets go of what was kept for all.
+    // Objects that clients hold; the last one releases what was kept for all.
     void ObjectMade() { ++m_objects; }
     void ObjectGone();
     bool IsInUse() const { return m_objects != 0; }

@@ -30,7 +30,7 @@ std::vector<ClassEntry> AllClasses() {
          OLESTR("IQuillet.DbFieldDescr.1"), OLESTR("IQuillet.DbFieldDescr")},
         {__uuidof(DbFieldValue), false, Make<CDbFieldValue>, OLESTR("DbFieldValue Class"),
          OLESTR("IQuillet.DbFieldValue.1"), OLESTR("IQuillet.DbFieldValue")},
-        // Its version is another than that of the rest.
+        // Its version differs from that of the others.
         {__uuidof(DbTableRow), true, Make<CDbTableRow>, OLESTR("DbTableRow Class"),
          OLESTR("IQuillet.DbTableRow.11"), OLESTR("IQuillet.DbTableRow")},
         {__uuidof(DbHeader), true, Make<CDbHeader>, OLESTR("DbHeader Class"), OLESTR("IQuillet.DbHeader.1"),

@@ -12,9 +12,9 @@ namespace quillet::automation {
 // One class of the type library.
 struct ClassEntry {
     CLSID m_id;
-    // Whether clients make objects of it; others are handed out by their parents alone.
+    // Whether clients can create objects of it; others are only handed out by their parents.
     bool m_isCreatable;
-    // Makes an object, which may be part of another: null for one that stands alone.
+    // Creates an object, which may be part of an outer one; outer is null if it is not.
     CComPtr<IUnknown> (*m_create)(IUnknown* outer);
     // What the registry calls it.
     const WCHAR* m_description;
@@ -29,8 +29,8 @@ public:
     static Module& Instance();
 
     const std::vector<ClassEntry>& Classes() const { return m_classes; }
-    // An object that makes objects of a class. CLASS_E_CLASSNOTAVAILABLE for an unknown one, and for one of
-    // which clients make none.
+    // The object that creates objects of a class. CLASS_E_CLASSNOTAVAILABLE for an unknown class, and for one
+    // that clients can't create.
     HRESULT GetClassObject(REFCLSID classId, REFIID interfaceId, void** object) const;
 
     void Lock() { ++m_locks; }

@@ -12,11 +12,11 @@ namespace quillet::automation {
 // "both" and its ProgIDs, and under each ProgID the class. All throw Failure.
 class Registration {
 public:
-    // The classes outlive the object.
+    // The classes must outlive the object.
     Registration(CString serverPath, const std::vector<ClassEntry>& classes);
 
     void Register() const;
-    // Removes what Register writes, to the last key. There may be nothing.
+    // Removes what Register writes, to the last key. None of it need exist.
     void Unregister() const;
 
 private:

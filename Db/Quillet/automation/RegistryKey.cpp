@@ -23,7 +23,7 @@ RegistryKey::~RegistryKey() {
 
 void RegistryKey::SetText(const CString& name, const CString& text) const {
     const WideView view = text.View();
-    // With the terminating zero.
+    // Including the terminator.
     const std::size_t bytes = (view.size() + 1) * sizeof(WCHAR);
     CheckStatus(RegSetValueExW(m_key, name.GetString(), 0, REG_SZ,
                                reinterpret_cast<const BYTE*>(text.GetString()), static_cast<DWORD>(bytes)));

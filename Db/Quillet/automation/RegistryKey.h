@@ -8,7 +8,7 @@ namespace quillet::automation {
 
 class RegistryKey {
 public:
-    // Opens the key, or makes it. Throws Failure.
+    // Opens the key, or creates it. Throws Failure.
     RegistryKey(HKEY parent, const CString& path);
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
@@ -19,7 +19,7 @@ public:
     void SetText(const CString& text) const { SetText(CString(), text); }
     void SetText(const CString& name, const CString& text) const;
 
-    // Deletes a key and all below it; there may be none. Throws Failure.
+    // Deletes a key and everything below it, if it exists. Throws Failure.
     static void Delete(HKEY parent, const CString& path);
     // Deletes a key that has neither values nor keys below it; leaves any other.
     static void DeleteEmpty(HKEY parent, const CString& path);

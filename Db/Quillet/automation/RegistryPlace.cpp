@@ -19,8 +19,8 @@ bool MayWriteForAll() {
     return may;
 }
 
-// Windows registers type libraries for all users, wherever that key leads, until it is told otherwise. Where
-// it has nothing to be told by, it follows the key.
+// Windows registers type libraries for all users, wherever that key leads, unless this function was called. A
+// system without the function follows the key.
 void EnableOwnTypeLibraries() {
     const FARPROC enable =
         GetProcAddress(GetModuleHandleW(OLESTR("oleaut32.dll")), "OaEnablePerUserTLibRegistration");

@@ -5,17 +5,17 @@
 
 namespace quillet::automation {
 
-// As long as it lives, HKEY_CLASSES_ROOT is the part of all users where this process may write there, and the
-// current user's own part where it may not. That holds for the whole process, the system's functions that
-// register type libraries and proxies included.
+// As long as it lives, HKEY_CLASSES_ROOT is the part for all users if this process may write there, or else
+// the current user's own part. That holds for the whole process, including the system's functions that
+// register type libraries and proxies.
 class RegistryPlace {
 public:
     RegistryPlace();
-    // The current user's own part in any case where asked for. Both throw Failure where it can't be written.
+    // With ofCurrentUser, always the current user's own part. Both throw Failure if that can't be written.
     explicit RegistryPlace(bool ofCurrentUser);
     RegistryPlace(const RegistryPlace&) = delete;
     RegistryPlace& operator=(const RegistryPlace&) = delete;
-    // A user's own part is left without the keys that would hold nothing any more.
+    // Deletes the keys of a user's own part that have become empty.
     ~RegistryPlace();
 
     bool IsOfCurrentUser() const { return m_own != nullptr; }

@@ -25,8 +25,8 @@ inline CString TextOf(BSTR text) {
     return text == nullptr ? CString() : CString(WideView(text, SysStringLen(text)));
 }
 
-// The value that a caller gives by itself or by a reference. Throws Failure for a reference to nothing and
-// for a type that values don't have.
+// The value that a caller passes, directly or by reference. Throws Failure for a null reference and for a
+// type that values don't have.
 inline CComVariant Understood(const VARIANT& given) {
     CComVariant value = Dereferenced(given);
     const bool isOfVariant = given.vt == (VT_BYREF | VT_VARIANT) && given.pvarVal != nullptr;
@@ -49,9 +49,9 @@ inline VARIANT_BOOL BooleanOf(bool value) {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
-// Each puts a value where the caller wants it; the place is empty.
+// Each stores a value in the caller's result, which is empty before.
 inline void Store(BSTR& result, const std::optional<CString>& text) {
-    // Without a text the null string.
+    // Without a text, the null string.
     if (text.has_value()) {
         result = NewBStr(*text);
     }

@@ -9,8 +9,8 @@
 
 namespace quillet::automation {
 
-// One wrapper for each structure or contents, the same one whenever it is asked for. Those of tables that are
-// gone are let go in time, and stay with the clients that hold them.
+// One wrapper for each structure or contents, the same one at every request. Those of deleted tables are
+// released in time, and live on if clients hold them.
 template <typename Model, typename Wrapper>
 class TableWrappers {
 public:
@@ -23,7 +23,7 @@ public:
             DropGone();
         }
         const auto kept = m_wrappers.find(model);
-        // Another table may have stood at the same address.
+        // Another table may have been at the same address.
         if (kept != m_wrappers.end() && kept->second->Shown() == model) {
             return kept->second.Get();
         }

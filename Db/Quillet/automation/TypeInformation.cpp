@@ -16,13 +16,13 @@ struct Known {
     std::vector<std::pair<IID, std::shared_ptr<const TypeInformation>>> m_all;
 };
 
-// Never destroyed: at the end of a process the system's part of it may be gone before.
+// Never destroyed: when the process ends, the system's part of it may already be gone.
 Known& AllKnown() {
     static Known* const known = new Known;
     return *known;
 }
 
-// The enumerations of the type library travel as long numbers.
+// The enumerations of the type library are passed as longs.
 VARTYPE SimpleType(VARTYPE type) {
     return type == VT_USERDEFINED ? static_cast<VARTYPE>(VT_I4) : type;
 }

@@ -11,7 +11,7 @@ namespace quillet::automation {
 
 // A parameter as its caller sees it.
 struct Parameter {
-    // A type of variants; VT_VARIANT for any.
+    // A variant type; VT_VARIANT for any.
     VARTYPE m_type = VT_EMPTY;
     // Whether the method changes it.
     bool m_isReference = false;
@@ -29,14 +29,14 @@ class TypeInformation {
 public:
     explicit TypeInformation(CComPtr<ITypeInfo> information);
 
-    // That of an interface of the library, read once. Throws Failure where the library's resource can't be
-    // read.
+    // The information on an interface of the library, read once. Throws Failure if the library's resource
+    // can't be read.
     static std::shared_ptr<const TypeInformation> Of(REFIID interfaceId);
     // Forgets what was read.
     static void LetGo();
 
     ITypeInfo* Get() const { return m_information.Get(); }
-    // The member that such a call means, by DISPATCH_METHOD and its like; null where there is none.
+    // The member that a call with these flags (DISPATCH_METHOD and the like) means; null if there is none.
     const Member* Find(DISPID id, WORD flags) const;
 
 private:

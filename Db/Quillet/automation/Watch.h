@@ -10,7 +10,7 @@ class DbDatabase;
 
 namespace quillet::automation {
 
-// Nothing, or an object of the model that somebody else owns, by its token.
+// An object of the model that others own, watched by its token, or nothing.
 template <typename Model, typename Token = std::shared_ptr<Model*>>
 class Watch {
 public:
@@ -18,11 +18,11 @@ public:
     // Nothing for a null token.
     explicit Watch(Token token) : m_token(std::move(token)), m_shows(Shown(m_token) != nullptr) {}
 
-    // Whether it was never told what to show.
+    // Whether it had nothing to show from the beginning.
     bool IsAtNothing() const { return !m_shows; }
-    // Null at nothing, and once the object is gone.
+    // Null if it shows nothing, and once the object is gone.
     Model* Get() const { return Shown(m_token); }
-    // Throws Failure where there is no object.
+    // Throws Failure if there is no object.
     Model& operator*() const {
         Model* const model = Get();
         if (model == nullptr) {
