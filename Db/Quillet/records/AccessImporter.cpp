@@ -53,7 +53,7 @@ void AppendFields(const DBACCESS_RECORD& record, DbTableDescr& descr) {
     }
 }
 
-// The language that each field's name betrays; null for none.
+// The language that each field's name reveals; null for none.
 std::vector<const LanguageMapping*> LanguagesOf(const DbTableDescr& descr) {
     std::vector<const LanguageMapping*> languages;
     languages.reserve(descr.size());
@@ -117,7 +117,7 @@ void AccessImporter::CopyTable(const CString& name, const DBACCESS_VECTOR& recor
     if (records.m_noRows) {
         ReportNoRows(name, records);
     }
-    // Records may have joined since the table was read without rows.
+    // Records may have been added since the table was read without rows.
     if (!records.m_noRows || records.size() > 1) {
         CopyRows(name, records, *info->GetDescr(), *info->GetData());
     }
@@ -137,9 +137,9 @@ void AccessImporter::ReportNoRows(const CString& name, const DBACCESS_VECTOR& re
     m_report.emplace_back("}");
 }
 
-// The language follows from the table's name, then from the name of each field in turn, row after row: one
-// that betrays none keeps the language of the field before, the last of the row before for the first of a
-// row.
+// The language follows from the table's name, then from the name of each field in turn, row after row. A
+// field whose name reveals none keeps the language of the field before it; the first field of a row keeps
+// that of the row before.
 void AccessImporter::CopyRows(const CString& name, const DBACCESS_VECTOR& records, DbTableDescr& descr,
                               DbTableData& data) {
     const std::vector<const LanguageMapping*> languages = LanguagesOf(descr);

@@ -15,14 +15,14 @@ namespace quillet {
 class Log;
 class Registry;
 
-// The caller first reads rows of a replaced table that still stand in a file.
+// If rows of a replaced table still wait in a file, the caller must read them first.
 class AccessImporter {
 public:
     AccessImporter(const DbSource& source, Registry& registry, Log& log)
         : m_source(source), m_registry(registry), m_log(log) {}
 
-    // Reads the whole of the source's file, with a line in the log, and copies it. False where a table can't
-    // be read: nothing is copied then.
+    // Reads the whole file of the source, with a line in the log, and copies it. If a table can't be read,
+    // false, and nothing is copied.
     bool Import();
     // See DbDatabase::CopyFrom and DbDatabase::CopyTableFrom.
     void CopyFrom(const DBACCESS_ALL& all);

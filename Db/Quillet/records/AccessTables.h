@@ -9,11 +9,11 @@
 namespace quillet {
 
 // Called after each table: how many tables are done, how many there are, the last of them, and whether all of
-// it was read or written. It may not throw.
+// it was read or written. It must not throw.
 using TableListener =
     std::function<void(std::size_t done, std::size_t count, const CString& table, bool isWhole)>;
 
-// The one of the process; none at first.
+// The listener of the process; none at first.
 TableListener& ListenerForTables();
 
 // See DbSerializer::Load.

@@ -6,8 +6,8 @@ class DbTableInfo;
 
 namespace quillet {
 
-// Replaces the records of out by the table's rows, as DbDatabase::GetTable says; the flag and the remarks of
-// out stay.
+// Replaces the records of out by the table's rows, as DbDatabase::GetTable says. The flag and the remarks of
+// out stay unchanged.
 void CopyRecords(const DbTableInfo& table, DBACCESS_VECTOR& out);
 
 }  // namespace quillet
