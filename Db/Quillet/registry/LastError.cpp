@@ -19,7 +19,7 @@ CString TextOf(const CException& exception) {
     return line;
 }
 
-// Text of the exception that is being handled; running out of memory is thrown on.
+// The text of the exception that is being handled; rethrows std::bad_alloc.
 CString TextOfCurrentException() {
     try {
         throw;

@@ -5,14 +5,14 @@
 
 namespace quillet {
 
-// Can be set when there is no memory for a text.
+// Can be set even if there is no memory for a text.
 class LastError {
 public:
     static constexpr const char* OutOfMemory = "out of memory";
 
     void Clear() noexcept;
     void Set(const CString& text) noexcept;
-    // The exception that is being handled; nothing is deleted.
+    // Takes the text of the exception that is being handled, and does not delete it.
     void SetToCurrentException() noexcept;
 
     bool IsOutOfMemory() const { return m_isOutOfMemory; }

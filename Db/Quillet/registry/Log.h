@@ -1,4 +1,4 @@
-// The lines that a database keeps of what it did and of what went wrong.
+// The lines in which a database records what it did and what went wrong.
 #pragma once
 
 #include <cstdarg>
@@ -10,7 +10,7 @@
 
 namespace quillet {
 
-// A line for which there is no memory is left out: no operation fails because it could not be told of.
+// A line for which there is no memory is left out: no operation fails because it can't be logged.
 class Log {
 public:
     using Kind = DbLogEntry::Kind;
@@ -29,16 +29,16 @@ public:
     void Print(Kind kind, const char* format, ...) noexcept QUILLET_PRINTF_LIKE(3, 4);
     void Print(Kind kind, const Place& place, const char* format, ...) noexcept QUILLET_PRINTF_LIKE(4, 5);
 
-    // The most lines that are kept, the latest ones; 0 for all.
+    // Keeps that many of the latest lines; 0 keeps all.
     void SetLimit(std::size_t lines);
     std::size_t Count() const { return m_entries.size(); }
-    // Of all lines that were ever added, how many; lines that were left out do not count.
+    // How many lines were ever added; lines that were left out do not count.
     std::size_t Added() const { return m_added; }
-    // Drops lines from the end until Added is what it was.
+    // Drops lines from the end until Added is back at the number.
     void BackTo(std::size_t added);
     // All lines with "\r\n" between them.
     CString Joined() const;
-    // The latest line; empty where there is none.
+    // The latest line; empty if there is none.
     CString Last() const { return m_entries.empty() ? CString() : m_entries.back().m_text; }
     // Appends the lines to out and empties the log.
     void MoveTo(std::vector<CString>& out);

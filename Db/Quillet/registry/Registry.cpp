@@ -31,7 +31,7 @@ DbTableInfo* Registry::CreateJoin(const CString& name, DbTableInfo& first) {
 }
 
 DbTableInfo* Registry::Register(DbTableInfo info) {
-    // Looking the texts up later must not need memory: they are made wide now.
+    // Later look-ups of the texts must not need memory, so the texts are made wide now.
     static_cast<void>(info.m_name.View());
     static_cast<void>(info.m_sql.View());
     Table table{info.m_name, Lowered(info.m_name)};
@@ -112,7 +112,7 @@ bool Registry::LetGoOf(DbTableDescr* descr, const DbTableData* follower) {
     if (place == m_followers.end()) {
         return false;
     }
-    // Of all tables the last goes first.
+    // Of equal followers the last one is removed.
     std::vector<DbTableData*>& followers = place->second;
     const auto last = std::find(followers.rbegin(), followers.rend(), follower);
     if (last != followers.rend()) {
@@ -156,7 +156,7 @@ void Registry::Drop(Table& table) {
 }
 
 void Registry::DeleteLeaving() {
-    // A few are found faster among the database's items than all items are looked at.
+    // For a few, searching the database's items for each is faster than looking at all items.
     constexpr std::size_t Few = 8;
     if (m_leaving.size() > Few) {
         Upcalls::LetGo(m_owner, m_leaving);
@@ -187,7 +187,7 @@ void Registry::RemoveText(Entries::iterator query) {
     }
 }
 
-// The place in the list; its end where it is not there.
+// The position in the list; Count if it is not there.
 std::size_t Registry::IndexOf(const DbTableInfo& info) const {
     const auto isHere = [&](const Table& table) {
         return table.m_data == info.GetData() && table.m_name == info.GetName();
@@ -199,7 +199,7 @@ std::size_t Registry::IndexOf(const DbTableInfo& info) const {
                                     m_tables.begin());
 }
 
-// Each entry is looked at once: what is known of the one below is known of it.
+// Each entry is looked at once: whether it stands on doomed follows from what it is related to.
 std::vector<DbTableInfo*> Registry::StandingOn(DbTableInfo& doomed) {
     const bool isAlone = std::none_of(m_entries.begin(), m_entries.end(), [&](const auto& entry) {
         return entry.second.GetRelated() == &doomed;
@@ -360,7 +360,7 @@ void Registry::Rename(const CString& oldName, const CString& newName) {
         }
         return;
     }
-    // The entry is gone, and queries that stood on it stand on nothing.
+    // The entry is gone, and queries that stood on it now stand on nothing.
     Forget(info);
     if (!query.empty() && text->second.empty()) {
         m_queries.erase(text);
@@ -377,7 +377,7 @@ DbTableInfo* Registry::Find(const CString& name) {
     return found == m_entries.end() ? nullptr : &found->second;
 }
 
-// By the lowered name the first of those that show the contents.
+// The first, by lowered name, of the entries that show the contents.
 DbTableInfo* Registry::Find(const DbTableData* data) {
     const auto use = m_uses.find(data);
     if (use != m_uses.end() && use->second.m_tables == 1 && use->second.m_entry != nullptr &&

@@ -15,8 +15,8 @@ namespace quillet {
 
 class Log;
 
-// Owns the structure and the contents of every table. Entries stay where they are until they are deleted.
-// Whatever makes, renames or deletes does so wholly, or throws std::bad_alloc and changes nothing.
+// Owns the structure and the contents of every table. Entries stay at their addresses until they are deleted.
+// Whatever creates, renames or deletes does so completely, or throws std::bad_alloc and changes nothing.
 class Registry {
 public:
     // Ordered by the lowered name.
@@ -27,17 +27,17 @@ public:
     Registry& operator=(const Registry&) = delete;
     ~Registry() { Clear(); }
 
-    // The one place where tables and queries come into being. Null, with a line in the log, where the name is
-    // taken; nothing is taken over then. A null structure or null contents are made.
+    // The only place where tables and queries are created. A null structure or null contents are created too.
+    // Null, with a line in the log, if the name is in use; no ownership is taken then.
     DbTableInfo* Create(const CString& name, DbTableInfo::eType type, DbTableDescr* descr, DbTableData* data,
                         const CString& sql, DbTableInfo* related);
     DbTableInfo* Create(const CString& name, DbTableInfo::eType type, const CString& sql,
                         DbTableInfo* related);
-    // A query whose text is its name, and that follows nothing.
+    // A query whose text is its name. It does not follow changes of its tables.
     DbTableInfo* CreateJoin(const CString& name, DbTableInfo& first);
 
-    // Deletes every entry that stands on the named one, and that one, with structure and contents; later
-    // tables move up.
+    // Deletes the named entry and every entry that stands on it, with structure and contents; later tables
+    // move up.
     void DeleteWithRelated(const CString& name);
     // Deletes every query, joins too, and returns how many there were.
     std::size_t DeleteQueries();
@@ -45,14 +45,14 @@ public:
     // See DbDatabase::RenameTable.
     void Rename(const CString& oldName, const CString& newName);
 
-    // Empties a query that is to be filled anew, from the source on which it stands from now on. The filters
-    // of its structure stay: whoever made them may hold them.
+    // Empties a query that will be filled again, from a source that it stands on from now on. The filters of
+    // its structure stay: their users may hold them.
     static void Renew(DbTableInfo& query, DbTableInfo& source);
 
     DbTableInfo* Find(const CString& name);
     DbTableInfo* Find(const DbTableData* data);
-    // The query that has the text and is no join; of several the one whose lowered name comes first. Null
-    // where there is none.
+    // The query that has the text and is no join; of several, the one whose lowered name comes first. Null if
+    // there is none.
     DbTableInfo* FindQuery(const CString& sql);
     // Whether another table has the same structure or contents.
     bool IsShared(const DbTableInfo& info) const;
@@ -71,13 +71,13 @@ private:
     struct Table {
         CString m_name;
         CString m_lowered;
-        // Null from the moment that the table goes.
+        // Null once the table is being deleted.
         DbTableDescr* m_descr = nullptr;
         DbTableData* m_data = nullptr;
-        // The table's own entry; null where a rename left it without one.
+        // The table's own entry; null if a rename left it without one.
         DbTableInfo* m_entry = nullptr;
     };
-    // How many tables show some contents, and the entry of the one where it is known.
+    // How many tables share the contents, and the entry of the only one, if it is known.
     struct Use {
         std::size_t m_tables = 0;
         DbTableInfo* m_entry = nullptr;
@@ -87,17 +87,18 @@ private:
 
     DbTableInfo* Register(DbTableInfo info);
     void MakeRoomForOne();
-    // Structure and contents of a table that comes; one that goes leaves what nobody uses any more.
+    // TakeUp counts a new table among the users of its structure and contents. Drop undoes that for a table
+    // being deleted, and puts what has no user left on m_leaving.
     void TakeUp(DbTableDescr* descr, DbTableData* data);
     void Drop(Table& table);
-    // Whether nobody uses the object any more.
+    // Both remove one user and return whether it was the last.
     bool LetGoOf(DbTableDescr* descr, const DbTableData* follower);
     bool LetGoOf(DbTableData* data);
     std::size_t UsesOf(const DbTableDescr* descr) const;
     std::size_t UsesOf(const DbTableData* data) const;
     void DeleteLeaving();
     void Delete(const std::vector<DbTableInfo*>& doomed);
-    // The entry goes, or goes by another name, and the table that it was made for may stay.
+    // The entry is deleted or renamed, and the table that it was made for may stay.
     void Forget(const DbTableInfo& entry);
     void AddText(Entries::iterator query);
     void RemoveText(Entries::iterator query);
@@ -113,10 +114,10 @@ private:
     // The contents that follow each structure, one for each table, in the order of creation.
     std::unordered_map<const DbTableDescr*, std::vector<DbTableData*>> m_followers;
     std::unordered_map<const DbTableData*, Use> m_uses;
-    // The queries of each text, but joins.
+    // The queries of each text, except joins.
     std::unordered_map<CString, Queries> m_queries;
-    // What is deleted next. There is always room for all structures and contents, so that nothing that goes
-    // needs memory.
+    // What is deleted next. There is always room for all structures and contents, so that deleting needs no
+    // memory.
     std::vector<DbItem*> m_leaving;
 };
 

@@ -27,7 +27,7 @@ void Upcalls::Sync(DbDatabase& database) {
 
 std::int32_t Upcalls::NextQueryNumber() {
     const std::int32_t number = DbDatabase::m_queriesCount;
-    // Past the largest number they start anew from the smallest, without undefined behaviour.
+    // After the largest number comes the smallest, without undefined behaviour.
     DbDatabase::m_queriesCount = static_cast<std::int32_t>(static_cast<std::uint32_t>(number) + 1U);
     return number;
 }
@@ -61,7 +61,7 @@ void Upcalls::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 inde
             }
             return;
         }
-        // All of them follow, or none.
+        // Either all of them follow, or none.
         std::vector<DbRows::NewCells> cells;
         cells.reserve(followers.size());
         for (DbTableData* const data : followers) {

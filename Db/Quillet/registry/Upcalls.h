@@ -19,13 +19,13 @@ class Upcalls {
 public:
     // The database as an item, and null for null.
     static DbItem* AsItem(DbDatabase* database);
-    // Empty once the database goes.
+    // Expires with the database.
     static std::weak_ptr<DbDatabase*> LifeTokenOf(const DbDatabase& database);
     // Forgets all tables.
     static void Clear(DbDatabase& database);
-    // The state of now counts as unchanged.
+    // The current state counts as unchanged from now on.
     static void Sync(DbDatabase& database);
-    // The number of the next query table, which counts all databases of the process.
+    // The number of the next query table. All databases of the process share the count.
     static std::int32_t NextQueryNumber();
 
     // Whether the database has begun to read its source.
@@ -37,22 +37,23 @@ public:
     // The fields of the descriptor are about to change: rows that wait to be read are read now.
     static void FieldsWillChange(DbItem* database, const DbTableDescr& descr);
 
-    // A field was added at the index, or removed from there: the rows follow. Where it throws, none did.
+    // A field was added at the index, or removed from there: changes the rows accordingly. If it throws, no
+    // row was changed.
     static void FieldsChanged(DbItem* database, const DbTableDescr& descr, uint64 index, bool added);
 
     // Reads the rows in the XML text that a table kept into the table that it names; throws as
-    // DbDatabase::ParseXmlTableData. False where there is no database to read them.
+    // DbDatabase::ParseXmlTableData. False if there is no database to read them.
     static bool ParseRows(DbItem* database, const DbTableData& data, const CString& xml);
 
-    // All rows of the data are about to go, and afterwards: they are gone, also those that still stand in the
-    // file.
+    // Called before and after all rows of the data are deleted, including those that still wait in the file.
     static void RowsWillGo(DbItem* database, const DbTableData& data);
     static void RowsAreGone(DbItem* database, const DbTableData& data);
 
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);
 
-    // The database lets go of items that are deleted next, so that none is searched for among the others.
+    // The database detaches items that are deleted next, so that each need not be searched for among the
+    // others.
     static void LetGo(DbDatabase& database, const std::vector<DbItem*>& items);
 };
 
