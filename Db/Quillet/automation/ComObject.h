@@ -32,7 +32,7 @@ public:
     IUnknown* Own() { return &m_own; }
 
 protected:
-    // The outer object is null for one that stands alone. There are no references yet.
+    // The outer object is null unless this one is part of it. There are no references yet.
     explicit ComObject(IUnknown* outer) : m_own(*this), m_outer(outer == nullptr ? &m_own : outer) {}
     virtual ~ComObject() = default;
 

@@ -41,8 +41,8 @@ public:
 
     // The UTF-8 form. A lone surrogate becomes U+FFFD.
     std::string ToUtf8() const;
-    // The UTF-8 form without a copy where the text still is UTF-8; otherwise storage receives it. The view
-    // lives as long as both this string, unchanged, and storage.
+    // The UTF-8 form without a copy where the text still is UTF-8; otherwise storage receives it. The view is
+    // valid as long as storage and this string exist unchanged.
     std::string_view ViewUtf8(std::string& storage) const;
 
     // The null-terminated text; valid until the string changes.

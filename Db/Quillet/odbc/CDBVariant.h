@@ -23,8 +23,8 @@ struct DbTimestamp {
     friend bool operator==(const DbTimestamp&, const DbTimestamp&) = default;
 };
 
-// A value type. A string or a binary has an object that holds it, which may be missing. A getter answers for
-// a value of its own type; for any other it gives 0, an empty value or null.
+// A value type. A string or a binary has an object that holds it, which may be missing. A getter returns a
+// value of its own type; for any other type it gives 0, an empty value or null.
 class QUILLET_API CDBVariant {
 public:
     enum eType : std::uint32_t {

@@ -6,14 +6,14 @@
 
 namespace quillet::odbc {
 
-// The diagnostics of the last call on the handle, one line for each record. Where there are none, the text
-// says that the driver gave no reason.
+// The diagnostics of the last call on the handle, one line for each record. If there are none, the text says
+// that the driver gave no reason.
 DatabaseError DiagnosticsOf(const Handle& handle);
 
-// Throws DiagnosticsOf by pointer.
+// Throws them by pointer.
 [[noreturn]] void ThrowDiagnostics(const Handle& handle);
 
-// Throws DiagnosticsOf unless the call succeeded, with or without further information.
+// Throws the diagnostics unless the call succeeded, with or without further information.
 inline void Check(SQLRETURN result, const Handle& handle) {
     if (!SQL_SUCCEEDED(result)) {
         ThrowDiagnostics(handle);

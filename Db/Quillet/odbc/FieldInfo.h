@@ -1,4 +1,4 @@
-// What ODBC tells about a field.
+// What ODBC says about a field.
 #pragma once
 
 #include <cstddef>

@@ -21,7 +21,7 @@ class FileVersion;
 class FileIdentity {
 public:
     // The identity of the file that the path leads to, links followed; nullopt if there is no file. A folder
-    // is none.
+    // is not a file.
     static std::optional<FileIdentity> Of(const std::string& path);
 
     FileIdentity(std::uint64_t device, const std::array<std::uint64_t, 2>& number)
