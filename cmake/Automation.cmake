@@ -44,7 +44,7 @@ target_sources(IQuillet PRIVATE
   ${sources}/ClassObject.cpp
   ${sources}/Dispatch.cpp
   ${sources}/EntryPoints.cpp
-  ${sources}/Failure.cpp
+  ${sources}/MethodFailure.cpp
   ${sources}/FirstRow.cpp
   ${sources}/InvokeArguments.cpp
   ${sources}/LibraryApp.cpp

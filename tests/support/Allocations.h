@@ -7,8 +7,8 @@
 
 namespace quillet::test {
 
-// Counts an allocation of so many bytes, 0 if unknown; false if it must fail. The caller is an address in the code
-// that asks for memory.
+// Counts an allocation of so many bytes, 0 if unknown; false if it must fail. The caller is an address in the
+// code that asks for memory.
 bool MayAllocate(std::size_t size, const void* caller) noexcept;
 
 // Keeps the number of live blocks.

@@ -25,7 +25,7 @@ bool IsValueOfACell(const VARIANT& value) {
 CComVariant ValueOf(const VARIANT& given) {
     CComVariant value = Dereferenced(given);
     if (!IsValueOfACell(value)) {
-        throw Failure{DISP_E_TYPEMISMATCH, "A cell holds no such value"};
+        throw MethodFailure{DISP_E_TYPEMISMATCH, "A cell holds no such value"};
     }
     return value;
 }
@@ -57,7 +57,7 @@ DbFieldValue& CDbFieldValue::Cell() {
         }
     }
     if (m_position >= row.size()) {
-        throw Failure{CO_E_OBJNOTCONNECTED, "The row has no such cell any more"};
+        throw MethodFailure{CO_E_OBJNOTCONNECTED, "The row has no such cell any more"};
     }
     return row.GetField(m_position);
 }

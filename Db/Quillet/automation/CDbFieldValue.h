@@ -24,7 +24,7 @@ public:
     HRESULT STDMETHODCALLTYPE get_Index(long* pVal) override;
 
 private:
-    // Throws Failure if there is none.
+    // Throws MethodFailure if there is none.
     DbFieldValue& Cell();
 
     Watch<DbTableRow> m_row;

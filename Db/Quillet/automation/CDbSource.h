@@ -24,7 +24,7 @@ public:
     HRESULT STDMETHODCALLTYPE put_ForceXML(VARIANT_BOOL newVal) override;
 
 private:
-    // Throws Failure if there is none.
+    // Throws MethodFailure if there is none.
     DbSource& Source() const;
 
     WatchedDatabase m_database;

@@ -26,7 +26,7 @@ const DbTableInfo& CDbTableInfo::Entry() {
             return *info;
         }
     }
-    throw Failure{CO_E_OBJNOTCONNECTED, "The table is not found by a name any more"};
+    throw MethodFailure{CO_E_OBJNOTCONNECTED, "The table is not found by a name any more"};
 }
 
 HRESULT CDbTableInfo::get_sql(BSTR* pVal) {

@@ -20,7 +20,7 @@ public:
     HRESULT STDMETHODCALLTYPE get_Type(TableType* pVal) override;
 
 private:
-    // Throws Failure if there is none.
+    // Throws MethodFailure if there is none.
     const DbTableInfo& Entry();
 
     WatchedDatabase m_database;

@@ -1,6 +1,6 @@
 #include "Quillet/automation/ClassObject.h"
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 namespace quillet::automation {
 

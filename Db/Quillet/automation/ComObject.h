@@ -1,9 +1,9 @@
 // What all automation objects share: counted references, aggregation, guarded methods.
 #pragma once
 
-#include "Quillet/automation/Failure.h"
 #include "Quillet/automation/IQuillet.h"
 #include "Quillet/automation/LibraryApp.h"
+#include "Quillet/automation/MethodFailure.h"
 #include "Quillet/automation/Results.h"
 #include "Quillet/platform/Automation.h"
 

@@ -9,7 +9,7 @@ HRESULT GiveTypeInfo(REFIID interfaceId, UINT index, ITypeInfo** information) no
         Require(information);
         *information = nullptr;
         if (index != 0) {
-            throw Failure{DISP_E_BADINDEX, "There is one type information"};
+            throw MethodFailure{DISP_E_BADINDEX, "There is one type information"};
         }
         Store(*information, TypeInformation::Of(interfaceId)->Get());
     });

@@ -1,6 +1,6 @@
 // What the system's component loader calls.
-#include "Quillet/automation/Failure.h"
 #include "Quillet/automation/LibraryApp.h"
+#include "Quillet/automation/MethodFailure.h"
 #include "Quillet/automation/Module.h"
 #include "Quillet/automation/ProxyEntryPoints.h"
 #include "Quillet/automation/Registration.h"

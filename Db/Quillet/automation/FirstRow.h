@@ -13,7 +13,7 @@ public:
     // Null shows nothing.
     void Show(const DbTableData* data);
 
-    // Both throw Failure if there is no table.
+    // Both throw MethodFailure if there is no table.
     CString Text(uint64 field) const;
     void SetText(uint64 field, const CString& text) const;
 

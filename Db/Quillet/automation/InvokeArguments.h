@@ -18,9 +18,9 @@ public:
     InvokeArguments(const InvokeArguments&) = delete;
     InvokeArguments& operator=(const InvokeArguments&) = delete;
 
-    // A failure of automation (DISP_E_...) if the arguments don't fit or are too many; throws Failure for an
-    // argument that is not a value. wrong receives the position, among those given, of the one that can't be
-    // converted.
+    // A failure of automation (DISP_E_...) if the arguments don't fit or are too many; throws MethodFailure
+    // for an argument that is not a value. wrong receives the position, among those given, of the one that
+    // can't be converted.
     HRESULT Convert(UINT& wrong);
     // What was converted; lives as long as this object.
     DISPPARAMS& Get() { return m_parameters; }

@@ -1,6 +1,6 @@
 #include "Quillet/automation/LibraryApp.h"
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 #include "Quillet/automation/TypeInformation.h"
 
 namespace quillet::automation {
@@ -15,7 +15,7 @@ CString LibraryApp::Path() const {
     for (;;) {
         const DWORD length = GetModuleFileNameW(m_instance, path.data(), static_cast<DWORD>(path.size()));
         if (length == 0) {
-            throw Failure{HRESULT_FROM_WIN32(GetLastError()), "The library's file is not known"};
+            throw MethodFailure{HRESULT_FROM_WIN32(GetLastError()), "The library's file is not known"};
         }
         if (length < path.size()) {
             return CString(WideView(path.data(), length));

@@ -22,7 +22,7 @@ public:
     void End() { ExitInstance(); }
 
     HINSTANCE Instance() const { return m_instance; }
-    // The path of the library's file. Throws Failure if the system does not say.
+    // The path of the library's file. Throws MethodFailure if the system does not say.
     CString Path() const;
 
     // Objects that clients hold; the last one releases what was kept for all.

@@ -5,7 +5,7 @@
 
 #include "Quillet/automation/CDbDatabase.h"
 #include "Quillet/automation/ClassObject.h"
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 namespace quillet::automation {
 

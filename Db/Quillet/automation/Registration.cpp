@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 #include "Quillet/automation/RegistryKey.h"
 #include "Quillet/automation/TypeInformation.h"
 

@@ -9,7 +9,7 @@
 namespace quillet::automation {
 
 // Written to HKEY_CLASSES_ROOT: for each class under its identifier the server's path, the threading model
-// "both" and its ProgIDs, and under each ProgID the class. All throw Failure.
+// "both" and its ProgIDs, and under each ProgID the class. All throw MethodFailure.
 class Registration {
 public:
     // The classes must outlive the object.

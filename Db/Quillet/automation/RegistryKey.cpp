@@ -1,6 +1,6 @@
 #include "Quillet/automation/RegistryKey.h"
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 namespace quillet::automation {
 

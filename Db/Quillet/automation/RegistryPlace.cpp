@@ -1,6 +1,6 @@
 #include "Quillet/automation/RegistryPlace.h"
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 #include "Quillet/automation/RegistryKey.h"
 
 namespace quillet::automation {

@@ -11,7 +11,8 @@ namespace quillet::automation {
 class RegistryPlace {
 public:
     RegistryPlace();
-    // With ofCurrentUser, always the current user's own part. Both throw Failure if that can't be written.
+    // With ofCurrentUser, always the current user's own part. Both throw MethodFailure if that can't be
+    // written.
     explicit RegistryPlace(bool ofCurrentUser);
     RegistryPlace(const RegistryPlace&) = delete;
     RegistryPlace& operator=(const RegistryPlace&) = delete;

@@ -6,17 +6,17 @@
 #include <optional>
 #include <type_traits>
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 #include "Quillet/base/CComVariant.h"
 #include "Quillet/base/CString.h"
 #include "Quillet/platform/Automation.h"
 
 namespace quillet::automation {
 
-// Throws Failure for a null pointer.
+// Throws MethodFailure for a null pointer.
 inline void Require(const void* pointer) {
     if (pointer == nullptr) {
-        throw Failure{E_POINTER, "A result has no place to go to"};
+        throw MethodFailure{E_POINTER, "A result has no place to go to"};
     }
 }
 
@@ -25,13 +25,13 @@ inline CString TextOf(BSTR text) {
     return text == nullptr ? CString() : CString(WideView(text, SysStringLen(text)));
 }
 
-// The value that a caller passes, directly or by reference. Throws Failure for a null reference and for a
-// type that values don't have.
+// The value that a caller passes, directly or by reference. Throws MethodFailure for a null reference and for
+// a type that values don't have.
 inline CComVariant Understood(const VARIANT& given) {
     CComVariant value = Dereferenced(given);
     const bool isOfVariant = given.vt == (VT_BYREF | VT_VARIANT) && given.pvarVal != nullptr;
     if (value.vt == VT_EMPTY && (isOfVariant ? given.pvarVal->vt : given.vt) != VT_EMPTY) {
-        throw Failure{DISP_E_BADVARTYPE, "An argument is no value"};
+        throw MethodFailure{DISP_E_BADVARTYPE, "An argument is no value"};
     }
     return value;
 }

@@ -1,6 +1,6 @@
 #include "Quillet/automation/TableKey.h"
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 namespace quillet::automation {
 
@@ -32,7 +32,7 @@ bool IsNumber(VARTYPE type) {
 
 TableKey::TableKey(const VARIANT& given) : m_value(Dereferenced(given)) {
     if (!IsName() && (!IsNumber(m_value.vt) || FAILED(m_value.ChangeType(VT_I4)))) {
-        throw Failure{DISP_E_TYPEMISMATCH, "A table is named by a text or by a number"};
+        throw MethodFailure{DISP_E_TYPEMISMATCH, "A table is named by a text or by a number"};
     }
 }
 

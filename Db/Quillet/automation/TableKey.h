@@ -10,7 +10,7 @@ namespace quillet::automation {
 
 class TableKey {
 public:
-    // A string is a name, a number of any type an index. Throws Failure for anything else.
+    // A string is a name, a number of any type an index. Throws MethodFailure for anything else.
     explicit TableKey(const VARIANT& given);
 
     bool IsName() const { return m_value.vt == VT_BSTR; }

@@ -4,8 +4,8 @@
 #include <mutex>
 #include <utility>
 
-#include "Quillet/automation/Failure.h"
 #include "Quillet/automation/LibraryApp.h"
+#include "Quillet/automation/MethodFailure.h"
 
 namespace quillet::automation {
 

@@ -29,8 +29,8 @@ class TypeInformation {
 public:
     explicit TypeInformation(CComPtr<ITypeInfo> information);
 
-    // The information on an interface of the library, read once. Throws Failure if the library's resource
-    // can't be read.
+    // The information on an interface of the library, read once. Throws MethodFailure if the library's
+    // resource can't be read.
     static std::shared_ptr<const TypeInformation> Of(REFIID interfaceId);
     // Forgets what was read.
     static void LetGo();
@@ -44,7 +44,7 @@ private:
     std::vector<Member> m_members;
 };
 
-// The type library in the library's own file. Throws Failure.
+// The type library in the library's own file. Throws MethodFailure.
 CComPtr<ITypeLib> OwnTypeLibrary();
 
 }  // namespace quillet::automation

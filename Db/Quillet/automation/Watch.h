@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 class DbDatabase;
 
@@ -22,12 +22,12 @@ public:
     bool IsAtNothing() const { return !m_shows; }
     // Null if it shows nothing, and once the object is gone.
     Model* Get() const { return Shown(m_token); }
-    // Throws Failure if there is no object.
+    // Throws MethodFailure if there is no object.
     Model& operator*() const {
         Model* const model = Get();
         if (model == nullptr) {
-            throw Failure{CO_E_OBJNOTCONNECTED,
-                          m_shows ? "What the object showed is gone" : "The object shows nothing"};
+            throw MethodFailure{CO_E_OBJNOTCONNECTED,
+                                m_shows ? "What the object showed is gone" : "The object shows nothing"};
         }
         return *model;
     }

@@ -1,4 +1,4 @@
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 #include <array>
 #include <exception>
@@ -49,7 +49,7 @@ CString MessageOf(const CException& exception) {
 HRESULT ReportCurrent(REFIID interfaceId) {
     try {
         throw;
-    } catch (const Failure& failure) {
+    } catch (const MethodFailure& failure) {
         return Report(interfaceId, failure.m_result, failure.m_message);
     } catch (CException* thrown) {
         const std::unique_ptr<CException, DeleteException> exception(thrown);
@@ -79,7 +79,7 @@ void Check(HRESULT result) {
     if (FAILED(result)) {
         CString message;
         message.Format("The system reports 0x%08lX", static_cast<unsigned long>(result));
-        throw Failure{result, message};
+        throw MethodFailure{result, message};
     }
 }
 

@@ -7,7 +7,7 @@
 namespace quillet::automation {
 
 // Ends a method with a result and a message for the caller.
-struct Failure {
+struct MethodFailure {
     HRESULT m_result;
     CString m_message;
 };
@@ -27,7 +27,7 @@ HRESULT Guarded(REFIID interfaceId, Body body) noexcept {
     }
 }
 
-// Throws Failure if the result is a failure.
+// Throws MethodFailure if the result is a failure.
 void Check(HRESULT result);
 
 }  // namespace quillet::automation

@@ -1,5 +1,5 @@
 // Exceptions at the boundary of the automation server.
-#include "Quillet/automation/Failure.h"
+#include "Quillet/automation/MethodFailure.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@
 namespace {
 
 using namespace quillet::test;
-using quillet::automation::Failure;
+using quillet::automation::MethodFailure;
 using quillet::automation::Guarded;
 
 // The result of a method that throws this way, and the message that its caller gets.
@@ -49,7 +49,7 @@ TEST(Guarded, NothingIsThrown_Succeeds) {
 }
 
 TEST(Guarded, Failure_IsItsResultAndMessage) {
-    const Outcome outcome = OutcomeOf([] { throw Failure{DISP_E_TYPEMISMATCH, "z\u0142y"}; });
+    const Outcome outcome = OutcomeOf([] { throw MethodFailure{DISP_E_TYPEMISMATCH, "z\u0142y"}; });
     EXPECT_EQ(outcome.m_result, DISP_E_TYPEMISMATCH);
     EXPECT_EQ(outcome.m_message, "z\u0142y");
 }
