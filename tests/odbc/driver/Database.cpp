@@ -7,7 +7,7 @@
 namespace memory_driver {
 namespace {
 
-// Both are more than the library takes for a short text.
+// More than the library takes for a short text.
 constexpr std::size_t LongestText = 65535;
 constexpr std::size_t IntegerDigits = 10;
 

@@ -2,15 +2,15 @@
 // deleted where a cursor stands, and columns that may be asked for in any order. Connect strings choose what
 // it claims and what stands in the table:
 //
-//   Database   the name under which connections share the table
-//   Table      its name
-//   Columns    "<name> integer", "<name> longtext" and "<name> text <characters>", with ',' between them
-//   Rows       with '/' between them, and '|' between their values; NULL for a NULL
-//   GetData    which of AnyColumn, AnyOrder and Bound SQLGetData allows; nothing without
-//   Cursor     keyset, static or forward: the strongest type; a keyset without
-//   Concurrency  lock: rows are locked; versions of them are compared without
-//   Writes     no: a database that can only be read
-//   Without    SQLFetchScroll, SQLSetPos: calls that it does not have
+//   Database     the name under which connections share the table
+//   Table        its name
+//   Columns      "<name> integer", "<name> longtext" and "<name> text <characters>", with ',' between them
+//   Rows         with '/' between them, and '|' between their values; NULL for a NULL
+//   GetData      which of AnyColumn, AnyOrder and Bound SQLGetData allows; nothing without
+//   Cursor       keyset, static or forward: the strongest type; a keyset without
+//   Concurrency  lock: cursors that write are said to lock rows, and without, to compare versions of them
+//   Writes       no: a database that can only be read
+//   Without      SQLFetchScroll, SQLSetPos: calls that it does not have
 //
 // It runs SELECT * and DELETE of all rows, and INSERT of one with parameters. "SELECT calls" gives the calls
 // that it has got about the table. Everything else fails as not supported.

@@ -101,9 +101,6 @@ SQLRETURN Statement::SetAttribute(SQLINTEGER attribute, SQLPOINTER value) {
         case SQL_ATTR_ROW_STATUS_PTR:
             m_rowStatus = static_cast<SQLUSMALLINT*>(value);
             return SQL_SUCCESS;
-        case SQL_ATTR_ROWS_FETCHED_PTR:
-            m_rowsFetched = static_cast<SQLULEN*>(value);
-            return SQL_SUCCESS;
         default:
             throw Failure{"HYC00", "unknown attribute of a statement"};
     }
@@ -286,9 +283,6 @@ SQLRETURN Statement::Fetch(SQLSMALLINT orientation) {
     m_gotColumn = 0;
     const bool isAtRow = m_position < std::ssize(m_answer);
     const Cells* const row = CurrentRow();
-    if (m_rowsFetched != nullptr) {
-        *m_rowsFetched = isAtRow ? 1 : 0;
-    }
     if (m_rowStatus != nullptr) {
         *m_rowStatus = !isAtRow ? SQL_ROW_NOROW : row == nullptr ? SQL_ROW_DELETED : SQL_ROW_SUCCESS;
     }

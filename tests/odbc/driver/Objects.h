@@ -38,7 +38,7 @@ struct Connection : Object {
     SQLUINTEGER GetDataExtensions() const;
     // The strongest type of a cursor.
     SQLULEN CursorType() const;
-    // How cursors that write keep out of each other's way.
+    // What it says of how cursors that write keep out of each other's way.
     SQLULEN Concurrency() const;
     bool IsReadOnly() const;
     bool Has(SQLUSMALLINT function) const;
@@ -99,7 +99,6 @@ private:
     SQLULEN m_cursorType = SQL_CURSOR_FORWARD_ONLY;
     SQLULEN m_concurrency = SQL_CONCUR_READ_ONLY;
     SQLUSMALLINT* m_rowStatus = nullptr;
-    SQLULEN* m_rowsFetched = nullptr;
 
     std::string m_text;
     std::vector<Binding> m_parameters;
