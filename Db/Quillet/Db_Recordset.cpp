@@ -120,7 +120,7 @@ bool DbRecordset::Open(DbQueryDef* def) {
 }
 
 void DbRecordset::Close() {
-    LetGo();
+    Release();
     m_hasDatabase = false;
     m_database.reset();
     m_ownDatabase.reset();
@@ -129,7 +129,7 @@ void DbRecordset::Close() {
 void DbRecordset::SetDatabase(DbDatabase* db) {
     const std::weak_ptr<DbDatabase*> database =
         db == nullptr ? std::weak_ptr<DbDatabase*>() : db->LifeToken();
-    LetGo();
+    Release();
     m_position = 0;
     if (db != m_ownDatabase.get()) {
         m_ownDatabase.reset();
@@ -203,7 +203,7 @@ DbDatabase* DbRecordset::Database() const {
     return database ? *database : nullptr;
 }
 
-void DbRecordset::LetGo() {
+void DbRecordset::Release() {
     m_index->Set(nullptr);
     m_name.Empty();
     m_data.reset();

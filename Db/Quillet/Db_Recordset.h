@@ -241,7 +241,7 @@ private:
     bool OpenBy(NameFunction nameOf, const quillet::CString& text);
     bool GoOverTo(NameFunction nameOf, const quillet::CString& text);
     // Forgets the table and whatever refers to it.
-    void LetGo();
+    void Release();
 
     // Sets the position, or the nearest possible one.
     void PlaceAt(std::int64_t position);

@@ -123,11 +123,11 @@ void DbTableData::Clear() {
     m_pending = false;
     m_rows = std::move(m_nextRows);
     SetChanged();
-    quillet::Upcalls::RowsAreGone(LiveParent(), *this);
+    quillet::Upcalls::RowsDeleted(LiveParent(), *this);
 }
 
 void DbTableData::PrepareClear() {
-    quillet::Upcalls::RowsWillGo(LiveParent(), *this);
+    quillet::Upcalls::RowsWillBeDeleted(LiveParent(), *this);
     if (m_nextRows == nullptr) {
         m_nextRows = std::make_unique<DbRows>(this, GetTableDescr());
     }

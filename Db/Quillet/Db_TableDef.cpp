@@ -28,7 +28,7 @@ DbTableDef& DbTableDef::operator=(const DbTableDef& other) {
     if (this == &other) {
         return *this;
     }
-    LetGo();
+    Release();
     m_database = other.m_database;
     if (other.m_prepared == nullptr) {
         m_name = other.m_name;
@@ -62,7 +62,7 @@ bool DbTableDef::Open(CString name) {
 }
 
 void DbTableDef::Close() {
-    LetGo();
+    Release();
 }
 
 DbTableDescr* DbTableDef::GetTableDescr() {
@@ -108,7 +108,7 @@ bool DbTableDef::Append() {
     DbTableInfo info(m_name, DbTableInfo::Table, 0, "", m_prepared->m_descr.get(), m_prepared->m_data.get(),
                      nullptr);
     if (database == nullptr || database->CreateTable(&info) == nullptr) {
-        LetGo();
+        Release();
         return false;
     }
     static_cast<void>(m_prepared->m_descr.release());
@@ -143,7 +143,7 @@ long DbTableDef::GetRecordCount() const {
     return static_cast<long>(Data()->size());
 }
 
-void DbTableDef::LetGo() {
+void DbTableDef::Release() {
     m_name.Empty();
     m_descr.reset();
     m_data.reset();

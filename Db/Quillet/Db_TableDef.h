@@ -72,7 +72,7 @@ private:
         std::unique_ptr<DbTableData> m_data;
     };
 
-    void LetGo();
+    void Release();
     void Follow(const quillet::CString& name, const DbTableDescr& descr, const DbTableData& data);
     DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }
     DbTableData* Data() const { return m_data ? *m_data : nullptr; }

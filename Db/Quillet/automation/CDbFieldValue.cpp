@@ -50,7 +50,7 @@ void CDbFieldValue::Show(const Watch<DbTableRow>& row, std::int64_t position) {
 DbFieldValue& CDbFieldValue::Cell() {
     DbTableRow& row = *m_row;
     const DbTableDescr* const descr = row.GetDescr();
-    if (descr != nullptr && !m_field.IsAtNothing()) {
+    if (descr != nullptr && !m_field.IsUnset()) {
         const DbFieldDescr* const field = &*m_field;
         if (m_position >= descr->size() || descr->at(m_position) != field) {
             m_position = static_cast<uint64>(std::find(descr->begin(), descr->end(), field) - descr->begin());
@@ -67,7 +67,7 @@ HRESULT CDbFieldValue::get_Value(VARIANT* pVal) {
 }
 
 HRESULT CDbFieldValue::put_Value(VARIANT newVal) {
-    return Do([&] { Cell().SetValue(ValueOf(Understood(newVal))); });
+    return Do([&] { Cell().SetValue(ValueOf(ValueOf(newVal))); });
 }
 
 HRESULT CDbFieldValue::get_Index(long* pVal) {

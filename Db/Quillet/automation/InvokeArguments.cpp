@@ -61,14 +61,14 @@ HRESULT InvokeArguments::Convert(UINT& wrong) {
     }
     m_values.resize(count);
     m_sent.resize(count);
-    m_before.resize(count);
+    m_originals.resize(count);
     UINT used = 0;
     for (UINT i = 0; i < count; ++i) {
         const Parameter& parameter = m_member.m_parameters[i];
         const int position = PositionOf(i);
         CComVariant& value = m_values[i];
         if (position >= 0) {
-            value = Understood(m_given.rgvarg[position]);
+            value = ValueOf(m_given.rgvarg[position]);
             ++used;
         }
         if (parameter.m_isReference && (position < 0 || IsMissing(value) || value.vt == VT_NULL)) {
@@ -93,7 +93,7 @@ HRESULT InvokeArguments::Convert(UINT& wrong) {
             sent.vt = static_cast<VARTYPE>(value.vt | VT_BYREF);
             // The values of all types begin at the same address.
             sent.byref = &value.llVal;
-            m_before[i] = value.llVal;
+            m_originals[i] = value.llVal;
         }
     }
     if (used != m_given.cArgs) {
@@ -107,7 +107,7 @@ HRESULT InvokeArguments::Convert(UINT& wrong) {
 void InvokeArguments::WriteBack() {
     for (UINT i = 0; i < m_member.m_parameters.size(); ++i) {
         const int position = PositionOf(i);
-        if (!m_member.m_parameters[i].m_isReference || position < 0 || m_values[i].llVal == m_before[i]) {
+        if (!m_member.m_parameters[i].m_isReference || position < 0 || m_values[i].llVal == m_originals[i]) {
             continue;
         }
         const VARIANT& given = m_given.rgvarg[position];

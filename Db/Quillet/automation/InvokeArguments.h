@@ -38,7 +38,7 @@ private:
     // What the call takes, in reverse: the values themselves, or references to them.
     std::vector<VARIANTARG> m_sent;
     // By parameter: the value before the call, where the method may change it.
-    std::vector<LONGLONG> m_before;
+    std::vector<LONGLONG> m_originals;
     DISPPARAMS m_parameters{};
     DISPID m_put = DISPID_PROPERTYPUT;
 };

@@ -26,7 +26,7 @@ CString LibraryApp::Path() const {
 
 void LibraryApp::ObjectGone() {
     if (--m_objects == 0) {
-        TypeInformation::LetGo();
+        TypeInformation::ForgetAll();
     }
 }
 

@@ -82,7 +82,7 @@ std::shared_ptr<const TypeInformation> TypeInformation::Of(REFIID interfaceId) {
     return known.m_all.back().second;
 }
 
-void TypeInformation::LetGo() {
+void TypeInformation::ForgetAll() {
     Known& known = AllKnown();
     const std::lock_guard<std::mutex> lock(known.m_mutex);
     known.m_all.clear();

@@ -33,7 +33,7 @@ public:
     // resource can't be read.
     static std::shared_ptr<const TypeInformation> Of(REFIID interfaceId);
     // Forgets what was read.
-    static void LetGo();
+    static void ForgetAll();
 
     ITypeInfo* Get() const { return m_information.Get(); }
     // The member that a call with these flags (DISPATCH_METHOD and the like) means; null if there is none.

@@ -19,7 +19,7 @@ public:
     explicit Watch(Token token) : m_token(std::move(token)), m_shows(Shown(m_token) != nullptr) {}
 
     // Whether it had nothing to show from the beginning.
-    bool IsAtNothing() const { return !m_shows; }
+    bool IsUnset() const { return !m_shows; }
     // Null if it shows nothing, and once the object is gone.
     Model* Get() const { return Shown(m_token); }
     // Throws MethodFailure if there is no object.

@@ -168,7 +168,7 @@ void DocumentReader::ReadUnread(const CString& path, const ScannedPlaces& scanne
 }
 
 void DocumentReader::CheckList(const xml::Node& list, const ScannedPlaces& scanned) {
-    const std::optional<std::uint64_t> place = list.PlaceInText();
+    const std::optional<std::uint64_t> place = list.OffsetInText();
     if (!list.FirstChild().IsNull() && (!place || scanned.m_lists.count(*place) == 0)) {
         m_omissions.Note("sequential reading took another part of the file for a <" + CString(list.Name()) +
                          ">");
@@ -189,7 +189,7 @@ void DocumentReader::ReadUnreadData(const xml::Node& data, const ScannedPlaces& 
         });
         if (found == unread.end()) {
             const auto place = scanned.m_tables.find(Lowered(name));
-            if (place != scanned.m_tables.end() && place->second != table.PlaceInText()) {
+            if (place != scanned.m_tables.end() && place->second != table.OffsetInText()) {
                 m_omissions.Note("sequential reading took the rows of '" + name +
                                  "' from another part of the file");
             }

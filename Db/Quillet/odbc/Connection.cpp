@@ -68,7 +68,7 @@ void Connection::Open(const CString& connectString, unsigned long options) {
     if (text.size() > LongestConnectString) {
         throw new DatabaseError("HY090", "The connect string is too long.");
     }
-    platform::MakeConnection(
+    platform::WithConnectionLocale(
         [this, &text, options] { m_handles = std::make_shared<Handles>(text, options); });
     m_readOnly = (options & ReadOnly) != 0;
     AskTheDriver(m_handles->m_connection);

@@ -111,7 +111,7 @@ void FieldReader::Bind(const Handle& statement) {
 
 void FieldReader::GetValue(const Handle& statement, CDBVariant& value) {
     value.Clear();
-    if (!m_isThere || IsCut()) {
+    if (!m_isFetched || IsCut()) {
         Fetch(statement);
     }
     // SQL_NULL_DATA. Drivers must not give any other negative length.
@@ -172,7 +172,7 @@ Value FieldReader::As() const {
 // Fetches the value of this field alone, piece by piece if it is longer than the buffer. A bound buffer is
 // left alone: the driver writes the next row into it.
 void FieldReader::Fetch(const Handle& statement) {
-    std::vector<char>& buffer = m_isBound ? m_whole : m_buffer;
+    std::vector<char>& buffer = m_isBound ? m_longValue : m_buffer;
     if (buffer.empty()) {
         buffer.resize(FirstPiece);
     }
@@ -207,7 +207,7 @@ void FieldReader::Fetch(const Handle& statement) {
     }
     m_length = static_cast<SQLLEN>(have);
     m_value = buffer.data();
-    m_isThere = true;
+    m_isFetched = true;
 }
 
 }  // namespace quillet::odbc

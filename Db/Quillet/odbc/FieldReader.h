@@ -26,7 +26,7 @@ public:
     void Bind(const Handle& statement);
     // Says that another row was fetched.
     void NextRow() {
-        m_isThere = m_isBound;
+        m_isFetched = m_isBound;
         m_value = m_buffer.data();
     }
 
@@ -42,7 +42,7 @@ private:
 
     std::vector<char> m_buffer;
     // A value that is longer than the bound buffer.
-    std::vector<char> m_whole;
+    std::vector<char> m_longValue;
     // One of the two.
     const char* m_value = nullptr;
     SQLLEN m_length = SQL_NULL_DATA;
@@ -50,7 +50,7 @@ private:
     SQLSMALLINT m_cType;
     bool m_isShort;
     bool m_isBound = false;
-    bool m_isThere = false;
+    bool m_isFetched = false;
 };
 
 }  // namespace quillet::odbc

@@ -24,7 +24,7 @@ constexpr std::uint64_t Digest(std::string_view bytes, std::uint64_t before = No
 constexpr const char* NamesBesideBegin = ".quillet-";
 
 // The prefix of all names beside a target, which is given by its name without a folder.
-inline std::string NamesBeside(std::string_view target) {
+inline std::string PrefixBeside(std::string_view target) {
     std::array<char, 32> name;
     std::snprintf(name.data(), name.size(), "%s%016llx", NamesBesideBegin,
                   static_cast<unsigned long long>(Digest(target)));
@@ -38,7 +38,7 @@ inline std::string NewNameBeside(std::string_view target, unsigned long process,
     std::array<char, 64> rest;
     std::snprintf(rest.data(), rest.size(), "-%lx-%x-%llx%s", process, s_counter++,
                   static_cast<unsigned long long>(now), ending);
-    return NamesBeside(target) + rest.data();
+    return PrefixBeside(target) + rest.data();
 }
 
 constexpr const char* TemporaryEnding = ".tmp";
@@ -47,7 +47,7 @@ constexpr const char* AsideEnding = ".old";
 
 // Whether a file of this name is a new version of the target, still being written.
 inline bool IsTemporaryBeside(std::string_view name, std::string_view target) {
-    return name.starts_with(NamesBeside(target) + "-") && name.ends_with(TemporaryEnding);
+    return name.starts_with(PrefixBeside(target) + "-") && name.ends_with(TemporaryEnding);
 }
 
 // Whether a file of this name is an old one moved aside for a new one.

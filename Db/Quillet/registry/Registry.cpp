@@ -57,15 +57,15 @@ DbTableInfo* Registry::Register(DbTableInfo info) {
     table.m_data = info.m_data;
 
     MakeRoomForOne();
-    TakeUp(table.m_descr, table.m_data);
+    AddUse(table.m_descr, table.m_data);
     Rollback used([&] {
-        LetGoOf(table.m_descr, table.m_data);
-        LetGoOf(table.m_data);
+        RemoveUse(table.m_descr, table.m_data);
+        RemoveUse(table.m_data);
     });
     const Entries::iterator entry = m_entries.emplace(table.m_lowered, std::move(info)).first;
     Rollback entered([&] { m_entries.erase(entry); });
-    AddText(entry);
-    Rollback found([&] { RemoveText(entry); });
+    IndexQueryText(entry);
+    Rollback found([&] { UnindexQueryText(entry); });
     m_log.Print(Log::Kind::Report, Log::Place(entry->second.GetName()),
                 "Table '%s' created, index = %d, type = %s, sql = '%s'", name.c_str(),
                 static_cast<int>(Count()), entry->second.GetType() == DbTableInfo::Table ? "TABLE" : "QUERY",
@@ -89,13 +89,13 @@ void Registry::MakeRoomForOne() {
     if (m_tables.size() == m_tables.capacity()) {
         m_tables.reserve(std::max(FewTables, m_tables.capacity() * 2));
     }
-    m_leaving.reserve(m_tables.capacity() * 2);
+    m_doomed.reserve(m_tables.capacity() * 2);
 }
 
-void Registry::TakeUp(DbTableDescr* descr, DbTableData* data) {
+void Registry::AddUse(DbTableDescr* descr, DbTableData* data) {
     Use& use = m_uses[data];
     ++use.m_tables;
-    Rollback used([&] { LetGoOf(data); });
+    Rollback used([&] { RemoveUse(data); });
     std::vector<DbTableData*>& followers = m_followers[descr];
     Rollback follows([&] {
         if (followers.empty()) {
@@ -107,7 +107,7 @@ void Registry::TakeUp(DbTableDescr* descr, DbTableData* data) {
     used.Keep();
 }
 
-bool Registry::LetGoOf(DbTableDescr* descr, const DbTableData* follower) {
+bool Registry::RemoveUse(DbTableDescr* descr, const DbTableData* follower) {
     const auto place = m_followers.find(descr);
     if (place == m_followers.end()) {
         return false;
@@ -125,7 +125,7 @@ bool Registry::LetGoOf(DbTableDescr* descr, const DbTableData* follower) {
     return true;
 }
 
-bool Registry::LetGoOf(DbTableData* data) {
+bool Registry::RemoveUse(DbTableData* data) {
     const auto use = m_uses.find(data);
     if (use == m_uses.end() || --use->second.m_tables > 0) {
         return false;
@@ -147,27 +147,27 @@ std::size_t Registry::UsesOf(const DbTableData* data) const {
 void Registry::Drop(Table& table) {
     DbTableDescr* const descr = std::exchange(table.m_descr, nullptr);
     DbTableData* const data = std::exchange(table.m_data, nullptr);
-    if (LetGoOf(descr, data)) {
-        m_leaving.push_back(descr);
+    if (RemoveUse(descr, data)) {
+        m_doomed.push_back(descr);
     }
-    if (LetGoOf(data)) {
-        m_leaving.push_back(data);
+    if (RemoveUse(data)) {
+        m_doomed.push_back(data);
     }
 }
 
-void Registry::DeleteLeaving() {
+void Registry::DeleteDoomed() {
     // For a few, searching the database's items for each is faster than looking at all items.
     constexpr std::size_t Few = 8;
-    if (m_leaving.size() > Few) {
-        Upcalls::LetGo(m_owner, m_leaving);
+    if (m_doomed.size() > Few) {
+        Upcalls::Detach(m_owner, m_doomed);
     }
-    for (const DbItem* const item : m_leaving) {
+    for (const DbItem* const item : m_doomed) {
         delete item;
     }
-    m_leaving.clear();
+    m_doomed.clear();
 }
 
-void Registry::AddText(Entries::iterator query) {
+void Registry::IndexQueryText(Entries::iterator query) {
     if (query->second.GetType() == DbTableInfo::Query && !query->second.IsJoin()) {
         const auto named = m_queries.try_emplace(query->second.GetSql()).first;
         Rollback added([&] {
@@ -180,7 +180,7 @@ void Registry::AddText(Entries::iterator query) {
     }
 }
 
-void Registry::RemoveText(Entries::iterator query) {
+void Registry::UnindexQueryText(Entries::iterator query) {
     const auto named = m_queries.find(query->second.GetSql());
     if (named != m_queries.end() && named->second.erase(query->first) > 0 && named->second.empty()) {
         m_queries.erase(named);
@@ -199,8 +199,8 @@ std::size_t Registry::IndexOf(const DbTableInfo& info) const {
                                     m_tables.begin());
 }
 
-// Each entry is looked at once: whether it stands on doomed follows from what it is related to.
-std::vector<DbTableInfo*> Registry::StandingOn(DbTableInfo& doomed) {
+// Each entry is looked at once: whether it depends on doomed follows from its source.
+std::vector<DbTableInfo*> Registry::DependentsOf(DbTableInfo& doomed) {
     const bool isAlone = std::none_of(m_entries.begin(), m_entries.end(), [&](const auto& entry) {
         return entry.second.GetRelated() == &doomed;
     });
@@ -208,30 +208,30 @@ std::vector<DbTableInfo*> Registry::StandingOn(DbTableInfo& doomed) {
         return {};
     }
     std::unordered_map<const DbTableInfo*, bool> known;
-    std::vector<DbTableInfo*> standing;
+    std::vector<DbTableInfo*> dependents;
     for (auto& [key, entry] : m_entries) {
         std::vector<const DbTableInfo*> path;
-        bool stands = false;
+        bool depends = false;
         for (const DbTableInfo* at = &entry; at != nullptr; at = at->GetRelated()) {
             const auto found = known.find(at);
             if (found != known.end() || at->GetType() != DbTableInfo::Query) {
-                stands = found != known.end() && found->second;
+                depends = found != known.end() && found->second;
                 break;
             }
             path.push_back(at);
-            stands = at->GetRelated() == &doomed;
-            if (stands) {
+            depends = at->GetRelated() == &doomed;
+            if (depends) {
                 break;
             }
         }
         for (const DbTableInfo* const at : path) {
-            known.emplace(at, stands);
+            known.emplace(at, depends);
         }
-        if (stands) {
-            standing.push_back(&entry);
+        if (depends) {
+            dependents.push_back(&entry);
         }
     }
-    return standing;
+    return dependents;
 }
 
 void Registry::DeleteWithRelated(const CString& name) {
@@ -239,7 +239,7 @@ void Registry::DeleteWithRelated(const CString& name) {
     if (doomed == nullptr) {
         return;
     }
-    std::vector<DbTableInfo*> all = StandingOn(*doomed);
+    std::vector<DbTableInfo*> all = DependentsOf(*doomed);
     all.push_back(doomed);
     Delete(all);
 }
@@ -293,13 +293,13 @@ void Registry::Delete(const std::vector<DbTableInfo*>& doomed) {
         if (!isPlain) {
             Forget(entry->second);
         }
-        RemoveText(entry);
+        UnindexQueryText(entry);
         m_entries.erase(entry);
     }
     if (!places.empty()) {
         RenumberFrom(isPlain ? places.front() : 0);
     }
-    DeleteLeaving();
+    DeleteDoomed();
 }
 
 void Registry::Forget(const DbTableInfo& entry) {
@@ -322,7 +322,7 @@ void Registry::Clear() {
         Drop(m_tables[index]);
     }
     m_tables.clear();
-    DeleteLeaving();
+    DeleteDoomed();
 }
 
 void Registry::Rename(const CString& oldName, const CString& newName) {
@@ -360,7 +360,7 @@ void Registry::Rename(const CString& oldName, const CString& newName) {
         }
         return;
     }
-    // The entry is gone, and queries that stood on it now stand on nothing.
+    // The entry is gone, and queries that depended on it have no source.
     Forget(info);
     if (!query.empty() && text->second.empty()) {
         m_queries.erase(text);

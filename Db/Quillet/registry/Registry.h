@@ -36,7 +36,7 @@ public:
     // A query whose text is its name. It does not follow changes of its tables.
     DbTableInfo* CreateJoin(const CString& name, DbTableInfo& first);
 
-    // Deletes the named entry and every entry that stands on it, with structure and contents; later tables
+    // Deletes the named entry and every entry that depends on it, with structure and contents; later tables
     // move up.
     void DeleteWithRelated(const CString& name);
     // Deletes every query, joins too, and returns how many there were.
@@ -45,7 +45,7 @@ public:
     // See DbDatabase::RenameTable.
     void Rename(const CString& oldName, const CString& newName);
 
-    // Empties a query that will be filled again, from a source that it stands on from now on. The filters of
+    // Empties a query that will be filled again, from the source that it now depends on. The filters of
     // its structure stay: their users may hold them.
     static void Renew(DbTableInfo& query, DbTableInfo& source);
 
@@ -87,23 +87,23 @@ private:
 
     DbTableInfo* Register(DbTableInfo info);
     void MakeRoomForOne();
-    // TakeUp counts a new table among the users of its structure and contents. Drop undoes that for a table
-    // being deleted, and puts what has no user left on m_leaving.
-    void TakeUp(DbTableDescr* descr, DbTableData* data);
+    // AddUse counts a new table among the users of its structure and contents. Drop undoes that for a table
+    // being deleted, and puts what has no user left on m_doomed.
+    void AddUse(DbTableDescr* descr, DbTableData* data);
     void Drop(Table& table);
     // Both remove one user and return whether it was the last.
-    bool LetGoOf(DbTableDescr* descr, const DbTableData* follower);
-    bool LetGoOf(DbTableData* data);
+    bool RemoveUse(DbTableDescr* descr, const DbTableData* follower);
+    bool RemoveUse(DbTableData* data);
     std::size_t UsesOf(const DbTableDescr* descr) const;
     std::size_t UsesOf(const DbTableData* data) const;
-    void DeleteLeaving();
+    void DeleteDoomed();
     void Delete(const std::vector<DbTableInfo*>& doomed);
     // The entry is deleted or renamed, and the table that it was made for may stay.
     void Forget(const DbTableInfo& entry);
-    void AddText(Entries::iterator query);
-    void RemoveText(Entries::iterator query);
+    void IndexQueryText(Entries::iterator query);
+    void UnindexQueryText(Entries::iterator query);
     std::size_t IndexOf(const DbTableInfo& info) const;
-    std::vector<DbTableInfo*> StandingOn(DbTableInfo& doomed);
+    std::vector<DbTableInfo*> DependentsOf(DbTableInfo& doomed);
     void RenumberFrom(std::size_t index);
 
     DbDatabase& m_owner;
@@ -118,7 +118,7 @@ private:
     std::unordered_map<CString, Queries> m_queries;
     // What is deleted next. There is always room for all structures and contents, so that deleting needs no
     // memory.
-    std::vector<DbItem*> m_leaving;
+    std::vector<DbItem*> m_doomed;
 };
 
 }  // namespace quillet

@@ -81,13 +81,13 @@ bool Upcalls::ParseRows(DbItem* item, const DbTableData& data, const CString& xm
     return database != nullptr;
 }
 
-void Upcalls::RowsWillGo(DbItem* item, const DbTableData& data) {
+void Upcalls::RowsWillBeDeleted(DbItem* item, const DbTableData& data) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
         database->m_reader->Reach(&data);
     }
 }
 
-void Upcalls::RowsAreGone(DbItem* item, const DbTableData& data) {
+void Upcalls::RowsDeleted(DbItem* item, const DbTableData& data) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
         database->m_reader->Forget(&data);
     }
@@ -99,7 +99,7 @@ CString Upcalls::TableName(DbItem* item, const DbTableData& data) {
     return info == nullptr ? CString() : info->GetName();
 }
 
-void Upcalls::LetGo(DbDatabase& database, const std::vector<DbItem*>& items) {
+void Upcalls::Detach(DbDatabase& database, const std::vector<DbItem*>& items) {
     database.ReleaseChildren(items.begin(), items.end());
 }
 

@@ -46,15 +46,15 @@ public:
     static bool ParseRows(DbItem* database, const DbTableData& data, const CString& xml);
 
     // Called before and after all rows of the data are deleted, including those that still wait in the file.
-    static void RowsWillGo(DbItem* database, const DbTableData& data);
-    static void RowsAreGone(DbItem* database, const DbTableData& data);
+    static void RowsWillBeDeleted(DbItem* database, const DbTableData& data);
+    static void RowsDeleted(DbItem* database, const DbTableData& data);
 
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);
 
     // The database detaches items that are deleted next, so that each need not be searched for among the
     // others.
-    static void LetGo(DbDatabase& database, const std::vector<DbItem*>& items);
+    static void Detach(DbDatabase& database, const std::vector<DbItem*>& items);
 };
 
 }  // namespace quillet

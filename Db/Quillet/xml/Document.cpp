@@ -12,7 +12,7 @@ namespace quillet::xml {
 namespace {
 
 // In place of an error's offset: the error is the first malformed byte, still to be found.
-constexpr std::ptrdiff_t FindMalformed = -1;
+constexpr std::ptrdiff_t OffsetUnknown = -1;
 
 }  // namespace
 
@@ -69,7 +69,7 @@ bool Document::Load(std::string text) {
         m_errorOffset = result.offset;
     } else if (!isUtf8 && result.encoding == pugi::encoding_utf8) {
         m_error.m_message = "Invalid UTF-8";
-        m_errorOffset = FindMalformed;
+        m_errorOffset = OffsetUnknown;
     } else {
         m_tree = tree;
         return true;
@@ -79,7 +79,7 @@ bool Document::Load(std::string text) {
 
 void Document::LocateError(std::string_view text) {
     const std::size_t offset =
-        m_errorOffset == FindMalformed ? ValidUtf8Length(text) : static_cast<std::size_t>(m_errorOffset);
+        m_errorOffset == OffsetUnknown ? ValidUtf8Length(text) : static_cast<std::size_t>(m_errorOffset);
     const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));
     m_error.m_line = static_cast<std::size_t>(std::count(text.begin(), end, '\n')) + 1;
 }

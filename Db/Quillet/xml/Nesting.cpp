@@ -85,7 +85,7 @@ bool Nesting::FollowNarrow(std::string_view text) {
     while (m_refusal.empty()) {
         m_position = std::min(text.find('<', m_position), text.size());
         std::size_t position = m_position;
-        if (!IsWorthATry(text.size())) {
+        if (!ShouldRetry(text.size())) {
             return true;
         }
         if (!Pass(text, position)) {
@@ -105,7 +105,7 @@ bool Nesting::FollowNarrow(std::string_view text) {
 
 // Incomplete markup is tried again only when twice as much of it is there. Otherwise long markup would cost
 // its whole length for each piece read.
-bool Nesting::IsWorthATry(std::size_t size) const {
+bool Nesting::ShouldRetry(std::size_t size) const {
     return m_position < size && (m_tried == 0 || size - m_position >= 2 * (m_tried - m_position));
 }
 

@@ -39,7 +39,7 @@ public:
 
 private:
     bool FollowNarrow(std::string_view text);
-    bool IsWorthATry(std::size_t size) const;
+    bool ShouldRetry(std::size_t size) const;
     bool Pass(std::string_view text, std::size_t& position);
     bool PassStartTag(std::string_view text, std::size_t& position);
 

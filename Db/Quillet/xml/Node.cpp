@@ -181,7 +181,7 @@ std::size_t Node::CountChildren() const {
     return count;
 }
 
-std::optional<std::uint64_t> Node::PlaceInText() const {
+std::optional<std::uint64_t> Node::OffsetInText() const {
     const std::ptrdiff_t ofName = pugi::xml_node(m_native.m_node).offset_debug();
     return ofName < 1 ? std::nullopt : std::optional(static_cast<std::uint64_t>(ofName) - 1);
 }

@@ -53,7 +53,7 @@ public:
 
     // The offset of the element's '<' in the text that its document was read from; nullopt for an element
     // that was created, and in other document object models.
-    std::optional<std::uint64_t> PlaceInText() const;
+    std::optional<std::uint64_t> OffsetInText() const;
 
     // The value of the first attribute, whatever it is called.
     std::optional<std::string> FirstAttributeValue() const;

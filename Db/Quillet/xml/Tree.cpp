@@ -184,7 +184,7 @@ void WriteEnd(pugi::xml_node node, std::string& target) {
 
 pugi::xml_parse_result Tree::Load(std::string text) {
     m_packed.clear();
-    m_workshop = {};
+    m_detached = {};
     m_source = std::move(text);
     const pugi::xml_parse_result result = m_document.load_buffer_inplace(m_source.data(), m_source.size());
     RequireMemory(result);
@@ -198,10 +198,10 @@ void RequireMemory(const pugi::xml_parse_result& result) {
 }
 
 pugi::xml_node Tree::Create(pugi::xml_node_type type) {
-    if (!m_workshop) {
-        m_workshop = m_document.append_child(pugi::node_element);
+    if (!m_detached) {
+        m_detached = m_document.append_child(pugi::node_element);
     }
-    const pugi::xml_node made = m_workshop.append_child(type);
+    const pugi::xml_node made = m_detached.append_child(type);
     if (!made) {
         throw std::bad_alloc();
     }
@@ -209,7 +209,7 @@ pugi::xml_node Tree::Create(pugi::xml_node_type type) {
 }
 
 void Tree::Drop(pugi::xml_node node) {
-    m_workshop.remove_child(node);
+    m_detached.remove_child(node);
 }
 
 void Tree::Append(pugi::xml_node parent, pugi::xml_node child) {
@@ -247,11 +247,11 @@ pugi::xml_node Tree::FirstChild(pugi::xml_node parent) {
         Unpack(parent);
     }
     const pugi::xml_node child = parent.first_child();
-    return child == m_workshop ? child.next_sibling() : child;
+    return child == m_detached ? child.next_sibling() : child;
 }
 
 pugi::xml_node Tree::NextSibling(pugi::xml_node node) {
-    if (node.parent() == m_workshop) {
+    if (node.parent() == m_detached) {
         return {};
     }
     pugi::xml_node next = node.next_sibling();
@@ -259,26 +259,26 @@ pugi::xml_node Tree::NextSibling(pugi::xml_node node) {
         Unpack(node.parent());
         next = node.next_sibling();
     }
-    return next == m_workshop && next ? next.next_sibling() : next;
+    return next == m_detached && next ? next.next_sibling() : next;
 }
 
 pugi::xml_node Tree::PreviousSibling(pugi::xml_node node) const {
-    if (node.parent() == m_workshop) {
+    if (node.parent() == m_detached) {
         return {};
     }
     const pugi::xml_node previous = node.previous_sibling();
-    return previous == m_workshop && previous ? previous.previous_sibling() : previous;
+    return previous == m_detached && previous ? previous.previous_sibling() : previous;
 }
 
 pugi::xml_node Tree::LastChild(pugi::xml_node parent) {
     Unpack(parent);
     const pugi::xml_node child = parent.last_child();
-    return child == m_workshop && child ? child.previous_sibling() : child;
+    return child == m_detached && child ? child.previous_sibling() : child;
 }
 
 pugi::xml_node Tree::Parent(pugi::xml_node node) const {
     const pugi::xml_node parent = node.parent();
-    return parent == m_workshop ? pugi::xml_node() : parent;
+    return parent == m_detached ? pugi::xml_node() : parent;
 }
 
 bool Tree::Write(pugi::xml_node top, const Sink& sink) const {
@@ -288,7 +288,7 @@ bool Tree::Write(pugi::xml_node top, const Sink& sink) const {
         const auto packed = m_packed.find(node.internal_object());
         const bool hasPacked = packed != m_packed.end() && HasText(packed->second);
         pugi::xml_node child = node.first_child();
-        if (child && child == m_workshop) {
+        if (child && child == m_detached) {
             child = child.next_sibling();
         }
         WriteStart(node, child || hasPacked, writer.Piece());
@@ -310,7 +310,7 @@ bool Tree::Write(pugi::xml_node top, const Sink& sink) const {
                 return writer.Flush(1);
             }
             pugi::xml_node next = node.next_sibling();
-            if (next && next == m_workshop) {
+            if (next && next == m_detached) {
                 next = next.next_sibling();
             }
             if (next) {

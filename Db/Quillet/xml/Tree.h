@@ -64,7 +64,7 @@ private:
     std::string m_source;
     pugi::xml_document m_document;
     // The parent of all nodes that have none for the outside; never seen from there.
-    pugi::xml_node m_workshop;
+    pugi::xml_node m_detached;
     std::unordered_map<const void*, PackedLeaves> m_packed;
 };
 

@@ -39,7 +39,7 @@ std::string DriverPath(const std::string& path) {
     return path;
 }
 
-void MakeConnection(const std::function<void()>& make) {
+void WithConnectionLocale(const std::function<void()>& make) {
     const Utf8Locale locale;
     make();
 }

@@ -220,7 +220,7 @@ private:
                             replaces ? Private : AsTheMaskAllows);
             if (m_file.IsOpen()) {
                 m_temporary = std::move(name);
-                if (HoldTemporary()) {
+                if (LockTemporary()) {
                     return true;
                 }
                 Remove();
@@ -232,7 +232,7 @@ private:
 
     // False if another writer removed the file, or is about to, before it was locked. Where files can't be
     // locked, nobody removes them.
-    bool HoldTemporary() {
+    bool LockTemporary() {
         const int error = Hold(m_file);
         return error == 0 ? IsNameOf(m_target.folder, m_temporary, m_file) : error != EWOULDBLOCK;
     }
@@ -261,7 +261,7 @@ private:
             return false;
         }
         if (m_error == 0) {
-            m_error = seen != nullptr && seen->IsOfNothing() ? PutWhereNothingIs() : Replace();
+            m_error = seen != nullptr && seen->IsOfNothing() ? CreateNew() : Replace();
         }
         if (m_error == 0 && seen != nullptr) {
             *seen = FileVersion(StampOf(m_file), m_digest);
@@ -302,7 +302,7 @@ private:
     }
 
     // The error, or 0. A hard link is made only if nothing has the name.
-    int PutWhereNothingIs() {
+    int CreateNew() {
         const int folder = m_target.folder.Get();
         if (::linkat(folder, m_temporary.c_str(), folder, m_target.name.c_str(), 0) == -1) {
             // Some file systems have no hard links. There the check just made has to do.

@@ -18,7 +18,7 @@ inline void RequireMemory(UErrorCode status) {
 
 // Call this before ICU opens anything: out of memory, some of its functions end the process and others
 // remember the failure for good. Throws std::bad_alloc if there is too little memory for them.
-inline void RequireRoom() {
+inline void RequireMemory() {
     constexpr std::size_t Enough = std::size_t{1} << 20;
     void* volatile room = std::malloc(Enough);
     if (room == nullptr) {

@@ -72,7 +72,7 @@ NumberSymbols ReadNumberSymbols(const std::string& name) {
     if (name.empty()) {
         return symbols;
     }
-    RequireRoom();
+    RequireMemory();
     UErrorCode status = U_ZERO_ERROR;
     const NumberFormatPtr format = WithMemory(
         [&] { return NumberFormatPtr(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status)); });
@@ -156,7 +156,7 @@ std::vector<DatePatternItem> CompilePattern(WideView pattern) {
 
 DateFormatPtr OpenDates(UDateFormatStyle time, UDateFormatStyle date, const std::string& name,
                         UErrorCode& status) {
-    RequireRoom();
+    RequireMemory();
     DateFormatPtr format = WithMemory(
         [&] { return DateFormatPtr(udat_open(time, date, name.c_str(), u"GMT", -1, nullptr, 0, &status)); });
     RequireMemory(status);
@@ -340,7 +340,7 @@ const DateStyle& Locale::Dates() const {
 }
 
 Locale::CollatorPtr Locale::CollatorOf(UCollationStrength strength) const {
-    RequireRoom();
+    RequireMemory();
     UErrorCode status = U_ZERO_ERROR;
     CollatorPtr collator =
         WithMemory([&] { return CollatorPtr(OpenCollator(m_names.collation, strength, status)); });

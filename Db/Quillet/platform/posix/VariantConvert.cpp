@@ -337,7 +337,8 @@ HRESULT Convert(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, 
 }
 
 // Locales, dates and long numbers allocate memory.
-HRESULT ConvertOrRunOut(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type, VARIANT& result) {
+HRESULT ConvertCatchingBadAlloc(const VARIANT& source, LCID locale, USHORT flags, VARTYPE type,
+                                VARIANT& result) {
     try {
         return Convert(source, locale, flags, type, result);
     } catch (const std::bad_alloc&) {
@@ -385,7 +386,7 @@ HRESULT VariantChangeTypeEx(VARIANT* target, const VARIANT* source, LCID locale,
         return VariantCopy(target, source);
     }
     VARIANT result;
-    const HRESULT converted = ConvertOrRunOut(*source, locale, flags, type, result);
+    const HRESULT converted = ConvertCatchingBadAlloc(*source, locale, flags, type, result);
     if (FAILED(converted)) {
         return converted;
     }

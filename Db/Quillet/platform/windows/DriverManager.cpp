@@ -38,7 +38,7 @@ std::string DriverPath(const std::string& path) {
     return result;
 }
 
-void MakeConnection(const std::function<void()>& make) {
+void WithConnectionLocale(const std::function<void()>& make) {
     make();
 }
 

@@ -189,7 +189,7 @@ WideString NewPathBeside(const WideString& target, const char* ending) {
 // Removes what writers of this target left when they were killed. A writer has its temporary file open for
 // writing, so one that can be opened without sharing that was left behind.
 void RemoveAbandoned(const WideString& target) {
-    const WideString pattern = PathBeside(target, NamesBeside(NameOf(target)) + "-*" + TemporaryEnding);
+    const WideString pattern = PathBeside(target, PrefixBeside(NameOf(target)) + "-*" + TemporaryEnding);
     WIN32_FIND_DATAW found;
     const HANDLE first = FindFirstFileW(pattern.c_str(), &found);
     if (first == INVALID_HANDLE_VALUE) {
@@ -296,7 +296,7 @@ private:
             return false;
         }
         if (m_error == ERROR_SUCCESS) {
-            m_error = seen != nullptr && seen->IsOfNothing() ? PutWhereNothingIs() : Publish();
+            m_error = seen != nullptr && seen->IsOfNothing() ? CreateNew() : ReplaceTarget();
         }
         if (m_error == ERROR_SUCCESS && seen != nullptr) {
             *seen = Written();
@@ -307,7 +307,7 @@ private:
         }
         Fail(m_error, why);
         if (why != nullptr && !m_aside.empty()) {
-            *why += "; the old file is " + ForReading(m_aside);
+            *why += "; the old file is " + DisplayPath(m_aside);
         }
         return false;
     }
@@ -336,7 +336,7 @@ private:
     }
 
     // The error, or ERROR_SUCCESS.
-    DWORD PutWhereNothingIs() {
+    DWORD CreateNew() {
         const DWORD error = Rename(m_file, m_target, FileRenameInfo, FALSE);
         if (error == ERROR_SUCCESS) {
             m_temporary.clear();
@@ -345,7 +345,7 @@ private:
     }
 
     // The error, or ERROR_SUCCESS.
-    DWORD Publish() {
+    DWORD ReplaceTarget() {
         // Something else may be there by now.
         const DWORD refusal = RefusalOf(AttributesOf(m_target));
         if (refusal != ERROR_SUCCESS) {

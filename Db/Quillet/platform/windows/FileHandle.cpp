@@ -85,7 +85,7 @@ WideString PathBeside(const WideString& path, const std::string& name) {
     return beside;
 }
 
-std::string ForReading(const WideString& path) {
+std::string DisplayPath(const WideString& path) {
     if (path.starts_with(OLESTR("\\\\?\\UNC\\"))) {
         return "\\\\" + ToUtf8(WideView(path).substr(8));
     }

@@ -51,7 +51,7 @@ std::string NameOf(const WideString& path);
 WideString PathBeside(const WideString& path, const std::string& name);
 
 // The path as a user writes it.
-std::string ForReading(const WideString& path);
+std::string DisplayPath(const WideString& path);
 
 // If the file is not open, GetLastError tells why. A file that is being replaced in two steps is missing for
 // a moment; this waits for it, half a second at most.

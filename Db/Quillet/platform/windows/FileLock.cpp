@@ -34,7 +34,7 @@ DWORD LockPath(const std::string& path, WideString& lock) {
     // If the file system can't tell, a link has its own lock.
     const WideString final = FinalPath(file);
     const WideString& target = final.empty() ? wide : final;
-    lock = PathBeside(target, NamesBeside(NameOf(target)) + ".lock");
+    lock = PathBeside(target, PrefixBeside(NameOf(target)) + ".lock");
     return ERROR_SUCCESS;
 }
 
