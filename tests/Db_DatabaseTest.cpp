@@ -141,7 +141,7 @@ TEST_F(DbDatabaseUnsavable, Save_WithoutRows_WritesTheFieldsWithTheirNames) {
     EXPECT_EQ(read.GetTableDescr("Bad")->size(), 3U);
 }
 
-// ---- Construction and life
+// ---- Construction and lifetime
 
 TEST_F(DbDatabaseTest, Construct_WithoutAFile_IsAnEmptyDatabaseThatIsNotOpen) {
     DbDatabase database;
@@ -1307,7 +1307,7 @@ TEST_F(DbDatabaseTest, ParseXmlTableData_TextThatIsNone_ThrowsInvalidPointer) {
     EXPECT_EQ(database.GetTableData("A")->size(), 0U);
 }
 
-// ---- Queries: the counter, lookups, when they are asked again
+// ---- Queries: the counter, lookups, refreshes
 
 TEST_F(DbDatabaseTest, Query_OfATableName_IsAnsweredByTheTable) {
     DbDatabase database;

@@ -484,8 +484,8 @@ TEST(DbFieldDescr, Load_WhatIsNoElement_IsFalse) {
     DbFieldDescr field;
     EXPECT_FALSE(field.Load(nullptr));
     const auto parent = ElementOf("<t>some text</t>");
-    EXPECT_FALSE(field.Load(Ask(parent.Get(), "firstChild").Object().Get()));
-    EXPECT_FALSE(field.Load(Ask(parent.Get(), "childNodes").Object().Get()));
+    EXPECT_FALSE(field.Load(InvokeByName(parent.Get(), "firstChild").Object().Get()));
+    EXPECT_FALSE(field.Load(InvokeByName(parent.Get(), "childNodes").Object().Get()));
 }
 
 TEST(DbFieldDescr, SaveAndLoad_EveryName_ComesBack) {

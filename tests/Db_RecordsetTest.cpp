@@ -266,7 +266,7 @@ TEST_F(DbRecordsetTest, Open_NullTableDefinition_Throws) {
               Report(334, "tableDef object not defined"));
 }
 
-// ---- Tables by their names alone
+// ---- Tables by name only
 
 TEST_F(DbRecordsetTest, OpenTable_NameThatHoldsSelect_Opens) {
     AddNumbers(*m_database, "Selection", {4});
@@ -386,7 +386,7 @@ TEST_F(DbRecordsetTest, SetDatabase_ClosesAndGoesOver) {
     EXPECT_EQ(Number(), 5);
 }
 
-// ---- A database of the cursor's own
+// ---- A database owned by the cursor
 
 class OwnDatabase : public DbRecordset {
 public:
@@ -1778,7 +1778,7 @@ TEST_F(DbRecordsetSeek, Seek_IndexOverAFieldThatIsGone_IsFalse) {
     EXPECT_FALSE(m_rs.Seek("ac", &key, 1));
 }
 
-// ---- What becomes of table and database
+// ---- Deleted tables and databases
 
 TEST_F(DbRecordsetTest, DeletedTable_ClosesTheCursor) {
     OnTable().SetCurrentIndex(BackwardIndex());

@@ -376,7 +376,7 @@ TEST_F(DataTest, Load_RowsOfAnotherWidth_AreReadAsFarAsTheyGo) {
 TEST_F(DataTest, Load_WhatIsNoElement_IsFalse) {
     EXPECT_FALSE(Data().Load(nullptr));
     EXPECT_FALSE(Data().IsInitialized());
-    EXPECT_FALSE(Data().Load(Ask(ElementOf("<t a='1'/>").Get(), "attributes").Object().Get()));
+    EXPECT_FALSE(Data().Load(InvokeByName(ElementOf("<t a='1'/>").Get(), "attributes").Object().Get()));
 }
 
 TEST_F(DataTest, SaveAndLoad_Rows_ComeBack) {

@@ -404,7 +404,7 @@ TEST_F(DbTableDefTest, Assign_ToItself_KeepsThePreparedTable) {
     EXPECT_TRUE(m_def.Append());
 }
 
-// ---- What becomes of the table
+// ---- Deleted and renamed tables
 
 TEST_F(DbTableDefTest, DeletedTable_ClosesTheDefinition) {
     m_def.Open("sections");

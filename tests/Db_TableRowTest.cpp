@@ -764,10 +764,10 @@ TEST_F(RowTest, Save_RowWithoutADescriptor_IsFalse) {
 TEST_F(RowTest, Save_ParentThatHoldsNoChildren_IsFalse) {
     SaveTarget target;
     const auto element = ElementOf("<t>text</t>");
-    const auto document = Ask(element.Get(), "ownerDocument").Object();
-    const auto text = Ask(element.Get(), "firstChild").Object();
+    const auto document = InvokeByName(element.Get(), "ownerDocument").Object();
+    const auto text = InvokeByName(element.Get(), "firstChild").Object();
     EXPECT_FALSE(NewRow().Save(document.Get(), text.Get()));
-    EXPECT_EQ(Ask(element.Get(), "xml").Text(), "<t>\ntext\n</t>\n");
+    EXPECT_EQ(InvokeByName(element.Get(), "xml").Text(), "<t>\ntext\n</t>\n");
 }
 
 TEST_F(RowTest, Load_Attributes_AreTakenByPosition) {
@@ -807,9 +807,9 @@ TEST_F(RowTest, Load_WhatIsNoElement_IsFalse) {
     DbTableRow& row = NewRow();
     EXPECT_FALSE(row.Load(nullptr));
     const auto element = ElementOf("<t>text</t>");
-    EXPECT_FALSE(row.Load(Ask(element.Get(), "firstChild").Object().Get()));
-    EXPECT_FALSE(row.Load(Ask(element.Get(), "attributes").Object().Get()));
-    EXPECT_FALSE(row.Load(Ask(element.Get(), "ownerDocument").Object().Get()));
+    EXPECT_FALSE(row.Load(InvokeByName(element.Get(), "firstChild").Object().Get()));
+    EXPECT_FALSE(row.Load(InvokeByName(element.Get(), "attributes").Object().Get()));
+    EXPECT_FALSE(row.Load(InvokeByName(element.Get(), "ownerDocument").Object().Get()));
 }
 
 TEST_F(RowTest, Load_RowWithoutDescriptorOrCells_IsSoft) {
@@ -838,7 +838,7 @@ TEST_F(RowTest, SaveAndLoad_ThroughTheSameDocument_ComesBack) {
     SaveTarget target;
     ASSERT_TRUE(NewRow(Long(5), "<&>").Save(target.Automation(), target.Element()));
     DbTableRow& read = NewRow();
-    EXPECT_TRUE(read.Load(Ask(target.Element(), "firstChild").Object().Get()));
+    EXPECT_TRUE(read.Load(InvokeByName(target.Element(), "firstChild").Object().Get()));
     EXPECT_EQ(read[0].GetValue().lVal, 5);
     EXPECT_EQ(TextOf(read[1].GetValue()), "<&>");
 }

@@ -15,7 +15,7 @@
 
 namespace {
 
-// ---- What a program wraps around automation types
+// ---- Helpers around automation types
 
 std::string Narrow(const wchar_t* text, UINT length) {
     const int size =
@@ -98,7 +98,7 @@ auto Ask(const Held<Interface>& object, HRESULT (STDMETHODCALLTYPE Interface::*m
     return Taken(result);
 }
 
-// ---- Ways through the objects that are gone more than once
+// ---- Helpers for repeated calls
 
 Held<IDbDatabase> Open(const wchar_t* path) {
     void* made = nullptr;

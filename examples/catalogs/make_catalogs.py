@@ -7,9 +7,9 @@
                                 would be written
     --out DIR                   another folder for the catalogs
 
-The nominal figures stand in dimensions/*.csv, the published figures that the
-computed ones are held against in checks/*.csv. The output depends on nothing
-but this script and dimensions/*.csv.
+The nominal figures are in dimensions/*.csv, the published figures for comparison
+with the computed ones in checks/*.csv. The output depends only on this script and
+on dimensions/*.csv.
 """
 
 import argparse
@@ -165,7 +165,7 @@ def i_section(h, b, tw, tf, r):
 
 
 def channel_left_of(x, h, b, tw, tf, r):
-    """Area and first moment about the web's back of what lies less than x from that back."""
+    """Area and first moment about the web's back of the part less than x from that back."""
     web = min(x, tw)
     area, moment = h * web, h * web ** 2 / 2
     if x > tw:
@@ -288,7 +288,7 @@ def european_steel():
 # ---------------------------------------------------------------- materials
 
 def nominal_table(name, file_name, texts=("name",), booleans=(), added=()):
-    """A table as its CSV file gives it, with added numbers that all rows share."""
+    """A table from its CSV file, with added numbers that all rows share."""
     source = dimensions(file_name)
     fields = []
     for column in source[0]:
@@ -525,7 +525,7 @@ def check_outlines(report, all_sections):
 
 
 def check_order(report, all_sections):
-    """A slip in one dimension shows as a break in a range that otherwise grows."""
+    """An error in one dimension shows as a break in an otherwise increasing range."""
     before = report.state()
     for name, members in all_sections.items():
         previous = None

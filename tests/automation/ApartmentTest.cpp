@@ -73,12 +73,12 @@ TEST_F(Apartments, LateBoundFromAnotherThread_GivesTheSameAnswers) {
     RunElsewhere(COINIT_MULTITHREADED, [&] {
         CComPtr<IDispatch> proxy;
         ASSERT_EQ(CoGetInterfaceAndReleaseStream(stream, IID_IDispatch, Into(proxy)), S_OK);
-        EXPECT_EQ(Ask(proxy.Get(), "TableName", {CComVariant(2L)}).Text(), "IPE");
-        const auto rows = Ask(proxy.Get(), "TableData", {CComVariant("IPE")}).Object();
-        const auto row = Ask(rows.Get(), "Row", {CComVariant("1")}).Object();
-        const auto value = Ask(row.Get(), "FieldByName", {CComVariant("name")}).Object();
-        EXPECT_EQ(Ask(value.Get(), "Value").Text(), "IPE 100");
-        EXPECT_FALSE(Ask(proxy.Get(), "TableName", {CComVariant("two")}).Succeeded());
+        EXPECT_EQ(InvokeByName(proxy.Get(), "TableName", {CComVariant(2L)}).Text(), "IPE");
+        const auto rows = InvokeByName(proxy.Get(), "TableData", {CComVariant("IPE")}).Object();
+        const auto row = InvokeByName(rows.Get(), "Row", {CComVariant("1")}).Object();
+        const auto value = InvokeByName(row.Get(), "FieldByName", {CComVariant("name")}).Object();
+        EXPECT_EQ(InvokeByName(value.Get(), "Value").Text(), "IPE 100");
+        EXPECT_FALSE(InvokeByName(proxy.Get(), "TableName", {CComVariant("two")}).Succeeded());
     });
 }
 

@@ -41,7 +41,7 @@ protected:
     const CComPtr<IDbDatabase> m_catalog = Opened();
 };
 
-// ---- At the edges
+// ---- Edge cases
 
 TEST_F(Objects, TableName_MinusOneAndTheCount_AreNullStringsWithSuccess) {
     for (const long index : {-1L, 8L, std::numeric_limits<long>::min(), std::numeric_limits<long>::max()}) {
@@ -223,7 +223,7 @@ TEST_F(Objects, ObjectsThatOnlyParentsHandOut_AreNotMadeByClients) {
     }
 }
 
-// ---- What can't be
+// ---- Invalid calls
 
 template <typename Interface, typename... Parameters, typename... Arguments>
 void ExpectRefused(Interface* object, HRESULT (STDMETHODCALLTYPE Interface::*member)(Parameters...),

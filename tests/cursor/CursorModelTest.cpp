@@ -266,7 +266,7 @@ private:
         } else if (kind < 4) {
             Open(cursor);
         } else if (kind < 5) {
-            LetGo(cursor);
+            CloseCursor(cursor);
         } else if (kind < 22) {
             Move(cursor);
         } else if (kind < 32) {
@@ -299,13 +299,13 @@ private:
 
     void SetDatabase(Cursor& cursor) {
         cursor.m_real.SetDatabase(m_database.get());
-        cursor.m_plain.LetGo();
+        cursor.m_plain.Close();
         cursor.m_plain.m_position = 0;
         cursor.m_isSet = m_database != nullptr;
         cursor.m_database = m_plain.get();
     }
 
-    void LetGo(Cursor& cursor) {
+    void CloseCursor(Cursor& cursor) {
         if (Chance(2)) {
             Note("SetDatabase");
             SetDatabase(cursor);
@@ -313,7 +313,7 @@ private:
         }
         Note("Close");
         cursor.m_real.Close();
-        cursor.m_plain.LetGo();
+        cursor.m_plain.Close();
         cursor.m_isSet = false;
         cursor.m_database = nullptr;
     }
@@ -856,7 +856,7 @@ private:
 
     // What opening a definition does to a cursor before anything else.
     void TakeDatabase(Cursor& cursor) {
-        cursor.m_plain.LetGo();
+        cursor.m_plain.Close();
         cursor.m_plain.m_position = 0;
         cursor.m_isSet = true;
         cursor.m_database = m_plain.get();

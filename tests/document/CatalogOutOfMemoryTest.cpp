@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Readings, CatalogOutOfMemory, testing::Values(Reading::
                          ReadingName);
 
 // Reads every table without creating text about it.
-void Look(DbDatabase& database) {
+void ReadTables(DbDatabase& database) {
     for (int i = 0; i < database.GetTablesCount(); ++i) {
         database.GetTableData(static_cast<std::size_t>(i))->GetRows();
     }
@@ -49,7 +49,7 @@ void Look(DbDatabase& database) {
 TEST_P(CatalogOutOfMemory, LookedAt_TheFileStaysAsItIs_AndASecondLookSeesAll) {
     SweepAttempts([&](std::size_t failing, Failing which) {
         auto database = Opened();
-        const Attempt attempt = Try(failing, which, [&] { Look(*database); });
+        const Attempt attempt = Try(failing, which, [&] { ReadTables(*database); });
         if (!attempt.m_isDone) {
             EXPECT_FALSE(database->IsChanged());
         }
@@ -63,7 +63,7 @@ TEST_P(CatalogOutOfMemory, LookedAt_TheFileStaysAsItIs_AndASecondLookSeesAll) {
 TEST_P(CatalogOutOfMemory, LookedAtOnce_TheFileStaysAsItIs) {
     SweepAttempts([&](std::size_t failing, Failing which) {
         auto database = Opened();
-        const Attempt attempt = Try(failing, which, [&] { Look(*database); });
+        const Attempt attempt = Try(failing, which, [&] { ReadTables(*database); });
         database.reset();
         EXPECT_EQ(Bytes(), SmallCatalog());
         return attempt;
@@ -153,7 +153,7 @@ TEST_P(CatalogOutOfMemory, Asked_AQueryAnswersInFullOrThrows) {
         EXPECT_EQ(reference, rows);
         SweepAttempts([&, query = CString(sql)](std::size_t failing, Failing which) {
             const auto database = Opened();
-            Look(*database);
+            ReadTables(*database);
             CString name;
             bool answered = false;
             const Attempt attempt = Try(failing, which, [&] { answered = database->Query(query, name); });

@@ -19,7 +19,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(, OutOfMemory, testing::Values(Reading::Whole, Reading::Sequential), ReadingName);
 
 // Reads every table, and ignores failures out of memory.
-std::string LookedAt(DbDatabase& database) {
+std::string ReadText(DbDatabase& database) {
     try {
         return Dump(database);
     } catch (const std::bad_alloc&) {
@@ -34,7 +34,7 @@ TEST_P(OutOfMemory, ReadingThatRunsOutOfMemory_LeavesTheDatabaseAsBeforeItBegan)
     const std::size_t failed = SweepAllocations([&](std::size_t failing) {
         const auto database = Open(File(), GetParam());
         AllocationPlan plan(failing);
-        const std::string seen = LookedAt(*database);
+        const std::string seen = ReadText(*database);
         plan.Disarm();
         isThrown = isThrown || seen == "no memory";
         EXPECT_FALSE(database->IsChanged()) << failing;
@@ -53,7 +53,7 @@ TEST_P(OutOfMemory, ADatabaseThatOnlyLooksWhileMemoryIsShort_LeavesTheFileAlone)
     SweepAllocations([&](std::size_t failing) {
         auto database = Open(File(), GetParam());
         AllocationPlan plan(failing, Failing::FromThereOn);
-        LookedAt(*database);
+        ReadText(*database);
         database.reset();
         plan.Disarm();
         const bool isKept = ReadBytes(File()) == SmallCatalog();

@@ -93,10 +93,10 @@ protected:
 
     // Runs a query with a megabyte of parts. With quadratic cost this would not end.
     void ExpectEnd(const std::string& begin, const std::string& part, const std::string& end) {
-        Ask(begin + Times(MegaByte / part.size(), part) + end);
+        RunQuery(begin + Times(MegaByte / part.size(), part) + end);
     }
 
-    void Ask(const std::string& sql) {
+    void RunQuery(const std::string& sql) {
         CString name;
         m_database.Query(sql, name);
         m_database.GetTableDescr("T")->ClearFilters();
@@ -245,7 +245,7 @@ TEST_F(BadQuery, AMegabyteOfOperators_ComesToAnEnd) {
 TEST_F(BadQuery, AMegabyteOfBrackets_ComesToAnEnd) {
     ExpectEnd("select n,t from t where ", "(", "n=1");
     ExpectEnd("select n,t from t where ", "[", "");
-    Ask("select n,t from t where " + Times(MegaByte / 2, "(") + "n=1" + Times(MegaByte / 2, ")"));
+    RunQuery("select n,t from t where " + Times(MegaByte / 2, "(") + "n=1" + Times(MegaByte / 2, ")"));
 }
 
 TEST_F(BadQuery, AMegabyteOfNames_ComesToAnEnd) {
@@ -260,7 +260,7 @@ TEST_F(BadQuery, AMegabyteOfOrderNames_CostsTheRowsNothing) {
     EXPECT_THAT(Answer("select n from t order by t, r, t, n, r, t desc"), ElementsAre("3", "1", "2"));
     // Each name counts once, or a hundred thousand rows would take the memory of a hundred thousand columns.
     m_database.GetTableData("T")->AddRows(100000);
-    Ask("select n,t from t order by t" + Times(MegaByte / 16, ",t"));
+    RunQuery("select n,t from t order by t" + Times(MegaByte / 16, ",t"));
 }
 
 TEST_F(BadQuery, AMegabyteOfQuotedText_ComesToAnEnd) {

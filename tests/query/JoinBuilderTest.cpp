@@ -202,7 +202,7 @@ TEST_F(DbJoinTest, UnknownTablesAndFields_AreALineAndNothingElse) {
     EXPECT_EQ(m_database.GetTablesCount(), 2);
 }
 
-// ---- What becomes of the answer
+// ---- Changes of the answer and its sources
 
 TEST_F(DbJoinTest, CalledAgain_FillsTheSameTable) {
     const CString name = Inner("h", "=", "h");
@@ -391,7 +391,7 @@ TEST(DbJoinOfFilesTest, ReadsTheRowsOfBothTables) {
     }
 }
 
-// ---- Equality is found by classes of values; what is found is what comparing every pair finds.
+// ---- Equality by classes of values gives the same result as comparing every pair
 
 class DbJoinOf : public testing::TestWithParam<Filling> {
 protected:

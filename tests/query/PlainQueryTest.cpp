@@ -287,7 +287,7 @@ protected:
         return lines;
     }
 
-    void Ask(const std::string& sql) {
+    void CheckQuery(const std::string& sql) {
         const std::string next = "Query_" + std::to_string(DbDatabase::m_queriesCount);
         const PlainQuery expected(sql, m_tables);
         CString name;
@@ -355,7 +355,7 @@ TEST_F(PlainQueryTest, RandomQueries_AreAnsweredAsTheyReadPlainly) {
             }
             const std::string sql = writer.Query(names);
             SCOPED_TRACE(testing::Message() << "round " << round << ": " << sql);
-            Ask(sql);
+            CheckQuery(sql);
         }
         for (int edits = 0; edits < 3; ++edits) {
             Edit(m_random() % 3 == 0 ? "Other" : "T");

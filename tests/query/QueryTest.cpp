@@ -57,7 +57,7 @@ protected:
     }
 
     // The name of the answer; the query must be answered.
-    CString Ask(const CString& sql) {
+    CString RunQuery(const CString& sql) {
         CString name;
         EXPECT_TRUE(m_database.Query(sql, name)) << sql << ": " << m_database.GetErrorLog();
         return name;
@@ -67,7 +67,7 @@ protected:
         return !m_database.Query(sql, name);
     }
     // The rows of the answer.
-    Strings Answer(const CString& sql) { return RowsOf(m_database, Ask(sql)); }
+    Strings Answer(const CString& sql) { return RowsOf(m_database, RunQuery(sql)); }
     Strings Rows(const CString& table) { return RowsOf(m_database, table); }
 
     DbTableInfo& Info(const CString& name) { return *m_database.GetTableInfo(name); }
@@ -75,7 +75,7 @@ protected:
     void Set(uint64 row, LONG n) { Data("T")[row].SetValue("n", Long(n)); }
     // The number of queries that the call runs.
     template <typename Call>
-    std::int32_t Asked(Call call) {
+    std::int32_t QueriesRun(Call call) {
         const std::int32_t before = DbDatabase::m_queriesCount;
         call();
         return DbDatabase::m_queriesCount - before;
@@ -85,15 +85,15 @@ protected:
     DbDatabase m_database;
 };
 
-// ---- Names alone
+// ---- Names only
 
 TEST_F(DbQueryTest, Query_TextWithoutSelect_IsTheNameOfATable) {
-    EXPECT_EQ(Ask("t"), "T");
-    EXPECT_EQ(Ask("[T]"), "T");
+    EXPECT_EQ(RunQuery("t"), "T");
+    EXPECT_EQ(RunQuery("[T]"), "T");
     EXPECT_EQ(m_database.GetTablesCount(), 1);
     EXPECT_THAT(TakeLog(m_database), IsEmpty());
     AddTable("two\u00A0words \u0141");
-    EXPECT_EQ(Ask("TWO\u00A0WORDS \u0142"), "two\u00A0words \u0141");
+    EXPECT_EQ(RunQuery("TWO\u00A0WORDS \u0142"), "two\u00A0words \u0141");
 }
 
 TEST_F(DbQueryTest, Query_TextWithoutSelect_OfNoTable_IsALine) {
@@ -108,8 +108,8 @@ TEST_F(DbQueryTest, Query_TextWithoutSelect_OfNoTable_IsALine) {
 }
 
 TEST_F(DbQueryTest, Query_NameOfAQuery_IsAnsweredByThat) {
-    const CString name = Ask("select n from t where n > 3");
-    EXPECT_EQ(Ask("QUERY_0"), name);
+    const CString name = RunQuery("select n from t where n > 3");
+    EXPECT_EQ(RunQuery("QUERY_0"), name);
 }
 
 TEST_F(DbQueryTest, Query_SelectAnywhere_MakesItAQueryText) {
@@ -124,7 +124,7 @@ TEST_F(DbQueryTest, Query_SelectAnywhere_MakesItAQueryText) {
 
 TEST_F(DbQueryTest, Query_Answer_IsATableOfTypeQuery) {
     const CString sql = "SELECT t,N\r\nFROM T where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     EXPECT_EQ(name, "Query_0");
     const DbTableInfo& info = Info(name);
     EXPECT_EQ(info.GetType(), DbTableInfo::Query);
@@ -141,7 +141,7 @@ TEST_F(DbQueryTest, Query_Answer_IsATableOfTypeQuery) {
 }
 
 TEST_F(DbQueryTest, Query_Lines_OfOneThatIsBuilt) {
-    Ask("Select n\rFrom\nT Where n > 3");
+    RunQuery("Select n\rFrom\nT Where n > 3");
     const Strings lines = TakeLog(m_database);
     ASSERT_THAT(lines, SizeIs(4));
     EXPECT_EQ(lines[0], "SQL Analyze - query 'select n from t where n > 3'");
@@ -161,11 +161,11 @@ TEST_F(DbQueryTest, Query_Failure_ChangesNothingButTheCounter) {
     const int tables = m_database.GetTablesCount();
     for (const char* sql : {"select n", "select n from x", "select x from t", "select n from t where n",
                             "select n from t where ( n > 1", "select n from t order by x", "nothing"}) {
-        EXPECT_EQ(Asked([&] { EXPECT_TRUE(Fails(sql)) << sql; }), 1) << sql;
+        EXPECT_EQ(QueriesRun([&] { EXPECT_TRUE(Fails(sql)) << sql; }), 1) << sql;
     }
     EXPECT_EQ(m_database.GetTablesCount(), tables);
     EXPECT_FALSE(m_database.IsChanged());
-    EXPECT_EQ(Ask("select n from t where n > 1"), "Query_7");
+    EXPECT_EQ(RunQuery("select n from t where n > 1"), "Query_7");
 }
 
 TEST_F(DbQueryTest, Query_InvalidClause_IsFalseWithoutALineOfItsOwn) {
@@ -192,7 +192,7 @@ TEST_F(DbQueryTest, Query_FieldsThatFollowTheTable_AreCheckedAllTheSame) {
 }
 
 TEST_F(DbQueryTest, Query_EmptyAnswer_HasTheFields) {
-    const CString name = Ask("select t from t where n > 9");
+    const CString name = RunQuery("select t from t where n > 9");
     EXPECT_THAT(Rows(name), IsEmpty());
     EXPECT_THAT(FieldNames(m_database, name), ElementsAre("t"));
 }
@@ -262,17 +262,17 @@ TEST_F(DbQueryTest, Query_UnclosedQuote_ReachesToTheEnd) {
 // ---- Names
 
 TEST_F(DbQueryTest, Names_CountUp) {
-    EXPECT_EQ(Ask("select n from t where n > 1"), "Query_0");
-    EXPECT_EQ(Ask("t"), "T");
-    EXPECT_EQ(Ask("select * from t"), "T");
-    EXPECT_EQ(Ask("select n from t where n > 2"), "Query_3");
+    EXPECT_EQ(RunQuery("select n from t where n > 1"), "Query_0");
+    EXPECT_EQ(RunQuery("t"), "T");
+    EXPECT_EQ(RunQuery("select * from t"), "T");
+    EXPECT_EQ(RunQuery("select n from t where n > 2"), "Query_3");
     EXPECT_EQ(DbDatabase::m_queriesCount, 4);
 }
 
 TEST_F(DbQueryTest, Names_OfTheUsersTables_ArePassedOver) {
     AddTable("Query_0");
     m_database.CreateTable("QUERY_1", DbTableInfo::None);
-    const CString name = Ask("select n from t where n > 4");
+    const CString name = RunQuery("select n from t where n > 4");
     EXPECT_EQ(name, "Query_2");
     EXPECT_THAT(Rows(name), ElementsAre("5"));
     EXPECT_THAT(Rows("Query_0"), SizeIs(5)) << "the user's table is not touched";
@@ -281,7 +281,7 @@ TEST_F(DbQueryTest, Names_OfTheUsersTables_ArePassedOver) {
 TEST_F(DbQueryTest, Names_OfOtherDatabases_CountUpTogether) {
     DbDatabase other;
     other.CreateTable("T", DbTableInfo::Table)->GetDescr()->CreateField("n", false, DbFieldDescr::Long);
-    Ask("select n from t where n > 1");
+    RunQuery("select n from t where n > 1");
     CString name;
     EXPECT_TRUE(other.Query("select n from t where n > 1", name));
     EXPECT_EQ(name, "Query_1");
@@ -292,7 +292,7 @@ TEST_F(DbQueryTest, Names_OfFields_InBracketsWithBlanksAndBeyondAscii) {
     descr.CreateField("Max \u0394 mm", false, DbFieldDescr::Double);
     descr.CreateField("select", false, DbFieldDescr::Text);
     Data("T")[3].SetValue("Max \u0394 mm", CComVariant(7.5));
-    const CString name = Ask("select [MAX \u03B4 mm],[Select],N from [t] where [max \u0394 mm] > 7");
+    const CString name = RunQuery("select [MAX \u03B4 mm],[Select],N from [t] where [max \u0394 mm] > 7");
     EXPECT_THAT(FieldNames(m_database, name), ElementsAre("Max \u0394 mm", "select", "n"))
         << "spelled as in the source";
     EXPECT_THAT(Rows(name), SizeIs(1));
@@ -322,7 +322,7 @@ TEST_F(DbQueryTest, Names_WithABracketBeforeABlank_CantBeWritten) {
 TEST_F(DbQueryTest, Names_OfTablesWithOperatorSigns_CanBeWrittenWithBlanksAroundOrAlone) {
     AddTable("load (kN)");
     AddTable("b * h");
-    EXPECT_EQ(Ask("load (kn)"), "load (kN)");
+    EXPECT_EQ(RunQuery("load (kn)"), "load (kN)");
     EXPECT_TRUE(Fails("select n from [load (kn)] where n > 4"));
     EXPECT_THAT(Answer("select n from [b * h] where n > 4"), ElementsAre("5"));
 }
@@ -340,7 +340,8 @@ TEST_F(DbQueryTest, Names_OfFieldsWithOperatorSigns_AreFoundWithTheirBlanks) {
                 ElementsAre("2 1"));
     EXPECT_THAT(Answer("select n from t where [[[k (N)]]] > 6"), ElementsAre("2"));
     EXPECT_THAT(Answer("select n from t where n < 4 order by [h (mm)], n"), ElementsAre("1", "3", "2"));
-    EXPECT_THAT(FieldNames(m_database, Ask("select [h (mm)] from t where n = 1")), ElementsAre("h (mm)"));
+    EXPECT_THAT(FieldNames(m_database, RunQuery("select [h (mm)] from t where n = 1")),
+                ElementsAre("h (mm)"));
     DbRecordset cursor(&m_database);
     ASSERT_TRUE(cursor.Open("t"));
     EXPECT_TRUE(cursor.FindFirst("[(G)] > 1")) << "nothing is parted at the beginning of a text";
@@ -375,7 +376,7 @@ TEST_F(DbQueryTest, Names_OfFieldsWithOperatorSigns_AreFoundWhereOneFitsAlone) {
     EXPECT_TRUE(Fails("select n from t where [h (mm)] = 0"));
     EXPECT_TRUE(Fails("select n from t order by [h (mm)]"));
     descr.CreateField("h ( mm ) ", false, DbFieldDescr::Long);
-    const CString name = Ask("select [h (mm)] from t where n = 1");
+    const CString name = RunQuery("select [h (mm)] from t where n = 1");
     EXPECT_THAT(FieldNames(m_database, name), ElementsAre("h ( mm ) ")) << "the name itself comes first";
 }
 
@@ -395,7 +396,7 @@ TEST_F(DbQueryTest, Query_OtherWordsBeforeSelect_AreRefused) {
 }
 
 TEST_F(DbQueryTest, Names_TwiceInTheSelectList_GiveOneField) {
-    const CString name = Ask("select n,t,N,[n] from t where n > 4");
+    const CString name = RunQuery("select n,t,N,[n] from t where n > 4");
     EXPECT_THAT(FieldNames(m_database, name), ElementsAre("n", "t"));
     EXPECT_THAT(Rows(name), ElementsAre("5 c"));
 }
@@ -404,10 +405,10 @@ TEST_F(DbQueryTest, Names_TwiceInTheSelectList_GiveOneField) {
 
 TEST_F(DbQueryTest, Reuse_SameText_IsAnsweredByTheSameTable) {
     const CString sql = "select n from t where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     DbTableRow* const row = Data(name).GetRow(0);
     TakeLog(m_database);
-    EXPECT_EQ(Asked([&] { EXPECT_EQ(Ask(sql), name); }), 1);
+    EXPECT_EQ(QueriesRun([&] { EXPECT_EQ(RunQuery(sql), name); }), 1);
     EXPECT_EQ(Data(name).GetRow(0), row) << "nothing was built";
     const Strings lines = TakeLog(m_database);
     ASSERT_THAT(lines, SizeIs(3));
@@ -416,17 +417,17 @@ TEST_F(DbQueryTest, Reuse_SameText_IsAnsweredByTheSameTable) {
 }
 
 TEST_F(DbQueryTest, Reuse_OtherText_IsAnotherQuery) {
-    EXPECT_NE(Ask("select n from t where n > 3"), Ask("SELECT n from t where n > 3"));
-    EXPECT_NE(Ask("select n from t where n > 3"), Ask("select n from t where n  > 3"));
+    EXPECT_NE(RunQuery("select n from t where n > 3"), RunQuery("SELECT n from t where n > 3"));
+    EXPECT_NE(RunQuery("select n from t where n > 3"), RunQuery("select n from t where n  > 3"));
 }
 
 TEST_F(DbQueryTest, Reuse_AfterAnEdit_FillsTheSameTableAnew) {
     const CString sql = "select n from t where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     DbTableData* const data = &Data(name);
     Set(0, 9);
     EXPECT_FALSE(Info(name).IsQuerySync());
-    EXPECT_EQ(Ask(sql), name);
+    EXPECT_EQ(RunQuery(sql), name);
     EXPECT_TRUE(Info(name).IsQuerySync());
     EXPECT_EQ(&Data(name), data);
     EXPECT_THAT(Rows(name), ElementsAre("9", "4", "5"));
@@ -434,9 +435,9 @@ TEST_F(DbQueryTest, Reuse_AfterAnEdit_FillsTheSameTableAnew) {
 }
 
 TEST_F(DbQueryTest, Reuse_EditsBetweenAnswers_AreFollowedByAll) {
-    const CString low = Ask("select n from t where n < 3");
+    const CString low = RunQuery("select n from t where n < 3");
     Set(0, 7);
-    const CString high = Ask("select n from t where n > 6");
+    const CString high = RunQuery("select n from t where n > 6");
     EXPECT_THAT(Rows(high), ElementsAre("7"));
     EXPECT_THAT(Rows(low), ElementsAre("2"));
     Set(1, 8);
@@ -444,9 +445,9 @@ TEST_F(DbQueryTest, Reuse_EditsBetweenAnswers_AreFollowedByAll) {
     EXPECT_THAT(Rows(high), ElementsAre("7", "8"));
     // Changes elsewhere do not count.
     AddTable("U");
-    EXPECT_EQ(Asked([&] { Rows(low); }) + Asked([&] { Rows(high); }), 0);
+    EXPECT_EQ(QueriesRun([&] { Rows(low); }) + QueriesRun([&] { Rows(high); }), 0);
     m_database.DeleteTable("U");
-    EXPECT_EQ(Asked([&] { Rows(low); }) + Asked([&] { Rows(high); }), 0);
+    EXPECT_EQ(QueriesRun([&] { Rows(low); }) + QueriesRun([&] { Rows(high); }), 0);
     Set(0, 6);
     m_database.DeleteTable(low);
     EXPECT_THAT(Rows(high), ElementsAre("8"));
@@ -456,11 +457,11 @@ TEST_F(DbQueryTest, Reuse_EditsBetweenAnswers_AreFollowedByAll) {
 
 TEST_F(DbQueryTest, Reuse_OfARenamedQuery_FindsItByItsText) {
     const CString sql = "select n from t where n > 3";
-    ASSERT_TRUE(m_database.RenameTable(Ask(sql), "Mine"));
-    EXPECT_EQ(Ask(sql), "Mine");
+    ASSERT_TRUE(m_database.RenameTable(RunQuery(sql), "Mine"));
+    EXPECT_EQ(RunQuery(sql), "Mine");
     Set(0, 9);
     EXPECT_THAT(Rows("mine"), ElementsAre("9", "4", "5"));
-    EXPECT_EQ(Ask(sql), "Mine");
+    EXPECT_EQ(RunQuery(sql), "Mine");
     EXPECT_FALSE(m_database.IsTable("Query_0"));
 }
 
@@ -470,20 +471,20 @@ TEST_F(DbQueryTest, Reuse_OfSeveralWithOneText_IsTheFirstByName) {
         m_database.CreateTable(name, DbTableInfo::Query, sql, &Info("T"));
     }
     m_database.CreateTable("A", DbTableInfo::Table, sql);
-    EXPECT_EQ(Ask(sql), "first");
+    EXPECT_EQ(RunQuery(sql), "first");
     ASSERT_TRUE(m_database.RenameTable("first", "Zebra"));
-    EXPECT_EQ(Ask(sql), "Second");
+    EXPECT_EQ(RunQuery(sql), "Second");
     ASSERT_TRUE(m_database.RenameTable("Third", "back"));
-    EXPECT_EQ(Ask(sql), "back");
+    EXPECT_EQ(RunQuery(sql), "back");
     m_database.DeleteTable("back");
     m_database.DeleteTable("Second");
-    EXPECT_EQ(Ask(sql), "Zebra");
+    EXPECT_EQ(RunQuery(sql), "Zebra");
     // The entry that loses its name is no longer found.
     m_database.RenameTable("Zebra", "A");
-    EXPECT_EQ(Ask(sql).Left(6), "Query_");
+    EXPECT_EQ(RunQuery(sql).Left(6), "Query_");
     m_database.DeleteTable("T");
     AddTable("T");
-    EXPECT_EQ(Ask(sql).Left(6), "Query_");
+    EXPECT_EQ(RunQuery(sql).Left(6), "Query_");
 }
 
 TEST_F(DbQueryTest, Reuse_OfAJoinsName_IsAnotherQuery) {
@@ -495,25 +496,25 @@ TEST_F(DbQueryTest, Reuse_OfAJoinsName_IsAnotherQuery) {
 
 TEST_F(DbQueryTest, Reuse_WhereAHostPutAnotherEntryInItsPlace_TakesNoTable) {
     const CString sql = "select n from t where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     AddTable("U");
     const DbTableInfo query = Info(name);
     Info(name) = Info("U");
-    EXPECT_NE(Ask(sql), "U");
+    EXPECT_NE(RunQuery(sql), "U");
     EXPECT_THAT(Rows("U"), SizeIs(5));
     Info(name) = query;
-    EXPECT_EQ(Ask(sql), name);
+    EXPECT_EQ(RunQuery(sql), name);
 }
 
 TEST_F(DbQueryTest, Reuse_WhereTheNameNowIsAnotherTable_FollowsTheName) {
     const CString sql = "select n from t where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     AddTable("U");
     // This deletes the entry of T, and the query has no source.
     m_database.RenameTable("T", "U");
     DbTableData& data = *AddTable("T")->GetData();
     data.DeleteRow(4);
-    EXPECT_EQ(Ask(sql), name);
+    EXPECT_EQ(RunQuery(sql), name);
     EXPECT_EQ(Info(name).GetRelated(), &Info("T"));
     EXPECT_THAT(Rows(name), ElementsAre("4"));
 }
@@ -524,15 +525,15 @@ TEST_F(DbQueryTest, WholeTable_IsAnsweredByTheTable) {
     for (const char* sql :
          {"select * from t", "SELECT n,t,r FROM [T]", "select N, T, R from t", "select distinct * from t",
           "select distinct n,t,r from t", "select * from t where not"}) {
-        EXPECT_EQ(Ask(sql), "T") << sql;
+        EXPECT_EQ(RunQuery(sql), "T") << sql;
     }
     EXPECT_EQ(m_database.GetTablesCount(), 1);
 }
 
 TEST_F(DbQueryTest, WholeTable_OfAQuery_IsThatQuery) {
-    const CString name = Ask("select n from t where n > 3");
-    EXPECT_EQ(Ask("select * from " + name), name);
-    EXPECT_EQ(Ask("select n from " + name), name);
+    const CString name = RunQuery("select n from t where n > 3");
+    EXPECT_EQ(RunQuery("select * from " + name), name);
+    EXPECT_EQ(RunQuery("select n from " + name), name);
 }
 
 TEST_F(DbQueryTest, WholeTable_WithAnythingElse_IsBuilt) {
@@ -540,12 +541,12 @@ TEST_F(DbQueryTest, WholeTable_WithAnythingElse_IsBuilt) {
     for (const char* sql : {"select top 9 * from t", "select top 0 * from t", "select * from t order by n",
                             "select * from t where n > 0", "select n,t from t", "select t,n,r from t",
                             "select n,t,r,n from t", "select * from t,u", "select n,t,r from t top 9"}) {
-        EXPECT_THAT(Ask(sql), testing::Ne("T")) << sql;
+        EXPECT_THAT(RunQuery(sql), testing::Ne("T")) << sql;
     }
 }
 
 TEST_F(DbQueryTest, WholeTable_NamesAreComparedAsWritten) {
-    const CString name = Ask("select [n],[t],r from t");
+    const CString name = RunQuery("select [n],[t],r from t");
     EXPECT_EQ(name, "Query_0") << "brackets make another name";
     EXPECT_THAT(FieldNames(m_database, name), ElementsAre("n", "t", "r"));
     EXPECT_FALSE(Data(name).GetRows()->IsBinded());
@@ -554,10 +555,10 @@ TEST_F(DbQueryTest, WholeTable_NamesAreComparedAsWritten) {
 
 TEST_F(DbQueryTest, WholeTable_WhichItBecame_IsTheTableThen) {
     const CString sql = "select n,t from t";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     EXPECT_EQ(name, "Query_0");
     Info("T").GetDescr()->DeleteField("r");
-    EXPECT_EQ(Ask(sql), "T");
+    EXPECT_EQ(RunQuery(sql), "T");
     Set(0, 9);
     EXPECT_THAT(Rows(name), ElementsAre("9 b", "2 a", "3 B", "4 a", "5 c")) << "the old answer follows, too";
 }
@@ -639,8 +640,8 @@ TEST_F(DbQueryTest, Order_ThousandsOfNames_CostNoMoreThanOne) {
     for (int i = 1; i < Names; ++i) {
         names += ",n";
     }
-    EXPECT_EQ(Data(Ask("select n from t order by " + CString(names))).size(), Count + 5U);
-    EXPECT_EQ(Data(Ask("select distinct " + CString(names) + " from t")).size(), Count / 2U);
+    EXPECT_EQ(Data(RunQuery("select n from t order by " + CString(names))).size(), Count + 5U);
+    EXPECT_EQ(Data(RunQuery("select distinct " + CString(names) + " from t")).size(), Count / 2U);
 }
 
 TEST_F(DbQueryTest, Distinct_LooksAtTheSelectedFieldsAndKnowsCase) {
@@ -665,7 +666,7 @@ TEST_F(DbQueryTest, CopiedCells_KeepValueTypeAndNullFlag) {
     source["t"].SetNull(true);
     source["r"].GetVariant() = NullVariant();
     source.SetChanged();
-    const DbTableRow& row = Data(Ask("select r,t,n from t where n = 2"))[0];
+    const DbTableRow& row = Data(RunQuery("select r,t,n from t where n = 2"))[0];
     EXPECT_EQ(row[0].GetType(), VT_NULL);
     EXPECT_TRUE(row[1].IsNull());
     EXPECT_EQ(TextOf(row[1].GetVariant()), "a");
@@ -676,11 +677,11 @@ TEST_F(DbQueryTest, CopiedCells_KeepValueTypeAndNullFlag) {
 TEST_F(DbQueryTest, SeveralTables_TheFirstIsSearchedAndTheAnswerIsComputedEachTime) {
     AddTable("U");
     const CString sql = "select n from t,u where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     EXPECT_EQ(Info(name).GetRelated(), &Info("T"));
     EXPECT_THAT(Rows(name), ElementsAre("4", "5"));
     Data(name)[0].SetValue("n", Long(77));
-    EXPECT_EQ(Ask(sql), name);
+    EXPECT_EQ(RunQuery(sql), name);
     EXPECT_THAT(Rows(name), ElementsAre("4", "5"));
     Info("U").GetDescr()->DeleteField("n");
     EXPECT_TRUE(Fails(sql));
@@ -690,7 +691,7 @@ TEST_F(DbQueryTest, SeveralTables_TheFirstIsSearchedAndTheAnswerIsComputedEachTi
 // ---- Rows of a "*" answer
 
 TEST_F(DbQueryTest, Star_RowsAreThoseOfTheTable) {
-    const CString name = Ask("select * from t where n > 3 order by n desc");
+    const CString name = RunQuery("select * from t where n > 3 order by n desc");
     DbTableData& answer = Data(name);
     EXPECT_TRUE(answer.GetRows()->IsBinded());
     ASSERT_EQ(answer.size(), 2U);
@@ -701,7 +702,7 @@ TEST_F(DbQueryTest, Star_RowsAreThoseOfTheTable) {
 }
 
 TEST_F(DbQueryTest, Star_EditsAreSeenInBoth) {
-    const CString name = Ask("select * from t where n > 3");
+    const CString name = RunQuery("select * from t where n > 3");
     DbTableData& answer = Data(name);
     answer[0].SetValue("t", CComVariant("new"));
     EXPECT_EQ(Rows("T")[3], "4 new 2.5");
@@ -714,7 +715,7 @@ TEST_F(DbQueryTest, Star_EditsAreSeenInBoth) {
 }
 
 TEST_F(DbQueryTest, Star_RowsThatAreAdded_StandInTheTable) {
-    const CString name = Ask("select * from t where n > 3");
+    const CString name = RunQuery("select * from t where n > 3");
     DbTableData& answer = Data(name);
     ASSERT_EQ(answer.AddRow(), 2U);
     answer[2].SetValue("n", Long(6));
@@ -728,7 +729,7 @@ TEST_F(DbQueryTest, Star_RowsThatAreAdded_StandInTheTable) {
 }
 
 TEST_F(DbQueryTest, Star_RowsOfTheTableThatAreDeleted_AreNotTouchedAnyMore) {
-    const CString name = Ask("select * from t where n > 3");
+    const CString name = RunQuery("select * from t where n > 3");
     DbTableData& answer = Data(name);
     Data("T").DeleteRow(4);
     EXPECT_THAT(RowsOf(answer), ElementsAre("4 a 2.5", "no row"));
@@ -742,7 +743,7 @@ TEST_F(DbQueryTest, Star_RowsOfTheTableThatAreDeleted_AreNotTouchedAnyMore) {
 }
 
 TEST_F(DbQueryTest, Star_RowThatIsDeletedInTheAnswer_IsGoneFromTheTable) {
-    const CString name = Ask("select * from t where n > 3");
+    const CString name = RunQuery("select * from t where n > 3");
     Data(name).DeleteRow(0);
     EXPECT_THAT(Rows("T"), ElementsAre("1 b 0.5", "2 a 1.5", "3 B 0.5", "5 c 1.5"));
     EXPECT_THAT(Rows(name), ElementsAre("5 c 1.5"));
@@ -767,7 +768,7 @@ TEST_F(DbQueryTest, Star_OfATableWithTwoFieldsOfOneName_HasBoth) {
     EXPECT_THAT(RowsOf(*database, upper), ElementsAre("2"));
 }
 
-// ---- In step with the table
+// ---- Up to date with the table
 
 // How a query follows what happens to its table, when its data is asked for.
 class DbQueryFollows : public DbQueryTest, public testing::WithParamInterface<const char*> {
@@ -779,11 +780,11 @@ protected:
         EXPECT_EQ(Rows(m_top), lower);
         return lower;
     }
-    void AskAll() {
+    void RunAllQueries() {
         Info("T").GetDescr()->DeleteField("r");
-        m_lower = Ask(CString("select ") + GetParam() + " from t where n > 3");
-        m_upper = Ask(CString("select ") + GetParam() + " from " + m_lower + " where n > 0");
-        m_top = Ask(CString("select ") + GetParam() + " from " + m_upper + " order by n");
+        m_lower = RunQuery(CString("select ") + GetParam() + " from t where n > 3");
+        m_upper = RunQuery(CString("select ") + GetParam() + " from " + m_lower + " where n > 0");
+        m_top = RunQuery(CString("select ") + GetParam() + " from " + m_upper + " order by n");
     }
     CString m_lower;
     CString m_upper;
@@ -797,7 +798,7 @@ std::string ListName(const testing::TestParamInfo<const char*>& info) {
 INSTANTIATE_TEST_SUITE_P(, DbQueryFollows, testing::Values("*", "n,t"), ListName);
 
 TEST_P(DbQueryFollows, Edits) {
-    AskAll();
+    RunAllQueries();
     EXPECT_THAT(All(), ElementsAre("4 a", "5 c"));
     Set(4, 1);
     EXPECT_THAT(All(), ElementsAre("4 a"));
@@ -806,7 +807,7 @@ TEST_P(DbQueryFollows, Edits) {
 }
 
 TEST_P(DbQueryFollows, RowsAddedAndDeleted) {
-    AskAll();
+    RunAllQueries();
     DbTableData& table = Data("T");
     table[table.AddRow()].SetValue("n", Long(6));
     EXPECT_THAT(All(), ElementsAre("4 a", "5 c", "6 "));
@@ -821,7 +822,7 @@ TEST_P(DbQueryFollows, RowsAddedAndDeleted) {
 }
 
 TEST_P(DbQueryFollows, TheUpperFirst) {
-    AskAll();
+    RunAllQueries();
     Set(0, 9);
     EXPECT_THAT(Rows(m_top), ElementsAre("4 a", "5 c", "9 b"));
     EXPECT_THAT(Rows(m_upper), ElementsAre("9 b", "4 a", "5 c"));
@@ -829,22 +830,22 @@ TEST_P(DbQueryFollows, TheUpperFirst) {
 }
 
 TEST_P(DbQueryFollows, TheLowerAlone_DoesNotLeaveTheUpperBehind) {
-    AskAll();
+    RunAllQueries();
     Set(4, 1);
     EXPECT_THAT(Rows(m_lower), ElementsAre("4 a"));
     EXPECT_THAT(Rows(m_top), ElementsAre("4 a"));
     Set(4, 7);
     EXPECT_THAT(Rows(m_upper), ElementsAre("4 a", "7 c"));
-    EXPECT_EQ(Ask(Info(m_top).GetSql()), m_top);
+    EXPECT_EQ(RunQuery(Info(m_top).GetSql()), m_top);
     EXPECT_THAT(Rows(m_top), ElementsAre("4 a", "7 c"));
     Set(4, 8);
-    EXPECT_EQ(Ask(Info(m_lower).GetSql()), m_lower);
-    EXPECT_EQ(Ask(Info(m_top).GetSql()), m_top);
+    EXPECT_EQ(RunQuery(Info(m_lower).GetSql()), m_lower);
+    EXPECT_EQ(RunQuery(Info(m_top).GetSql()), m_top);
     EXPECT_THAT(RowsOf(*Info(m_top).GetData()), ElementsAre("4 a", "8 c"));
 }
 
 TEST_P(DbQueryFollows, FieldsAddedAndDeleted) {
-    AskAll();
+    RunAllQueries();
     DbTableDescr& descr = *Info("T").GetDescr();
     descr.DeleteField("t");
     descr.CreateField("T", false, DbFieldDescr::Long);
@@ -858,7 +859,7 @@ TEST_P(DbQueryFollows, FieldsAddedAndDeleted) {
 }
 
 TEST_P(DbQueryFollows, FieldsOfATableWithoutRows) {
-    AskAll();
+    RunAllQueries();
     while (Data("T").size() > 0) {
         Data("T").DeleteRow(0);
     }
@@ -869,7 +870,7 @@ TEST_P(DbQueryFollows, FieldsOfATableWithoutRows) {
 }
 
 TEST_P(DbQueryFollows, Clearing) {
-    AskAll();
+    RunAllQueries();
     DbTableData* const held = &Data(m_top);
     m_database.ClearTable("T");
     RowsOf(*held);
@@ -891,7 +892,7 @@ TEST_P(DbQueryFollows, Clearing) {
 }
 
 TEST_P(DbQueryFollows, ClearingOfTheLower) {
-    AskAll();
+    RunAllQueries();
     DbTableData* const held = &Data(m_top);
     m_database.ClearTable(m_lower);
     RowsOf(*held);
@@ -904,7 +905,7 @@ TEST_P(DbQueryFollows, ClearingOfTheLower) {
 }
 
 TEST_P(DbQueryFollows, RenamingOfTheTable_KeepsTheRows) {
-    AskAll();
+    RunAllQueries();
     ASSERT_TRUE(m_database.RenameTable("T", "U"));
     TakeLog(m_database);
     EXPECT_THAT(All(), ElementsAre("4 a", "5 c"));
@@ -914,7 +915,7 @@ TEST_P(DbQueryFollows, RenamingOfTheTable_KeepsTheRows) {
 }
 
 TEST_P(DbQueryFollows, RenamingOfTheTable_AndAnotherOfItsName_FollowsTheName) {
-    AskAll();
+    RunAllQueries();
     m_database.RenameTable("T", "U");
     AddTable("T");
     Info("T").GetDescr()->DeleteField("r");
@@ -929,7 +930,7 @@ TEST_P(DbQueryFollows, RenamingOfTheTable_AndAnotherOfItsName_FollowsTheName) {
 }
 
 TEST_P(DbQueryFollows, RenamingOfTheLower_KeepsTheRows) {
-    AskAll();
+    RunAllQueries();
     ASSERT_TRUE(m_database.RenameTable(m_lower, "Mine"));
     EXPECT_THAT(Rows(m_top), ElementsAre("4 a", "5 c"));
     Set(0, 9);
@@ -939,14 +940,14 @@ TEST_P(DbQueryFollows, RenamingOfTheLower_KeepsTheRows) {
 }
 
 TEST_P(DbQueryFollows, DroppingOfTheTable_DropsThem) {
-    AskAll();
+    RunAllQueries();
     m_database.DeleteTable("T");
     EXPECT_EQ(m_database.GetTablesCount(), 0);
     EXPECT_TRUE(Fails("select n from " + m_lower));
 }
 
 TEST_P(DbQueryFollows, DroppingOfTheMiddle_LeavesTheLower) {
-    AskAll();
+    RunAllQueries();
     m_database.DeleteTable(m_upper);
     EXPECT_FALSE(m_database.IsTable(m_top));
     Set(0, 9);
@@ -955,7 +956,7 @@ TEST_P(DbQueryFollows, DroppingOfTheMiddle_LeavesTheLower) {
 
 TEST_P(DbQueryFollows, BeforeSaving) {
     TemporaryFolder folder;
-    AskAll();
+    RunAllQueries();
     Set(0, 9);
     DbTableData& held = *Info(m_top).GetData();
     EXPECT_TRUE(m_database.Save(CString(Utf8(folder / "saved.xml"))));
@@ -964,18 +965,18 @@ TEST_P(DbQueryFollows, BeforeSaving) {
 }
 
 TEST_P(DbQueryFollows, WhileInStep_NothingIsAsked) {
-    AskAll();
+    RunAllQueries();
     All();
     DbTableRow* const row = Data(m_top).GetRow(0);
-    EXPECT_EQ(Asked([&] { All(); }), 0);
+    EXPECT_EQ(QueriesRun([&] { All(); }), 0);
     EXPECT_EQ(Data(m_top).GetRow(0), row);
     Set(4, 6);
-    EXPECT_EQ(Asked([&] { Rows(m_top); }), 3) << "each of the three once";
-    EXPECT_EQ(Asked([&] { All(); }), 0);
+    EXPECT_EQ(QueriesRun([&] { Rows(m_top); }), 3) << "each of the three once";
+    EXPECT_EQ(QueriesRun([&] { All(); }), 0);
 }
 
 TEST_P(DbQueryFollows, EveryAnswerOfQueriesOverQueries_StandsOnAllBelow) {
-    AskAll();
+    RunAllQueries();
     EXPECT_TRUE(Info(m_top).IsRelatedWith(&Info(m_upper)));
     EXPECT_TRUE(Info(m_top).IsRelatedWith(&Info(m_lower)));
     EXPECT_TRUE(Info(m_top).IsRelatedWith(&Info("T")));
@@ -983,8 +984,8 @@ TEST_P(DbQueryFollows, EveryAnswerOfQueriesOverQueries_StandsOnAllBelow) {
 }
 
 TEST_F(DbQueryTest, DeletedFieldThatAQueryAsksFor_LeavesTheRowsThatItHas) {
-    const CString copied = Ask("select n,t from t where n > 3");
-    const CString bound = Ask("select * from t where n > 3");
+    const CString copied = RunQuery("select n,t from t where n > 3");
+    const CString bound = RunQuery("select * from t where n > 3");
     Info("T").GetDescr()->DeleteField("n");
     TakeLog(m_database);
     EXPECT_THAT(Rows(copied), ElementsAre("4 a", "5 c"));
@@ -994,8 +995,8 @@ TEST_F(DbQueryTest, DeletedFieldThatAQueryAsksFor_LeavesTheRowsThatItHas) {
 }
 
 TEST_F(DbQueryTest, StarOverStar_RowsThatAreAdded_StandInTheTable) {
-    const CString lower = Ask("select * from t where n > 3");
-    const CString upper = Ask("select * from " + lower + " where n > 4");
+    const CString lower = RunQuery("select * from t where n > 3");
+    const CString upper = RunQuery("select * from " + lower + " where n > 4");
     DbTableData& held = Data(upper);
     EXPECT_EQ(held.GetRow(0), Data("T").GetRow(4));
     // The lower one is answered anew meanwhile; holders of the upper one do not notice.
@@ -1013,8 +1014,8 @@ TEST_F(DbQueryTest, StarOverStar_RowsThatAreAdded_StandInTheTable) {
 }
 
 TEST_F(DbQueryTest, StarOverList_SharesTheRowsOfTheList) {
-    const CString lower = Ask("select t,n from t where n > 3");
-    const CString upper = Ask("select * from " + lower + " where n > 4");
+    const CString lower = RunQuery("select t,n from t where n > 3");
+    const CString upper = RunQuery("select * from " + lower + " where n > 4");
     EXPECT_EQ(Data(upper).GetRow(0), Data(lower).GetRow(1));
     Set(4, 44);
     EXPECT_THAT(Rows(upper), ElementsAre("c 44"));
@@ -1023,17 +1024,17 @@ TEST_F(DbQueryTest, StarOverList_SharesTheRowsOfTheList) {
 }
 
 TEST_F(DbQueryTest, ListOverStar_SelectsOutOfTheRowsOfTheTable) {
-    const CString lower = Ask("select * from t where n > 3 order by n desc");
+    const CString lower = RunQuery("select * from t where n > 3 order by n desc");
     EXPECT_THAT(Answer("select r,n from " + lower + " where t = 'a' or t = 'c'"),
                 ElementsAre("1.5 5", "2.5 4"));
 }
 
-// ---- What is no change
+// ---- Calls that change nothing
 
 TEST_F(DbQueryTest, Queries_AreNoChange) {
-    const CString name = Ask("select n from t where n > 3");
-    Ask("select * from " + name + " where n > 4");
-    Ask("select distinct top 2 t from t order by t");
+    const CString name = RunQuery("select n from t where n > 3");
+    RunQuery("select * from " + name + " where n > 4");
+    RunQuery("select distinct top 2 t from t order by t");
     m_database.VerifySQL("select n from t where n > 2");
     EXPECT_FALSE(m_database.IsChanged());
     Set(0, 9);
@@ -1065,8 +1066,8 @@ TEST_F(DbQueryTest, SavedFile_HoldsNoQuery) {
     const CString path(Utf8(folder / "saved.xml"));
     m_database.Create(path);
     AddTable("T");
-    Ask("select n from t where n > 3");
-    Ask("select * from t where n > 3");
+    RunQuery("select n from t where n > 3");
+    RunQuery("select * from t where n > 3");
     AddTable("U");
     EXPECT_TRUE(m_database.Save(path));
     EXPECT_THAT(ReadBytes(folder / "saved.xml"), Not(HasSubstr("Query")));
@@ -1074,7 +1075,7 @@ TEST_F(DbQueryTest, SavedFile_HoldsNoQuery) {
     EXPECT_EQ(copy.GetTablesCount(), 4);
 }
 
-// ---- Rows that still stand in the file
+// ---- Rows not yet read from the file
 
 TEST_F(DbQueryTest, Sequential_QueryReadsItsTableAndNoLaterOne) {
     TemporaryFolder folder;
@@ -1130,7 +1131,7 @@ TEST_F(DbQueryTest, Sequential_HostsOwnQueryOverUnreadRows_SurvivesWhatIsReadWit
     database->Sync();
 }
 
-// ---- Queries that the host makes itself
+// ---- Queries created by the host
 
 TEST_F(DbQueryTest, HostsOwnQuery_IsFilledWhenItsDataIsAskedFor) {
     DbTableInfo* const table = &Info("T");
@@ -1138,9 +1139,9 @@ TEST_F(DbQueryTest, HostsOwnQuery_IsFilledWhenItsDataIsAskedFor) {
     m_database.CreateTable("All", DbTableInfo::Query, "select * from t", table);
     EXPECT_THAT(Rows("Some"), ElementsAre("4", "5"));
     EXPECT_THAT(Rows("All"), SizeIs(5));
-    EXPECT_EQ(Asked([&] { Rows("All"); }), 0);
-    EXPECT_EQ(Ask("select n from t where n > 3"), "Some");
-    EXPECT_EQ(Ask("select * from t"), "All") << "asked before";
+    EXPECT_EQ(QueriesRun([&] { Rows("All"); }), 0);
+    EXPECT_EQ(RunQuery("select n from t where n > 3"), "Some");
+    EXPECT_EQ(RunQuery("select * from t"), "All") << "asked before";
     EXPECT_THAT(TakeLog(m_database), Not(testing::Contains(HasSubstr("stands on itself"))));
 }
 
@@ -1185,18 +1186,18 @@ TEST_F(DbQueryTest, HostsOwnQueries_ThatCantBeAnswered_CostOneTryEach) {
         Info(name).SetSyncStamp(-1);
         below = name;
     }
-    EXPECT_EQ(Asked([&] { Rows(below); }), Count);
+    EXPECT_EQ(QueriesRun([&] { Rows(below); }), Count);
     TemporaryFolder folder;
-    EXPECT_EQ(Asked([&] { m_database.Save(CString(Utf8(folder / "saved.xml"))); }), Count);
+    EXPECT_EQ(QueriesRun([&] { m_database.Save(CString(Utf8(folder / "saved.xml"))); }), Count);
 }
 
-// ---- Queries that would stand on themselves
+// ---- Circular queries
 
 constexpr const char* StandsOnItself = "stands on itself, or on too many other queries";
 
 TEST_F(DbQueryTest, Cycle_QueryRenamedToItsOwnTable_IsRefused) {
     const CString sql = "select * from t where n > 3";
-    const CString name = Ask(sql);
+    const CString name = RunQuery(sql);
     m_database.RenameTable("T", "U");
     m_database.RenameTable(name, "T");
     TakeLog(m_database);
@@ -1209,8 +1210,8 @@ TEST_F(DbQueryTest, Cycle_QueryRenamedToItsOwnTable_IsRefused) {
 }
 
 TEST_F(DbQueryTest, Cycle_TwoQueriesThatSwapTheirNames_AreRefused) {
-    const CString lower = Ask("select n from t where n > 2");
-    const CString upper = Ask("select n from " + lower + " where n > 3");
+    const CString lower = RunQuery("select n from t where n > 2");
+    const CString upper = RunQuery("select n from " + lower + " where n > 3");
     const CString lowerSql = Info(lower).GetSql();
     const CString upperSql = Info(upper).GetSql();
     // Now the lower one has the table's name, which its own text refers to.
@@ -1232,8 +1233,8 @@ TEST_F(DbQueryTest, Cycle_TwoQueriesThatSwapTheirNames_AreRefused) {
 }
 
 TEST_F(DbQueryTest, Cycle_ThroughALaterFromTable_EndsAndFails) {
-    const CString first = Ask("select n from t where n > 2");
-    const CString second = Ask("select n from t," + first + " where n > 3");
+    const CString first = RunQuery("select n from t where n > 2");
+    const CString second = RunQuery("select n from t," + first + " where n > 3");
     m_database.RenameTable(second, "Other");
     m_database.RenameTable(first, second);
     m_database.RenameTable("Other", first);
@@ -1248,7 +1249,7 @@ TEST_F(DbQueryTest, Cycle_ThroughALaterFromTable_EndsAndFails) {
 
 TEST_F(DbQueryTest, HostsFilters_OnAnAnswer_OutliveItsRefresh) {
     for (const char* list : {"*", "n,t"}) {
-        const CString name = Ask(CString("select ") + list + " from T where n > 0");
+        const CString name = RunQuery(CString("select ") + list + " from T where n > 0");
         parser::QueryAnalysisParams params;
         ASSERT_TRUE(m_database.AnalyzeSQL("select n from " + name + " where n > 1", &params));
         const DbFilter* const own = Info(name).GetDescr()->AddFilter("t", "=", "'A'");
@@ -1276,7 +1277,7 @@ TEST_F(DbQueryTest, HostsFilters_OnAJoin_OutliveItsFillingAnew) {
     EXPECT_TRUE(own->value());
 }
 
-// ---- Many over each other
+// ---- Many nested queries
 
 class DbQueryTower : public DbQueryTest, public testing::WithParamInterface<const char*> {};
 
@@ -1286,17 +1287,17 @@ TEST_P(DbQueryTower, Hundreds_FollowTheTable) {
     constexpr int Count = 400;
     CString name = "T";
     for (int i = 0; i < Count; ++i) {
-        name = Ask(CString("select ") + GetParam() + " from " + name + " where n > 3");
+        name = RunQuery(CString("select ") + GetParam() + " from " + name + " where n > 3");
     }
     EXPECT_THAT(Rows(name), SizeIs(2));
     Set(0, 9);
-    EXPECT_EQ(Asked([&] { EXPECT_THAT(Rows(name), SizeIs(3)); }), Count);
+    EXPECT_EQ(QueriesRun([&] { EXPECT_THAT(Rows(name), SizeIs(3)); }), Count);
     Set(1, 9);
     TemporaryFolder folder;
-    EXPECT_EQ(Asked([&] { EXPECT_TRUE(m_database.Save(CString(Utf8(folder / "saved.xml")))); }), Count);
+    EXPECT_EQ(QueriesRun([&] { EXPECT_TRUE(m_database.Save(CString(Utf8(folder / "saved.xml")))); }), Count);
     EXPECT_THAT(RowsOf(*Info(name).GetData()), SizeIs(4));
     Set(2, 9);
-    EXPECT_EQ(Ask(Info(name).GetSql()), name);
+    EXPECT_EQ(RunQuery(Info(name).GetSql()), name);
     EXPECT_THAT(RowsOf(*Info(name).GetData()), SizeIs(5));
     m_database.DeleteTable("T");
     EXPECT_EQ(m_database.GetTablesCount(), 2) << "header and properties";
@@ -1308,14 +1309,14 @@ TEST_P(DbQueryTower, Thousands_AreAnsweredAndFollow) {
     constexpr int Times = 500;
     CString name = "T";
     for (int level = 0; level < Count; ++level) {
-        name = Ask(CString("select ") + GetParam() + " from " + name + " where n > 3");
+        name = RunQuery(CString("select ") + GetParam() + " from " + name + " where n > 3");
     }
     for (int i = 0; i < Edits; ++i) {
         Set(0, i + 1);
         EXPECT_THAT(Rows(name), SizeIs(i < 3 ? 2 : 3));
         TakeLog(m_database);
     }
-    EXPECT_EQ(Asked([&] {
+    EXPECT_EQ(QueriesRun([&] {
                   for (int i = 0; i < Times; ++i) {
                       Data(name);
                   }
@@ -1333,8 +1334,8 @@ TEST_F(DbQueryTest, Thousands_OfDifferentQueries_AreAnsweredAndFound) {
     for (int i = 0; i < Count; ++i) {
         CString sql;
         sql.Format("select n,t from t where n > %d", i);
-        const CString name = Ask(sql);
-        EXPECT_EQ(Ask(sql), name);
+        const CString name = RunQuery(sql);
+        EXPECT_EQ(RunQuery(sql), name);
         TakeLog(m_database);
     }
     m_database.DeleteTable("T");
@@ -1343,9 +1344,9 @@ TEST_F(DbQueryTest, Thousands_OfDifferentQueries_AreAnsweredAndFound) {
 
 TEST_F(DbQueryTest, Hundreds_ThroughLaterFromTables_AreRefusedAtADepth) {
     constexpr int Count = 400;
-    CString name = Ask("select n from t where n > 3");
+    CString name = RunQuery("select n from t where n > 3");
     for (int i = 0; i < Count; ++i) {
-        name = Ask("select n from t," + name + " where n > 3");
+        name = RunQuery("select n from t," + name + " where n > 3");
     }
     Set(0, 9);
     TakeLog(m_database);

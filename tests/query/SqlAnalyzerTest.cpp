@@ -446,7 +446,7 @@ TEST_F(DbSqlAnalyzerTest, Lines_PercentSignsAndZeros_AreText) {
     EXPECT_EQ(m_params->conditions.back(), CString("b = ") + literal);
 }
 
-// ---- How long filters live
+// ---- Lifetime of filters
 
 TEST_F(DbSqlAnalyzerTest, Filters_OfAnAnalysis_StayUntilTheyAreCleared) {
     EXPECT_TRUE(Analyze("select a from t where a > 1 and e < 3"));

@@ -39,58 +39,59 @@ public:
             throw std::runtime_error("There is no XML parser");
         }
         m_object.Attach(static_cast<IDispatch*>(made));
-        Put("async", CComVariant(false));
+        PutProperty("async", CComVariant(false));
     }
 
     IDispatch* Automation() const { return m_object.Get(); }
     // The root element; null while there is none.
-    CComPtr<IDispatch> Element() const { return Call("documentElement").Object(); }
-    std::string Xml() const { return Call("xml").Text(); }
+    CComPtr<IDispatch> Element() const { return Invoke("documentElement").Object(); }
+    std::string Xml() const { return Invoke("xml").Text(); }
 
     // A new element as the last child of parent.
     CComPtr<IDispatch> Append(IDispatch* parent, const char* name) const {
-        const auto made = Call("createElement", {CComVariant(name)}).Object();
-        return Checked(Ask(parent, "appendChild", {CComVariant(made.Get())}), "appendChild").Object();
+        const auto made = Invoke("createElement", {CComVariant(name)}).Object();
+        return Checked(InvokeByName(parent, "appendChild", {CComVariant(made.Get())}), "appendChild")
+            .Object();
     }
     CComPtr<IDispatch> AppendRoot() const { return Append(m_object.Get(), "t"); }
     void AppendDeclaration() const {
-        const auto made = Call("createProcessingInstruction",
-                               {CComVariant("xml"), CComVariant("version='1.0' encoding='UTF-8'")})
+        const auto made = Invoke("createProcessingInstruction",
+                                 {CComVariant("xml"), CComVariant("version='1.0' encoding='UTF-8'")})
                               .Object();
-        Call("appendChild", {CComVariant(made.Get())});
+        Invoke("appendChild", {CComVariant(made.Get())});
     }
 
-    void KeepBlanks() const { Put("preserveWhiteSpace", CComVariant(true)); }
+    void KeepBlanks() const { PutProperty("preserveWhiteSpace", CComVariant(true)); }
     // The root element of the text.
     CComPtr<IDispatch> Load(const std::string& text) const {
-        RequireTrue(Call("loadXML", {CComVariant(CString(text))}));
+        RequireTrue(Invoke("loadXML", {CComVariant(CString(text))}));
         return Element();
     }
     CComPtr<IDispatch> LoadFile(const std::filesystem::path& path) const {
-        RequireTrue(Call("load", {CComVariant(CString(Utf8(path)))}));
+        RequireTrue(Invoke("load", {CComVariant(CString(Utf8(path)))}));
         return Element();
     }
     void SaveFile(const std::filesystem::path& path) const {
-        Call("save", {CComVariant(CString(Utf8(path)))});
+        Invoke("save", {CComVariant(CString(Utf8(path)))});
     }
 
 private:
-    static Answer Checked(const Answer& answer, const char* name) {
+    static InvokeResult Checked(const InvokeResult& answer, const char* name) {
         if (!answer.Succeeded()) {
             throw std::runtime_error(std::string("The XML parser refused ") + name);
         }
         return answer;
     }
-    static void RequireTrue(const Answer& answer) {
+    static void RequireTrue(const InvokeResult& answer) {
         if (answer.m_value.vt != VT_BOOL || answer.m_value.boolVal == VARIANT_FALSE) {
             throw std::runtime_error("The XML parser could not load");
         }
     }
-    Answer Call(const char* name, std::vector<CComVariant> arguments = {}) const {
-        return Checked(Ask(m_object.Get(), name, std::move(arguments)), name);
+    InvokeResult Invoke(const char* name, std::vector<CComVariant> arguments = {}) const {
+        return Checked(InvokeByName(m_object.Get(), name, std::move(arguments)), name);
     }
-    void Put(const char* name, const CComVariant& value) const {
-        Checked(Ask(m_object.Get(), name, {value}, DISPATCH_PROPERTYPUT), name);
+    void PutProperty(const char* name, const CComVariant& value) const {
+        Checked(InvokeByName(m_object.Get(), name, {value}, DISPATCH_PROPERTYPUT), name);
     }
 
     CComPtr<IDispatch> m_object;
@@ -100,29 +101,30 @@ private:
 // value and the attributes in their order. Values are quoted as in C++.
 inline std::string Outline(IDispatch* node, const std::string& indent = {}) {
     const auto printed = [](IDispatch* object) {
-        const Answer name = Ask(object, "nodeName");
-        const Answer value = Ask(object, "nodeValue");
+        const InvokeResult name = InvokeByName(object, "nodeName");
+        const InvokeResult value = InvokeByName(object, "nodeValue");
         return name.Text() + (value.m_value.vt == VT_BSTR ? "=" + testing::PrintToString(value.Text()) : "");
     };
-    std::string text = indent + std::to_string(Ask(node, "nodeType").m_value.lVal) + ' ' + printed(node);
-    if (const auto attributes = Ask(node, "attributes").Object()) {
-        const LONG count = Ask(attributes.Get(), "length").m_value.lVal;
+    std::string text =
+        indent + std::to_string(InvokeByName(node, "nodeType").m_value.lVal) + ' ' + printed(node);
+    if (const auto attributes = InvokeByName(node, "attributes").Object()) {
+        const LONG count = InvokeByName(attributes.Get(), "length").m_value.lVal;
         for (LONG i = 0; i < count; ++i) {
-            text += ' ' + printed(Ask(attributes.Get(), "item", {Long(i)}).Object().Get());
+            text += ' ' + printed(InvokeByName(attributes.Get(), "item", {Long(i)}).Object().Get());
         }
     }
     text += '\n';
-    for (auto child = Ask(node, "firstChild").Object(); child;
-         child = Ask(child.Get(), "nextSibling").Object()) {
+    for (auto child = InvokeByName(node, "firstChild").Object(); child;
+         child = InvokeByName(child.Get(), "nextSibling").Object()) {
         text += Outline(child.Get(), indent + ' ');
     }
     return text;
 }
 
 inline CComPtr<IDispatch> ChildAt(const CComPtr<IDispatch>& node, int position) {
-    auto child = Ask(node.Get(), "firstChild").Object();
+    auto child = InvokeByName(node.Get(), "firstChild").Object();
     for (; position > 0 && child; --position) {
-        child = Ask(child.Get(), "nextSibling").Object();
+        child = InvokeByName(child.Get(), "nextSibling").Object();
     }
     return child;
 }

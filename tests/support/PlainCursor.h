@@ -86,7 +86,7 @@ struct PlainContents {
     }
 
     // The existing rows, each with its position after the cells if that is requested.
-    PlainTable Seen(bool areNumbered) const {
+    PlainTable VisibleRows(bool areNumbered) const {
         PlainTable table;
         table.m_name = m_name;
         table.m_fields = m_fields;
@@ -298,23 +298,23 @@ public:
 
     // What a request for the contents does.
     void RefreshAlone(const Table& table) {
-        Call call;
-        Refresh(table, call);
+        Refreshed refreshed;
+        Refresh(table, refreshed);
     }
 
     bool Verify(const std::string& sql) {
-        Call call;
-        return Analyze(sql, call);
+        Refreshed refreshed;
+        return Analyze(sql, refreshed);
     }
 
     bool Query(const std::string& sql, std::string& name) {
-        Call call;
-        return Ask(sql, nullptr, name, call);
+        Refreshed refreshed;
+        return AnswerQuery(sql, nullptr, name, refreshed);
     }
 
 private:
-    // The queries refreshed by one call.
-    using Call = std::set<const PlainContents*>;
+    // The queries refreshed by one refreshed.
+    using Refreshed = std::set<const PlainContents*>;
 
     static void Touch(PlainContents& table) { table.m_version = ++s_version; }
 
@@ -346,39 +346,40 @@ private:
         return from == std::string::npos ? "" : text.substr(begin, text.find(' ', begin) - begin);
     }
 
-    void Refresh(const Table& table, Call& call) {
+    void Refresh(const Table& table, Refreshed& refreshed) {
         const Table related = table->m_isQuery ? table->m_related.lock() : nullptr;
         if (related == nullptr) {
             return;
         }
-        Refresh(related, call);
-        if (call.insert(table.get()).second && !IsInStep(*table)) {
+        Refresh(related, refreshed);
+        if (refreshed.insert(table.get()).second && !IsInStep(*table)) {
             std::string name;
-            Ask(table->m_sql, table, name, call);
+            AnswerQuery(table->m_sql, table, name, refreshed);
         }
     }
 
-    bool Analyze(const std::string& sql, Call& call) {
+    bool Analyze(const std::string& sql, Refreshed& refreshed) {
         const Table source = Find(SourceOf(sql));
         if (source != nullptr) {
-            Refresh(source, call);
+            Refresh(source, refreshed);
         }
         return IsAnalysed(PlainQuery(sql, TablesOf(source, false)));
     }
 
     static PlainTables TablesOf(const Table& source, bool areNumbered) {
-        return source == nullptr ? PlainTables()
-                                 : PlainTables{{PlainLower(source->m_name), source->Seen(areNumbered)}};
+        return source == nullptr
+                   ? PlainTables()
+                   : PlainTables{{PlainLower(source->m_name), source->VisibleRows(areNumbered)}};
     }
 
-    bool Ask(const std::string& sql, Table answer, std::string& name, Call& call) {
+    bool AnswerQuery(const std::string& sql, Table answer, std::string& name, Refreshed& refreshed) {
         name = "Query_" + std::to_string(m_queries++);
         if (PlainLower(sql).find("select") == std::string::npos) {
             const Table table = Find(PlainTable::Unbracketed(PlainLower(sql)));
             name = table == nullptr ? "" : table->m_name;
             return table != nullptr;
         }
-        if (!Analyze(sql, call)) {
+        if (!Analyze(sql, refreshed)) {
             return false;
         }
         const Table source = Find(SourceOf(sql));
@@ -493,7 +494,7 @@ public:
         return true;
     }
 
-    void LetGo() {
+    void Close() {
         m_table.reset();
         m_index.reset();
         m_name.clear();
@@ -564,7 +565,7 @@ public:
             return false;
         }
         const PlainQuery query("select * from " + m_name + " where " + where,
-                               {{PlainLower(m_name), table->Seen(true)}});
+                               {{PlainLower(m_name), table->VisibleRows(true)}});
         isAnalysed = PlainDatabase::IsAnalysed(query);
         if (!isAnalysed) {
             return false;

@@ -100,7 +100,7 @@ inline CString Units(std::initializer_list<unsigned> units) {
 }
 
 // A call by name, as a script makes it.
-struct Answer {
+struct InvokeResult {
     HRESULT m_result = S_OK;
     CComVariant m_value;
 
@@ -112,9 +112,9 @@ struct Answer {
     std::string Text() const { return TextOf(m_value); }
 };
 
-inline Answer Ask(IDispatch* object, const char* name, std::vector<CComVariant> arguments = {},
-                  WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET) {
-    Answer answer;
+inline InvokeResult InvokeByName(IDispatch* object, const char* name, std::vector<CComVariant> arguments = {},
+                                 WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET) {
+    InvokeResult answer;
     WideString wide(CString(name).View());
     LPOLESTR names[] = {wide.data()};
     DISPID member = DISPID_UNKNOWN;
@@ -140,7 +140,7 @@ public:
     SaveTarget() : m_automation(m_document.Automation()) {
         const xml::Node root = m_document.Root().CreateElement("t");
         m_document.Root().AppendChild(root);
-        m_element = Ask(m_automation.Get(), "documentElement").Object();
+        m_element = InvokeByName(m_automation.Get(), "documentElement").Object();
     }
 
     xml::Document& Document() { return m_document; }
@@ -165,7 +165,7 @@ private:
 inline CComPtr<IDispatch> ElementOf(const std::string& text) {
     xml::Document document;
     EXPECT_TRUE(document.LoadText(text)) << document.Error().m_message;
-    return Ask(document.Automation().Get(), "documentElement").Object();
+    return InvokeByName(document.Automation().Get(), "documentElement").Object();
 }
 
 inline std::vector<CString> Names(std::initializer_list<const char*> names) {

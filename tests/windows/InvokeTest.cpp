@@ -54,7 +54,7 @@ TEST_F(Invoking, NullBehindAReference_IsRefused) {
         reference.vt = static_cast<VARTYPE>(VT_BYREF | type);
         EXPECT_EQ(Invoke(contents, RemoveRowId, {&reference, nullptr, 1, 0}), DISP_E_BADVARTYPE) << type;
     }
-    EXPECT_EQ(Said(contents, "RowsCount"), "3");
+    EXPECT_EQ(ResultText(contents, "RowsCount"), "3");
 }
 
 TEST_F(Invoking, ReferenceOfAnotherType_IsReadAndStaysAsItIs) {
@@ -74,7 +74,7 @@ TEST_F(Invoking, MoreArgumentsThanPlaces_AreRefused) {
     // The second may be left out, but not be another.
     name = 7;
     EXPECT_EQ(Invoke(m_catalog, QueryId, {arguments.data(), &name, 2, 1}), DISP_E_PARAMNOTFOUND);
-    EXPECT_EQ(Said(m_catalog, "TablesCount"), "3");
+    EXPECT_EQ(ResultText(m_catalog, "TablesCount"), "3");
 }
 
 TEST_F(Invoking, TypeThatNoValueHas_IsRefused) {
@@ -88,7 +88,7 @@ TEST_F(Invoking, TypeThatNoValueHas_IsRefused) {
     ofImpossible.vt = VT_BYREF | VT_VARIANT;
     ofImpossible.pvarVal = &impossible;
     const auto contents = Contents("T");
-    const auto cell = Given(Row("T", 0), "FieldByName", {"t"});
+    const auto cell = ObjectFrom(Row("T", 0), "FieldByName", {"t"});
     constexpr DISPID RemoveRowId = 4;
     for (VARIANTARG argument : {VARIANTARG(reference), impossible, VARIANTARG(ofImpossible)}) {
         EXPECT_EQ(Invoke(contents, RemoveRowId, {&argument, nullptr, 1, 0}), DISP_E_BADVARTYPE)
@@ -96,8 +96,8 @@ TEST_F(Invoking, TypeThatNoValueHas_IsRefused) {
         EXPECT_EQ(static_cast<IDbFieldValue*>(cell.Get())->put_Value(argument), DISP_E_BADVARTYPE)
             << argument.vt;
     }
-    EXPECT_EQ(Said(contents, "RowsCount"), "3");
-    EXPECT_EQ(Said(cell, "Value"), "a");
+    EXPECT_EQ(ResultText(contents, "RowsCount"), "3");
+    EXPECT_EQ(ResultText(cell, "Value"), "a");
 }
 
 TEST_F(Invoking, QueryThatFails_LeavesTheVariableAsItIs) {
@@ -106,7 +106,7 @@ TEST_F(Invoking, QueryThatFails_LeavesTheVariableAsItIs) {
         CComVariant reference;
         reference.vt = VT_BYREF | VT_VARIANT;
         reference.pvarVal = &variable;
-        EXPECT_EQ(Said(m_catalog, "Query", {"nonsense", reference}), "0");
+        EXPECT_EQ(ResultText(m_catalog, "Query", {"nonsense", reference}), "0");
         EXPECT_EQ(variable.vt, before.vt);
         EXPECT_EQ(variable, before);
     }
@@ -120,7 +120,7 @@ TEST_F(Invoking, VariableThatStandsForAText_ReceivesTheNameThere) {
     CComVariant reference;
     reference.vt = VT_BYREF | VT_VARIANT;
     reference.pvarVal = &variable;
-    EXPECT_EQ(Said(m_catalog, "Query", {"select t from T where n = 1", reference}), "-1");
+    EXPECT_EQ(ResultText(m_catalog, "Query", {"select t from T where n = 1", reference}), "-1");
     EXPECT_EQ(variable.vt, VT_BYREF | VT_BSTR);
     EXPECT_EQ(CString(text).ToUtf8().substr(0, 6), "Query_");
     SysFreeString(text);
@@ -135,15 +135,15 @@ TEST_F(Invoking, WrongArgument_IsNamedByItsPosition) {
 }
 
 TEST_F(Invoking, ValueIsPutAsAReference_IsPutAllTheSame) {
-    const auto cell = Given(Row("T", 0), "FieldByName", {"t"});
+    const auto cell = ObjectFrom(Row("T", 0), "FieldByName", {"t"});
     CComVariant value("by reference");
     DISPID put = DISPID_PROPERTYPUT;
     EXPECT_EQ(Invoke(cell, 1, {&value, &put, 1, 1}, DISPATCH_PROPERTYPUTREF), S_OK);
-    EXPECT_EQ(Said(cell, "Value"), "by reference");
+    EXPECT_EQ(ResultText(cell, "Value"), "by reference");
     // Hosts that don't name it mean it too.
     value = CComVariant("unnamed");
     EXPECT_EQ(Invoke(cell, 1, {&value, nullptr, 1, 0}, DISPATCH_PROPERTYPUT), S_OK);
-    EXPECT_EQ(Said(cell, "Value"), "unnamed");
+    EXPECT_EQ(ResultText(cell, "Value"), "unnamed");
 }
 
 TEST_F(Invoking, NamesWithoutAPlace_AreRefused) {
@@ -169,7 +169,7 @@ TEST_F(Invoking, FailureWithoutARecordForIt_IsStillAFailure) {
     CComVariant path("Z:\\none.xml");
     DISPID put = DISPID_PROPERTYPUT;
     DISPPARAMS parameters{&path, &put, 1, 1};
-    EXPECT_EQ(Given(m_catalog, "Source")
+    EXPECT_EQ(ObjectFrom(m_catalog, "Source")
                   ->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT, &parameters, nullptr,
                            nullptr, nullptr),
               DISP_E_EXCEPTION);

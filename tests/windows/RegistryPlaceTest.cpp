@@ -59,7 +59,7 @@ private:
     alignas(SECURITY_DESCRIPTOR) std::array<BYTE, 4096> m_before{};
 };
 
-HRESULT Call(const char* entryPoint) {
+HRESULT CallEntryPoint(const char* entryPoint) {
     return EntryPoint<HRESULT STDAPICALLTYPE()>(entryPoint)();
 }
 
@@ -68,12 +68,12 @@ TEST(RegistryPlace, WithoutAdministratorsRights_IsTheCurrentUsers) {
         GTEST_SKIP() << "The rights of this process can't be taken away";
     }
     const WithoutRights rights;
-    EXPECT_EQ(Call("DllRegisterServer"), S_OK);
+    EXPECT_EQ(CallEntryPoint("DllRegisterServer"), S_OK);
     for (const WCHAR* const path : Registered) {
         EXPECT_TRUE(IsThere(HKEY_CURRENT_USER, path)) << CString(path);
         EXPECT_FALSE(IsThere(HKEY_LOCAL_MACHINE, path)) << CString(path);
     }
-    EXPECT_EQ(Call("DllUnregisterServer"), S_OK);
+    EXPECT_EQ(CallEntryPoint("DllUnregisterServer"), S_OK);
     for (const WCHAR* const path : Registered) {
         EXPECT_FALSE(IsThere(HKEY_CURRENT_USER, path)) << CString(path);
     }

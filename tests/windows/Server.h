@@ -48,9 +48,9 @@ inline CComPtr<IDispatch> NewObject(REFCLSID classId) {
 }
 
 // A member's result as text: the value, "nothing" for no object, "object" for one, "failed" for a failure.
-inline std::string Said(const CComPtr<IDispatch>& object, const char* member,
-                        std::vector<CComVariant> arguments = {}) {
-    Answer answer = Ask(object.Get(), member, std::move(arguments));
+inline std::string ResultText(const CComPtr<IDispatch>& object, const char* member,
+                              std::vector<CComVariant> arguments = {}) {
+    InvokeResult answer = InvokeByName(object.Get(), member, std::move(arguments));
     if (!answer.Succeeded()) {
         return "failed";
     }
@@ -61,22 +61,22 @@ inline std::string Said(const CComPtr<IDispatch>& object, const char* member,
 }
 
 // The object that a member gives; null, with a test failure, if the call fails.
-inline CComPtr<IDispatch> Given(const CComPtr<IDispatch>& object, const char* member,
-                                std::vector<CComVariant> arguments = {}) {
-    const Answer answer = Ask(object.Get(), member, std::move(arguments));
+inline CComPtr<IDispatch> ObjectFrom(const CComPtr<IDispatch>& object, const char* member,
+                                     std::vector<CComVariant> arguments = {}) {
+    const InvokeResult answer = InvokeByName(object.Get(), member, std::move(arguments));
     EXPECT_EQ(answer.m_result, S_OK) << member;
     return answer.Object();
 }
 
-inline HRESULT Put(const CComPtr<IDispatch>& object, const char* member, const CComVariant& value) {
-    return Ask(object.Get(), member, {value}, DISPATCH_PROPERTYPUT).m_result;
+inline HRESULT PutProperty(const CComPtr<IDispatch>& object, const char* member, const CComVariant& value) {
+    return InvokeByName(object.Get(), member, {value}, DISPATCH_PROPERTYPUT).m_result;
 }
 
 // A new catalog with a table T: a long field n, a text field t, and the rows 1 a, 2 b, 3 c.
 class ServerTest : public testing::Test {
 protected:
     ServerTest() {
-        Given(m_catalog, "Create", {CComVariant(CString(Path()))});
+        ObjectFrom(m_catalog, "Create", {CComVariant(CString(Path()))});
         MakeTable("T");
         AddRow("T", 1, "a");
         AddRow("T", 2, "b");
@@ -85,45 +85,49 @@ protected:
     ~ServerTest() override {
         // A changed one would save itself.
         if (m_catalog) {
-            Given(m_catalog, "Save", {CComVariant(CString(Path()))});
+            ObjectFrom(m_catalog, "Save", {CComVariant(CString(Path()))});
         }
     }
 
     std::string Path(const char* name = "catalog.xml") const { return Utf8(m_folder / name); }
 
     void MakeTable(const char* name) const {
-        Given(m_catalog, "CreateTable", {name});
+        ObjectFrom(m_catalog, "CreateTable", {name});
         const auto structure = Structure(name);
-        Given(structure, "CreateField", {"n", LongField});
-        Given(structure, "CreateField", {"t", TextField});
+        ObjectFrom(structure, "CreateField", {"n", LongField});
+        ObjectFrom(structure, "CreateField", {"t", TextField});
     }
     void AddRow(const char* table, int number, const char* text) const {
-        const auto row = Given(Contents(table), "AddRow");
-        EXPECT_EQ(Put(Given(row, "FieldByName", {"n"}), "Value", number), S_OK);
-        EXPECT_EQ(Put(Given(row, "FieldByName", {"t"}), "Value", text), S_OK);
+        const auto row = ObjectFrom(Contents(table), "AddRow");
+        EXPECT_EQ(PutProperty(ObjectFrom(row, "FieldByName", {"n"}), "Value", number), S_OK);
+        EXPECT_EQ(PutProperty(ObjectFrom(row, "FieldByName", {"t"}), "Value", text), S_OK);
     }
 
-    CComPtr<IDispatch> Structure(const char* table) const { return Given(m_catalog, "TableDescr", {table}); }
-    CComPtr<IDispatch> Contents(const char* table) const { return Given(m_catalog, "TableData", {table}); }
+    CComPtr<IDispatch> Structure(const char* table) const {
+        return ObjectFrom(m_catalog, "TableDescr", {table});
+    }
+    CComPtr<IDispatch> Contents(const char* table) const {
+        return ObjectFrom(m_catalog, "TableData", {table});
+    }
     CComPtr<IDispatch> Row(const char* table, int position) const {
-        return Given(Contents(table), "Row", {position});
+        return ObjectFrom(Contents(table), "Row", {position});
     }
     // A row's cells with blanks between them.
     static std::string CellsOf(const CComPtr<IDispatch>& row) {
-        const Answer count = Ask(row.Get(), "FieldsCount");
+        const InvokeResult count = InvokeByName(row.Get(), "FieldsCount");
         std::string text = count.Succeeded() ? "" : "failed";
         for (LONG i = 0; count.Succeeded() && i < count.m_value.lVal; ++i) {
-            text += (i == 0 ? "" : " ") + Said(Given(row, "FieldByIndex", {i}), "Value");
+            text += (i == 0 ? "" : " ") + ResultText(ObjectFrom(row, "FieldByIndex", {i}), "Value");
         }
         return text;
     }
     // The name of the query's answer.
-    CComVariant Asked(const char* sql) const {
+    CComVariant AnswerName(const char* sql) const {
         CComVariant name("");
         CComVariant reference;
         reference.vt = VT_BYREF | VT_VARIANT;
         reference.pvarVal = &name;
-        EXPECT_EQ(Said(m_catalog, "Query", {sql, reference}), "-1") << sql;
+        EXPECT_EQ(ResultText(m_catalog, "Query", {sql, reference}), "-1") << sql;
         reference.vt = VT_EMPTY;
         return name;
     }

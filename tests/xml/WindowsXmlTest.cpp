@@ -184,8 +184,8 @@ TEST_F(WindowsXmlTable, RowSaveAndLoad_ComesBack) {
                             : read[field].GetVariant() == row[field].GetVariant())
                 << i << ' ' << field;
         }
-        ASSERT_TRUE(
-            Ask(m_element.Get(), "removeChild", {CComVariant(ChildAt(m_element, 0).Get())}).Succeeded());
+        ASSERT_TRUE(InvokeByName(m_element.Get(), "removeChild", {CComVariant(ChildAt(m_element, 0).Get())})
+                        .Succeeded());
     }
 }
 
@@ -257,7 +257,7 @@ TEST_F(WindowsXmlTable, DataSaveAndLoad_ComesBack) {
     SaveTarget ours;
     EXPECT_TRUE(save(ours.Automation(), ours.Element()));
     EXPECT_TRUE(save(m_document.Automation(), m_element.Get()));
-    EXPECT_EQ(Ask(Ask(m_element.Get(), "childNodes").Object().Get(), "length").m_value.lVal,
+    EXPECT_EQ(InvokeByName(InvokeByName(m_element.Get(), "childNodes").Object().Get(), "length").m_value.lVal,
               static_cast<LONG>(HardTexts.size()));
     for (std::size_t i = 0; i < HardTexts.size(); ++i) {
         EXPECT_EQ(Outline(ChildAt(m_element, static_cast<int>(i)).Get()),
@@ -406,16 +406,16 @@ TEST_F(WindowsXmlTable, Load_WhatIsNoElement_IsFalse) {
     DbTableRow& row = AddRow(1);
     DbFieldDescr field;
     const auto element = m_document.Load("<t a='1'>text<!-- c --><?p d?></t>");
-    const auto attributes = Ask(element.Get(), "attributes").Object();
+    const auto attributes = InvokeByName(element.Get(), "attributes").Object();
     const CComPtr<IDispatch> strangers[] = {
         ChildAt(element, 0),
         ChildAt(element, 1),
         ChildAt(element, 2),
         attributes,
-        Ask(attributes.Get(), "item", {Long(0)}).Object(),
-        Ask(element.Get(), "childNodes").Object(),
-        Ask(m_document.Automation(), "parseError").Object(),
-        Ask(m_document.Automation(), "implementation").Object(),
+        InvokeByName(attributes.Get(), "item", {Long(0)}).Object(),
+        InvokeByName(element.Get(), "childNodes").Object(),
+        InvokeByName(m_document.Automation(), "parseError").Object(),
+        InvokeByName(m_document.Automation(), "implementation").Object(),
         m_document.Automation(),
         nullptr,
     };
@@ -438,8 +438,8 @@ TEST_F(WindowsXmlTable, Save_WhatIsNoDocumentOrNoElement_IsFalse) {
         EXPECT_FALSE(Descr()[0].Save(document, parent));
         EXPECT_FALSE(Descr().Save(document, parent));
     };
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    const auto error = Ask(m_document.Automation(), "parseError").Object();
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    const auto error = InvokeByName(m_document.Automation(), "parseError").Object();
     SaveTarget ours;
     for (IDispatch* const document : {static_cast<IDispatch*>(nullptr), m_element.Get(), attributes.Get(),
                                       error.Get(), ours.Automation()}) {
@@ -465,14 +465,14 @@ TEST_F(WindowsXmlTable, Save_IntoAnElementOfAnotherDocument_DoesWhatTheHostDoes)
     const MsxmlDocument other;
     const auto strange = other.AppendRoot();
     const bool saved = row.Save(m_document.Automation(), strange.Get());
-    EXPECT_EQ(Ask(strange.Get(), "hasChildNodes").m_value.boolVal != VARIANT_FALSE, saved);
+    EXPECT_EQ(InvokeByName(strange.Get(), "hasChildNodes").m_value.boolVal != VARIANT_FALSE, saved);
     EXPECT_EQ(Outline(m_element.Get()), "1 t\n");
 }
 
 TEST_F(WindowsXmlTable, DatabaseSave_IntoADocumentThatHasARoot_DoesWhatTheHostDoes) {
     const bool saved = m_database.Save(m_document.Automation(), nullptr);
-    const auto children = Ask(m_document.Automation(), "childNodes").Object();
-    EXPECT_EQ(Ask(children.Get(), "length").m_value.lVal, saved ? 2 : 1);
+    const auto children = InvokeByName(m_document.Automation(), "childNodes").Object();
+    EXPECT_EQ(InvokeByName(children.Get(), "length").m_value.lVal, saved ? 2 : 1);
     EXPECT_EQ(Outline(m_element.Get()), "1 t\n");
 }
 
@@ -497,9 +497,9 @@ TEST_F(WindowsXmlTable, SaveAndLoad_LeaveNoReferences) {
     EXPECT_TRUE(readFields.Load(fields.Get()));
     DbTableData readRows(nullptr, &readFields);
     EXPECT_TRUE(readRows.Load(rows.Get()));
-    EXPECT_FALSE(readRows.Load(Ask(whole.Get(), "attributes").Object().Get()));
-    const auto text = Ask(document, "createTextNode", {CComVariant("text")}).Object();
-    ASSERT_TRUE(Ask(rows.Get(), "appendChild", {CComVariant(text.Get())}).Succeeded());
+    EXPECT_FALSE(readRows.Load(InvokeByName(whole.Get(), "attributes").Object().Get()));
+    const auto text = InvokeByName(document, "createTextNode", {CComVariant("text")}).Object();
+    ASSERT_TRUE(InvokeByName(rows.Get(), "appendChild", {CComVariant(text.Get())}).Succeeded());
     EXPECT_FALSE(readRows.Load(rows.Get()));
     for (std::size_t i = 0; i < objects.size(); ++i) {
         EXPECT_EQ(ReferencesOf(objects[i]), before[i]) << i;
@@ -513,7 +513,7 @@ TEST_F(WindowsXmlTable, SaveAndLoad_ElementThatOutlivesItsDocument_Works) {
         const MsxmlDocument document;
         element = document.AppendRoot();
     }
-    auto owner = Ask(element.Get(), "ownerDocument").Object();
+    auto owner = InvokeByName(element.Get(), "ownerDocument").Object();
     ASSERT_TRUE(owner);
     ASSERT_TRUE(Data().Save(owner.Get(), element.Get()));
     owner = {};

@@ -243,8 +243,8 @@ TEST_F(ForeignDom, FieldLoad_ReadsNameKeyAndType) {
 TEST_F(ForeignDom, FieldLoad_WhatIsNoElement_IsFalse) {
     DbFieldDescr field;
     const auto element = Foreign("<t a='1'>text</t>");
-    EXPECT_FALSE(field.Load(Ask(element.Get(), "firstChild").Object().Get()));
-    EXPECT_FALSE(field.Load(Ask(element.Get(), "attributes").Object().Get()));
+    EXPECT_FALSE(field.Load(InvokeByName(element.Get(), "firstChild").Object().Get()));
+    EXPECT_FALSE(field.Load(InvokeByName(element.Get(), "attributes").Object().Get()));
 }
 
 TEST_F(ForeignTable, DescriptorSaveAndLoad_ComesBack) {
@@ -268,7 +268,7 @@ TEST_F(ForeignTable, RowSaveAndLoad_ComesBack) {
         m_target.Content(),
         "<row n=\"-5\" t_t=\"&lt;a &amp; &quot;b&quot;&gt;&#9;&#13;&#10;\u017C\U0001F600\" f=\"false\" />\n");
     DbTableRow& read = NewRow(0, "");
-    EXPECT_TRUE(read.Load(Ask(m_element.Get(), "firstChild").Object().Get()));
+    EXPECT_TRUE(read.Load(InvokeByName(m_element.Get(), "firstChild").Object().Get()));
     EXPECT_EQ(read[uint64(0)].GetValue().lVal, -5);
     EXPECT_EQ(TextOf(read[uint64(1)].GetValue()), "<a & \"b\">\t\r\n\u017C\U0001F600");
 }
@@ -534,7 +534,7 @@ TEST_F(ForeignTable, RowSave_ManyFields_AsksForTheMemberOnce) {
     ForeignObject::TheBehaviour().m_lookUps = 0;
     EXPECT_TRUE(row.Save(m_document.Get(), m_element.Get()));
     EXPECT_LE(ForeignObject::TheBehaviour().m_lookUps, 3);
-    const auto saved = Ask(m_element.Get(), "firstChild").Object();
+    const auto saved = InvokeByName(m_element.Get(), "firstChild").Object();
     ForeignObject::TheBehaviour().m_lookUps = 0;
     EXPECT_TRUE(row.Load(saved.Get()));
     EXPECT_LE(ForeignObject::TheBehaviour().m_lookUps, 4 + static_cast<int>(row.size()));
@@ -649,8 +649,8 @@ protected:
     OurAutomation() {
         EXPECT_TRUE(m_document.LoadText("<t a='1' b='&lt;'><x/>text<y c='2'/></t>"));
         m_object = m_document.Automation();
-        m_element = Ask(m_object.Get(), "documentElement").Object();
-        m_text = Ask(m_element.Get(), "xml").Text();
+        m_element = InvokeByName(m_object.Get(), "documentElement").Object();
+        m_text = InvokeByName(m_element.Get(), "xml").Text();
     }
 
     Document m_document;
@@ -660,151 +660,170 @@ protected:
 };
 
 TEST_F(OurAutomation, NodeNameAndType_OfEveryKindOfNode) {
-    EXPECT_EQ(Ask(m_object.Get(), "nodeName").Text(), "#document");
-    EXPECT_EQ(Ask(m_object.Get(), "nodeType").m_value.lVal, 9);
-    EXPECT_EQ(Ask(m_element.Get(), "nodeName").Text(), "t");
-    EXPECT_EQ(Ask(m_element.Get(), "tagName").Text(), "t");
-    EXPECT_EQ(Ask(m_element.Get(), "nodeType").m_value.lVal, 1);
-    const auto text = Ask(Ask(m_element.Get(), "firstChild").Object().Get(), "nextSibling").Object();
-    EXPECT_EQ(Ask(text.Get(), "nodeName").Text(), "#text");
-    EXPECT_EQ(Ask(text.Get(), "nodeType").m_value.lVal, 3);
-    EXPECT_EQ(Ask(text.Get(), "nodeValue").Text(), "text");
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    const auto attribute = Ask(attributes.Get(), "item", {Long(1)}).Object();
-    EXPECT_EQ(Ask(attribute.Get(), "nodeName").Text(), "b");
-    EXPECT_EQ(Ask(attribute.Get(), "name").Text(), "b");
-    EXPECT_EQ(Ask(attribute.Get(), "nodeValue").Text(), "<");
-    EXPECT_EQ(Ask(attribute.Get(), "value").Text(), "<");
-    EXPECT_EQ(Ask(attribute.Get(), "nodeType").m_value.lVal, 2);
+    EXPECT_EQ(InvokeByName(m_object.Get(), "nodeName").Text(), "#document");
+    EXPECT_EQ(InvokeByName(m_object.Get(), "nodeType").m_value.lVal, 9);
+    EXPECT_EQ(InvokeByName(m_element.Get(), "nodeName").Text(), "t");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "tagName").Text(), "t");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "nodeType").m_value.lVal, 1);
+    const auto text =
+        InvokeByName(InvokeByName(m_element.Get(), "firstChild").Object().Get(), "nextSibling").Object();
+    EXPECT_EQ(InvokeByName(text.Get(), "nodeName").Text(), "#text");
+    EXPECT_EQ(InvokeByName(text.Get(), "nodeType").m_value.lVal, 3);
+    EXPECT_EQ(InvokeByName(text.Get(), "nodeValue").Text(), "text");
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    const auto attribute = InvokeByName(attributes.Get(), "item", {Long(1)}).Object();
+    EXPECT_EQ(InvokeByName(attribute.Get(), "nodeName").Text(), "b");
+    EXPECT_EQ(InvokeByName(attribute.Get(), "name").Text(), "b");
+    EXPECT_EQ(InvokeByName(attribute.Get(), "nodeValue").Text(), "<");
+    EXPECT_EQ(InvokeByName(attribute.Get(), "value").Text(), "<");
+    EXPECT_EQ(InvokeByName(attribute.Get(), "nodeType").m_value.lVal, 2);
     const auto instruction =
-        Ask(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("d")}).Object();
-    EXPECT_EQ(Ask(instruction.Get(), "nodeType").m_value.lVal, 7);
-    EXPECT_EQ(Ask(instruction.Get(), "nodeName").Text(), "p");
-    EXPECT_EQ(Ask(instruction.Get(), "nodeValue").Text(), "d");
+        InvokeByName(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("d")})
+            .Object();
+    EXPECT_EQ(InvokeByName(instruction.Get(), "nodeType").m_value.lVal, 7);
+    EXPECT_EQ(InvokeByName(instruction.Get(), "nodeName").Text(), "p");
+    EXPECT_EQ(InvokeByName(instruction.Get(), "nodeValue").Text(), "d");
 }
 
 TEST_F(OurAutomation, Walk_ChildrenSiblingsAndParents) {
-    EXPECT_TRUE(Ask(m_element.Get(), "hasChildNodes").m_value.boolVal == VARIANT_TRUE);
-    const auto first = Ask(m_element.Get(), "firstChild").Object();
-    const auto last = Ask(m_element.Get(), "lastChild").Object();
-    EXPECT_EQ(Ask(first.Get(), "nodeName").Text(), "x");
-    EXPECT_EQ(Ask(last.Get(), "nodeName").Text(), "y");
-    EXPECT_TRUE(Ask(last.Get(), "nextSibling").IsNothing());
-    EXPECT_TRUE(Ask(first.Get(), "firstChild").IsNothing());
-    EXPECT_TRUE(Ask(first.Get(), "lastChild").IsNothing());
-    EXPECT_EQ(Ask(first.Get(), "hasChildNodes").m_value.boolVal, VARIANT_FALSE);
-    EXPECT_EQ(Ask(Ask(first.Get(), "parentNode").Object().Get(), "nodeName").Text(), "t");
-    EXPECT_EQ(Ask(Ask(m_element.Get(), "parentNode").Object().Get(), "nodeName").Text(), "#document");
-    EXPECT_TRUE(Ask(m_object.Get(), "parentNode").IsNothing());
-    EXPECT_EQ(Ask(Ask(first.Get(), "ownerDocument").Object().Get(), "nodeName").Text(), "#document");
-    EXPECT_TRUE(Ask(m_object.Get(), "attributes").IsNothing());
+    EXPECT_TRUE(InvokeByName(m_element.Get(), "hasChildNodes").m_value.boolVal == VARIANT_TRUE);
+    const auto first = InvokeByName(m_element.Get(), "firstChild").Object();
+    const auto last = InvokeByName(m_element.Get(), "lastChild").Object();
+    EXPECT_EQ(InvokeByName(first.Get(), "nodeName").Text(), "x");
+    EXPECT_EQ(InvokeByName(last.Get(), "nodeName").Text(), "y");
+    EXPECT_TRUE(InvokeByName(last.Get(), "nextSibling").IsNothing());
+    EXPECT_TRUE(InvokeByName(first.Get(), "firstChild").IsNothing());
+    EXPECT_TRUE(InvokeByName(first.Get(), "lastChild").IsNothing());
+    EXPECT_EQ(InvokeByName(first.Get(), "hasChildNodes").m_value.boolVal, VARIANT_FALSE);
+    EXPECT_EQ(InvokeByName(InvokeByName(first.Get(), "parentNode").Object().Get(), "nodeName").Text(), "t");
+    EXPECT_EQ(InvokeByName(InvokeByName(m_element.Get(), "parentNode").Object().Get(), "nodeName").Text(),
+              "#document");
+    EXPECT_TRUE(InvokeByName(m_object.Get(), "parentNode").IsNothing());
+    EXPECT_EQ(InvokeByName(InvokeByName(first.Get(), "ownerDocument").Object().Get(), "nodeName").Text(),
+              "#document");
+    EXPECT_TRUE(InvokeByName(m_object.Get(), "attributes").IsNothing());
 }
 
 TEST_F(OurAutomation, Lists_CountAndGiveTheirItems) {
-    const auto children = Ask(m_element.Get(), "childNodes").Object();
-    EXPECT_EQ(Ask(children.Get(), "length").m_value.lVal, 3);
-    EXPECT_EQ(Ask(Ask(children.Get(), "item", {Long(0)}).Object().Get(), "nodeName").Text(), "x");
-    EXPECT_EQ(Ask(Ask(children.Get(), "item", {Long(2)}).Object().Get(), "nodeName").Text(), "y");
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    EXPECT_EQ(Ask(attributes.Get(), "length").m_value.lVal, 2);
-    EXPECT_EQ(Ask(Ask(attributes.Get(), "item", {CComVariant("1")}).Object().Get(), "nodeName").Text(), "b");
+    const auto children = InvokeByName(m_element.Get(), "childNodes").Object();
+    EXPECT_EQ(InvokeByName(children.Get(), "length").m_value.lVal, 3);
+    EXPECT_EQ(InvokeByName(InvokeByName(children.Get(), "item", {Long(0)}).Object().Get(), "nodeName").Text(),
+              "x");
+    EXPECT_EQ(InvokeByName(InvokeByName(children.Get(), "item", {Long(2)}).Object().Get(), "nodeName").Text(),
+              "y");
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    EXPECT_EQ(InvokeByName(attributes.Get(), "length").m_value.lVal, 2);
+    EXPECT_EQ(
+        InvokeByName(InvokeByName(attributes.Get(), "item", {CComVariant("1")}).Object().Get(), "nodeName")
+            .Text(),
+        "b");
 }
 
 TEST_F(OurAutomation, Lists_ItemOutOfRange_IsNothing) {
-    const auto children = Ask(m_element.Get(), "childNodes").Object();
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
+    const auto children = InvokeByName(m_element.Get(), "childNodes").Object();
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
     for (const LONG index : {-1, 3, 99, 2147483647}) {
-        EXPECT_TRUE(Ask(children.Get(), "item", {Long(index)}).IsNothing()) << index;
-        EXPECT_TRUE(Ask(attributes.Get(), "item", {Long(index)}).IsNothing()) << index;
+        EXPECT_TRUE(InvokeByName(children.Get(), "item", {Long(index)}).IsNothing()) << index;
+        EXPECT_TRUE(InvokeByName(attributes.Get(), "item", {Long(index)}).IsNothing()) << index;
     }
 }
 
 TEST_F(OurAutomation, Lists_ItemWithoutANumber_Fails) {
-    const auto children = Ask(m_element.Get(), "childNodes").Object();
-    EXPECT_FALSE(Ask(children.Get(), "item").Succeeded());
-    EXPECT_FALSE(Ask(children.Get(), "item", {CComVariant("x")}).Succeeded());
-    EXPECT_FALSE(Ask(children.Get(), "nodeName").Succeeded());
+    const auto children = InvokeByName(m_element.Get(), "childNodes").Object();
+    EXPECT_FALSE(InvokeByName(children.Get(), "item").Succeeded());
+    EXPECT_FALSE(InvokeByName(children.Get(), "item", {CComVariant("x")}).Succeeded());
+    EXPECT_FALSE(InvokeByName(children.Get(), "nodeName").Succeeded());
 }
 
 TEST_F(OurAutomation, Attributes_GetAndSet) {
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {CComVariant("b")}).Text(), "<");
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {CComVariant("absent")}).m_value.vt, VT_NULL);
-    EXPECT_TRUE(Ask(m_element.Get(), "setAttribute", {CComVariant("a"), Long(-5)}).Succeeded());
-    EXPECT_TRUE(
-        Ask(m_element.Get(), "setAttribute", {CComVariant("new"), CComVariant("\u017C")}).Succeeded());
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {CComVariant("a")}).Text(), "-5");
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {CComVariant("new")}).Text(), "\u017C");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {CComVariant("b")}).Text(), "<");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {CComVariant("absent")}).m_value.vt, VT_NULL);
+    EXPECT_TRUE(InvokeByName(m_element.Get(), "setAttribute", {CComVariant("a"), Long(-5)}).Succeeded());
+    EXPECT_TRUE(InvokeByName(m_element.Get(), "setAttribute", {CComVariant("new"), CComVariant("\u017C")})
+                    .Succeeded());
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {CComVariant("a")}).Text(), "-5");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {CComVariant("new")}).Text(), "\u017C");
 }
 
 TEST_F(OurAutomation, SetAttribute_WhatXmlRefuses_Fails) {
-    EXPECT_FALSE(Ask(m_element.Get(), "setAttribute", {CComVariant("1"), CComVariant("x")}).Succeeded());
-    EXPECT_FALSE(Ask(m_element.Get(), "setAttribute", {CComVariant("a"), CComVariant("\x01")}).Succeeded());
     EXPECT_FALSE(
-        Ask(m_element.Get(), "setAttribute", {CComVariant("a"), CComVariant(Units({0xFFFE}))}).Succeeded());
+        InvokeByName(m_element.Get(), "setAttribute", {CComVariant("1"), CComVariant("x")}).Succeeded());
     EXPECT_FALSE(
-        Ask(m_element.Get(), "setAttribute", {CComVariant("a"), CComVariant(Units({0xD800}))}).Succeeded());
-    EXPECT_FALSE(Ask(m_element.Get(), "setAttribute", {CComVariant("a")}).Succeeded());
-    EXPECT_FALSE(Ask(m_element.Get(), "setAttribute", {CComVariant("a"), NullVariant()}).Succeeded());
-    EXPECT_FALSE(Ask(m_object.Get(), "setAttribute", {CComVariant("a"), CComVariant("x")}).Succeeded());
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {CComVariant("a")}).Text(), "1");
+        InvokeByName(m_element.Get(), "setAttribute", {CComVariant("a"), CComVariant("\x01")}).Succeeded());
+    EXPECT_FALSE(
+        InvokeByName(m_element.Get(), "setAttribute", {CComVariant("a"), CComVariant(Units({0xFFFE}))})
+            .Succeeded());
+    EXPECT_FALSE(
+        InvokeByName(m_element.Get(), "setAttribute", {CComVariant("a"), CComVariant(Units({0xD800}))})
+            .Succeeded());
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "setAttribute", {CComVariant("a")}).Succeeded());
+    EXPECT_FALSE(
+        InvokeByName(m_element.Get(), "setAttribute", {CComVariant("a"), NullVariant()}).Succeeded());
+    EXPECT_FALSE(
+        InvokeByName(m_object.Get(), "setAttribute", {CComVariant("a"), CComVariant("x")}).Succeeded());
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {CComVariant("a")}).Text(), "1");
 }
 
 TEST_F(OurAutomation, CreateAndAppend_BuildADocument) {
     Document document;
     const auto object = document.Automation();
-    const auto instruction = Ask(object.Get(), "createProcessingInstruction",
-                                 {CComVariant("xml"), CComVariant("version='1.0' encoding='UTF-8'")})
+    const auto instruction = InvokeByName(object.Get(), "createProcessingInstruction",
+                                          {CComVariant("xml"), CComVariant("version='1.0' encoding='UTF-8'")})
                                  .Object();
-    EXPECT_TRUE(Ask(object.Get(), "appendChild", {CComVariant(instruction.Get())}).Succeeded());
-    const auto root = Ask(object.Get(), "createElement", {CComVariant("root")}).Object();
-    EXPECT_TRUE(Ask(root.Get(), "parentNode").IsNothing());
-    EXPECT_TRUE(Ask(root.Get(), "nextSibling").IsNothing());
-    const Answer appended = Ask(object.Get(), "appendChild", {CComVariant(root.Get())});
-    EXPECT_EQ(Ask(appended.Object().Get(), "nodeName").Text(), "root");
-    const auto child = Ask(object.Get(), "createElement", {CComVariant("child")}).Object();
-    EXPECT_TRUE(Ask(root.Get(), "appendChild", {CComVariant(child.Get())}).Succeeded());
+    EXPECT_TRUE(InvokeByName(object.Get(), "appendChild", {CComVariant(instruction.Get())}).Succeeded());
+    const auto root = InvokeByName(object.Get(), "createElement", {CComVariant("root")}).Object();
+    EXPECT_TRUE(InvokeByName(root.Get(), "parentNode").IsNothing());
+    EXPECT_TRUE(InvokeByName(root.Get(), "nextSibling").IsNothing());
+    const InvokeResult appended = InvokeByName(object.Get(), "appendChild", {CComVariant(root.Get())});
+    EXPECT_EQ(InvokeByName(appended.Object().Get(), "nodeName").Text(), "root");
+    const auto child = InvokeByName(object.Get(), "createElement", {CComVariant("child")}).Object();
+    EXPECT_TRUE(InvokeByName(root.Get(), "appendChild", {CComVariant(child.Get())}).Succeeded());
     const std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<root>\n<child />\n</root>\n";
     EXPECT_EQ(document.SaveText(), text);
-    EXPECT_EQ(Ask(object.Get(), "xml").Text(), text);
-    EXPECT_EQ(Ask(root.Get(), "xml").Text(), "<root>\n<child />\n</root>\n");
-    EXPECT_EQ(Ask(Ask(object.Get(), "documentElement").Object().Get(), "nodeName").Text(), "root");
+    EXPECT_EQ(InvokeByName(object.Get(), "xml").Text(), text);
+    EXPECT_EQ(InvokeByName(root.Get(), "xml").Text(), "<root>\n<child />\n</root>\n");
+    EXPECT_EQ(InvokeByName(InvokeByName(object.Get(), "documentElement").Object().Get(), "nodeName").Text(),
+              "root");
 }
 
 TEST_F(OurAutomation, CreatedElements_BeforeTheyAreAppended_AreNobodysSiblings) {
-    const auto first = Ask(m_object.Get(), "createElement", {CComVariant("first")}).Object();
-    const auto second = Ask(m_object.Get(), "createElement", {CComVariant("second")}).Object();
-    EXPECT_TRUE(Ask(first.Get(), "nextSibling").IsNothing());
-    EXPECT_TRUE(Ask(second.Get(), "nextSibling").IsNothing());
-    EXPECT_TRUE(Ask(first.Get(), "parentNode").IsNothing());
-    EXPECT_EQ(Ask(Ask(m_object.Get(), "childNodes").Object().Get(), "length").m_value.lVal, 1);
+    const auto first = InvokeByName(m_object.Get(), "createElement", {CComVariant("first")}).Object();
+    const auto second = InvokeByName(m_object.Get(), "createElement", {CComVariant("second")}).Object();
+    EXPECT_TRUE(InvokeByName(first.Get(), "nextSibling").IsNothing());
+    EXPECT_TRUE(InvokeByName(second.Get(), "nextSibling").IsNothing());
+    EXPECT_TRUE(InvokeByName(first.Get(), "parentNode").IsNothing());
+    EXPECT_EQ(InvokeByName(InvokeByName(m_object.Get(), "childNodes").Object().Get(), "length").m_value.lVal,
+              1);
 }
 
 TEST_F(OurAutomation, AppendChild_WhatIsNoNodeOfTheDocument_Fails) {
     Document other;
-    const auto stranger = Ask(other.Automation().Get(), "createElement", {CComVariant("x")}).Object();
-    EXPECT_FALSE(Ask(m_element.Get(), "appendChild", {CComVariant(stranger.Get())}).Succeeded());
-    EXPECT_FALSE(Ask(m_element.Get(), "appendChild", {CComVariant("x")}).Succeeded());
-    EXPECT_FALSE(
-        Ask(m_element.Get(), "appendChild", {CComVariant(static_cast<IDispatch*>(nullptr))}).Succeeded());
-    EXPECT_FALSE(Ask(m_element.Get(), "appendChild").Succeeded());
-    EXPECT_FALSE(Ask(m_element.Get(), "appendChild", {CComVariant(m_element.Get())}).Succeeded());
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    EXPECT_FALSE(Ask(m_element.Get(), "appendChild", {CComVariant(attributes.Get())}).Succeeded());
+    const auto stranger =
+        InvokeByName(other.Automation().Get(), "createElement", {CComVariant("x")}).Object();
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "appendChild", {CComVariant(stranger.Get())}).Succeeded());
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "appendChild", {CComVariant("x")}).Succeeded());
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "appendChild", {CComVariant(static_cast<IDispatch*>(nullptr))})
+                     .Succeeded());
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "appendChild").Succeeded());
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "appendChild", {CComVariant(m_element.Get())}).Succeeded());
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    EXPECT_FALSE(InvokeByName(m_element.Get(), "appendChild", {CComVariant(attributes.Get())}).Succeeded());
 }
 
 TEST_F(OurAutomation, CreateElement_RefusedNames_Fail) {
     for (const char* name : {"", "1", "a b", "<"}) {
-        EXPECT_FALSE(Ask(m_object.Get(), "createElement", {CComVariant(name)}).Succeeded()) << name;
+        EXPECT_FALSE(InvokeByName(m_object.Get(), "createElement", {CComVariant(name)}).Succeeded()) << name;
     }
-    EXPECT_FALSE(Ask(m_object.Get(), "createElement").Succeeded());
-    EXPECT_FALSE(Ask(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("?>")})
-                     .Succeeded());
+    EXPECT_FALSE(InvokeByName(m_object.Get(), "createElement").Succeeded());
+    EXPECT_FALSE(
+        InvokeByName(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("?>")})
+            .Succeeded());
 }
 
 TEST_F(OurAutomation, Names_AnyCase_AreKnownAndOthersRefused) {
-    EXPECT_EQ(Ask(m_element.Get(), "NODENAME").Text(), "t");
-    EXPECT_EQ(Ask(m_element.Get(), "unknownMember").m_result, DISP_E_UNKNOWNNAME);
-    EXPECT_EQ(Ask(m_element.Get(), "").m_result, DISP_E_UNKNOWNNAME);
+    EXPECT_EQ(InvokeByName(m_element.Get(), "NODENAME").Text(), "t");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "unknownMember").m_result, DISP_E_UNKNOWNNAME);
+    EXPECT_EQ(InvokeByName(m_element.Get(), "").m_result, DISP_E_UNKNOWNNAME);
 }
 
 TEST_F(OurAutomation, GetIDsOfNames_ParameterNames_AreUnknown) {
@@ -851,37 +870,44 @@ TEST_F(OurAutomation, Invoke_ArgumentsByReference_AreLookedThrough) {
     };
     CComVariant text("b");
     const CComVariant toText = byReference(VT_BSTR, &text.bstrVal);
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {toText}).Text(), "<");
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {byReference(VT_VARIANT, &text)}).Text(), "<");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {toText}).Text(), "<");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {byReference(VT_VARIANT, &text)}).Text(), "<");
     CComVariant nested = toText;
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {byReference(VT_VARIANT, &nested)}).Text(), "<");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {byReference(VT_VARIANT, &nested)}).Text(), "<");
     LONG number = 1;
     const CComVariant toNumber = byReference(VT_I4, &number);
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    EXPECT_EQ(Ask(Ask(attributes.Get(), "item", {toNumber}).Object().Get(), "nodeName").Text(), "b");
-    EXPECT_TRUE(Ask(m_element.Get(), "setAttribute", {toText, toNumber}).Succeeded());
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {toText}).Text(), "1");
-    const auto made = Ask(m_object.Get(), "createElement", {toText}).Object();
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    EXPECT_EQ(
+        InvokeByName(InvokeByName(attributes.Get(), "item", {toNumber}).Object().Get(), "nodeName").Text(),
+        "b");
+    EXPECT_TRUE(InvokeByName(m_element.Get(), "setAttribute", {toText, toNumber}).Succeeded());
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {toText}).Text(), "1");
+    const auto made = InvokeByName(m_object.Get(), "createElement", {toText}).Object();
     IDispatch* node = made.Get();
-    const Answer appended = Ask(m_element.Get(), "appendChild", {byReference(VT_DISPATCH, &node)});
-    EXPECT_EQ(Ask(appended.Object().Get(), "nodeName").Text(), "b");
-    EXPECT_EQ(Ask(Ask(m_element.Get(), "lastChild").Object().Get(), "nodeName").Text(), "b");
-    EXPECT_FALSE(Ask(m_element.Get(), "appendChild", {byReference(VT_VARIANT, nullptr)}).Succeeded());
+    const InvokeResult appended =
+        InvokeByName(m_element.Get(), "appendChild", {byReference(VT_DISPATCH, &node)});
+    EXPECT_EQ(InvokeByName(appended.Object().Get(), "nodeName").Text(), "b");
+    EXPECT_EQ(InvokeByName(InvokeByName(m_element.Get(), "lastChild").Object().Get(), "nodeName").Text(),
+              "b");
+    EXPECT_FALSE(
+        InvokeByName(m_element.Get(), "appendChild", {byReference(VT_VARIANT, nullptr)}).Succeeded());
 }
 
 TEST_F(OurAutomation, PropertyPut_ValueOfAnAttribute_IsTaken) {
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    const auto attribute = Ask(attributes.Get(), "getNamedItem", {CComVariant("a")}).Object();
-    EXPECT_TRUE(Ask(attribute.Get(), "VALUE", {CComVariant("\u017C<")}, DISPATCH_PROPERTYPUT).Succeeded());
-    EXPECT_EQ(Ask(m_element.Get(), "getAttribute", {CComVariant("a")}).Text(), "\u017C<");
-    EXPECT_TRUE(Ask(attribute.Get(), "nodeValue", {Long(-5)}, DISPATCH_PROPERTYPUT).Succeeded());
-    EXPECT_EQ(Ask(attribute.Get(), "value").Text(), "-5");
-    EXPECT_TRUE(Ask(attribute.Get(), "text", {CComVariant("")}, DISPATCH_PROPERTYPUT).Succeeded());
-    EXPECT_EQ(Ask(attribute.Get(), "text").Text(), "");
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    const auto attribute = InvokeByName(attributes.Get(), "getNamedItem", {CComVariant("a")}).Object();
+    EXPECT_TRUE(
+        InvokeByName(attribute.Get(), "VALUE", {CComVariant("\u017C<")}, DISPATCH_PROPERTYPUT).Succeeded());
+    EXPECT_EQ(InvokeByName(m_element.Get(), "getAttribute", {CComVariant("a")}).Text(), "\u017C<");
+    EXPECT_TRUE(InvokeByName(attribute.Get(), "nodeValue", {Long(-5)}, DISPATCH_PROPERTYPUT).Succeeded());
+    EXPECT_EQ(InvokeByName(attribute.Get(), "value").Text(), "-5");
+    EXPECT_TRUE(InvokeByName(attribute.Get(), "text", {CComVariant("")}, DISPATCH_PROPERTYPUT).Succeeded());
+    EXPECT_EQ(InvokeByName(attribute.Get(), "text").Text(), "");
 }
 
 TEST_F(OurAutomation, PropertyPut_WithoutAValue_IsRefused) {
-    const auto attribute = Ask(Ask(m_element.Get(), "attributes").Object().Get(), "item", {Long(0)}).Object();
+    const auto attribute =
+        InvokeByName(InvokeByName(m_element.Get(), "attributes").Object().Get(), "item", {Long(0)}).Object();
     quillet::WideString name(CString("value").View());
     LPOLESTR names[] = {name.data()};
     DISPID id = DISPID_UNKNOWN;
@@ -891,33 +917,38 @@ TEST_F(OurAutomation, PropertyPut_WithoutAValue_IsRefused) {
         EXPECT_FALSE(SUCCEEDED(attribute->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT,
                                                  parameters, nullptr, nullptr, nullptr)));
     }
-    EXPECT_EQ(Ask(m_element.Get(), "xml").Text(), m_text);
+    EXPECT_EQ(InvokeByName(m_element.Get(), "xml").Text(), m_text);
 }
 
 TEST_F(OurAutomation, PropertyPut_ValueThatHasNoPlaceInXml_LeavesTheOld) {
-    const auto attribute = Ask(Ask(m_element.Get(), "attributes").Object().Get(), "item", {Long(0)}).Object();
+    const auto attribute =
+        InvokeByName(InvokeByName(m_element.Get(), "attributes").Object().Get(), "item", {Long(0)}).Object();
     for (const CComVariant& refused : {CComVariant("\x01"), CComVariant(Units({0xD800})), NullVariant()}) {
-        EXPECT_FALSE(Ask(attribute.Get(), "value", {refused}, DISPATCH_PROPERTYPUT).Succeeded());
+        EXPECT_FALSE(InvokeByName(attribute.Get(), "value", {refused}, DISPATCH_PROPERTYPUT).Succeeded());
     }
-    EXPECT_FALSE(
-        Ask(attribute.Get(), "value", {Long(0), CComVariant("x")}, DISPATCH_PROPERTYPUT).Succeeded());
-    EXPECT_EQ(Ask(attribute.Get(), "value").Text(), "1");
+    EXPECT_FALSE(InvokeByName(attribute.Get(), "value", {Long(0), CComVariant("x")}, DISPATCH_PROPERTYPUT)
+                     .Succeeded());
+    EXPECT_EQ(InvokeByName(attribute.Get(), "value").Text(), "1");
 }
 
 TEST_F(OurAutomation, PropertyPut_ValueOfAText_IsTaken) {
-    const auto text = Ask(Ask(m_element.Get(), "firstChild").Object().Get(), "nextSibling").Object();
-    EXPECT_TRUE(Ask(text.Get(), "nodeValue", {CComVariant("a & b")}, DISPATCH_PROPERTYPUT).Succeeded());
-    EXPECT_EQ(Ask(m_element.Get(), "text").Text(), "a & b");
-    EXPECT_FALSE(Ask(text.Get(), "nodeValue", {CComVariant("\x02")}, DISPATCH_PROPERTYPUT).Succeeded());
-    EXPECT_EQ(Ask(text.Get(), "nodeValue").Text(), "a & b");
+    const auto text =
+        InvokeByName(InvokeByName(m_element.Get(), "firstChild").Object().Get(), "nextSibling").Object();
+    EXPECT_TRUE(
+        InvokeByName(text.Get(), "nodeValue", {CComVariant("a & b")}, DISPATCH_PROPERTYPUT).Succeeded());
+    EXPECT_EQ(InvokeByName(m_element.Get(), "text").Text(), "a & b");
+    EXPECT_FALSE(
+        InvokeByName(text.Get(), "nodeValue", {CComVariant("\x02")}, DISPATCH_PROPERTYPUT).Succeeded());
+    EXPECT_EQ(InvokeByName(text.Get(), "nodeValue").Text(), "a & b");
 }
 
 TEST_F(OurAutomation, PropertyPut_WhatIsOnlyRead_IsRefused) {
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    const auto attribute = Ask(attributes.Get(), "item", {Long(0)}).Object();
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    const auto attribute = InvokeByName(attributes.Get(), "item", {Long(0)}).Object();
     const auto expectRefused = [](const CComPtr<IDispatch>& object, const char* name) {
         for (const WORD flags : {WORD(DISPATCH_PROPERTYPUT), WORD(DISPATCH_PROPERTYPUTREF)}) {
-            EXPECT_EQ(Ask(object.Get(), name, {CComVariant("1")}, flags).m_result, DISP_E_MEMBERNOTFOUND)
+            EXPECT_EQ(InvokeByName(object.Get(), name, {CComVariant("1")}, flags).m_result,
+                      DISP_E_MEMBERNOTFOUND)
                 << name;
         }
     };
@@ -928,7 +959,7 @@ TEST_F(OurAutomation, PropertyPut_WhatIsOnlyRead_IsRefused) {
     expectRefused(attributes, "length");
     expectRefused(attributes, "item");
     expectRefused(attribute, "name");
-    EXPECT_EQ(Ask(m_element.Get(), "xml").Text(), m_text);
+    EXPECT_EQ(InvokeByName(m_element.Get(), "xml").Text(), m_text);
 }
 
 TEST_F(OurAutomation, Names_OfEveryMemberInAnyCase_AreOneMember) {
@@ -958,59 +989,70 @@ TEST_F(OurAutomation, Names_OfEveryMemberInAnyCase_AreOneMember) {
         EXPECT_THAT(ids, testing::Each(ids.front())) << name;
     }
     for (const char* name : {"nodeNam", "nodeNamee", "node Name", "\u0130tem", "\u017Fetattribute"}) {
-        EXPECT_EQ(Ask(m_element.Get(), name).m_result, DISP_E_UNKNOWNNAME) << name;
+        EXPECT_EQ(InvokeByName(m_element.Get(), name).m_result, DISP_E_UNKNOWNNAME) << name;
     }
 }
 
 TEST_F(OurAutomation, Text_OfEveryKindOfNode) {
-    EXPECT_EQ(Ask(m_element.Get(), "text").Text(), "text");
-    EXPECT_EQ(Ask(m_object.Get(), "text").Text(), "text");
-    EXPECT_EQ(Ask(Ask(m_element.Get(), "firstChild").Object().Get(), "text").Text(), "");
+    EXPECT_EQ(InvokeByName(m_element.Get(), "text").Text(), "text");
+    EXPECT_EQ(InvokeByName(m_object.Get(), "text").Text(), "text");
+    EXPECT_EQ(InvokeByName(InvokeByName(m_element.Get(), "firstChild").Object().Get(), "text").Text(), "");
     const auto nested = ElementOf("<t>a<x>b<y><![CDATA[c]]></y></x><z/>d<x>e</x></t>");
-    EXPECT_EQ(Ask(nested.Get(), "text").Text(), "abcde");
-    const auto inner = Ask(Ask(nested.Get(), "firstChild").Object().Get(), "nextSibling").Object();
-    EXPECT_EQ(Ask(inner.Get(), "text").Text(), "bc");
+    EXPECT_EQ(InvokeByName(nested.Get(), "text").Text(), "abcde");
+    const auto inner =
+        InvokeByName(InvokeByName(nested.Get(), "firstChild").Object().Get(), "nextSibling").Object();
+    EXPECT_EQ(InvokeByName(inner.Get(), "text").Text(), "bc");
     const auto instruction =
-        Ask(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("d")}).Object();
-    EXPECT_EQ(Ask(instruction.Get(), "text").Text(), "d");
-    ASSERT_TRUE(Ask(m_element.Get(), "appendChild", {CComVariant(instruction.Get())}).Succeeded());
-    EXPECT_EQ(Ask(m_element.Get(), "text").Text(), "text");
+        InvokeByName(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("d")})
+            .Object();
+    EXPECT_EQ(InvokeByName(instruction.Get(), "text").Text(), "d");
+    ASSERT_TRUE(InvokeByName(m_element.Get(), "appendChild", {CComVariant(instruction.Get())}).Succeeded());
+    EXPECT_EQ(InvokeByName(m_element.Get(), "text").Text(), "text");
 }
 
 TEST_F(OurAutomation, BaseName_IsTheNameBehindThePrefix) {
     const auto element = ElementOf("<p:t q:a='1' b='2'/>");
-    EXPECT_EQ(Ask(element.Get(), "baseName").Text(), "t");
-    const auto attributes = Ask(element.Get(), "attributes").Object();
-    EXPECT_EQ(Ask(Ask(attributes.Get(), "item", {Long(0)}).Object().Get(), "baseName").Text(), "a");
-    EXPECT_EQ(Ask(Ask(attributes.Get(), "item", {Long(1)}).Object().Get(), "baseName").Text(), "b");
+    EXPECT_EQ(InvokeByName(element.Get(), "baseName").Text(), "t");
+    const auto attributes = InvokeByName(element.Get(), "attributes").Object();
+    EXPECT_EQ(
+        InvokeByName(InvokeByName(attributes.Get(), "item", {Long(0)}).Object().Get(), "baseName").Text(),
+        "a");
+    EXPECT_EQ(
+        InvokeByName(InvokeByName(attributes.Get(), "item", {Long(1)}).Object().Get(), "baseName").Text(),
+        "b");
 }
 
 TEST_F(OurAutomation, PreviousSibling_WalksBack) {
-    const auto last = Ask(m_element.Get(), "lastChild").Object();
-    const auto middle = Ask(last.Get(), "previousSibling").Object();
-    EXPECT_EQ(Ask(middle.Get(), "nodeName").Text(), "#text");
-    const auto first = Ask(middle.Get(), "previousSibling").Object();
-    EXPECT_EQ(Ask(first.Get(), "nodeName").Text(), "x");
-    EXPECT_TRUE(Ask(first.Get(), "previousSibling").IsNothing());
+    const auto last = InvokeByName(m_element.Get(), "lastChild").Object();
+    const auto middle = InvokeByName(last.Get(), "previousSibling").Object();
+    EXPECT_EQ(InvokeByName(middle.Get(), "nodeName").Text(), "#text");
+    const auto first = InvokeByName(middle.Get(), "previousSibling").Object();
+    EXPECT_EQ(InvokeByName(first.Get(), "nodeName").Text(), "x");
+    EXPECT_TRUE(InvokeByName(first.Get(), "previousSibling").IsNothing());
     // Elements without a parent have no siblings.
-    Ask(m_object.Get(), "createElement", {CComVariant("first")});
-    const auto second = Ask(m_object.Get(), "createElement", {CComVariant("second")}).Object();
-    EXPECT_TRUE(Ask(second.Get(), "previousSibling").IsNothing());
-    EXPECT_TRUE(Ask(m_element.Get(), "previousSibling").IsNothing());
+    InvokeByName(m_object.Get(), "createElement", {CComVariant("first")});
+    const auto second = InvokeByName(m_object.Get(), "createElement", {CComVariant("second")}).Object();
+    EXPECT_TRUE(InvokeByName(second.Get(), "previousSibling").IsNothing());
+    EXPECT_TRUE(InvokeByName(m_element.Get(), "previousSibling").IsNothing());
     const auto instruction =
-        Ask(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("d")}).Object();
-    ASSERT_TRUE(Ask(m_object.Get(), "appendChild", {CComVariant(instruction.Get())}).Succeeded());
-    EXPECT_EQ(Ask(Ask(instruction.Get(), "previousSibling").Object().Get(), "nodeName").Text(), "t");
+        InvokeByName(m_object.Get(), "createProcessingInstruction", {CComVariant("p"), CComVariant("d")})
+            .Object();
+    ASSERT_TRUE(InvokeByName(m_object.Get(), "appendChild", {CComVariant(instruction.Get())}).Succeeded());
+    EXPECT_EQ(
+        InvokeByName(InvokeByName(instruction.Get(), "previousSibling").Object().Get(), "nodeName").Text(),
+        "t");
 }
 
 TEST_F(OurAutomation, GetNamedItem_OfAttributesOnly) {
-    const auto attributes = Ask(m_element.Get(), "attributes").Object();
-    EXPECT_EQ(Ask(Ask(attributes.Get(), "getNamedItem", {CComVariant("b")}).Object().Get(), "value").Text(),
+    const auto attributes = InvokeByName(m_element.Get(), "attributes").Object();
+    EXPECT_EQ(InvokeByName(InvokeByName(attributes.Get(), "getNamedItem", {CComVariant("b")}).Object().Get(),
+                           "value")
+                  .Text(),
               "<");
-    EXPECT_TRUE(Ask(attributes.Get(), "getNamedItem", {CComVariant("B")}).IsNothing());
-    EXPECT_FALSE(Ask(attributes.Get(), "getNamedItem").Succeeded());
-    const auto children = Ask(m_element.Get(), "childNodes").Object();
-    EXPECT_FALSE(Ask(children.Get(), "getNamedItem", {CComVariant("x")}).Succeeded());
+    EXPECT_TRUE(InvokeByName(attributes.Get(), "getNamedItem", {CComVariant("B")}).IsNothing());
+    EXPECT_FALSE(InvokeByName(attributes.Get(), "getNamedItem").Succeeded());
+    const auto children = InvokeByName(m_element.Get(), "childNodes").Object();
+    EXPECT_FALSE(InvokeByName(children.Get(), "getNamedItem", {CComVariant("x")}).Succeeded());
 }
 
 TEST_F(OurAutomation, QueryInterface_KnownAndUnknownInterfaces) {
@@ -1033,17 +1075,19 @@ TEST_F(OurAutomation, TypeInfo_ThereIsNone) {
 TEST_F(OurAutomation, Objects_OutliveTheDocument) {
     auto document = std::make_unique<Document>();
     ASSERT_TRUE(document->LoadText("<t a='1'><x/></t>"));
-    const auto element = Ask(document->Automation().Get(), "documentElement").Object();
-    const auto children = Ask(element.Get(), "childNodes").Object();
-    const auto attribute = Ask(Ask(element.Get(), "attributes").Object().Get(), "item", {Long(0)}).Object();
+    const auto element = InvokeByName(document->Automation().Get(), "documentElement").Object();
+    const auto children = InvokeByName(element.Get(), "childNodes").Object();
+    const auto attribute =
+        InvokeByName(InvokeByName(element.Get(), "attributes").Object().Get(), "item", {Long(0)}).Object();
     document.reset();
-    EXPECT_EQ(Ask(children.Get(), "length").m_value.lVal, 1);
-    EXPECT_EQ(Ask(attribute.Get(), "value").Text(), "1");
-    EXPECT_TRUE(Ask(element.Get(), "setAttribute", {CComVariant("b"), CComVariant("2")}).Succeeded());
-    const auto owner = Ask(element.Get(), "ownerDocument").Object();
-    const auto made = Ask(owner.Get(), "createElement", {CComVariant("y")}).Object();
-    EXPECT_TRUE(Ask(element.Get(), "appendChild", {CComVariant(made.Get())}).Succeeded());
-    EXPECT_EQ(Ask(element.Get(), "xml").Text(), "<t a=\"1\" b=\"2\">\n<x />\n<y />\n</t>\n");
+    EXPECT_EQ(InvokeByName(children.Get(), "length").m_value.lVal, 1);
+    EXPECT_EQ(InvokeByName(attribute.Get(), "value").Text(), "1");
+    EXPECT_TRUE(
+        InvokeByName(element.Get(), "setAttribute", {CComVariant("b"), CComVariant("2")}).Succeeded());
+    const auto owner = InvokeByName(element.Get(), "ownerDocument").Object();
+    const auto made = InvokeByName(owner.Get(), "createElement", {CComVariant("y")}).Object();
+    EXPECT_TRUE(InvokeByName(element.Get(), "appendChild", {CComVariant(made.Get())}).Succeeded());
+    EXPECT_EQ(InvokeByName(element.Get(), "xml").Text(), "<t a=\"1\" b=\"2\">\n<x />\n<y />\n</t>\n");
 }
 
 TEST_F(OurAutomation, SavedRows_WhenAScriptWalks_AreNodes) {
@@ -1053,13 +1097,13 @@ TEST_F(OurAutomation, SavedRows_WhenAScriptWalks_AreNodes) {
     data.AddRows(3);
     SaveTarget target;
     ASSERT_TRUE(data.Save(target.Automation(), target.Element()));
-    const auto children = Ask(target.Element(), "childNodes").Object();
-    EXPECT_EQ(Ask(children.Get(), "length").m_value.lVal, 3);
-    const auto last = Ask(target.Element(), "lastChild").Object();
-    EXPECT_EQ(Ask(last.Get(), "getAttribute", {CComVariant("n")}).Text(), "0");
-    EXPECT_TRUE(Ask(last.Get(), "setAttribute", {CComVariant("n"), Long(7)}).Succeeded());
+    const auto children = InvokeByName(target.Element(), "childNodes").Object();
+    EXPECT_EQ(InvokeByName(children.Get(), "length").m_value.lVal, 3);
+    const auto last = InvokeByName(target.Element(), "lastChild").Object();
+    EXPECT_EQ(InvokeByName(last.Get(), "getAttribute", {CComVariant("n")}).Text(), "0");
+    EXPECT_TRUE(InvokeByName(last.Get(), "setAttribute", {CComVariant("n"), Long(7)}).Succeeded());
     EXPECT_TRUE(data.Save(target.Automation(), target.Element()));
-    EXPECT_EQ(Ask(children.Get(), "length").m_value.lVal, 6);
+    EXPECT_EQ(InvokeByName(children.Get(), "length").m_value.lVal, 6);
 }
 
 }  // namespace

@@ -565,7 +565,7 @@ TEST_F(XmlDocument, SaveText_VeryDeepTree_IsWrittenWithoutRecursion) {
                                (Depth - 1) * std::string("<a>\n</a>\n").size() +
                                std::string("<a />\n").size());
     const CComPtr<IDispatch> automation = m_document.Automation();
-    EXPECT_EQ(Ask(automation.Get(), "xml").m_value.Text().size(), text.size());
+    EXPECT_EQ(InvokeByName(automation.Get(), "xml").m_value.Text().size(), text.size());
 }
 
 TEST_F(XmlDocument, Nodes_OfAnAutomationClient_KeepTheTreeAlive) {
@@ -573,10 +573,10 @@ TEST_F(XmlDocument, Nodes_OfAnAutomationClient_KeepTheTreeAlive) {
     {
         Document document;
         ASSERT_TRUE(document.LoadText("<t><a b='1'/></t>"));
-        element = Ask(document.Automation().Get(), "documentElement").Object();
+        element = InvokeByName(document.Automation().Get(), "documentElement").Object();
         ASSERT_TRUE(document.LoadText("<other/>"));
     }
-    EXPECT_EQ(Ask(element.Get(), "nodeName").Text(), "t");
+    EXPECT_EQ(InvokeByName(element.Get(), "nodeName").Text(), "t");
     EXPECT_EQ(Node(element.Get()).FirstChild().Name(), "a");
 }
 

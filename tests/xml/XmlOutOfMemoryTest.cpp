@@ -148,7 +148,7 @@ TEST(DocumentOutOfMemory, CallsOfScripts_SayIt) {
             Document document;
             EXPECT_TRUE(document.LoadText(Sample));
             const CComPtr<IDispatch> element =
-                quillet::test::Ask(document.Automation().Get(), "documentElement").Object();
+                quillet::test::InvokeByName(document.Automation().Get(), "documentElement").Object();
             DISPID member = DISPID_UNKNOWN;
             EXPECT_EQ(element->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &member), S_OK);
             DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};

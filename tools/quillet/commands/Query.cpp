@@ -201,22 +201,23 @@ private:
     RecordListing m_facts;
 };
 
-void Explain(const Settings& settings, Catalog& catalog, const std::string& query, const Reply& reply) {
+void Explain(const Settings& settings, Catalog& catalog, const std::string& query,
+             const QueryResult& result) {
     DbDatabase& database = catalog.Database();
     Explanation explanation(settings);
-    std::string source = reply.m_table;
-    explanation.Add("read as", Value::OfText(reply.m_isOfQuery ? "query" : "name of a table"));
-    if (reply.m_isOfQuery) {
+    std::string source = result.m_table;
+    explanation.Add("read as", Value::OfText(result.m_isQuery ? "query" : "name of a table"));
+    if (result.m_isQuery) {
         const Analysis analysis = Analyze(database, query);
-        explanation.AddAnalysis(analysis, reply.m_isAnswered && IsQuery(database, reply.m_table));
+        explanation.AddAnalysis(analysis, result.m_isAnswered && IsQuery(database, result.m_table));
         source = analysis.m_table;
     }
     if (const DbTableInfo* const info = database.GetTableInfo(source)) {
         explanation.Add("source", Value::OfText(info->GetName().ToUtf8()));
     }
-    if (reply.m_isAnswered) {
-        const Table answer = catalog.FindTable(reply.m_table);
-        explanation.Add("answer", Value::OfText(KindOfAnswer(*database.GetTableInfo(reply.m_table))));
+    if (result.m_isAnswered) {
+        const Table answer = catalog.FindTable(result.m_table);
+        explanation.Add("answer", Value::OfText(KindOfAnswer(*database.GetTableInfo(result.m_table))));
         explanation.Add("rows", Value::OfCount(answer.m_data->size()));
     }
     Print(settings, explanation.Facts());
@@ -227,15 +228,15 @@ void Explain(const Settings& settings, Catalog& catalog, const std::string& quer
 int Query(const Settings& settings, const QueryRequest& request) {
     Catalog catalog(request.m_file, settings);
     catalog.ReadStructure();
-    const Reply reply = catalog.Ask(request.m_query);
+    const QueryResult result = catalog.Query(request.m_query);
     if (request.m_explain) {
-        Explain(settings, catalog, request.m_query, reply);
+        Explain(settings, catalog, request.m_query, result);
     }
-    if (!reply.m_isAnswered) {
-        throw catalog.Failed(reply.m_complaint + HintOnRefusal(catalog.Database(), {request.m_query}));
+    if (!result.m_isAnswered) {
+        throw catalog.Failed(result.m_reason + HintOnRefusal(catalog.Database(), {request.m_query}));
     }
     if (!request.m_explain) {
-        PrintRows(settings, catalog.FindTable(reply.m_table), request.m_rows);
+        PrintRows(settings, catalog.FindTable(result.m_table), request.m_rows);
     }
     for (const std::string& warning : WarningsOnAnswer(catalog.Database(), {request.m_query})) {
         Complain("warning: " + catalog.Path() + ": " + warning);

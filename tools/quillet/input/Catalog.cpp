@@ -209,7 +209,7 @@ Table Catalog::TableAt(std::size_t index) {
     return {name.ToUtf8(), m_database->GetTableDescr(index), data};
 }
 
-Reply Catalog::Ask(const std::string& query) {
+QueryResult Catalog::Query(const std::string& query) {
     CString name;
     bool isAnswered = false;
     {

@@ -20,14 +20,14 @@ struct Table {
 };
 
 // The result of a query.
-struct Reply {
+struct QueryResult {
     bool m_isAnswered;
     // Whether the text was treated as a query; otherwise it is the name of a table.
-    bool m_isOfQuery;
+    bool m_isQuery;
     // The name of the table that holds the answer; empty if there is none.
     std::string m_table;
     // Why there is none.
-    std::string m_complaint;
+    std::string m_reason;
 };
 
 // Owns the database of a file. Only Save writes the file, whatever the model marks as changed. Failures throw
@@ -67,7 +67,7 @@ public:
 
     // Answers a query. A text that is the name of a table, with or without square brackets, means that table,
     // whatever words are in it. Refuses a query over a table whose rows can't all be read.
-    Reply Ask(const std::string& query);
+    QueryResult Query(const std::string& query);
 
     // Takes the entries of the log and keeps those that report errors; returns those about a query.
     std::vector<DbLogEntry> CollectLog();
