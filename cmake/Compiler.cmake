@@ -1,7 +1,13 @@
-# quillet_join_sources(target): compiles many of its files as one, if that option is on. Each file must still be
-# self-contained: other builds compile it alone.
+# quillet_join_sources(target): compiles its files of one folder as one, if that option is on. Names that are local to a
+# file must differ within a folder; each file must still be self-contained, since other builds compile it alone.
 function(quillet_join_sources target)
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUILLET_JOIN_SOURCES} UNITY_BUILD_BATCH_SIZE 12)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${QUILLET_JOIN_SOURCES} UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source ${sources})
+    get_filename_component(folder ${source} DIRECTORY)
+    string(MAKE_C_IDENTIFIER "joined_${folder}" group)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+  endforeach()
   if(QUILLET_JOIN_SOURCES AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Anonymous namespaces look as if they were in a header.
     target_compile_options(${target} PRIVATE -Wno-subobject-linkage)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that includes go the way that docs/architecture.md draws.
 
-The two drawings there stand in blocks that begin with the line "Includes of Db:" and "Includes of tools/quillet:". Each
+The two drawings there are blocks that begin with the line "Includes of Db:" and "Includes of tools/quillet:". Each
 line of a block names rooms and single files, without their endings; a file may include those of its own line and of the
 lines above. The longest name that fits a file counts. Of Quillet/ itself the drawing leaves out the prefix.
 """
@@ -37,7 +37,8 @@ def place(order, file):
 
 
 def includes(path):
-    return re.findall(r'^\s*#\s*include "([^"]+)"', path.read_text(encoding="utf-8"), re.M)
+    found = re.findall(r'^\s*#\s*include (?:"([^"]+)"|<(Quillet/[^>]+)>)', path.read_text(encoding="utf-8"), re.M)
+    return [quoted or bracketed for quoted, bracketed in found]
 
 
 def check(folder, prefix, order):
@@ -48,7 +49,7 @@ def check(folder, prefix, order):
             continue
         own = place(order, path.relative_to(ROOT / folder).as_posix())
         if own is None:
-            faults.append(f"{name}: stands nowhere in docs/architecture.md")
+            faults.append(f"{name}: is not in docs/architecture.md")
             continue
         for included in includes(path):
             if not (ROOT / folder / included.removeprefix(prefix)).is_file():
@@ -57,7 +58,7 @@ def check(folder, prefix, order):
                 continue
             other = place(order, included.removeprefix(prefix))
             if other is None or other > own:
-                faults.append(f'{name}: "{included}" stands below it in docs/architecture.md')
+                faults.append(f'{name}: "{included}" comes after it in docs/architecture.md')
     return faults
 
 

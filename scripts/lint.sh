@@ -3,14 +3,16 @@
 # clang-tidy: as the preset release compiles them, and the Windows port's own files and the automation server as the
 # preset windows compiles them.
 #
-#   scripts/lint.sh [format]
+#   scripts/lint.sh [format|tidy]
 #
-# With an argument, only the checks that need no build: formatting and includes.
+# With "format", only the checks that need no build, formatting and includes; with "tidy", only the others.
 set -eu
 cd "$(dirname "$0")/.."
 
-git ls-files '*.h' '*.cpp' '*.c' | xargs clang-format-14 --dry-run --Werror
-scripts/check-includes.py
+if [ "${1:-}" != tidy ]; then
+    git ls-files '*.h' '*.cpp' '*.c' | xargs clang-format-14 --dry-run --Werror
+    scripts/check-includes.py
+fi
 if [ "${1:-}" = format ]; then
     exit 0
 fi

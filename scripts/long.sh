@@ -1,8 +1,9 @@
 #!/bin/sh
 # The long forms of what .ci/run does in short.
 #
-#   scripts/long.sh random [seeds]     the tests under the sanitizers in random order, with other random numbers for each
-#                                      of the seeds 1, 2, 3, ...; 20 of them without an argument
+#   scripts/long.sh random [seeds]     the tests of classes, platform and command line under the sanitizers in random
+#                                      order, with other random numbers for each of the seeds 1, 2, 3, ...; 20 of them
+#                                      without an argument
 #   scripts/long.sh queries [seconds]  query texts of random bytes; 1800 seconds without an argument
 #   scripts/long.sh wine [times]       the Windows tests, each time from an empty prefix; 10 times without an argument
 #
@@ -28,6 +29,12 @@ shuffled() { # seed
 }
 
 from_empty_prefix() {
+    # A server that still runs would serve the new prefix from the deleted one.
+    for prefix in build/wine/* build/wine-automation/*; do
+        if [ -d "$prefix" ]; then
+            scripts/wine.sh --stop "$prefix"
+        fi
+    done
     rm -rf build/wine build/wine-automation
     ctest --preset windows --output-on-failure
 }

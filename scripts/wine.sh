@@ -2,12 +2,30 @@
 # Runs a Windows program with Wine, in the project's own prefix and without a display.
 #
 #   scripts/wine.sh program.exe [arguments]
+#   scripts/wine.sh --stop prefix
+#
+# The second form ends what runs in a prefix, and returns when it has ended.
 #
 # QUILLET_WINE_PREFIX names another folder for the prefixes than build/wine. There is one for each locale: all programs
 # of a prefix share the locale, and Wine's own services, which start late and stay a while, would bring theirs along. No
 # window waits for a user: there is no display, and crashes end the program without a dialog.
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
+
+server=
+for candidate in wineserver64 /usr/lib/wine/wineserver64 wineserver; do
+    if command -v "$candidate" >/dev/null 2>&1; then
+        server=$candidate
+        break
+    fi
+done
+if [ "${1:-}" = --stop ] && [ -n "$server" ]; then
+    WINEPREFIX=$(cd "$2" && pwd)
+    export WINEPREFIX
+    "$server" -k || true
+    "$server" -w || true
+    exit 0
+fi
 
 wine=
 for candidate in wine64 /usr/lib/wine/wine64 wine; do
@@ -39,12 +57,9 @@ if [ ! -f "$WINEPREFIX/system.reg" ] && ! "$wine" wineboot --init >/dev/null 2>&
 fi
 # Wine's server ends a few seconds after its last program, and a program that starts in that moment fails. So it stays
 # for ten seconds; if one is already running, a second has no effect.
-for candidate in wineserver64 /usr/lib/wine/wineserver64 wineserver; do
-    if command -v "$candidate" >/dev/null 2>&1; then
-        "$candidate" -p10 </dev/null >/dev/null 2>&1 9>&- || true
-        break
-    fi
-done
+if [ -n "$server" ]; then
+    "$server" -p10 </dev/null >/dev/null 2>&1 9>&- || true
+fi
 exec 9>&-
 
 # A program that crashes can exit with status 0. A GoogleTest program creates this file when it starts and removes it

@@ -432,6 +432,10 @@ CString DbDatabase::LastSaveError() const {
     return m_saveError->Text();
 }
 
+bool DbDatabase::RanOutOfMemory() const {
+    return m_reader->IsOutOfMemory() || m_saveError->IsOutOfMemory();
+}
+
 CString DbDatabase::LastReadError() const {
     return m_reader->LastReadError();
 }

@@ -130,7 +130,7 @@ public:
     // LastReadError names these tables, and LoadWhole reads them.
     void LoadTables();
     // The same, and whether the database now holds everything in the file. In sequential access this reads
-    // the file as a whole, as Save over the file does. LastReadError says what is missing.
+    // the file as a whole, as Save over the file does. LastReadError says why something is missing.
     bool LoadWhole();
 
     // Copies every table of the records into the database: first the header and the properties, which are
@@ -203,10 +203,12 @@ public:
 
     // Why the last Save failed, in one line; empty after one that succeeded and before the first.
     quillet::CString LastSaveError() const;
-    // What the last reading of the file did not bring, in one line; empty if it brought everything, and after
-    // a Save over the file. At the end of sequential access the line names the tables that were not reached;
-    // only LoadWhole finds what sequential access can't see.
+    // Why the last reading of the file did not bring everything in it, in one line; empty if it did, and
+    // after a Save over the file. At the end of sequential access the line names the tables that were not
+    // reached; only LoadWhole finds what sequential access can't see.
     quillet::CString LastReadError() const;
+    // Whether the last reading or the last Save failed because there was no memory.
+    bool RanOutOfMemory() const;
 
     // Appends the lines of the log to out and empties the log.
     void GetError(std::vector<quillet::CString>& out);

@@ -29,7 +29,7 @@ public:
     DbFieldDescr(DbItem* parent, int index);
     // Copies the item part as DbItem's copy does, and what assignment copies.
     DbFieldDescr(const DbFieldDescr& other);
-    // Copies default value, null flag, both flags, names and converter.
+    // Copies default value, null flag, key and required flags, names and converter.
     DbFieldDescr& operator=(const DbFieldDescr& other);
     ~DbFieldDescr() override;
 

@@ -47,9 +47,9 @@ public:
     bool IsNull() const { return m_null; }
     void SetNull(bool null) { m_null = null; }
 
-    // Replaces out by the text form of the value: numbers as the platform writes them in the user's locale,
-    // "true" and "false", base64 for bytes (a line break and a blank after every 76 characters), the empty
-    // string for every other type.
+    // Replaces out by the text form of the value: a text itself, numbers as the platform writes them in the
+    // user's locale, "true" and "false", base64 for bytes (carriage return, line feed and blank after every
+    // 19 full groups of four characters, never after a padded one), the empty string for every other type.
     void ValueToString(quillet::CString& out) const;
 
     // Reads the value from text with the field's converter, as rows of a file are read: an empty text is 0

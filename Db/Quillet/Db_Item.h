@@ -29,7 +29,7 @@ public:
     void Append(DbItem* item);
     // Removes the first occurrence; nothing where there is none.
     void Remove(const DbItem* item);
-    // Memory of the caller's for so many children; the list uses it as long as it holds no more.
+    // The caller's memory for that many children; the list uses it as long as it holds no more.
     static constexpr std::size_t BytesFor(std::size_t capacity) {
         return sizeof(Head) + capacity * sizeof(DbItem*);
     }

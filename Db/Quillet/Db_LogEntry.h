@@ -10,7 +10,7 @@ struct DbLogEntry {
     enum class Kind : std::uint8_t {
         // What the database did: a table was created or renamed, a file was imported, how long it took.
         Report,
-        // A text was read as a query, and not as the name of a table.
+        // A text was read as a query or a condition, and not as the name of a table.
         QueryRead,
         // What became of a query or a find.
         QueryReport,

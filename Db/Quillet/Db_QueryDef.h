@@ -18,12 +18,11 @@ public:
     DbQueryDef& operator=(const DbQueryDef& other);
     virtual ~DbQueryDef();
 
-    // Lets go of the database and of the text; the name stays.
+    // Releases the database and of the text; the name stays.
     virtual void Close();
     virtual const quillet::CString& GetSQL() const;
-    // Keeps name and text, and checks the text. Throws DbException, by pointer, where
-    // DbDatabase::VerifySQL is false, as it is for a mere table name; the log says why, and name and text are
-    // kept all the same.
+    // Keeps name and text, and checks the text. Throws DbException, by pointer, where DbDatabase::VerifySQL
+    // is false, as it is for a mere table name; the log says why, and name and text are still kept.
     virtual void Create(quillet::CString name, quillet::CString sql);
     // What DbDatabase::VerifySQL says of the text: it is analysed again by every call.
     virtual bool IsOpen();

@@ -62,8 +62,8 @@ public:
     // where the definition is null.
     virtual bool Open(DbTableDef* def);
     virtual bool Open(DbQueryDef* def);
-    // Lets go of table and database, drops a pending edit, and forgets bindings, bookmarks and the row that
-    // was updated last. The cursor's own database is deleted, and so saved if it was changed.
+    // Releases table and database, drops a pending edit, and forgets bindings, bookmarks and the row that was
+    // updated last. The cursor's own database is deleted, and so saved if it was changed.
     virtual void Close();
 
     // The moves. Each drops a pending edit first. True where a row was reached and read; the position moves
@@ -100,15 +100,15 @@ public:
     static quillet::CString Condition(const quillet::CString& text);
 
     // Makes the named index current and moves to the first row, in its order, whose values equal the keys:
-    // the first count fields of the index, or all of them. There must be so many keys. Drops a pending edit.
-    // False where no row is equal: the position stays the same, in the order of the index now. False, without
-    // any change, where there is no such index or it lost a field. An index that is current
+    // the first count fields of the index, or all of them. The array must hold that many keys. Drops a
+    // pending edit. False where no row is equal: the position stays the same, in the order of the index now.
+    // False, without any change, where there is no such index or it lost a field. An index that is current
     // already keeps its order (see SetCurrentIndex), in which rows that were changed since may be missed.
     virtual bool Seek(quillet::CString index, quillet::CComVariant* keys, uint64 count);
     virtual bool Seek(quillet::CString index, quillet::CComVariant* keys);
 
-    // Bookmarks are numbers that the process never hands out twice; 0 is that of the row that was updated
-    // last before the latest GetLastModifiedBookmark. A bookmark refers to a position, not to a row, and
+    // Bookmarks are numbers that the process never hands out twice; 0 refers to the row that was last updated
+    // when GetLastModifiedBookmark was last called. A bookmark refers to a position, not to a row, and
     // follows the deletions of this cursor only. Getting and setting one drops a pending edit. SetBookmark is
     // true for a known bookmark even where there is no row.
     virtual bool IsBookmark(uint64 bookmark) const;
@@ -131,9 +131,10 @@ public:
     // Always false.
     virtual bool IsDeleted();
 
-    // Whether the field that a bound variable follows is null: by its flag, or because it holds nothing. And
-    // marks it as null; a flag stays when a value is stored. Both look at the row at the position without
-    // regard to the current index, and throw outside the rows and for a variable that is not bound.
+    // IsFieldNull tells whether the field that a bound variable follows is null: by its flag, or because it
+    // holds nothing. SetFieldNull sets the flag, which stays when a value is stored. Both use the row at the
+    // position without regard to the current index, and throw outside the rows and for a variable that is not
+    // bound.
     virtual bool IsFieldNull(void* variable);
     virtual void SetFieldNull(void* variable);
 
@@ -146,8 +147,9 @@ public:
 
     // From now on the rows are visited in the order of an index. The order is computed at once, or taken
     // unchanged if the index given to the pointer form has one. It does not follow later changes of the rows,
-    // except deletions by this cursor. False, with that index current all the same, for one over an unknown
-    // field; for an unknown name, which leaves no index current, where one was; and for null where none is.
+    // except deletions by this cursor. False, although that index is current then, for one over an unknown
+    // field; for an unknown name if an index was current, which then is none; and for null if none is
+    // current. An unknown name gives true if no index is current.
     virtual bool SetCurrentIndex(quillet::CString name);
     virtual bool SetCurrentIndex(const DbTableDescr::DbIndex* index);
     // Lower case; empty for none.
@@ -166,7 +168,7 @@ public:
     virtual quillet::CComVariant GetFieldValue(quillet::CString name);
     quillet::CComVariant GetFieldValue(uint64 index);
     // Keeps the value for the next Update, which stores it as it is, whatever the type of the field. Throws
-    // without a pending Edit or AddNew, and for an unknown name; a position where no field is is ignored.
+    // without a pending Edit or AddNew, and for an unknown name; a position without a field is ignored.
     virtual void SetFieldValue(uint64 index, quillet::CComVariant& value);
     virtual void SetFieldValue(quillet::CString name, quillet::CComVariant& value);
     void SetFieldValue(uint64 index, const quillet::CComVariant& value);
@@ -219,7 +221,7 @@ public:
     // as zero, false or the empty text. Throws for an unknown name.
     void MapClassMember(quillet::CString name, short& variable);
     void MapClassMember(quillet::CString name, int& variable);
-    // Of a long, 32 bits travel.
+    // Only the low 32 bits of a long are stored.
     void MapClassMember(quillet::CString name, long& variable);
     void MapClassMember(quillet::CString name, quillet::CString& variable);
     void MapClassMember(quillet::CString name, float& variable);

@@ -79,7 +79,7 @@ private:
     // Whether the row's cells follow the descriptor by way of these rows.
     bool Follows(const DbTableRow* row) const;
     void EraseCells(uint64 fieldIndex);
-    // Takes back the row at a visible position, as far as it is the one that was appended last.
+    // Removes the row at a visible position again, if it is the one that was appended last.
     void TakeBackRow(uint64 pos);
 
     DbRows* BoundTo() const;

@@ -95,11 +95,11 @@ bool DbTableData::LoadRows(IDispatch* element) {
         const std::size_t count = node.CountChildren();
         const uint64 first = m_rows->AddRows(count, false);
         m_initialized = true;
-        m_loadingRow = 0;
+        m_loadingRow = first;
         m_misfits = 0;
         quillet::xml::Face face;
         for (quillet::xml::Node child = node.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
-            DbTableRow* const row = m_rows->GetRow(static_cast<int>(first + m_loadingRow++));
+            DbTableRow* const row = m_rows->GetRow(static_cast<int>(m_loadingRow++));
             if (row == nullptr || !row->Load(face.Show(child))) {
                 return false;
             }
@@ -153,7 +153,7 @@ bool DbTableData::ParseXmlData() {
     if (!m_pending) {
         return true;
     }
-    // Rows that were added before count as changed all the same.
+    // Rows that were added before still count as changed.
     const bool changed = IsChanged();
     std::vector<DbTableRow*> changedRows;
     for (std::size_t i = 0; changed && i < m_rows->GetRowsCount(); ++i) {

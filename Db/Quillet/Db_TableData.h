@@ -99,7 +99,7 @@ private:
     friend class quillet::DocumentReader;
     friend class quillet::QueryBuilder;
 
-    // Takes back the row at a position, where AddRow put it and nothing was added since.
+    // Removes the row at a position again, if AddRow put it there and nothing was added since.
     void TakeBackRow(uint64 pos) { m_rows->TakeBackRow(pos); }
     // After this the next Clear can't fail.
     void PrepareClear();
@@ -128,8 +128,8 @@ private:
     bool m_pending = false;
     bool m_initialized = false;
     std::shared_ptr<DbTableDescr*> m_descr;
-    // While rows are read: the row at hand, from 1, the first that had another number of values than the
-    // table has fields, and how many had.
+    // While rows are read: the number of the current row, from 1, and of the first whose number of values is
+    // not that of the table's fields, and how many there were.
     uint64 m_loadingRow = 0;
     uint64 m_firstMisfit = 0;
     uint64 m_misfits = 0;

@@ -64,7 +64,7 @@ public:
     void SetValue(const quillet::CString& name, const quillet::CString& text);
     // Sets a cell, keeping its type, and marks the cell changed.
     void SetValue(const quillet::CString& name, const quillet::CComVariant& v);
-    // One of the two for whatever a host has at hand: a text for all that makes a CString, a value for a
+    // One of the two for any text or number: a text for everything that converts to a CString, a value for a
     // number of any type and for a boolean. A zero is a number, never a null text. A null pointer and a
     // single character are refused by the compiler.
     template <typename Value>

@@ -1,5 +1,5 @@
-// Cursors over a driver that has keysets and deletes where they stand, and that says in which order columns
-// may be asked for: the tests' own, since those for files do neither.
+// Cursors over a driver with keysets, positioned deletion, and a choice of the order in which columns may be
+// read: the tests' own, since drivers for files have neither.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// The calls that the driver got, such as "BindCol 1" or "SetPos 3", by what they begin with.
+// The calls that the driver got, such as "BindCol 1" or "SetPos 3", by their first word.
 constexpr char Deletion[] = "SetPos";
 constexpr char DeletionOfAll[] = "Execute DELETE FROM [parts]";
 
@@ -29,7 +29,7 @@ protected:
         }
     }
 
-    // What connects to the table of this test, with a driver that claims that much.
+    // A connection to the table of this test, with a driver of these capabilities.
     static CString ConnectString(const CString& claims) {
         return CString(
                    "Driver={Memory};Table=parts;Columns=number integer,memo longtext,name text 20,rank "
@@ -59,7 +59,7 @@ protected:
         }
         return row;
     }
-    // From where the cursor stands to the end.
+    // The rows from the cursor's position to the end.
     static std::vector<std::string> RowsFrom(Cursor& cursor) {
         std::vector<std::string> rows;
         for (; !cursor.IsEOF(); cursor.MoveNext()) {
@@ -73,9 +73,9 @@ protected:
         cursor.Open(Cursor::Dynaset, sql.GetString(), Cursor::ReadOnly);
         return RowsFrom(cursor);
     }
-    // What stands in the table now.
+    // The contents of the table.
     std::vector<std::string> Rows() const { return Answer(m_observer, "SELECT * FROM parts"); }
-    // Those of the driver's calls since the test began that begin like that.
+    // The driver's calls since the test began that start with this text.
     std::vector<std::string> Calls(const std::string& begin) const {
         std::vector<std::string> calls;
         for (const std::string& call : Answer(m_observer, "SELECT calls")) {

@@ -24,7 +24,7 @@ std::string TextOf(const CComVariant& number) {
 }
 
 // "VarBstrFromR8 function" takes the locale, and "LOCALE_SDECIMAL" is its decimal separator. Wine's
-// conversion does not use it where there is an exponent; NumberText does all the same.
+// conversion does not use it where there is an exponent; NumberText still does.
 std::string ConvertedText(const CComVariant& number) {
     CComVariant text = number;
     EXPECT_TRUE(SUCCEEDED(text.ChangeType(VT_BSTR)));

@@ -62,7 +62,7 @@ TEST(Variant, Clear_ArrayInAccess_IsRefusedAndKept) {
     ASSERT_EQ(SafeArrayAccessData(array, &data), S_OK);
     EXPECT_EQ(VariantClear(&value), DISP_E_ARRAYISLOCKED);
     // "VariantClear function": the contents are released first, then the type becomes VT_EMPTY, and a locked
-    // array is not released. Wine empties the variant all the same.
+    // array is not released. Wine still empties the variant.
     EXPECT_EQ(value.vt, IsWine() ? VARTYPE{VT_EMPTY} : VARTYPE{VT_ARRAY | VT_UI1});
     SafeArrayUnaccessData(array);
     EXPECT_EQ(SafeArrayDestroy(array), S_OK);

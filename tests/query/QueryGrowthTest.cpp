@@ -1,6 +1,5 @@
-// Texts of four times as many parts: to analyse them takes four times the memory, counted over all that was
-// asked for on the way. What copies the rest of the text, or of a list, for each part would take sixteen
-// times.
+// Analysing a text of four times as many parts takes four times the memory, counted over all allocations.
+// Copying the rest of the text, or of a list, for each part would take sixteen times.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -18,6 +17,8 @@ struct Text {
     const char* m_begin;
     const char* m_part;
     const char* m_end = "";
+    // Whether the text can be answered.
+    bool m_isQuery = true;
 
     CString Of(int count) const {
         std::string text = m_begin;
@@ -34,8 +35,7 @@ struct Memory {
     std::size_t m_bytes = 0;
 };
 
-// Room that is doubled when it is used up is asked for in proportion, whatever stands in it: the counts
-// differ by a power of two.
+// Buffers that double when they are full grow in proportion too: the counts differ by a power of two.
 constexpr int Few = 256;
 constexpr int Times = 4;
 constexpr std::size_t AtLeast = 3;
@@ -54,6 +54,7 @@ protected:
         info->GetDescr()->CreateField("number", false, DbFieldDescr::Long);
         info->GetDescr()->CreateField("name", false, DbFieldDescr::Text);
         info->GetData()->AddRow();
+        info->GetData()->GetRow(0)->SetValue("number", 1L);
     }
 
     template <typename Step>
@@ -74,7 +75,11 @@ TEST_P(QueryTextGrowthTest, AnalyzeSQL_TakesMemoryInProportionToTheText) {
         const CString sql = GetParam().Of(count);
         m_database.ClearLog();
         parser::QueryAnalysisParams params;
-        return MemoryOf([&] { m_database.AnalyzeSQL(sql, &params); });
+        bool isAnalysed = false;
+        const Memory memory = MemoryOf([&] { isAnalysed = m_database.AnalyzeSQL(sql, &params); });
+        EXPECT_EQ(isAnalysed, GetParam().m_isQuery);
+        EXPECT_GE(params.tokens.size(), static_cast<std::size_t>(count));
+        return memory;
     };
     ExpectProportional(analyse(Few), analyse(Times * Few));
 }
@@ -85,14 +90,28 @@ INSTANTIATE_TEST_SUITE_P(
                     Text{"ConditionsWithoutBlanks", "select name from parts where number=1", " or number<>1"},
                     Text{"QuotedTexts", "select name from parts where number = 1", " and name='A (b)'"},
                     Text{"NamesInBrackets", "select name from parts where number = 1", " or [number] = 1"},
-                    Text{"UnknownNames", "select name from parts where number = 1", " or absent = 1"},
+                    Text{"UnknownNames", "select name from parts where number = 1", " or absent = 1", "",
+                         false},
                     Text{"Groups", "select name from parts where number = 1", " or (not number = 1)"},
                     Text{"OpenBrackets", "select name from parts where ", "(", "number = 1"},
-                    Text{"Lines", "select name from parts where", "\n", " number = 1"},
                     Text{"SelectedFields", "select name", ", number", " from parts"},
                     Text{"Tables", "select name from parts", ", parts"},
                     Text{"OrderNames", "select name from parts order by name", ", number"}),
     [](const auto& text) { return std::string(text.param.m_name); });
+
+TEST_F(QueryGrowthTest, Query_LineFeeds_TakeMemoryInProportion) {
+    const Text text = {"", "select name from parts where", "\n", "number = 1"};
+    const auto ask = [&](int count) {
+        const CString sql = text.Of(count);
+        m_database.ClearLog();
+        CString name;
+        bool isAnswered = false;
+        const Memory memory = MemoryOf([&] { isAnswered = m_database.Query(sql, name); });
+        EXPECT_TRUE(isAnswered);
+        return memory;
+    };
+    ExpectProportional(ask(16 * Few), ask(Times * 16 * Few));
+}
 
 TEST_F(QueryGrowthTest, FindFirst_TakesMemoryInProportionToTheCondition) {
     const Text text = {"", "number = 1", " or number = 1"};
@@ -101,7 +120,10 @@ TEST_F(QueryGrowthTest, FindFirst_TakesMemoryInProportionToTheCondition) {
     const auto find = [&](int count) {
         const CString condition = DbRecordset::Condition(text.Of(count));
         m_database.ClearLog();
-        return MemoryOf([&] { cursor.FindFirst(condition); });
+        bool isFound = false;
+        const Memory memory = MemoryOf([&] { isFound = cursor.FindFirst(condition); });
+        EXPECT_TRUE(isFound);
+        return memory;
     };
     ExpectProportional(find(Few), find(Times * Few));
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Quillet/platform/Collation.h"
+#include "support/Seed.h"
 #include "support/VariantValues.h"
 
 namespace quillet::test {
@@ -110,7 +111,7 @@ inline std::vector<WideString> OtherAlphabets() {
 // Pairs of texts with small differences: one character inserted, removed or changed, or two swapped.
 class TextPairs {
 public:
-    explicit TextPairs(unsigned seed) : m_numbers(seed) {}
+    explicit TextPairs(unsigned seed) : m_numbers(Seed(seed)) {}
 
     void Draw(const WideString& units) {
         constexpr std::size_t Longest = 10;

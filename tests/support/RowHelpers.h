@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/Seed.h"
 #include "support/TestHelpers.h"
 
 namespace quillet::test {
@@ -65,7 +66,7 @@ inline RowSet RowsOfOneField(const std::vector<CComVariant>& values) {
 // Random choices that are the same on every system.
 class Chance {
 public:
-    explicit Chance(unsigned seed) : m_numbers(seed) {}
+    explicit Chance(unsigned seed) : m_numbers(Seed(seed)) {}
 
     // From 0 to limit - 1.
     unsigned Below(std::size_t limit) { return static_cast<unsigned>(m_numbers() % limit); }

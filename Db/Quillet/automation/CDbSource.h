@@ -1,4 +1,4 @@
-// The file behind a database, for automation clients.
+// The file of a database, for automation clients.
 #pragma once
 
 #include "Quillet/Db_Database.h"

@@ -6,48 +6,48 @@ namespace quillet {
 
 namespace {
 
-// How a variable travels. A long has 32 bits here, as it has on every system in a cell.
+// The conversion of a type of variable. A long has 32 bits here, as in a cell on every system.
 template <typename Variable>
-struct Travel;
+struct Conversion;
 
 template <>
-struct Travel<short> {
+struct Conversion<short> {
     static constexpr VARTYPE Type = VT_I2;
     static short Of(const CComVariant& value) { return value.iVal; }
 };
 
 template <>
-struct Travel<int> {
+struct Conversion<int> {
     static constexpr VARTYPE Type = VT_I4;
     static int Of(const CComVariant& value) { return static_cast<int>(value.lVal); }
 };
 
 template <>
-struct Travel<long> {
+struct Conversion<long> {
     static constexpr VARTYPE Type = VT_I4;
     static long Of(const CComVariant& value) { return value.lVal; }
 };
 
 template <>
-struct Travel<float> {
+struct Conversion<float> {
     static constexpr VARTYPE Type = VT_R4;
     static float Of(const CComVariant& value) { return value.fltVal; }
 };
 
 template <>
-struct Travel<double> {
+struct Conversion<double> {
     static constexpr VARTYPE Type = VT_R8;
     static double Of(const CComVariant& value) { return value.dblVal; }
 };
 
 template <>
-struct Travel<bool> {
+struct Conversion<bool> {
     static constexpr VARTYPE Type = VT_BOOL;
     static bool Of(const CComVariant& value) { return value.boolVal != VARIANT_FALSE; }
 };
 
 template <>
-struct Travel<CString> {
+struct Conversion<CString> {
     static constexpr VARTYPE Type = VT_BSTR;
     static CString Of(const CComVariant& value) { return CString(value.Text()); }
 };
@@ -97,15 +97,15 @@ void FieldBindings::ReadVariable(const CComVariant& value, void* variable) {
     if (IsNothing(converted)) {
         converted.Clear();
     }
-    if (!IsArray(converted) && SUCCEEDED(converted.ChangeType(Travel<Variable>::Type))) {
-        *static_cast<Variable*>(variable) = Travel<Variable>::Of(converted);
+    if (!IsArray(converted) && SUCCEEDED(converted.ChangeType(Conversion<Variable>::Type))) {
+        *static_cast<Variable*>(variable) = Conversion<Variable>::Of(converted);
     }
 }
 
 template <typename Variable>
 void FieldBindings::WriteVariable(CComVariant& value, const void* variable) {
     CComVariant converted(*static_cast<const Variable*>(variable));
-    if (!IsArray(value) && SUCCEEDED(converted.ChangeType(Travel<Variable>::Type)) &&
+    if (!IsArray(value) && SUCCEEDED(converted.ChangeType(Conversion<Variable>::Type)) &&
         (IsNothing(value) || SUCCEEDED(converted.ChangeType(value.vt)))) {
         value = std::move(converted);
     }

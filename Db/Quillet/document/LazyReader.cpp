@@ -344,7 +344,7 @@ void LazyReader::MarkWritten() noexcept {
     try {
         m_identity = platform::FileIdentity::Of(m_source.GetFile().ToUtf8());
     } catch (const std::bad_alloc&) {
-        // The path of the source is asked all the same.
+        // The path of the source is still checked.
     }
 }
 

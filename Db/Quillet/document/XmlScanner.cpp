@@ -67,7 +67,7 @@ bool XmlScanner::Extract(const CString& path, std::string& bytes) {
         }
     }
     std::string wanted;
-    // A path that no element can have is searched all the same: the search ends at the stream's end.
+    // A path that no element can have is still searched for: the search ends at the stream's end.
     if (!NarrowPath(path, wanted)) {
         wanted.clear();
     }

@@ -1,4 +1,4 @@
-// Return codes of ODBC calls, and the diagnostics behind those that failed.
+// Return codes of ODBC calls, and the diagnostics of those that failed.
 #pragma once
 
 #include "Quillet/odbc/DatabaseError.h"

@@ -9,7 +9,7 @@ namespace quillet::odbc {
 namespace {
 
 // Texts and bytes beyond this many are of the long types.
-constexpr std::size_t LongestShort = 255;
+constexpr std::size_t LongestVarying = 255;
 
 }  // namespace
 
@@ -32,7 +32,7 @@ RowWriting::RowWriting(const Handle& connection, const CString& table,
         marks += CString("?").View();
         m_parameters[position].m_number = ++number;
         // A field whose slot no row names is a NULL of the type.
-        Bind(m_parameters[position], SQL_C_DEFAULT, binding.m_sqlType, LongestShort, nullptr);
+        Bind(m_parameters[position], SQL_C_DEFAULT, binding.m_sqlType, LongestVarying, nullptr);
     }
     WideString text((CString("INSERT INTO ") + table + " (").View());
     text.append(names).append(CString(") VALUES (").View()).append(marks).append(CString(")").View());
@@ -95,8 +95,8 @@ void RowWriting::Binary(int position, const CString&, CByteArray& slot, int) {
         parameter->m_length = static_cast<SQLLEN>(size);
         // Bound anew for each row: some drivers take the length of bytes when they are bound.
         parameter->m_bound = {};
-        Bind(*parameter, SQL_C_BINARY, size > LongestShort ? SQL_LONGVARBINARY : SQL_VARBINARY,
-             std::max(size, LongestShort),
+        Bind(*parameter, SQL_C_BINARY, size > LongestVarying ? SQL_LONGVARBINARY : SQL_VARBINARY,
+             std::max(size, LongestVarying),
              // A null pointer would mean NULL, which an empty value is not.
              size > 0 ? parameter->m_bytes.GetData() : &parameter->m_bit);
     }
@@ -107,8 +107,8 @@ void RowWriting::Text(int position, const CString&, CString& slot, int) {
         parameter->m_text.assign(slot.View());
         const std::size_t size = parameter->m_text.size();
         parameter->m_length = static_cast<SQLLEN>(size * sizeof(WCHAR));
-        Bind(*parameter, SQL_C_WCHAR, size > LongestShort ? SQL_WLONGVARCHAR : SQL_WVARCHAR,
-             std::max(size, LongestShort), parameter->m_text.data());
+        Bind(*parameter, SQL_C_WCHAR, size > LongestVarying ? SQL_WLONGVARCHAR : SQL_WVARCHAR,
+             std::max(size, LongestVarying), parameter->m_text.data());
     }
 }
 

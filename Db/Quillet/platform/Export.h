@@ -7,7 +7,7 @@
 #pragma warning(disable : 4251 4275)
 #endif
 
-#if defined(QUILLET_STATIC)  // linked with the library's objects, as its tests are
+#if defined(QUILLET_INTERNAL)  // for what is linked with the library's own objects, as its tests are
 #define QUILLET_API
 #elif defined(_WIN32)
 #if defined(QUILLET_BUILDING)

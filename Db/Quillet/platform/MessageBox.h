@@ -1,4 +1,4 @@
-// Modal messages to the user, behind a handler that a host or a test can replace.
+// Modal messages to the user, through a handler that a host or a test can replace.
 #pragma once
 
 #include <functional>

@@ -246,8 +246,7 @@ CString JoinBuilder::Answer(const Texts& texts, const char* kind, bool withUnmat
     const VARTYPE type = first.Field().GetType();
     const Comparison comparison = ComparisonOf(texts.m_operator, type == VT_BSTR);
     if (comparison == nullptr || type == VT_EMPTY || type != second.Field().GetType()) {
-        m_log.Add(Log::Kind::QueryFault,
-                  InvalidConditionLine(texts.m_left + " " + texts.m_operator + " " + texts.m_right));
+        m_log.Add(InvalidConditionEntry(texts.m_left + " " + texts.m_operator + " " + texts.m_right));
         return {};
     }
     CString name;
@@ -306,11 +305,11 @@ bool JoinBuilder::FindTable(const CString& name, Side& side) {
     // A query that is out of step is answered again here, and its fields may be others after that.
     side.m_table = m_queries.FindInStep(side.m_name);
     if (side.m_table == nullptr) {
-        m_log.Add(Log::Kind::QueryFault, NoTableLine(side.m_name));
+        m_log.Add(NoTableEntry(side.m_name));
         return false;
     }
     if (!side.m_table->GetData()->ParseXmlData()) {
-        m_log.Add(Log::Kind::QueryFault, UnreadRowsLine(side.m_name, m_reader.LastReadError()));
+        m_log.Add(UnreadRowsEntry(side.m_name, m_reader.LastReadError()));
         return false;
     }
     return true;
@@ -319,7 +318,7 @@ bool JoinBuilder::FindTable(const CString& name, Side& side) {
 bool JoinBuilder::FindField(const CString& name, Side& side) {
     side.m_field = side.m_table->GetDescr()->GetFieldIndex(name);
     if (side.m_field < 0) {
-        m_log.Add(Log::Kind::QueryFault, NoFieldLine(name, side.m_name));
+        m_log.Add(NoFieldEntry(name, side.m_name));
         return false;
     }
     return true;
@@ -331,8 +330,8 @@ bool JoinBuilder::CanHoldAnswer(const CString& name, const Side& first, const Si
         return true;
     }
     if (!answer->IsJoin()) {
-        m_log.Print(Log::Kind::QueryFault, "Table '%s' already in database, a join can't be put in it",
-                    name.ToUtf8().c_str());
+        m_log.Print(Log::Kind::QueryFault, Log::Place(name),
+                    "Table '%s' already in database, a join can't be put in it", name.ToUtf8().c_str());
         return false;
     }
     if (first.m_table->DependsOn(*answer) || second.m_table->DependsOn(*answer)) {

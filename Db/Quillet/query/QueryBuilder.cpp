@@ -234,8 +234,8 @@ bool QueryBuilder::Ask(const CString& sql, DbTableInfo* answer, CString& name) {
         return false;
     }
     RemoveFilters(params);
-    m_log.Print(Log::Kind::QueryReport, "Query '%s' processed in %.4f [s]", name.ToUtf8().c_str(),
-                platform::CounterSeconds() - start);
+    m_log.Print(Log::Kind::QueryReport, Log::Place(name), "Query '%s' processed in %.4f [s]",
+                name.ToUtf8().c_str(), platform::CounterSeconds() - start);
     return true;
 }
 
@@ -253,7 +253,8 @@ void QueryBuilder::LogCycle(const CString& sql) {
 bool QueryBuilder::FindTable(const CString& text, CString& name) {
     const DbTableInfo* const info = Find(text);
     if (info == nullptr) {
-        m_log.Print(Log::Kind::QueryFault, "SQL Analyze - table '%s' not found", text.ToUtf8().c_str());
+        m_log.Print(Log::Kind::QueryFault, Log::Place(text), "SQL Analyze - table '%s' not found",
+                    text.ToUtf8().c_str());
         return false;
     }
     name = info->GetName();
@@ -308,7 +309,7 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
 
     m_reader.ReadUntil(source.GetData());
     if (!source.GetData()->ParseXmlData()) {
-        m_log.Add(Log::Kind::QueryFault, UnreadRowsLine(params.tables.front(), m_reader.LastReadError()));
+        m_log.Add(UnreadRowsEntry(params.tables.front(), m_reader.LastReadError()));
         return false;
     }
     DbRows& rows = *source.GetData()->GetRows();
@@ -373,7 +374,7 @@ bool QueryBuilder::FindFields(const Params& params, const std::vector<CString>& 
     for (const CString& name : names) {
         const int field = known.Find(name);
         if (field < 0) {
-            m_log.Add(Log::Kind::QueryFault, NoFieldLine(name, params.tables.front()));
+            m_log.Add(NoFieldEntry(name, params.tables.front()));
             return false;
         }
         const auto position = static_cast<std::size_t>(field);

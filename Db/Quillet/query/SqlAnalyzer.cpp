@@ -178,7 +178,7 @@ void SqlAnalyzer::AddCondition() {
             m_params.filters.push_back(filter);
             m_params.clause->expr(filter);
         } else {
-            m_log.Add(Log::Kind::QueryFault, InvalidConditionLine(Joined(parts)));
+            m_log.Add(InvalidConditionEntry(Joined(parts)));
             m_failed = true;
         }
     }
@@ -221,13 +221,13 @@ void SqlAnalyzer::FailTable(const CString& name) {
     if (m_params.tables.empty()) {
         m_log.Print(Log::Kind::QueryFault, "SQL Analyze - no tables defined, check 'FROM' statement");
     } else {
-        m_log.Add(Log::Kind::QueryFault, NoTableLine(name));
+        m_log.Add(NoTableEntry(name));
     }
     m_failed = true;
 }
 
 void SqlAnalyzer::FailField(const CString& field) {
-    m_log.Add(Log::Kind::QueryFault, NoFieldLine(field, m_params.tables.front()));
+    m_log.Add(NoFieldEntry(field, m_params.tables.front()));
     m_failed = true;
 }
 

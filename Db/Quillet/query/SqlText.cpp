@@ -93,30 +93,30 @@ bool HoldsOperator(const CString& text) {
     return text.View().find_first_of(Operators) != WideView::npos;
 }
 
-CString NoTableLine(const CString& table) {
-    CString line;
-    line.Format("SQL Analyze - no table '%s' found", table.ToUtf8().c_str());
-    return line;
+DbLogEntry NoTableEntry(const CString& table) {
+    DbLogEntry entry{DbLogEntry::Kind::QueryFault, {}, table};
+    entry.m_text.Format("SQL Analyze - no table '%s' found", table.ToUtf8().c_str());
+    return entry;
 }
 
-CString NoFieldLine(const CString& field, const CString& table) {
-    CString line;
-    line.Format("SQL Analyze - no '%s' field found in '%s' table", field.ToUtf8().c_str(),
-                table.ToUtf8().c_str());
-    return line;
+DbLogEntry NoFieldEntry(const CString& field, const CString& table) {
+    DbLogEntry entry{DbLogEntry::Kind::QueryFault, {}, table, 0, field};
+    entry.m_text.Format("SQL Analyze - no '%s' field found in '%s' table", field.ToUtf8().c_str(),
+                        table.ToUtf8().c_str());
+    return entry;
 }
 
-CString InvalidConditionLine(const CString& condition) {
-    CString line;
-    line.Format("SQL Analyze - invalid condition '%s'", condition.ToUtf8().c_str());
-    return line;
+DbLogEntry InvalidConditionEntry(const CString& condition) {
+    DbLogEntry entry{DbLogEntry::Kind::QueryFault, {}};
+    entry.m_text.Format("SQL Analyze - invalid condition '%s'", condition.ToUtf8().c_str());
+    return entry;
 }
 
-CString UnreadRowsLine(const CString& table, const CString& why) {
-    CString line;
-    line.Format("SQL Analyze - the rows of '%s' can't be read: %s", table.ToUtf8().c_str(),
-                why.ToUtf8().c_str());
-    return line;
+DbLogEntry UnreadRowsEntry(const CString& table, const CString& why) {
+    DbLogEntry entry{DbLogEntry::Kind::QueryFault, {}, table};
+    entry.m_text.Format("SQL Analyze - the rows of '%s' can't be read: %s", table.ToUtf8().c_str(),
+                        why.ToUtf8().c_str());
+    return entry;
 }
 
 bool SqlTokens::Next() {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "Quillet/base/CString.h"
+#include "Quillet/Db_LogEntry.h"
 
 namespace quillet {
 
@@ -29,15 +29,15 @@ bool HoldsOperator(const CString& text);
 // The beginning of every line of the log about the analysis of a query text.
 constexpr std::string_view AnalyzerPrefix = "SQL Analyze - ";
 
-// The lines of the log about a name in a query text that means nothing.
-CString NoTableLine(const CString& table);
-CString NoFieldLine(const CString& field, const CString& table);
+// What the log says of a name in a query text that means nothing.
+DbLogEntry NoTableEntry(const CString& table);
+DbLogEntry NoFieldEntry(const CString& field, const CString& table);
 
-// The line about a condition whose field, operator and value don't go together.
-CString InvalidConditionLine(const CString& condition);
+// Of a condition whose field, operator and value don't go together.
+DbLogEntry InvalidConditionEntry(const CString& condition);
 
-// The line about a table whose rows can't be read, for the reason given.
-CString UnreadRowsLine(const CString& table, const CString& why);
+// Of a table whose rows can't be read, for the reason given.
+DbLogEntry UnreadRowsEntry(const CString& table, const CString& why);
 
 // Cuts a query text into tokens at blanks, commas and semicolons. A token may hold quoted stretches, in ', ",
 // [ ] or U+FF91, in which nothing separates; the quotation marks stay.

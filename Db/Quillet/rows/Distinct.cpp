@@ -14,7 +14,7 @@ namespace {
 
 // What is known of the rows: equal rows of whose classes we are sure are in one group, and such a group holds
 // only equal rows.
-struct Groups {
+struct RowGroups {
     // How far the group of a row can be relied on.
     enum class Trust : std::uint8_t {
         Sure,
@@ -29,17 +29,17 @@ struct Groups {
     std::size_t m_count = 1;
 };
 
-void Distrust(Groups& groups, const EqualityClasses& classes, const std::vector<std::uint32_t>& ofRow) {
+void Distrust(RowGroups& groups, const EqualityClasses& classes, const std::vector<std::uint32_t>& ofRow) {
     for (std::size_t row = 0; row < ofRow.size(); ++row) {
         if (ofRow[row] == EqualityClasses::Any) {
-            groups.m_trust[row] = Groups::Trust::Nowhere;
+            groups.m_trust[row] = RowGroups::Trust::Nowhere;
         } else if (classes.IsLoose(ofRow[row])) {
-            groups.m_trust[row] = std::max(groups.m_trust[row], Groups::Trust::NotInside);
+            groups.m_trust[row] = std::max(groups.m_trust[row], RowGroups::Trust::NotInside);
         }
     }
 }
 
-void Divide(Groups& groups, const std::vector<std::uint32_t>& ofRow) {
+void Divide(RowGroups& groups, const std::vector<std::uint32_t>& ofRow) {
     constexpr unsigned HighHalf = 32;
     Numbering<std::uint64_t> pairs;
     for (std::size_t row = 0; row < ofRow.size(); ++row) {
@@ -49,8 +49,8 @@ void Divide(Groups& groups, const std::vector<std::uint32_t>& ofRow) {
     groups.m_count = pairs.Keys().size();
 }
 
-Groups GroupsOf(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
-    Groups groups{std::vector<std::uint32_t>(rows.size()), std::vector<Groups::Trust>(rows.size())};
+RowGroups GroupsOf(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
+    RowGroups groups{std::vector<std::uint32_t>(rows.size()), std::vector<RowGroups::Trust>(rows.size())};
     std::vector<std::uint32_t> ofRow(rows.size());
     // The values of some rows at a time are looked up before one is classed, so that the memory which holds
     // them is on its way for all of them at once.
@@ -111,7 +111,7 @@ private:
 
     bool IsInGroup(std::size_t row) const {
         std::uint32_t kept = m_last[m_groups.m_ofRow[row]];
-        if (m_groups.m_trust[row] == Groups::Trust::Sure) {
+        if (m_groups.m_trust[row] == RowGroups::Trust::Sure) {
             return kept != None;
         }
         while (kept != None && !AreEqual(row, m_kept[kept])) {
@@ -121,7 +121,7 @@ private:
     }
 
     bool IsRepetition(std::size_t row) const {
-        if (m_groups.m_trust[row] == Groups::Trust::Nowhere) {
+        if (m_groups.m_trust[row] == RowGroups::Trust::Nowhere) {
             return IsAmong(row, m_kept);
         }
         return IsInGroup(row) || IsAmong(row, m_keptAnywhere);
@@ -132,14 +132,14 @@ private:
         m_before.push_back(last);
         last = static_cast<std::uint32_t>(m_kept.size());
         m_kept.push_back(row);
-        if (m_groups.m_trust[row] == Groups::Trust::Nowhere) {
+        if (m_groups.m_trust[row] == RowGroups::Trust::Nowhere) {
             m_keptAnywhere.push_back(row);
         }
     }
 
     std::span<DbTableRow* const> m_rows;
     const std::vector<uint64>& m_fields;
-    Groups m_groups;
+    RowGroups m_groups;
     std::vector<uint64> m_kept;
     // The kept rows whose groups say nothing.
     std::vector<uint64> m_keptAnywhere;

@@ -19,7 +19,7 @@ public:
     // All rows go.
     ~RowTokens();
 
-    // One token for each row, whoever asks.
+    // One token for each row, however often it is requested.
     std::shared_ptr<DbTableRow*> Of(DbTableRow& row);
     // How many are kept here.
     std::size_t Size() const { return m_tokens.size(); }

@@ -22,7 +22,7 @@ struct UnsavableField {
     std::string m_why;
 };
 
-// Every such field, in their order. A table without rows is saved all the same: fields are written with their
+// Every such field, in their order. A table without rows is still saved: fields are written with their
 // names as text.
 std::vector<UnsavableField> UnsavableFields(const DbTableDescr& descr);
 

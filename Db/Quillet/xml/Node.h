@@ -37,7 +37,7 @@ struct NativeNode {
 class QUILLET_API Node {
 public:
     Node() = default;
-    // The node behind an automation interface; a null interface gives a null node.
+    // The node of an automation interface; a null interface gives a null node.
     explicit Node(IDispatch* dispatch);
     explicit Node(NativeNode native) : m_native(native) {}
 

@@ -1,4 +1,4 @@
-// The tree behind a document: a pugixml document, nodes without a parent yet, and leaves that were written
+// The tree of a document: a pugixml document, nodes without a parent yet, and leaves that were written
 // directly as text.
 #pragma once
 

@@ -1,6 +1,5 @@
-// A driver for a table in memory, which claims what drivers for files don't: rows by their keys that can be
-// deleted where a cursor stands, and columns that may be asked for in any order. Connect strings choose what
-// it claims and what stands in the table:
+// A driver for a table in memory that can do what drivers for files can't: keyset cursors with positioned
+// deletion, and columns in any order. Connect strings choose its capabilities and the contents of the table:
 //
 //   Database     the name under which connections share the table
 //   Table        its name

@@ -1,4 +1,4 @@
-// What stands behind the driver's handles.
+// The objects of the driver's handles.
 #pragma once
 
 #include <sql.h>
@@ -18,7 +18,7 @@ namespace memory_driver {
 struct Object {
     std::optional<Failure> m_failure;
 
-    // Keeps the warning for whoever asks.
+    // Keeps the warning for the next request of diagnostics.
     SQLRETURN Warn(const char* state, const char* text) {
         m_failure = Failure{state, text};
         return SQL_SUCCESS_WITH_INFO;
@@ -92,7 +92,7 @@ private:
     // Null where the cursor is at no row, or at one that is deleted.
     const Cells* CurrentRow() const;
     SQLUSMALLINT LastBound() const;
-    // Writes the rest of a value behind the offset, and moves the offset.
+    // Writes the value from the offset on, and moves the offset.
     SQLRETURN Deliver(const Cell& cell, Column::Type type, const Binding& to, std::size_t& offset);
 
     Connection& m_connection;

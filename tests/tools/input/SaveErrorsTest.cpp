@@ -79,13 +79,25 @@ TEST_F(SaveErrors, TwoTables_AreBothNamed) {
                             "carry"));
 }
 
-TEST_F(SaveErrors, OtherEntries_StayAsTheyAre) {
-    const DbLogEntry unwritten{DbLogEntry::Kind::SaveFault, "File 'x' could not be written: full"};
-    const DbLogEntry unknown{DbLogEntry::Kind::SaveFault, "Error on table \"None\" - body data saving",
-                             "None"};
-    EXPECT_THAT(
-        ExplainSaveErrors(m_database, {unwritten, unknown}),
-        ElementsAre("File 'x' could not be written: full", "Error on table \"None\" - body data saving"));
+TEST_F(SaveErrors, FileThatCantBeWritten_GivesTheReasonWithoutThePath) {
+    const test::TemporaryFolder folder;
+    const CString path(test::Utf8(folder / "none" / "out.xml"));
+    EXPECT_FALSE(m_database.Save(path));
+    std::vector<DbLogEntry> entries;
+    m_database.GetLogEntries(entries);
+    ASSERT_EQ(entries.back().m_text,
+              "File '" + path + "' could not be written: " + m_database.LastSaveError());
+    EXPECT_THAT(ExplainSaveErrors(m_database, {entries.back()}),
+                ElementsAre(m_database.LastSaveError().ToUtf8()));
+    m_database.Sync();
+}
+
+TEST_F(SaveErrors, OtherEntries_AreGivenBesideTheTable) {
+    const DbLogEntry malformed{DbLogEntry::Kind::MalformedRows, "Table 'Mine' has malformed rows", "Mine"};
+    const DbLogEntry failed{DbLogEntry::Kind::SaveFault, "Error on table \"Mine\" - body data saving",
+                            "Mine"};
+    EXPECT_THAT(ExplainSaveErrors(m_database, {malformed, failed}),
+                ElementsAre("Table 'Mine' has malformed rows", "table 'Mine': it can't be written"));
 }
 
 }  // namespace

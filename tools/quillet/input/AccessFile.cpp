@@ -198,21 +198,23 @@ std::string WhyNoAccess(const std::string& path) {
     return {};
 }
 
-std::vector<std::string> MissingRows(const std::string& path, DbDatabase& database) {
+std::vector<DbLogEntry> MissingRows(const std::string& path, DbDatabase& database) {
     DBACCESS access(CString(path).GetString());
     std::vector<CString> names;
     access.GetTables(names);
-    std::vector<std::string> lines;
+    std::vector<DbLogEntry> faults;
     for (const CString& name : names) {
         const int stated = access.GetStatedRowsNumber(name);
         DbTableData* const data = database.GetTableData(name);
         const std::size_t read = data == nullptr ? 0 : data->size();
         if (stated >= 0 && read != static_cast<std::size_t>(stated)) {
-            lines.push_back("Table " + Quoted(name.ToUtf8()) + ": " + std::to_string(read) + " of " +
-                            Counted(static_cast<std::size_t>(stated), "row") + " can be read");
+            faults.push_back({DbLogEntry::Kind::ReadFault,
+                              "Table " + Quoted(name.ToUtf8()) + ": " + std::to_string(read) + " of " +
+                                  Counted(static_cast<std::size_t>(stated), "row") + " can be read",
+                              name});
         }
     }
-    return lines;
+    return faults;
 }
 
 void FillAccessFile(const std::string& path, const DBACCESS_ALL& tables) {

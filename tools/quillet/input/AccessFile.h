@@ -16,9 +16,9 @@ bool HasAccessEnding(const std::string& path);
 // Empty if it can be read.
 std::string WhyNoAccess(const std::string& path);
 
-// Rows that are missing from an Access file according to its own counts, one line for each table. Drivers
+// Rows that are missing from an Access file according to its own counts, one fault for each table. Drivers
 // silently skip truncated or damaged parts.
-std::vector<std::string> MissingRows(const std::string& path, DbDatabase& database);
+std::vector<DbLogEntry> MissingRows(const std::string& path, DbDatabase& database);
 
 // Writes tables to an existing Access file, replacing those of the same names; other tables stay. The work is
 // done on a copy, which replaces the file only when everything was written and no other program has changed

@@ -9,7 +9,6 @@
 #include "Quillet/document/DocumentReader.h"
 #include "Quillet/platform/File.h"
 #include "Quillet/query/SqlText.h"
-#include "Quillet/registry/LastError.h"
 #include "Quillet/values/Names.h"
 #include "Quillet/xml/Document.h"
 #include "System.h"
@@ -35,8 +34,8 @@ constexpr const char* IncompleteSequentially =
 constexpr const char* TryAsAWhole = "; try it without --sequential";
 
 // The model returns false out of memory; the program ends.
-void RequireMemory(const CString& error) {
-    if (error == LastError::OutOfMemory) {
+void RequireMemory(const DbDatabase& database) {
+    if (database.RanOutOfMemory()) {
         throw std::bad_alloc();
     }
 }
@@ -47,18 +46,6 @@ void WriteLine(const std::string& line) {
 
 bool EqualNames(const std::string& left, const char* right) {
     return CString(left).CompareNoCase(right) == 0;
-}
-
-// The reason in a line that repeats the name of the file.
-std::string WithoutPath(const std::string& line, const std::string& path) {
-    const std::string beginning = "File '" + path + "' could not be written: ";
-    return line.starts_with(beginning) ? line.substr(beginning.size()) : line;
-}
-
-// Whether another line gives this one as its reason.
-bool IsRepeated(const std::string& line, const std::vector<std::string>& lines) {
-    return std::any_of(lines.begin(), lines.end(),
-                       [&](const std::string& other) { return other.ends_with(": " + line); });
 }
 
 std::unique_ptr<DbDatabase> OpenDatabase(const std::string& path) {
@@ -144,9 +131,8 @@ void Catalog::TryReadStructure() {
             throw Failed(why);
         }
     }
-    for (const std::string& line : MissingRows(m_path, *m_database)) {
-        m_faults.push_back({DbLogEntry::Kind::ReadFault, line});
-    }
+    const std::vector<DbLogEntry> missing = MissingRows(m_path, *m_database);
+    m_faults.insert(m_faults.end(), missing.begin(), missing.end());
 }
 
 void Catalog::ReadAll() {
@@ -156,7 +142,7 @@ void Catalog::ReadAll() {
         m_database->LoadTables();
         for (std::size_t i = 0; i < static_cast<std::size_t>(m_database->GetTablesCount()); ++i) {
             if (!m_database->GetTableData(i)->ParseXmlData()) {
-                RequireMemory(m_database->LastReadError());
+                RequireMemory(*m_database);
                 m_faults.push_back(DocumentReader::MalformedRows(m_database->GetTableName(i)));
             }
         }
@@ -195,7 +181,7 @@ Table Catalog::TableAt(std::size_t index) {
     CollectLog();
     const CString& name = m_database->GetTableName(index);
     if (!isRead) {
-        RequireMemory(m_database->LastReadError());
+        RequireMemory(*m_database);
         // The database logs it itself, unless it cuts tables out of the file.
         m_faults.push_back(DocumentReader::MalformedRows(name));
     }
@@ -225,7 +211,7 @@ QueryResult Catalog::Query(const std::string& query) {
     const std::vector<DbLogEntry> entries = CollectLog();
     RefuseUnreadable();
     if (!isAnswered) {
-        RequireMemory(m_database->LastReadError());
+        RequireMemory(*m_database);
         return {false, IsQueryRead(entries), "", QueryComplaint(entries)};
     }
     const DbTableInfo& answer = *m_database->GetTableInfo(name);
@@ -273,13 +259,10 @@ void Catalog::SaveAs(const std::string& path) {
     m_faults.clear();
     CollectLog();
     if (!isSaved) {
-        RequireMemory(m_database->LastSaveError());
-        const std::vector<std::string> faults = ExplainSaveErrors(*m_database, m_faults);
+        RequireMemory(*m_database);
         std::string reasons;
-        for (const std::string& fault : faults) {
-            if (!IsRepeated(fault, faults)) {
-                reasons += (reasons.empty() ? ": " : "; ") + WithoutPath(fault, path);
-            }
+        for (const std::string& reason : ExplainSaveErrors(*m_database, m_faults)) {
+            reasons += (reasons.empty() ? ": " : "; ") + reason;
         }
         throw Failure(path + ": not saved" + reasons);
     }

@@ -34,7 +34,7 @@ std::string WhatIsWrong(DbDatabase& database, const DbLogEntry& trace) {
 
 std::vector<std::string> ExplainSaveErrors(DbDatabase& database, const std::vector<DbLogEntry>& entries) {
     std::vector<std::string> reasons;
-    // The tables of which a reason says more than that they can't be written.
+    // The tables that failed.
     std::set<CString> explained;
     const auto add = [&](const std::string& reason) {
         if (std::find(reasons.begin(), reasons.end(), reason) == reasons.end()) {
@@ -47,14 +47,18 @@ std::vector<std::string> ExplainSaveErrors(DbDatabase& database, const std::vect
             if (entry.m_row > 0 && isTable && explained.insert(entry.m_table).second) {
                 add(WhatIsWrong(database, entry));
             }
-        } else if (entry.m_kind != Kind::SaveFault || !isTable) {
+        } else if (entry.m_kind != Kind::SaveFault) {
             add(entry.m_text.ToUtf8());
-        } else if (!entry.m_field.IsEmpty()) {
+        } else if (isTable && !entry.m_field.IsEmpty()) {
             explained.insert(entry.m_table);
             add(entry.m_text.ToUtf8());
-        } else if (explained.insert(entry.m_table).second) {
+        } else if (isTable && explained.insert(entry.m_table).second) {
             add("table " + Quoted(entry.m_table.ToUtf8()) + ": it can't be written");
         }
+    }
+    if (explained.empty()) {
+        // No table failed, but the save as a whole, for a reason that may repeat an entry.
+        return {database.LastSaveError().ToUtf8()};
     }
     return reasons;
 }

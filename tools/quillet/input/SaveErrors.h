@@ -8,8 +8,8 @@
 
 namespace quillet::tool {
 
-// The entries that a failed save left in the log, as text. Those that speak of the library's functions give
-// way to the table, row and field that they are about.
+// Why the last save failed, by the entries that it left in the log: each table that could not be written,
+// with the row and the field as far as they are known; otherwise the error of the save, without the path.
 std::vector<std::string> ExplainSaveErrors(DbDatabase& database, const std::vector<DbLogEntry>& entries);
 
 }  // namespace quillet::tool
