@@ -13,8 +13,8 @@
 namespace {
 
 using namespace quillet::test;
-using quillet::automation::MethodFailure;
 using quillet::automation::Guarded;
+using quillet::automation::MethodFailure;
 
 // The result of a method that throws this way, and the message that its caller gets.
 struct Outcome {
