@@ -6,6 +6,7 @@
 
 #include "Quillet/Db_TableRow.h"
 #include "Quillet/platform/NumberText.h"
+#include "Quillet/values/Comparison.h"
 #include "Quillet/values/Names.h"
 
 using quillet::CComVariant;

@@ -4,8 +4,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "Quillet/base/CComVariant.h"
+#include "Quillet/base/CString.h"
 #include "Quillet/clv/element.h"
-#include "Quillet/values/Comparison.h"
 
 class DbTableRow;
 
@@ -54,5 +55,6 @@ private:
     quillet::CComVariant m_rightValue;
     std::int32_t m_leftIndex = -1;
     std::int32_t m_rightIndex = -1;
-    quillet::Comparison m_comparison = nullptr;
+    // That of the operator; null if there is none.
+    bool (*m_comparison)(const quillet::CComVariant& left, const quillet::CComVariant& right) = nullptr;
 };

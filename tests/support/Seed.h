@@ -8,7 +8,9 @@ namespace quillet::test {
 // The seed of a test: the same in every run, and another one for each seed of a shuffled run
 // (--gtest_shuffle).
 inline unsigned Seed(unsigned fixed) {
-    return fixed + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed());
+    return testing::GTEST_FLAG(shuffle)
+               ? fixed + static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())
+               : fixed;
 }
 
 }  // namespace quillet::test
