@@ -1515,6 +1515,16 @@ TEST_F(DbRecordsetTest, Seek_WithoutKeys_FindsTheFirstRowOfTheIndex) {
     EXPECT_FALSE(m_rs.Seek(index, nullptr)) << "a key for each field is missing";
 }
 
+TEST_F(DbRecordsetTest, Seek_PlaceThatOnlyAnOldOrderHas_IsFalseAndLeavesTheCursor) {
+    OnTable().SetCurrentIndex(BackwardIndex());
+    Data().DeleteRow(2);
+    Data().DeleteRow(1);
+    m_rs.SetAbsolutePosition(1);
+    CComVariant key(1);
+    EXPECT_FALSE(m_rs.Seek("back", &key, 1)) << "it stands at place 2 of one row";
+    EXPECT_EQ(m_rs.GetAbsolutePosition(), 1);
+}
+
 TEST_F(DbRecordsetTest, SetFieldNull_OutsideTheRowsOrUnbound_Throws) {
     int number = 0;
     int other = 0;

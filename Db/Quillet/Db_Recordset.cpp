@@ -393,7 +393,8 @@ bool DbRecordset::Seek(CString index, CComVariant* keys, uint64 count) {
         return false;
     }
     const std::optional<uint64> place = m_index->Find(*Descr(), *Data(), keys, count);
-    return place.has_value() && MoveTo(static_cast<std::int64_t>(*place));
+    // An order that was made before rows were deleted has places that no row of the cursor is at.
+    return place.has_value() && *place < RowCount() && MoveTo(static_cast<std::int64_t>(*place));
 }
 
 bool DbRecordset::Seek(CString index, CComVariant* keys) {

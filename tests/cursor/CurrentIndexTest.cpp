@@ -207,4 +207,21 @@ TEST_F(CurrentIndexTest, RowDeleted_TakesThePlaceOutAndLowersTheRest) {
     EXPECT_THAT(TheIndex().GetRowOrder(), ElementsAre(2U, 0U, 1U));
 }
 
+TEST_F(CurrentIndexTest, RowDeleted_OfRowsThatAscended_LooksForTheirOrderAgain) {
+    for (int number = 1; number <= 4; ++number) {
+        Add(Long(number), "x");
+    }
+    m_current.Set(&TheIndex());
+    m_current.Build(m_descr, m_data);
+    const CComVariant key = Long(4);
+    EXPECT_EQ(m_current.Find(m_descr, m_data, &key, 1), 3U);
+    // As a deletion from borrowed rows may do: others are seen than before, and they don't ascend.
+    for (int row = 0; row < 4; ++row) {
+        m_data[static_cast<uint64>(row)][0].GetVariant() = Long(5 - row);
+    }
+    m_data.DeleteRow(0);
+    m_current.RowDeleted(0, 0);
+    EXPECT_EQ(m_current.Find(m_descr, m_data, &key, 1), 0U);
+}
+
 }  // namespace

@@ -144,6 +144,8 @@ public:
 
     const std::vector<Table>& Tables() const { return m_tables; }
     int Queries() const { return m_queries; }
+    // The version of the table that changed last.
+    static long LatestVersion() { return s_version; }
 
     Table Find(const std::string& name) const {
         for (const Table& table : m_tables) {
@@ -620,7 +622,7 @@ public:
             Insert(*table, fields, row, index->m_order);
         }
         index->m_table = table.get();
-        index->m_version = table->m_version;
+        index->m_version = PlainDatabase::LatestVersion();
         return true;
     }
 
@@ -638,12 +640,12 @@ public:
         return SetIndex(index);
     }
 
-    // Whether the order is that of the rows as they are.
+    // Whether nothing has changed since the order was built, in this table or in one that shares its rows.
     bool IsIndexFresh() const {
         const auto index = m_index.lock();
         const Table table = m_table.lock();
         return index != nullptr && table != nullptr && index->m_table == table.get() &&
-               index->m_version == table->m_version;
+               index->m_version == PlainDatabase::LatestVersion();
     }
 
     bool MatchesAt(std::int64_t place, const std::vector<PlainValue>& keys) const {
@@ -701,7 +703,7 @@ public:
                 }
             }
             index->m_order = order;
-            index->m_version = isFresh ? table->m_version : -1;
+            index->m_version = isFresh ? PlainDatabase::LatestVersion() : -1;
         }
         --m_position;
         Cancel();

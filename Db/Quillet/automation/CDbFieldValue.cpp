@@ -22,7 +22,7 @@ bool IsValueOfACell(const VARIANT& value) {
     }
 }
 
-CComVariant ValueOf(const VARIANT& given) {
+CComVariant CellValueOf(const VARIANT& given) {
     CComVariant value = Dereferenced(given);
     if (!IsValueOfACell(value)) {
         throw MethodFailure{DISP_E_TYPEMISMATCH, "A cell holds no such value"};
@@ -67,7 +67,7 @@ HRESULT CDbFieldValue::get_Value(VARIANT* pVal) {
 }
 
 HRESULT CDbFieldValue::put_Value(VARIANT newVal) {
-    return Do([&] { Cell().SetValue(ValueOf(ValueOf(newVal))); });
+    return Do([&] { Cell().SetValue(CellValueOf(GivenValue(newVal))); });
 }
 
 HRESULT CDbFieldValue::get_Index(long* pVal) {

@@ -68,7 +68,7 @@ HRESULT InvokeArguments::Convert(UINT& wrong) {
         const int position = PositionOf(i);
         CComVariant& value = m_values[i];
         if (position >= 0) {
-            value = ValueOf(m_given.rgvarg[position]);
+            value = GivenValue(m_given.rgvarg[position]);
             ++used;
         }
         if (parameter.m_isReference && (position < 0 || IsMissing(value) || value.vt == VT_NULL)) {

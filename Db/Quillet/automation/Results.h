@@ -27,7 +27,7 @@ inline CString TextOf(BSTR text) {
 
 // The value that a caller passes, directly or by reference. Throws MethodFailure for a null reference and for
 // a type that values don't have.
-inline CComVariant ValueOf(const VARIANT& given) {
+inline CComVariant GivenValue(const VARIANT& given) {
     CComVariant value = Dereferenced(given);
     const bool isOfVariant = given.vt == (VT_BYREF | VT_VARIANT) && given.pvarVal != nullptr;
     if (value.vt == VT_EMPTY && (isOfVariant ? given.pvarVal->vt : given.vt) != VT_EMPTY) {

@@ -212,8 +212,9 @@ void CurrentIndex::RowDeleted(uint64 place, uint64 position) {
     if (index == nullptr) {
         return;
     }
-    // Rows that ascend still do without one of them.
-    std::vector<uint64>& order = index->m_rowOrder;
+    // Whether rows ascend is looked for again: a deletion from borrowed rows may change which of them are
+    // seen.
+    std::vector<uint64>& order = index->GetRowOrder();
     if (place < order.size()) {
         order.erase(order.begin() + static_cast<std::ptrdiff_t>(place));
     }
