@@ -12,31 +12,28 @@
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
 
-server=
-for candidate in wineserver64 /usr/lib/wine/wineserver64 wineserver; do
-    if command -v "$candidate" >/dev/null 2>&1; then
-        server=$candidate
-        break
-    fi
-done
-if [ "${1:-}" = --stop ] && [ -n "$server" ]; then
+first_of() { # the first of the commands that is there; nothing if none is
+    for candidate in "$@"; do
+        if command -v "$candidate" >/dev/null 2>&1; then
+            echo "$candidate"
+            return
+        fi
+    done
+}
+
+wine=$(first_of wine64 /usr/lib/wine/wine64 wine)
+server=$(first_of wineserver64 /usr/lib/wine/wineserver64 wineserver)
+if [ -z "$wine" ]; then
+    echo "wine.sh: no Wine here; scripts/bootstrap.sh windows installs it" >&2
+    exit 127
+fi
+
+if [ "${1:-}" = --stop ]; then
     WINEPREFIX=$(cd "$2" && pwd)
     export WINEPREFIX
     "$server" -k || true
     "$server" -w || true
     exit 0
-fi
-
-wine=
-for candidate in wine64 /usr/lib/wine/wine64 wine; do
-    if command -v "$candidate" >/dev/null 2>&1; then
-        wine=$candidate
-        break
-    fi
-done
-if [ -z "$wine" ]; then
-    echo "wine.sh: no Wine here; scripts/bootstrap.sh windows installs it" >&2
-    exit 127
 fi
 
 WINEPREFIX=${QUILLET_WINE_PREFIX:-$here/build/wine}/${LC_ALL:-${LANG:-C}}

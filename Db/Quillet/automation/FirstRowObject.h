@@ -8,11 +8,11 @@
 namespace quillet::automation {
 
 // Each property of the interface is one field of the table's first row, as text. Fields are named by their
-// positions. Shows nothing until it is told what.
+// positions. Shows nothing until Show is called.
 template <typename Interface>
 class FirstRowObject : public Dispatch<Interface> {
 public:
-    // Nothing for null.
+    // Null shows nothing.
     void Show(const DbTableData* data) { m_row.Show(data); }
 
 protected:

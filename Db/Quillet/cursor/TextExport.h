@@ -1,6 +1,8 @@
 // A table as text, with its values side by side.
 #pragma once
 
+#include <string>
+
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
 
