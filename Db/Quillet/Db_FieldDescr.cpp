@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -294,6 +295,16 @@ void DbFieldDescr::SetDefaultValue(unsigned short variantType, CComVariant& valu
 
 void DbFieldDescr::Convert(CComVariant& value, const WCHAR* text) const {
     (m_converter == nullptr ? ToText : m_converter)(value, text);
+}
+
+VARTYPE DbFieldDescr::ConvertedType() const {
+    constexpr std::pair<Converter, VARTYPE> Converters[] = {
+        {nullptr, VT_BSTR}, {ToText, VT_BSTR},    {ToLong, VT_I4},     {ToFloat, VT_R4},
+        {ToDouble, VT_R8},  {ToBoolean, VT_BOOL}, {ToBytes, VT_EMPTY},
+    };
+    const auto* const found = std::find_if(std::begin(Converters), std::end(Converters),
+                                           [&](const auto& row) { return row.first == m_converter; });
+    return found->second;
 }
 
 unsigned short DbFieldDescr::FieldTypeToVariantType(eFieldType type) {

@@ -6,6 +6,11 @@
 
 #include "Quillet/Db_FieldValue.h"
 
+namespace quillet {
+class CellParser;
+class RowScanner;
+}  // namespace quillet
+
 // A field value whose variant is the column's default and whose variant type is the column's type; its index
 // is the field's position in the table.
 class QUILLET_API DbFieldDescr : public DbFieldValue {
@@ -84,6 +89,12 @@ public:
 
 private:
     friend class DbTableDescr;
+    friend class quillet::CellParser;
+    friend class quillet::RowScanner;
+
+    // The type of the values that Convert gives: VT_BSTR where it keeps every text as it is, and VT_EMPTY for
+    // bytes.
+    VARTYPE ConvertedType() const;
 
     // Grows with every name that a field of the process gets.
     static std::uint64_t Renames();

@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr uint64 IndexAndFlagEstimate = 5;
+
 // Converts the value to the type where it can be. A conversion to empty or null would lose the value, so
 // cells without a value take the new value's type.
 void KeepType(quillet::CComVariant& value, VARTYPE type) {
@@ -52,11 +54,18 @@ void DbFieldValue::operator delete(DbFieldValue* value, std::destroying_delete_t
 }
 
 uint64 DbFieldValue::GetSize() const {
-    constexpr uint64 IndexAndFlagEstimate = 5;
+    const uint64 withoutChildren = m_value.vt == VT_BSTR ? EstimateOfText(m_value.Text()) : EstimateOfOther();
+    return withoutChildren - DbItem::EstimateOf(0) + DbItem::GetSize();
+}
+
+uint64 DbFieldValue::EstimateOfText(quillet::WideView text) {
     constexpr uint64 UnitEstimate = 2;
+    return DbItem::EstimateOf(0) + IndexAndFlagEstimate + UnitEstimate * text.size();
+}
+
+uint64 DbFieldValue::EstimateOfOther() {
     constexpr uint64 VariantEstimate = 24;
-    return DbItem::GetSize() + IndexAndFlagEstimate +
-           (m_value.vt == VT_BSTR ? UnitEstimate * m_value.Text().size() : VariantEstimate);
+    return DbItem::EstimateOf(0) + IndexAndFlagEstimate + VariantEstimate;
 }
 
 void DbFieldValue::SetValue(const quillet::CComVariant& v) {

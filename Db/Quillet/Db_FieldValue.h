@@ -10,6 +10,10 @@
 
 class DbFieldDescr;
 
+namespace quillet {
+class ColumnStore;
+}
+
 // A variant of the column's type, a null flag and the column's index. It is also the base of the field
 // descriptor, whose variant is the column's default value.
 class QUILLET_API DbFieldValue : public DbItem {
@@ -64,6 +68,11 @@ protected:
 
 private:
     friend class DbTableRow;
+    friend class quillet::ColumnStore;
+
+    // The estimates of GetSize for cells that hold a text, and for others.
+    static uint64 EstimateOfText(quillet::WideView text);
+    static uint64 EstimateOfOther();
 
     int m_index;
     bool m_null = false;

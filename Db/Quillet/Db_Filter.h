@@ -10,6 +10,10 @@
 
 class DbTableRow;
 
+namespace quillet {
+class CellFilter;
+}
+
 // One comparison: of a field with a literal, of a literal with a field, or of two fields. It is a leaf of a
 // clause, and its value is the result of the last row that it evaluated; false before the first.
 //
@@ -49,6 +53,8 @@ public:
     void EvalValOpRef(const DbTableRow& row);
 
 private:
+    friend class quillet::CellFilter;
+
     void Keep(const quillet::CComVariant* left, const quillet::CComVariant* right);
 
     quillet::CComVariant m_leftValue;

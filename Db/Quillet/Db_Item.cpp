@@ -174,9 +174,13 @@ long DbItem::GetChangeId() {
 }
 
 uint64 DbItem::GetSize() const {
+    return EstimateOf(m_children.Size());
+}
+
+uint64 DbItem::EstimateOf(std::size_t children) {
     constexpr uint64 ChildEstimate = 22;
     constexpr uint64 OwnEstimate = 8;
-    return m_children.Size() * ChildEstimate + OwnEstimate;
+    return children * ChildEstimate + OwnEstimate;
 }
 
 uint64 DbItem::CalcSize() {

@@ -130,17 +130,26 @@ protected:
     // The same for an owner that is about to destroy the children in its own memory, [begin, end).
     void ReleaseChildrenOutside(const void* begin, const void* end);
     bool HasChildren() const { return !m_children.IsEmpty(); }
+    // The parent of a root, for GetParent alone: it does not list this item.
+    void NameParent(DbItem* parent) { m_parent = reinterpret_cast<std::uintptr_t>(parent); }
+    // Lists a root as the last child.
+    void Adopt(DbItem& root) {
+        AddChild(&root);
+        root.m_parent = reinterpret_cast<std::uintptr_t>(this) | ListedBit;
+    }
+    // The estimate of GetSize for an item with so many children.
+    static uint64 EstimateOf(std::size_t children);
     // Grows with everything in the process that may change what GetChangeId says, other than an override of
     // it: stamps, and items with stamps that come and go.
     static std::uint64_t StampMoves();
-    // Releases the children among the items of a range, in one pass over the list.
-    template <typename Iterator>
-    void ReleaseChildren(Iterator first, Iterator last) {
-        for (; first != last; ++first) {
-            if (*first != nullptr && static_cast<DbItem*>(*first)->LiveParent() == this) {
-                static_cast<DbItem*>(*first)->Unlist();
+    // Releases the children among the items that forEach gives to its argument, in one pass over the list.
+    template <typename ForEach>
+    void ReleaseEach(ForEach forEach) {
+        forEach([this](DbItem& item) {
+            if (item.LiveParent() == this) {
+                item.Unlist();
             }
-        }
+        });
         DropUnlisted();
     }
 

@@ -381,8 +381,10 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
 
 bool DbRecordset::TakeRow(quillet::RowCondition& condition, uint64 position) {
     const auto place = static_cast<std::int64_t>(position);
-    const DbTableRow* const row = RowAt(place);
-    return row != nullptr && condition.Holds(*row) && MoveTo(place);
+    const uint64 stored = Data() == nullptr ? 0 : RemapRowIndex(position);
+    DbRows* const rows = Data() == nullptr ? nullptr : Data()->GetRows();
+    return rows != nullptr && quillet::RowsView(*rows).HasRow(stored) && condition.Holds(*rows, stored) &&
+           MoveTo(place);
 }
 
 bool DbRecordset::Seek(CString index, CComVariant* keys, uint64 count) {

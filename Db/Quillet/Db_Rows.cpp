@@ -3,71 +3,47 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <numeric>
 #include <utility>
 
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/Reserve.h"
 #include "Quillet/base/Rollback.h"
-#include "Quillet/rows/RowArena.h"
-#include "Quillet/rows/RowTokens.h"
-
-// Rows and their memory.
-struct DbRows::Storage {
-    Storage() = default;
-    Storage(const Storage&) = delete;
-    Storage& operator=(const Storage&) = delete;
-    ~Storage() {
-        for (DbTableRow* const row : m_rows) {
-            if (row != nullptr) {
-                row->~DbTableRow();
-            }
-        }
-    }
-
-    void Append(DbItem* parent, DbTableDescr* descr, bool initValues) {
-        const std::size_t bytes = DbTableRow::PieceBytes(descr == nullptr ? 0 : descr->size());
-        quillet::ReserveOneMore(m_rows);
-        void* const piece = m_arena.Allocate(bytes);
-        quillet::Rollback allocated([&] { m_arena.Release(piece, bytes); });
-        auto* const row = new (piece) DbTableRow(parent);
-        quillet::Rollback made([&] { row->~DbTableRow(); });
-        row->SetDescr(descr);
-        row->MakeCells(initValues);
-        made.Keep();
-        allocated.Keep();
-        m_rows.push_back(row);
-    }
-
-    void DropLast(std::size_t count) {
-        for (; count > 0; --count) {
-            Delete(m_rows.size() - 1);
-        }
-    }
-
-    void Delete(std::size_t position) {
-        DbTableRow* const row = m_rows[position];
-        m_tokens.RowGoes(*row);
-        m_rows.erase(m_rows.begin() + static_cast<std::ptrdiff_t>(position));
-        const std::size_t bytes = DbTableRow::PieceBytes(row->CellsInPiece());
-        row->~DbTableRow();
-        m_arena.Release(row, bytes);
-    }
-
-    quillet::RowArena m_arena;
-    std::vector<DbTableRow*> m_rows;
-    quillet::RowTokens m_tokens;
-};
+#include "Quillet/rows/CellParser.h"
+#include "Quillet/rows/RowWriting.h"
+#include "Quillet/rows/RowsView.h"
+#include "Quillet/values/FieldNames.h"
+#include "Quillet/xml/Face.h"
 
 DbRows::DbRows(DbItem* parent, DbTableDescr* descr)
     : DbItem(parent),
       m_descr(descr == nullptr ? nullptr : descr->LifeToken()),
-      m_storage(std::make_shared<Storage>()),
+      m_storage(std::make_shared<quillet::ColumnStore>(*this, m_descr)),
       m_self(std::make_shared<DbRows*>(this)) {
 }
 
 DbRows::~DbRows() {
+    m_storage->OwnerGoes(*this);
     ReleaseChildren();
+}
+
+long DbRows::GetChangeId() {
+    const long latest = DbItem::GetChangeId();
+    // A row that was not made has the stamp 0.
+    return UnmadeRows() > 0 ? std::max(latest, 0L) : latest;
+}
+
+uint64 DbRows::GetSize() const {
+    return DbItem::GetSize() + DbItem::EstimateOf(UnmadeRows()) - DbItem::EstimateOf(0);
+}
+
+uint64 DbRows::CalcSize() {
+    return DbItem::CalcSize() + (UnmadeRows() > 0 ? m_storage->SizeOfUnmadeRows() : 0);
+}
+
+uint64 DbRows::UnmadeRows() const {
+    return m_storage->IsOwnedBy(*this) ? m_storage->UnmadeRows() : 0;
 }
 
 DbRows* DbRows::BoundTo() const {
@@ -85,10 +61,6 @@ uint64 DbRows::AddRows(uint64 n, bool initValues) {
     if (n == 0 || first > MostRows || n > MostRows - first) {
         return first;
     }
-    const std::size_t cells = Descr() == nullptr ? 0 : Descr()->size();
-    quillet::ReserveMore(m_storage->m_rows, n);
-    m_storage->m_arena.Reserve(n * DbTableRow::PieceBytes(cells));
-    ReserveChildren(m_storage->m_rows.capacity());
     return AppendRows(n, initValues);
 }
 
@@ -96,17 +68,12 @@ uint64 DbRows::AppendRows(uint64 n, bool initValues) {
     DbRows* const boundTo = BoundTo();
     DbRows* const owner = boundTo == nullptr ? this : boundTo;
     const uint64 visible = m_order.size();
-    uint64 appended = 0;
     quillet::ReserveMore(m_order, n);
     if (boundTo != nullptr) {
         quillet::ReserveMore(boundTo->m_order, n);
     }
-    const uint64 stored = m_storage->m_rows.size();
-    quillet::Rollback rows([&] { m_storage->DropLast(appended); });
-    for (; appended < n; ++appended) {
-        m_storage->Append(owner, owner->Descr(), initValues);
-    }
-    rows.Keep();
+    const uint64 stored = m_storage->Size();
+    m_storage->Append(n, *owner, owner->m_descr, initValues);
     for (uint64 i = 0; i < n; ++i) {
         m_order.push_back(stored + i);
         if (boundTo != nullptr) {
@@ -122,7 +89,7 @@ uint64 DbRows::AppendRows(uint64 n, bool initValues) {
 
 void DbRows::TakeBackRow(uint64 pos) {
     DbRows* const boundTo = BoundTo();
-    if (pos + 1 != m_order.size() || m_order.back() + 1 != m_storage->m_rows.size()) {
+    if (pos + 1 != m_order.size() || m_order.back() + 1 != m_storage->Size()) {
         return;
     }
     m_storage->DropLast(1);
@@ -133,7 +100,7 @@ void DbRows::TakeBackRow(uint64 pos) {
 }
 
 void DbRows::DeleteRow(uint64 pos) {
-    if (RowAt(pos) == nullptr) {
+    if (!HasRow(pos)) {
         return;
     }
     const uint64 stored = m_order[pos];
@@ -152,18 +119,94 @@ void DbRows::Truncate(uint64 count) {
     }
     DbRows* const boundTo = BoundTo();
     DbRows* const owner = boundTo == nullptr ? this : boundTo;
-    std::vector<DbTableRow*>& rows = m_storage->m_rows;
     const uint64 first = m_order[count];
-    owner->ReleaseChildren(rows.begin() + static_cast<std::ptrdiff_t>(first), rows.end());
-    while (rows.size() > first) {
-        m_storage->Delete(rows.size() - 1);
-    }
+    owner->ReleaseEach([&](auto release) { m_storage->ForEachMade(first, release); });
+    m_storage->DropLast(m_storage->Size() - first);
     m_order.resize(count);
     if (boundTo != nullptr) {
         std::vector<uint64>& order = boundTo->m_order;
         order.erase(
             std::remove_if(order.begin(), order.end(), [&](uint64 stored) { return stored >= first; }),
             order.end());
+    }
+}
+
+bool DbRows::SaveRow(uint64 pos, IDispatch* document, IDispatch* parentElement) {
+    const quillet::RowsView view(*this);
+    if (!view.HasRow(pos)) {
+        return true;
+    }
+    if (DbTableRow* const row = view.MadeRow(pos)) {
+        return row->Save(document, parentElement);
+    }
+    std::size_t position = 0;
+    try {
+        const DbTableDescr* const descr = Descr();
+        quillet::AppendRow(
+            quillet::xml::Node(document), quillet::xml::Node(parentElement), view.Width(pos),
+            [&](std::size_t field) -> const std::string& { return quillet::NameInFile(descr, field); },
+            [&](std::size_t field) { return view.Cell(pos, field); }, position);
+        return true;
+    } catch (const quillet::xml::DomError&) {
+        m_storage->RowAt(m_order[pos]).LogFailedSave(position);
+        return false;
+    }
+}
+
+bool DbRows::LoadRow(uint64 pos, const quillet::xml::Node& node, quillet::CellParser& parser) {
+    const quillet::RowsView view(*this);
+    if (!view.HasRow(pos)) {
+        return false;
+    }
+    if (!m_storage->IsOwnedBy(*this) || view.MadeRow(pos) != nullptr) {
+        quillet::xml::Face face(node);
+        return m_storage->RowAt(m_order[pos]).Load(face.Get());
+    }
+    try {
+        return LoadUnmadeRow(pos, node, parser);
+    } catch (const quillet::xml::DomError&) {
+        return false;
+    }
+}
+
+bool DbRows::LoadUnmadeRow(uint64 pos, const quillet::xml::Node& node, quillet::CellParser& parser) {
+    const DbTableDescr* const descr = Descr();
+    if (node.IsNull() || !node.IsElement() || descr == nullptr) {
+        return false;
+    }
+    quillet::RowsView view(*this);
+    const std::size_t cells = view.Width(pos);
+    std::size_t values = 0;
+    quillet::xml::AttributeReader attributes(node);
+    for (; attributes.Next(); ++values) {
+        if (values < std::min(cells, descr->size())) {
+            view.SetCell(pos, values, parser.Read(*descr->at(values), attributes.Value()));
+        }
+    }
+    if (values != cells) {
+        NoteMisfit();
+    }
+    return true;
+}
+
+bool DbRows::CanTakeRows() const {
+    return m_order.empty() && m_storage->IsOwnedBy(*this) && m_storage->Size() == 0 &&
+           m_storage.use_count() == 1;
+}
+
+void DbRows::TakeRows(const std::shared_ptr<quillet::ColumnStore>& rows) {
+    std::vector<uint64> order(rows->Size());
+    std::iota(order.begin(), order.end(), uint64{0});
+    ReserveChildren(rows->Size() - rows->UnmadeRows());
+    rows->ForEachMade(0, [this](DbTableRow& row) {
+        Adopt(row);
+        row.m_descr = m_descr;
+    });
+    rows->HandOver(*this, m_descr);
+    m_storage = rows;
+    m_order.swap(order);
+    for (uint64 i = 0; i < m_order.size(); ++i) {
+        SetChanged();
     }
 }
 
@@ -181,15 +224,22 @@ DbRows::NewCells::NewCells(DbRows& rows, uint64 fieldIndex) : m_rows(rows), m_in
     if (descr == nullptr) {
         return;
     }
-    const DbFieldDescr& field = descr->GetField(static_cast<int>(fieldIndex));
-    for (DbTableRow* const row : rows.m_storage->m_rows) {
-        if (rows.Follows(row)) {
-            m_cells.emplace_back(row, row->MakeCell(fieldIndex, field));
-        }
+    m_hasColumns = rows.m_storage->Follows(rows, descr);
+    if (m_hasColumns) {
+        rows.m_storage->MakeColumns(fieldIndex, *descr);
     }
+    const DbFieldDescr& field = descr->GetField(static_cast<int>(fieldIndex));
+    rows.m_storage->ForEachMade(0, [&](DbTableRow& row) {
+        if (rows.Follows(row)) {
+            m_cells.emplace_back(&row, row.MakeCell(fieldIndex, field));
+        }
+    });
 }
 
 void DbRows::NewCells::Insert() {
+    if (m_hasColumns) {
+        m_rows.m_storage->InsertColumns(m_index);
+    }
     for (auto& [row, cell] : m_cells) {
         row->InsertCell(m_index, std::move(cell));
     }
@@ -207,18 +257,20 @@ void DbRows::Update(uint64 fieldIndex, bool added) {
     }
 }
 
-bool DbRows::Follows(const DbTableRow* row) const {
+bool DbRows::Follows(const DbTableRow& row) const {
     // Rows borrowed from other rows are updated there.
-    return row != nullptr && row->GetDescr() == Descr() &&
-           (row->LiveParent() == nullptr || row->LiveParent() == this);
+    return row.GetDescr() == Descr() && (row.LiveParent() == nullptr || row.LiveParent() == this);
 }
 
 void DbRows::EraseCells(uint64 fieldIndex) {
-    for (DbTableRow* const row : m_storage->m_rows) {
-        if (Follows(row)) {
-            row->EraseCell(fieldIndex);
-        }
+    if (m_storage->Follows(*this, Descr())) {
+        m_storage->EraseColumns(fieldIndex);
     }
+    m_storage->ForEachMade(0, [&](DbTableRow& row) {
+        if (Follows(row)) {
+            row.EraseCell(fieldIndex);
+        }
+    });
     // As for new cells.
     SetChanged();
 }
@@ -229,7 +281,8 @@ void DbRows::Bind(DbRows* other, std::vector<uint64>& order) {
     }
     std::vector<uint64> shown = order;
     if (!m_isBound) {
-        ReleaseChildren(m_storage->m_rows.begin(), m_storage->m_rows.end());
+        ReleaseEach([&](auto release) { m_storage->ForEachMade(0, release); });
+        m_storage->OwnerGoes(*this);
     }
     m_storage = other->m_storage;
     m_boundTo = other->m_self;
@@ -242,32 +295,31 @@ DbRows* DbRows::GetLender() {
     return boundTo != nullptr && boundTo->m_storage == m_storage ? boundTo : this;
 }
 
-DbTableRow* DbRows::RowAt(uint64 pos) const {
-    if (pos >= m_order.size() || m_order[pos] >= m_storage->m_rows.size()) {
-        return nullptr;
-    }
-    return m_storage->m_rows[m_order[pos]];
+bool DbRows::HasRow(uint64 pos) const {
+    return pos < m_order.size() && m_order[pos] < m_storage->Size();
 }
 
 uint64 DbRows::NumberOf(const DbTableRow& row) const {
-    uint64 number = 1;
-    while (number <= m_order.size() && RowAt(number - 1) != &row) {
-        ++number;
+    for (uint64 pos = 0; pos < m_order.size(); ++pos) {
+        if (HasRow(pos) && m_storage->MadeRowAt(m_order[pos]) == &row) {
+            return pos + 1;
+        }
     }
-    return number <= m_order.size() ? number : 0;
+    return 0;
 }
 
 DbTableRow* DbRows::GetRow(int pos) {
-    return pos < 0 ? nullptr : RowAt(static_cast<uint64>(pos));
+    const auto place = static_cast<uint64>(pos);
+    return pos >= 0 && HasRow(place) ? &m_storage->RowAt(m_order[place]) : nullptr;
 }
 
 std::shared_ptr<DbTableRow*> DbRows::LifeTokenOf(int pos) {
-    DbTableRow* const row = GetRow(pos);
-    return row == nullptr ? nullptr : m_storage->m_tokens.Of(*row);
+    const auto place = static_cast<uint64>(pos);
+    return pos >= 0 && HasRow(place) ? m_storage->TokenOf(m_order[place]) : nullptr;
 }
 
 DbTableRow* DbRows::GetLastRow() {
-    return m_order.empty() ? nullptr : RowAt(m_order.size() - 1);
+    return m_order.empty() || !HasRow(m_order.size() - 1) ? nullptr : &m_storage->RowAt(m_order.back());
 }
 
 void DbRows::LogToDatabase(const DbLogEntry& entry) {

@@ -9,6 +9,15 @@
 
 struct DbLogEntry;
 
+namespace quillet {
+class CellParser;
+class ColumnStore;
+class RowsView;
+namespace xml {
+class Node;
+}
+}  // namespace quillet
+
 // Rows are seen through an order of storage positions: the visible row i is storage[order[i]]. Bound rows
 // share the storage of the rows that they are bound to; the storage, and the rows in it, live as long as
 // anyone shares it.
@@ -18,6 +27,10 @@ public:
     DbRows(const DbRows&) = delete;
     DbRows& operator=(const DbRows&) = delete;
     ~DbRows() override;
+
+    long GetChangeId() override;
+    uint64 GetSize() const override;
+    uint64 CalcSize() override;
 
     // Members throw only std::bad_alloc, and leave the rows unchanged then.
 
@@ -36,7 +49,7 @@ public:
 
     // The cells that a new field of the descriptor brings to the rows: made where that may fail, inserted
     // where nothing may.
-    class QUILLET_API NewCells {
+    class NewCells {
     public:
         NewCells(DbRows& rows, uint64 fieldIndex);
         // Once; the rows must be those that they were before.
@@ -45,6 +58,8 @@ public:
     private:
         DbRows& m_rows;
         uint64 m_index;
+        // The columns of rows that were not made have been prepared.
+        bool m_hasColumns = false;
         std::vector<std::pair<DbTableRow*, std::unique_ptr<DbFieldValue>>> m_cells;
     };
 
@@ -70,14 +85,22 @@ public:
 private:
     friend class DbTableData;
     friend class DbTableRow;
+    friend class quillet::RowsView;
 
+    // Appends the row at a visible position, if there is one, as DbTableRow::Save does.
+    bool SaveRow(uint64 pos, IDispatch* document, IDispatch* parentElement);
+    // Reads the row at a visible position, as DbTableRow::Load does; false if there is none.
+    bool LoadRow(uint64 pos, const quillet::xml::Node& node, quillet::CellParser& parser);
+    bool LoadUnmadeRow(uint64 pos, const quillet::xml::Node& node, quillet::CellParser& parser);
+    // Whether there are no rows, and nobody else shares the storage.
+    bool CanTakeRows() const;
+    // Shows the rows, which have no owner yet, as if they had been added.
+    void TakeRows(const std::shared_ptr<quillet::ColumnStore>& rows);
     // Deletes the visible rows from a position on, which are the last ones of the storage.
     void Truncate(uint64 count);
 
-    struct Storage;
-
     // Whether the row's cells follow the descriptor by way of these rows.
-    bool Follows(const DbTableRow* row) const;
+    bool Follows(const DbTableRow& row) const;
     void EraseCells(uint64 fieldIndex);
     // Removes the row at a visible position again, if it is the one that was appended last.
     void TakeBackRow(uint64 pos);
@@ -92,12 +115,15 @@ private:
     void NoteMisfit();
 
     DbTableDescr* Descr() const { return m_descr ? *m_descr : nullptr; }
-    DbTableRow* RowAt(uint64 pos) const;
+    // Whether there is a row at a visible position.
+    bool HasRow(uint64 pos) const;
+    // How many rows that were not made have these rows for their parent.
+    uint64 UnmadeRows() const;
 
     // The structure that the rows follow; points to null once that is gone.
     std::shared_ptr<DbTableDescr*> m_descr;
     std::vector<uint64> m_order;
-    std::shared_ptr<Storage> m_storage;
+    std::shared_ptr<quillet::ColumnStore> m_storage;
     // Points to this object as long as it lives.
     std::shared_ptr<DbRows*> m_self;
     std::weak_ptr<DbRows*> m_boundTo;

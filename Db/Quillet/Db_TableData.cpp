@@ -1,12 +1,16 @@
 #include "Quillet/Db_TableData.h"
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 #include "Quillet/base/CException.h"
 #include "Quillet/base/OutOfRange.h"
 #include "Quillet/platform/Clock.h"
 #include "Quillet/registry/Upcalls.h"
+#include "Quillet/rows/CellParser.h"
+#include "Quillet/rows/RowsView.h"
+#include "Quillet/rows/ScannedRows.h"
 #include "Quillet/xml/Face.h"
 
 using quillet::CComVariant;
@@ -59,8 +63,7 @@ bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
         return false;
     }
     for (uint64 i = 0; i < m_rows->GetRowsCount(); ++i) {
-        DbTableRow* const row = m_rows->GetRow(static_cast<int>(i));
-        if (row != nullptr && !row->Save(document, parentElement)) {
+        if (!m_rows->SaveRow(i, document, parentElement)) {
             LogToDatabase({DbLogEntry::Kind::SaveTrace,
                            "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)", TableName()});
             return false;
@@ -70,11 +73,16 @@ bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
 }
 
 bool DbTableData::Load(IDispatch* element) {
+    return ReadWholly([&] { return LoadRows(element); });
+}
+
+template <typename Read>
+bool DbTableData::ReadWholly(Read read) {
     const uint64 rows = m_rows->GetRowsCount();
     const bool wasInitialized = m_initialized;
     const bool wasChanged = IsChanged();
     try {
-        return LoadRows(element);
+        return read();
     } catch (...) {
         m_rows->Truncate(rows);
         m_initialized = wasInitialized;
@@ -97,24 +105,41 @@ bool DbTableData::LoadRows(IDispatch* element) {
         m_initialized = true;
         m_loadingRow = first;
         m_misfits = 0;
-        quillet::xml::Face face;
+        quillet::CellParser parser;
         for (quillet::xml::Node child = node.FirstChild(); !child.IsNull(); child = child.NextSibling()) {
-            DbTableRow* const row = m_rows->GetRow(static_cast<int>(m_loadingRow++));
-            if (row == nullptr || !row->Load(face.Show(child))) {
+            if (!m_rows->LoadRow(m_loadingRow++, child, parser)) {
                 return false;
             }
         }
-        LogMisfits();
-        const CString name = TableName();
-        CString line;
-        line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]", name.ToUtf8().c_str(),
-                    static_cast<int>(count), count == 1 ? "row" : "rows",
-                    quillet::platform::CounterSeconds() - start);
-        LogToDatabase({DbLogEntry::Kind::Report, line, name});
+        LogRowsRead(count, quillet::platform::CounterSeconds() - start);
         return true;
     } catch (const quillet::xml::DomError&) {
         return false;
     }
+}
+
+void DbTableData::LogRowsRead(uint64 rows, double seconds) {
+    LogMisfits();
+    const CString name = TableName();
+    CString line;
+    line.Format("Table '%s' [%d %s] data parsed in: %.4f [s]", name.ToUtf8().c_str(), static_cast<int>(rows),
+                rows == 1 ? "row" : "rows", seconds);
+    LogToDatabase({DbLogEntry::Kind::Report, line, name});
+}
+
+bool DbTableData::CanTakeRows() const {
+    return typeid(*this) == typeid(DbTableData) && m_rows->CanTakeRows();
+}
+
+void DbTableData::TakeRows(const quillet::ScannedRows& rows) {
+    ReadWholly([&] {
+        m_rows->TakeRows(rows.m_rows);
+        m_initialized = true;
+        m_misfits = rows.m_misfits;
+        m_firstMisfit = rows.m_firstMisfit;
+        LogRowsRead(m_rows->GetRowsCount(), rows.m_seconds);
+        return true;
+    });
 }
 
 void DbTableData::Clear() {
@@ -156,8 +181,9 @@ bool DbTableData::ParseXmlData() {
     // Rows that were added before still count as changed.
     const bool changed = IsChanged();
     std::vector<DbTableRow*> changedRows;
-    for (std::size_t i = 0; changed && i < m_rows->GetRowsCount(); ++i) {
-        DbTableRow* const row = m_rows->GetRow(static_cast<int>(i));
+    const quillet::RowsView rows(*m_rows);
+    for (std::size_t i = 0; changed && i < rows.Count(); ++i) {
+        DbTableRow* const row = rows.HasRow(i) ? rows.MadeRow(i) : nullptr;
         if (row != nullptr && row->IsChanged()) {
             changedRows.push_back(row);
         }

@@ -14,6 +14,7 @@ class DbTableInfo;
 struct DbLogEntry;
 
 namespace quillet {
+struct ScannedRows;
 class Upcalls;
 class DocumentReader;
 class QueryBuilder;
@@ -114,7 +115,15 @@ private:
 
     // Rows are about to come from elsewhere.
     void DropXmlSource();
+    // Whether TakeRows does what Load would.
+    bool CanTakeRows() const;
+    // As Load, for rows that were read without the document.
+    void TakeRows(const quillet::ScannedRows& rows);
+    void LogRowsRead(uint64 rows, double seconds);
     bool LoadRows(IDispatch* element);
+    // Takes away the rows that read() appended where it throws.
+    template <typename Read>
+    bool ReadWholly(Read read);
     void LogToDatabase(const DbLogEntry& entry);
     quillet::CString TableName() const;
     void NoteMisfit();

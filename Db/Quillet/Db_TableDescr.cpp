@@ -253,7 +253,11 @@ void DbTableDescr::ClearAll() {
     m_indexes.clear();
     m_names.clear();
     m_filters.clear();
-    ReleaseChildren(begin(), end());
+    ReleaseEach([this](auto release) {
+        for (DbFieldDescr* const field : *this) {
+            release(*field);
+        }
+    });
     for (const DbFieldDescr* field : *this) {
         delete field;
     }

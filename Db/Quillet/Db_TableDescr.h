@@ -158,6 +158,7 @@ public:
     // Points to this object as long as it lives, for rows that follow the structure.
     const std::shared_ptr<DbTableDescr*>& LifeToken() const { return m_life; }
 
+    const std::vector<std::unique_ptr<DbFilter>>& GetFilters() const { return m_filters; }
     // Hands over all filters, and takes them back in place of those that are there.
     std::vector<std::unique_ptr<DbFilter>> TakeAllFilters();
     void GiveAllFilters(std::vector<std::unique_ptr<DbFilter>> filters) { m_filters.swap(filters); }

@@ -9,21 +9,17 @@
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/OutOfRange.h"
 #include "Quillet/base/Reserve.h"
+#include "Quillet/rows/CellComparison.h"
+#include "Quillet/rows/RowWriting.h"
 #include "Quillet/values/FieldNames.h"
 #include "Quillet/xml/Face.h"
 
 using quillet::CComVariant;
+using quillet::CompareCells;
 using quillet::CString;
 using quillet::WideString;
 
 namespace {
-
-DbTableRow::eCmpResult CompareCells(const CComVariant& left, const CComVariant& right) {
-    if (quillet::EqualIgnoringCase(left, right)) {
-        return DbTableRow::CmpEqual;
-    }
-    return left > right ? DbTableRow::CmpGreater : DbTableRow::CmpLess;
-}
 
 // Attribute text as wide characters, without an allocation for each.
 class WideText {
@@ -76,9 +72,7 @@ std::size_t DbTableRow::PieceBytes(std::size_t cells) {
     return sizeof(DbTableRow) + cells * sizeof(DbFieldValue) + quillet::ChildList::BytesFor(cells);
 }
 
-void DbTableRow::MakeCells(bool initValues) {
-    const DbTableDescr* const descr = GetDescr();
-    const std::size_t count = descr == nullptr ? 0 : descr->size();
+void DbTableRow::MakeCells(std::size_t count) {
     reserve(count);
     m_block = reinterpret_cast<DbFieldValue*>(this + 1);
     PlaceChildren(m_block + count, count);
@@ -86,9 +80,6 @@ void DbTableRow::MakeCells(bool initValues) {
         auto* const cell = new (m_block + m_blockCells) DbFieldValue(this, static_cast<int>(m_blockCells));
         cell->m_inBlock = true;
         push_back(cell);
-    }
-    for (std::size_t i = 0; initValues && i < count; ++i) {
-        m_block[i].m_value = descr->at(i)->GetVariant();
     }
 }
 
@@ -113,30 +104,15 @@ void DbTableRow::EraseCell(uint64 index) {
     }
 }
 
-// Empty if the descriptor has no such field; no document accepts that name.
-const std::string& DbTableRow::FieldNameInFile(std::size_t position) const {
-    static const std::string NoName;
-    const DbTableDescr* const descr = GetDescr();
-    return descr == nullptr ? NoName : descr->GetField(static_cast<int>(position)).SafeNameUtf8();
-}
-
 bool DbTableRow::Save(IDispatch* document, IDispatch* parentElement) {
     std::size_t position = 0;
     try {
-        quillet::xml::LeafElement row(quillet::xml::Node(document), quillet::xml::Node(parentElement), "row");
-        std::string text;
-        for (; position < size(); ++position) {
-            const std::string& name = FieldNameInFile(position);
-            const CComVariant& value = GetField(position).GetVariant();
-            if (value.vt == VT_BSTR) {
-                row.Attribute(name, value.Text());
-            } else {
-                text.clear();
-                quillet::AppendValueText(value, text);
-                row.Attribute(name, std::string_view(text));
-            }
-        }
-        row.Append();
+        const DbTableDescr* const descr = GetDescr();
+        quillet::AppendRow(
+            quillet::xml::Node(document), quillet::xml::Node(parentElement), size(),
+            [&](std::size_t field) -> const std::string& { return quillet::NameInFile(descr, field); },
+            [&](std::size_t field) { return quillet::CellView::Variant(GetField(field).GetVariant()); },
+            position);
         return true;
     } catch (const quillet::xml::DomError&) {
         LogFailedSave(position);
@@ -196,8 +172,12 @@ bool DbTableRow::Load(IDispatch* element) {
 }
 
 uint64 DbTableRow::GetSize() const {
+    return EstimateOf(0) - DbItem::EstimateOf(0) + DbItem::GetSize();
+}
+
+uint64 DbTableRow::EstimateOf(std::size_t cells) {
     constexpr uint64 OwnEstimate = 8;
-    return DbItem::GetSize() + OwnEstimate;
+    return DbItem::EstimateOf(cells) + OwnEstimate;
 }
 
 void DbTableRow::SetFieldValuePtr(uint64 i, DbFieldValue* v) {

@@ -11,6 +11,10 @@
 
 class DbTableDescr;
 
+namespace quillet {
+class ColumnStore;
+}
+
 // The cells of a row, in field order (as a vector: element i is the cell of field i). The row owns them;
 // those that it was made with are in one block.
 class QUILLET_API DbTableRow : public std::vector<DbFieldValue*>, public DbXmlSerializable, public DbItem {
@@ -103,12 +107,12 @@ public:
 
 private:
     friend class DbRows;
+    friend class quillet::ColumnStore;
 
     // The bytes of the piece of memory that holds a row, at its beginning, and its cells.
     static std::size_t PieceBytes(std::size_t cells);
-    // Makes one cell for each field of the descriptor, after the row in its piece: empty, or with the fields'
-    // default values. If it throws, the row can only be destroyed.
-    void MakeCells(bool initValues);
+    // Makes empty cells, after the row in its piece. If it throws, the row can only be destroyed.
+    void MakeCells(std::size_t count);
     std::size_t CellsInPiece() const { return m_blockCells; }
     int FieldIndex(const quillet::CString& name) const;
     // Null if there is none.
@@ -116,8 +120,9 @@ private:
         return i < size() ? std::vector<DbFieldValue*>::operator[](i) : nullptr;
     }
     static DbFieldValue& NoCell();
-    const std::string& FieldNameInFile(std::size_t position) const;
     void LogFailedSave(std::size_t position);
+    // The estimate of GetSize for a row with so many cells.
+    static uint64 EstimateOf(std::size_t cells);
     // A cell for the index that is in no row yet, with room reserved for it in this row.
     std::unique_ptr<DbFieldValue> MakeCell(uint64 index, const DbFieldValue& value);
     // Neither fails.

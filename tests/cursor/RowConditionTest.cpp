@@ -25,7 +25,8 @@ protected:
         TakeLog(m_database);
     }
 
-    DbTableRow& Row() { return (*m_database.GetTableData("t"))[0]; }
+    DbRows& Rows() { return *m_database.GetTableData("t")->GetRows(); }
+    DbTableRow& Row() { return *Rows().GetRow(0); }
     const DbTableDescr& Structure() { return *m_database.GetTableDescr("t"); }
     bool Read(RowCondition& condition, const CString& text) {
         return condition.Read(m_database, "T", Structure(), text);
@@ -33,7 +34,7 @@ protected:
     // Nothing if the text is not a condition.
     std::optional<bool> Holds(const CString& text) {
         RowCondition condition;
-        return Read(condition, text) ? std::optional(condition.Holds(Row())) : std::nullopt;
+        return Read(condition, text) ? std::optional(condition.Holds(Rows(), 0)) : std::nullopt;
     }
 
     DbDatabase m_database;
@@ -42,9 +43,9 @@ protected:
 TEST_F(RowConditionTest, Holds_FollowsTheRow) {
     RowCondition condition;
     ASSERT_TRUE(Read(condition, "a > 5"));
-    EXPECT_FALSE(condition.Holds(Row()));
+    EXPECT_FALSE(condition.Holds(Rows(), 0));
     Row().SetValue("a", CComVariant(6));
-    EXPECT_TRUE(condition.Holds(Row()));
+    EXPECT_TRUE(condition.Holds(Rows(), 0));
 }
 
 TEST_F(RowConditionTest, Read_TakesTheSyntaxOfAQuery) {
@@ -89,7 +90,7 @@ TEST_F(RowConditionTest, Read_LeavesNoFilterBehind) {
         RowCondition condition;
         ASSERT_TRUE(Read(condition, "a = 1 or a = 2"));
         m_database.GetTableDescr("t")->ClearFilters();
-        EXPECT_FALSE(condition.Holds(Row())) << "its filters are its own";
+        EXPECT_FALSE(condition.Holds(Rows(), 0)) << "its filters are its own";
     }
     EXPECT_THAT(m_database.GetTableDescr("t")->TakeFilters({filter}), IsEmpty());
 }
@@ -102,7 +103,7 @@ TEST_F(RowConditionTest, Holds_OutlivesTheTable) {
     DbTableData data(nullptr, &descr);
     data.AddRow();
     m_database.DeleteTable("t");
-    EXPECT_TRUE(condition.Holds(data[0])) << "fields are known by their positions";
+    EXPECT_TRUE(condition.Holds(*data.GetRows(), 0)) << "fields are known by their positions";
 }
 
 }  // namespace

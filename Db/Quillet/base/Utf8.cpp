@@ -112,6 +112,15 @@ void AppendWide(std::string_view text, WideString& target) {
     }
 }
 
+bool HasLoneSurrogate(WideView text) {
+    for (std::size_t i = 0; i < text.size();) {
+        if (IsSurrogate(NextCodePoint(text, i))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void AppendUtf8(WideView text, std::string& target) {
     target.reserve(target.size() + text.size());
     std::size_t position = 0;

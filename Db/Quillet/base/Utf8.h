@@ -23,6 +23,9 @@ void AppendWide(std::string_view text, WideString& target);
 // Appends text to target; each lone surrogate becomes U+FFFD.
 void AppendUtf8(WideView text, std::string& target);
 
+// Whether a surrogate in the text has no other that it forms a pair with.
+bool HasLoneSurrogate(WideView text);
+
 // Appends one code point (not a surrogate, up to U+10FFFF).
 void AppendCodePoint(char32_t codePoint, std::string& target);
 

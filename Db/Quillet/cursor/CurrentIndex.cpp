@@ -1,11 +1,13 @@
 #include "Quillet/cursor/CurrentIndex.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string>
 #include <utility>
 
 #include "Quillet/platform/Collation.h"
 #include "Quillet/rows/RowOrder.h"
+#include "Quillet/rows/RowsView.h"
 
 namespace quillet {
 
@@ -22,29 +24,25 @@ std::vector<uint64> FieldsOf(const Index& index, const DbTableDescr& descr) {
     return fields;
 }
 
-// Null where there is none.
-DbTableRow* RowAt(DbTableData& data, uint64 position) {
-    return position < data.size() ? data.GetRow(static_cast<int>(position)) : nullptr;
-}
-
 // A value with a place in the total order of its type. Texts are ordered by their foldings: only so are texts
 // that are equal without case neighbours in every language.
 class Sortable {
 public:
-    // The value must outlive its use here. False if it has no place in the order: a null, a value that does
-    // not equal itself, a text without a collation key.
-    bool Set(const CComVariant& value) {
-        m_value = &value;
-        if (value.vt != VT_BSTR) {
-            return value.vt != VT_EMPTY && Order(value, value) == static_cast<HRESULT>(VARCMP_EQ);
+    // False if the value has no place in the order: a null, a value that does not equal itself, a text
+    // without a collation key.
+    bool Set(const CellView& cell) {
+        m_type = cell.Type();
+        if (m_type != VT_BSTR) {
+            cell.CopyTo(m_value);
+            return m_type != VT_EMPTY && Order(m_value, m_value) == static_cast<HRESULT>(VARCMP_EQ);
         }
-        m_folded = value.Text();
+        m_folded = WideString(cell.Wide(m_folded));
         platform::FoldCase(m_folded);
         m_key.clear();
         return platform::AppendCollationKey(m_folded, m_key) == platform::CollationKey::Order;
     }
 
-    VARTYPE Type() const { return m_value->vt; }
+    VARTYPE Type() const { return m_type; }
 
     // For values of one type. Texts that the collation takes for equal, though more than case is different,
     // are greater than each other.
@@ -54,22 +52,25 @@ public:
                    : m_key < other.m_key      ? DbTableRow::CmpLess
                                               : DbTableRow::CmpGreater;
         }
-        const HRESULT order = Order(*m_value, *other.m_value);
+        const HRESULT order = Order(m_value, other.m_value);
         return order == static_cast<HRESULT>(VARCMP_EQ)   ? DbTableRow::CmpEqual
                : order == static_cast<HRESULT>(VARCMP_LT) ? DbTableRow::CmpLess
                                                           : DbTableRow::CmpGreater;
     }
 
 private:
-    const CComVariant* m_value = nullptr;
+    VARTYPE m_type = VT_EMPTY;
+    // Of any type but a text.
+    CComVariant m_value;
     WideString m_folded;
     std::string m_key;
 };
 
 // How many leading fields of the row hold values with a place in the order; the values are set to these.
-std::size_t Read(const DbTableRow& row, const std::vector<uint64>& fields, std::vector<Sortable>& values) {
+std::size_t Read(const RowsView& rows, uint64 position, const std::vector<uint64>& fields,
+                 std::vector<Sortable>& values) {
     std::size_t count = 0;
-    while (count < values.size() && values[count].Set(row.GetField(fields[count]).GetVariant())) {
+    while (count < values.size() && values[count].Set(rows.Cell(position, fields[count]))) {
         ++count;
     }
     return count;
@@ -94,13 +95,12 @@ std::size_t AscendingFields(const std::vector<Sortable>& first, const std::vecto
 
 // The types of the values in as many leading fields as the rows ascend by, taken in the order.
 std::vector<VARTYPE> AscendingTypes(const std::vector<uint64>& order, const std::vector<uint64>& fields,
-                                    DbTableData& data) {
+                                    const RowsView& rows) {
     std::size_t count = order.empty() ? 0 : fields.size();
     std::vector<Sortable> before(count);
     std::vector<Sortable> values(count);
     for (std::size_t place = 0; place < order.size() && count > 0; ++place) {
-        const DbTableRow* const row = RowAt(data, order[place]);
-        count = row == nullptr ? 0 : std::min(count, Read(*row, fields, values));
+        count = rows.HasRow(order[place]) ? std::min(count, Read(rows, order[place], fields, values)) : 0;
         if (place > 0) {
             count = AscendingFields(before, values, count);
         }
@@ -123,17 +123,17 @@ public:
             return false;
         }
         for (std::size_t i = 0; i < count; ++i) {
-            if (keys[i].vt != types[i] || !m_keys[i].Set(keys[i])) {
+            if (keys[i].vt != types[i] || !m_keys[i].Set(CellView::Variant(keys[i]))) {
                 return false;
             }
         }
         return true;
     }
 
-    bool IsGreater(const DbTableRow& row, const std::vector<uint64>& fields) {
+    bool IsGreater(const RowsView& rows, uint64 position, const std::vector<uint64>& fields) {
         for (std::size_t i = 0; i < m_keys.size(); ++i) {
-            const CComVariant& value = row.GetField(fields[i]).GetVariant();
-            if (value.vt != m_keys[i].Type() || !m_values[i].Set(value)) {
+            const CellView value = rows.Cell(position, fields[i]);
+            if (value.Type() != m_keys[i].Type() || !m_values[i].Set(value)) {
                 return false;
             }
             const Result result = m_keys[i].CompareTo(m_values[i]);
@@ -166,14 +166,9 @@ uint64 CurrentIndex::PositionAt(uint64 place) const {
 
 void CurrentIndex::Build(const DbTableDescr& descr, DbTableData& data) {
     const std::vector<uint64> fields = FieldsOf(*Get(), descr);
-    // Takes the place of a missing row.
-    DbTableRow nothing(nullptr);
-    std::vector<DbTableRow*> rows(data.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        DbTableRow* const row = data.GetRow(static_cast<int>(i));
-        rows[i] = row == nullptr ? &nothing : row;
-    }
-    Get()->GetRowOrder() = OrderOfRows(rows, fields);
+    std::vector<uint64> positions(data.size());
+    std::iota(positions.begin(), positions.end(), uint64{0});
+    Get()->GetRowOrder() = OrderOfRows({RowsView(*data.GetRows()), positions}, fields);
 }
 
 std::optional<uint64> CurrentIndex::Find(const DbTableDescr& descr, DbTableData& data,
@@ -181,22 +176,25 @@ std::optional<uint64> CurrentIndex::Find(const DbTableDescr& descr, DbTableData&
     Index& index = *Get();
     std::vector<uint64> fields = FieldsOf(index, descr);
     const std::vector<uint64>& order = std::as_const(index).GetRowOrder();
+    const RowsView rows(*data.GetRows());
     if (!index.m_ascendingTypes) {
-        index.m_ascendingTypes = AscendingTypes(order, fields, data);
+        index.m_ascendingTypes = AscendingTypes(order, fields, rows);
     }
     fields.resize(std::min<uint64>(fields.size(), count));
 
+    CComVariant scratch;
     const auto isEqual = [&](uint64 position) {
-        const DbTableRow* const row = RowAt(data, position);
-        return row != nullptr && DbTableRow::CompareEx(fields, keys, static_cast<int>(fields.size()), *row) ==
-                                     DbTableRow::CmpEqual;
+        bool equal = rows.HasRow(position);
+        for (std::size_t i = 0; equal && i < fields.size(); ++i) {
+            equal = EqualIgnoringCase(keys[i], rows.Cell(position, fields[i]).In(scratch));
+        }
+        return equal;
     };
     auto found = order.begin();
     Target target;
     if (target.Set(keys, fields.size(), *index.m_ascendingTypes)) {
         found = std::partition_point(order.begin(), order.end(), [&](uint64 position) {
-            const DbTableRow* const row = RowAt(data, position);
-            return row != nullptr && target.IsGreater(*row, fields);
+            return rows.HasRow(position) && target.IsGreater(rows, position, fields);
         });
         if (found != order.end() && !isEqual(*found)) {
             found = order.end();

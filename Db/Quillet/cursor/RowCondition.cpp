@@ -22,10 +22,20 @@ bool RowCondition::Read(DbDatabase& database, const CString& table, const DbTabl
     }
     // Reading a text that names more tables may have refreshed them, and changed this one.
     m_filters = descr->TakeFilters(m_params.filters);
-    return m_filters.size() == m_params.filters.size();
+    if (m_filters.size() != m_params.filters.size()) {
+        return false;
+    }
+    if (RowsCondition::AreOwn(m_params.filters)) {
+        m_onCells.emplace(*m_params.clause, m_params.filters);
+    }
+    return true;
 }
 
-bool RowCondition::Holds(const DbTableRow& row) {
+bool RowCondition::Holds(DbRows& rows, uint64 position) {
+    if (m_onCells) {
+        return m_onCells->Holds(RowsView(rows), position);
+    }
+    const DbTableRow& row = *rows.GetRow(static_cast<int>(position));
     for (const std::unique_ptr<DbFilter>& filter : m_filters) {
         filter->Evaluate(row);
     }

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "Quillet/Db_Filter.h"
 #include "Quillet/Db_QueryAnalysisParams.h"
+#include "Quillet/rows/CellFilter.h"
 
 class DbDatabase;
 class DbTableDescr;
@@ -21,13 +23,15 @@ public:
     bool Read(DbDatabase& database, const CString& table, const DbTableDescr& structure, const CString& text);
     // Whether the brackets match; a condition that is not valid holds for no row.
     bool IsValid() const { return m_params.clause->IsValid(); }
-    // Whether the condition holds for the row.
-    bool Holds(const DbTableRow& row);
+    // Whether the condition holds for the row at a visible position, which must exist.
+    bool Holds(DbRows& rows, uint64 position);
 
 private:
     // Declared before the clause, whose leaves they are.
     std::vector<std::unique_ptr<DbFilter>> m_filters;
     parser::QueryAnalysisParams m_params;
+    // The same for rows that need not be made; nothing if a filter has its own way to evaluate a row.
+    std::optional<RowsCondition> m_onCells;
 };
 
 }  // namespace quillet

@@ -1,15 +1,14 @@
 #include "Quillet/cursor/TextExport.h"
 
+#include "Quillet/rows/RowsView.h"
+
 namespace quillet {
 
 namespace {
 
-CString TextOf(const DbFieldDescr& field) {
-    return field.GetName();
-}
-
-CString TextOf(const DbFieldValue& cell) {
-    CComVariant converted = cell.GetVariant();
+CString TextOf(const CellView& cell) {
+    CComVariant converted;
+    cell.CopyTo(converted);
     // Bytes are no text, though some platforms would take them for one.
     if ((converted.vt & VT_ARRAY) != 0 || FAILED(converted.ChangeType(VT_BSTR))) {
         return {};
@@ -19,11 +18,11 @@ CString TextOf(const DbFieldValue& cell) {
     return text;
 }
 
-template <typename List>
-void AppendLine(const List& list, WideString& out) {
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        out += TextOf(*list.at(i)).View();
-        out += i + 1 < list.size() ? WideView(OLESTR("| ")) : WideView(OLESTR("\n"));
+template <typename TextAt>
+void AppendLine(std::size_t count, TextAt textAt, WideString& out) {
+    for (std::size_t i = 0; i < count; ++i) {
+        out += textAt(i).View();
+        out += i + 1 < count ? WideView(OLESTR("| ")) : WideView(OLESTR("\n"));
     }
 }
 
@@ -31,9 +30,14 @@ void AppendLine(const List& list, WideString& out) {
 
 WideString ExportedText(const DbTableDescr& descr, DbTableData& data) {
     WideString text;
-    AppendLine(descr, text);
-    for (uint64 i = 0; i < data.size(); ++i) {
-        AppendLine(data[i], text);
+    AppendLine(
+        descr.size(), [&](std::size_t field) { return descr.at(field)->GetName(); }, text);
+    const RowsView rows(*data.GetRows());
+    for (uint64 row = 0; row < rows.Count(); ++row) {
+        if (rows.HasRow(row)) {
+            AppendLine(
+                rows.Width(row), [&](std::size_t field) { return TextOf(rows.Cell(row, field)); }, text);
+        }
     }
     return text;
 }

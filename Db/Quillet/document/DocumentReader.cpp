@@ -7,10 +7,13 @@
 
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_TableData.h"
+#include "Quillet/document/CatalogScanner.h"
 #include "Quillet/document/Omissions.h"
+#include "Quillet/platform/Clock.h"
 #include "Quillet/platform/File.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
+#include "Quillet/rows/RowScanner.h"
 #include "Quillet/xml/Document.h"
 #include "Quillet/xml/Face.h"
 
@@ -28,6 +31,15 @@ xml::Node Required(xml::Node node) {
 
 bool IsDatabase(const xml::Node& node) {
     return CString(node.Name()).CompareNoCase("database") == 0;
+}
+
+// The root, or null.
+xml::Node DatabaseOf(const xml::Document& document) {
+    xml::Node node = document.Root().FirstChild();
+    while (!node.IsNull() && !IsDatabase(node)) {
+        node = node.NextSibling();
+    }
+    return node;
 }
 
 // Whether the element is one of those of which a catalog has one in each place.
@@ -122,16 +134,72 @@ void DocumentReader::NoteEntities(const xml::Document& document) {
 
 void DocumentReader::ReadDatabase(const CString& path) {
     xml::Document document;
-    document.LoadFile(path.ToUtf8());
+    Scanned scanned;
+    if (!ScanDatabase(path, document, scanned)) {
+        scanned.clear();
+        document.LoadFile(path.ToUtf8());
+    }
     NoteEntities(document);
+    bool isBody = false;
     try {
         Walk(
             document, [this](const xml::Node& structure) { ReadStructure(structure); },
-            [this](const xml::Node& data) { ReadData(data); });
+            [&](const xml::Node& data) { ReadData(data, std::exchange(isBody, true) ? &scanned : nullptr); });
     } catch (DbException* exception) {
         exception->Delete();
         LogUnreadable(path, document);
     }
+}
+
+// Reads a file without making nodes of the body's rows. False, and nothing is registered, for a file that has
+// to be read in the general way.
+bool DocumentReader::ScanDatabase(const CString& path, xml::Document& rest, Scanned& scanned) const {
+    // A pipe could not be read a second time.
+    const std::unique_ptr<platform::ReadableFile> file =
+        platform::IsRegularFile(path.ToUtf8()) ? platform::ReadableFile::Open(path.ToUtf8()) : nullptr;
+    if (file == nullptr) {
+        return false;
+    }
+    const std::optional<platform::FileStamp> before = file->Stamp();
+    CatalogScanner scanner(*file);
+    if (!scanner.Scan() || !before || file->Stamp() != before || !rest.LoadText(scanner.Rest()) ||
+        !AreNew(rest)) {
+        return false;
+    }
+    scanned.swap(scanner.Tables());
+    const xml::Node body = DatabaseOf(rest).FirstChild().NextSibling();
+    const xml::Node data = body.FirstChild().NextSibling();
+    std::size_t place = 0;
+    for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+        if (scanned.count(place++) > 0 && !table.FirstChild().IsNull()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Whether all tables that the document describes have names of their own, so that each gets the rows that
+// were read by its structure.
+bool DocumentReader::AreNew(const xml::Document& document) const {
+    std::set<CString> names;
+    const xml::Node database = DatabaseOf(document);
+    if (database.IsNull()) {
+        return false;
+    }
+    xml::Node part = database.FirstChild();
+    for (int i = 0; i < 2; ++i, part = part.NextSibling()) {
+        if (part.IsNull() || part.FirstChild().IsNull() || part.FirstChild().NextSibling().IsNull()) {
+            return false;
+        }
+        for (xml::Node table = part.FirstChild().FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+            const std::optional<std::string> name = table.FirstAttributeValue();
+            if (!name || m_registry.Find(CString(*name)) != nullptr ||
+                !names.insert(Lowered(CString(*name))).second) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 void DocumentReader::ReadUnread(const CString& path, const ScannedPlaces& scanned, Unread& unread) {
@@ -246,9 +314,13 @@ void DocumentReader::ReadDataText(const CString& xml) {
 }
 
 void DocumentReader::ReadTableText(const CString& xml) {
-    xml::Document document;
     std::string storage;
-    document.LoadText(xml.ViewUtf8(storage));
+    const std::string_view text = xml.ViewUtf8(storage);
+    if (ScanTable(text)) {
+        return;
+    }
+    xml::Document document;
+    document.LoadText(text);
     const xml::Node table = Required(document.Root().FirstChild());
     const CString name = NameOf(table);
     const DbTableInfo* const info = m_registry.Find(name);
@@ -256,6 +328,40 @@ void DocumentReader::ReadTableText(const CString& xml) {
         throw new DbException("Invalid pointer");
     }
     ReadRows(*info->GetData(), table, name);
+}
+
+// Reads the rows without making nodes of them. False, and nothing has changed, for a text that has to be read
+// in the general way.
+bool DocumentReader::ScanTable(std::string_view text) {
+    const std::size_t tag = text.starts_with("<table ") ? CatalogScanner::TagLength(text) : text.npos;
+    std::string name;
+    if (tag == text.npos || !xml::FirstAttributeOfText(text.substr(0, tag), name)) {
+        return false;
+    }
+    const DbTableInfo* const info = m_registry.Find(CString(name));
+    if (info == nullptr || !info->GetData()->CanTakeRows()) {
+        return false;
+    }
+    ScannedRows scanned;
+    const double before = platform::CounterSeconds();
+    RowScanner scanner(*info->GetDescr(), *scanned.m_rows);
+    RowScanner::Stop stop = RowScanner::Stop::NoRow;
+    const std::size_t rows = scanner.Read(text.substr(tag), stop);
+    std::string rest(text.substr(0, tag));
+    rest += text.substr(tag + rows);
+    xml::Document document;
+    if (stop != RowScanner::Stop::NoRow || !document.LoadText(rest)) {
+        return false;
+    }
+    const xml::Node table = document.Root().FirstChild();
+    if (table.IsNull() || !table.FirstChild().IsNull() || table.FirstAttributeValue() != name) {
+        return false;
+    }
+    scanned.m_misfits = scanner.Misfits();
+    scanned.m_firstMisfit = scanner.FirstMisfit();
+    scanned.m_seconds = platform::CounterSeconds() - before;
+    info->GetData()->TakeRows(scanned);
+    return true;
 }
 
 std::size_t DocumentReader::ReadStructure(const xml::Node& structure) {
@@ -275,19 +381,26 @@ std::size_t DocumentReader::ReadStructure(const xml::Node& structure) {
     return tables;
 }
 
-void DocumentReader::ReadData(const xml::Node& data) {
-    for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling()) {
+void DocumentReader::ReadData(const xml::Node& data, const Scanned* scanned) {
+    std::size_t place = 0;
+    for (xml::Node table = data.FirstChild(); !table.IsNull(); table = table.NextSibling(), ++place) {
         const CString name = NameOf(table);
         const DbTableInfo* const info = m_registry.Find(name);
         if (info == nullptr || info->GetData()->IsInitialized()) {
             OmitRows(name);
         } else {
-            ReadRows(*info->GetData(), table, name);
+            const bool isScanned = scanned != nullptr && scanned->count(place) > 0;
+            ReadRows(*info->GetData(), table, name, isScanned ? &scanned->at(place) : nullptr);
         }
     }
 }
 
-void DocumentReader::ReadRows(DbTableData& data, const xml::Node& table, const CString& name) {
+void DocumentReader::ReadRows(DbTableData& data, const xml::Node& table, const CString& name,
+                              const ScannedRows* scanned) {
+    if (scanned != nullptr) {
+        data.TakeRows(*scanned);
+        return;
+    }
     xml::Face face(table);
     if (!data.Load(face.Get())) {
         Omit(MalformedRows(name), &data);

@@ -6,6 +6,7 @@
 #include <deque>
 #include <map>
 #include <set>
+#include <string_view>
 
 #include "Quillet/Db_LogEntry.h"
 #include "Quillet/xml/Node.h"
@@ -22,6 +23,7 @@ class Document;
 class Log;
 class Registry;
 class Omissions;
+struct ScannedRows;
 
 // A table whose rows are still in the file, and its name there.
 struct UnreadTable {
@@ -85,17 +87,24 @@ public:
     static constexpr const char* InvalidFormat = "Invalid xml database file format";
 
 private:
+    // Rows of the body that are no longer in the document, by the places of their tables in its list.
+    using Scanned = std::map<std::size_t, ScannedRows>;
+
     template <typename OnStructure, typename OnData>
     void Walk(const xml::Document& document, OnStructure onStructure, OnData onData);
     void NoteSiblings(const xml::Node& last, const char* parent);
     void NotePassedOver(const xml::Node& node, const char* parent);
     std::size_t ReadStructure(const xml::Node& structure);
-    void ReadData(const xml::Node& data);
+    void ReadData(const xml::Node& data, const Scanned* scanned = nullptr);
+    bool ScanDatabase(const CString& path, xml::Document& rest, Scanned& scanned) const;
+    bool AreNew(const xml::Document& document) const;
+    bool ScanTable(std::string_view text);
     void CheckList(const xml::Node& list, const ScannedPlaces& scanned);
     void ReadUnreadData(const xml::Node& data, const ScannedPlaces& scanned, std::set<CString>& names,
                         Unread& unread);
     void NoteEntities(const xml::Document& document);
-    void ReadRows(DbTableData& data, const xml::Node& table, const CString& name);
+    void ReadRows(DbTableData& data, const xml::Node& table, const CString& name,
+                  const ScannedRows* scanned = nullptr);
     void Omit(const DbLogEntry& entry, const DbItem* part = nullptr);
     void LogUnreadable(const CString& path, const xml::Document& document);
 

@@ -88,6 +88,9 @@ protected:
 // Whether anything has that name: a file, a folder, or a link, wherever it leads.
 bool PathExists(const std::string& path);
 
+// Whether the path leads to a file whose bytes stay when they are read, which those of a pipe don't.
+bool IsRegularFile(const std::string& path);
+
 // Whether the path names an existing file that can be opened for writing. Nothing is created or changed.
 bool CanWriteFile(const std::string& path);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <iterator>
 #include <limits>
 #include <numeric>
@@ -18,6 +19,7 @@
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
 #include "Quillet/rows/EqualityClasses.h"
+#include "Quillet/rows/RowsView.h"
 #include "Quillet/values/Comparison.h"
 #include "Quillet/values/Names.h"
 
@@ -30,22 +32,58 @@ using RowNumber = std::uint32_t;
 using RowNumbers = std::span<const RowNumber>;
 constexpr std::size_t MostRows = std::numeric_limits<std::int32_t>::max();
 
-// The values of one field, row by row.
-using Column = std::vector<const CComVariant*>;
+// The rows of a table that exist.
+class JoinedRows {
+public:
+    explicit JoinedRows(DbTableData& data) : m_view(*data.GetRows()) {
+        m_positions.reserve(m_view.Count());
+        for (uint64 i = 0; i < m_view.Count(); ++i) {
+            if (m_view.HasRow(i)) {
+                m_positions.push_back(i);
+            }
+        }
+    }
 
-Column ColumnOf(const std::vector<DbTableRow*>& rows, int field) {
-    Column column(rows.size());
-    std::transform(rows.begin(), rows.end(), column.begin(), [&](const DbTableRow* row) {
-        return &row->GetField(static_cast<uint64>(field)).GetVariant();
-    });
-    return column;
-}
+    std::size_t Size() const { return m_positions.size(); }
+    CellView Cell(RowNumber row, uint64 field) const { return m_view.Cell(m_positions[row], field); }
+    CellView StoredCell(RowNumber row, uint64 field) const {
+        return m_view.StoredCell(m_positions[row], field);
+    }
+
+private:
+    RowsView m_view;
+    std::vector<uint64> m_positions;
+};
+
+// The values of one field, row by row.
+class Column {
+public:
+    Column(const JoinedRows& rows, int field) {
+        m_cells.reserve(rows.Size());
+        for (RowNumber row = 0; row < rows.Size(); ++row) {
+            const CellView cell = rows.Cell(row, static_cast<uint64>(field));
+            const bool isVariant = cell.GetKind() == CellView::Kind::Variant;
+            m_cells.push_back(isVariant ? &cell.AsVariant() : &cell.In(m_copies.emplace_back()));
+        }
+    }
+    Column(const Column&) = delete;
+    Column& operator=(const Column&) = delete;
+
+    std::size_t Size() const { return m_cells.size(); }
+    const CComVariant& operator[](RowNumber row) const { return *m_cells[row]; }
+
+private:
+    std::vector<const CComVariant*> m_cells;
+    // The values of rows that were not made.
+    std::deque<CComVariant> m_copies;
+};
 
 template <typename Classes>
 std::vector<std::uint32_t> ClassesOf(const Column& column, Classes& classes) {
-    std::vector<std::uint32_t> numbers(column.size());
-    std::transform(column.begin(), column.end(), numbers.begin(),
-                   [&](const CComVariant* value) { return classes.ClassOf(*value); });
+    std::vector<std::uint32_t> numbers(column.Size());
+    for (RowNumber row = 0; row < numbers.size(); ++row) {
+        numbers[row] = classes.ClassOf(CellView::Variant(column[row]));
+    }
     return numbers;
 }
 
@@ -91,13 +129,13 @@ public:
         : m_first(first),
           m_second(second),
           m_comparison(comparison),
-          m_isMatched(second.size()),
-          m_allOfSecond(second.size()) {
+          m_isMatched(second.Size()),
+          m_allOfSecond(second.Size()) {
         std::iota(m_allOfSecond.begin(), m_allOfSecond.end(), RowNumber{0});
     }
 
     void Find() {
-        for (RowNumber row = 0; row < m_first.size() && !AreTooMany(); ++row) {
+        for (RowNumber row = 0; row < m_first.Size() && !AreTooMany(); ++row) {
             Try(row, m_allOfSecond);
         }
     }
@@ -111,7 +149,7 @@ public:
         const RowsOfClasses rows(ofSecond, classes.Count());
         const RowNumbers others = rows.OfNoClass();
         std::vector<RowNumber> merged;
-        for (RowNumber row = 0; row < m_first.size() && !AreTooMany(); ++row) {
+        for (RowNumber row = 0; row < m_first.Size() && !AreTooMany(); ++row) {
             if (ofFirst[row] >= classes.Count()) {
                 Try(row, m_allOfSecond);
                 continue;
@@ -141,7 +179,7 @@ public:
 private:
     void Try(RowNumber first, RowNumbers candidates) {
         for (const RowNumber second : candidates) {
-            if (!AreTooMany() && m_comparison(*m_first[first], *m_second[second])) {
+            if (!AreTooMany() && m_comparison(m_first[first], m_second[second])) {
                 m_pairs.push_back({first, second});
                 m_isMatched[second] = true;
             }
@@ -155,17 +193,6 @@ private:
     std::vector<bool> m_isMatched;
     std::vector<RowNumber> m_allOfSecond;
 };
-
-std::vector<DbTableRow*> RowsOf(DbTableData& data) {
-    std::vector<DbTableRow*> rows;
-    rows.reserve(data.size());
-    for (uint64 i = 0; i < data.size(); ++i) {
-        if (DbTableRow* const row = data.GetRow(static_cast<int>(i))) {
-            rows.push_back(row);
-        }
-    }
-    return rows;
-}
 
 // Appends the fields of tables to a structure. A name that is taken gets the table's before it.
 class FieldList {
@@ -193,38 +220,43 @@ private:
     std::set<CString> m_names;
 };
 
-void CopyCells(const DbTableRow& from, std::size_t fields, DbTableRow& to, std::size_t at) {
-    for (std::size_t field = 0; field < fields; ++field) {
-        to[at + field] = from[field];
-    }
-}
-
-void MakeNull(DbTableRow& row, std::size_t fields) {
-    CComVariant null;
-    null.vt = VT_NULL;
-    for (std::size_t field = 0; field < fields; ++field) {
-        row[field].GetVariant() = null;
-        row[field].SetNull(true);
-    }
-}
-
 // A row for each pair, and one for each unmatched row of the second table.
-void Fill(DbRows& rows, const std::vector<DbTableRow*>& first, const std::vector<DbTableRow*>& second,
-          std::size_t fieldsOfFirst, const std::vector<Matches::Pair>& pairs,
-          const std::vector<RowNumber>& alone) {
-    rows.AddRows(pairs.size() + alone.size(), false);
-    int position = 0;
-    for (const Matches::Pair& pair : pairs) {
-        DbTableRow& row = *rows.GetRow(position++);
-        CopyCells(*first[pair.m_first], fieldsOfFirst, row, 0);
-        CopyCells(*second[pair.m_second], row.size() - fieldsOfFirst, row, fieldsOfFirst);
+class JoinFilling {
+public:
+    JoinFilling(DbRows& rows, const JoinedRows& first, const JoinedRows& second, std::size_t fieldsOfFirst)
+        : m_rows(rows), m_target(rows), m_first(first), m_second(second), m_fieldsOfFirst(fieldsOfFirst) {}
+
+    void Append(const std::vector<Matches::Pair>& pairs, const std::vector<RowNumber>& alone) {
+        m_rows.AddRows(pairs.size() + alone.size(), false);
+        uint64 position = 0;
+        for (const Matches::Pair& pair : pairs) {
+            for (std::size_t field = 0; field < m_fieldsOfFirst; ++field) {
+                m_target.SetCell(position, field, m_first.StoredCell(pair.m_first, field));
+            }
+            CopySecond(pair.m_second, position++);
+        }
+        for (const RowNumber row : alone) {
+            for (std::size_t field = 0; field < m_fieldsOfFirst; ++field) {
+                m_target.SetCell(position, field, CellView::Null(true));
+            }
+            CopySecond(row, position++);
+        }
     }
-    for (const RowNumber number : alone) {
-        DbTableRow& row = *rows.GetRow(position++);
-        MakeNull(row, fieldsOfFirst);
-        CopyCells(*second[number], row.size() - fieldsOfFirst, row, fieldsOfFirst);
+
+private:
+    void CopySecond(RowNumber row, uint64 position) {
+        const std::size_t width = m_target.Width(position);
+        for (std::size_t field = m_fieldsOfFirst; field < width; ++field) {
+            m_target.SetCell(position, field, m_second.StoredCell(row, field - m_fieldsOfFirst));
+        }
     }
-}
+
+    DbRows& m_rows;
+    RowsView m_target;
+    const JoinedRows& m_first;
+    const JoinedRows& m_second;
+    std::size_t m_fieldsOfFirst;
+};
 
 }  // namespace
 
@@ -257,10 +289,10 @@ CString JoinBuilder::Answer(const Texts& texts, const char* kind, bool withUnmat
         return {};
     }
 
-    const std::vector<DbTableRow*> rowsOfFirst = RowsOf(*first.m_table->GetData());
-    const std::vector<DbTableRow*> rowsOfSecond = RowsOf(*second.m_table->GetData());
-    const Column left = ColumnOf(rowsOfFirst, first.m_field);
-    const Column right = ColumnOf(rowsOfSecond, second.m_field);
+    const JoinedRows rowsOfFirst(*first.m_table->GetData());
+    const JoinedRows rowsOfSecond(*second.m_table->GetData());
+    const Column left(rowsOfFirst, first.m_field);
+    const Column right(rowsOfSecond, second.m_field);
     Matches matches(left, right, comparison);
     if (!IsEquality(texts.m_operator)) {
         matches.Find();
@@ -284,7 +316,8 @@ CString JoinBuilder::Answer(const Texts& texts, const char* kind, bool withUnmat
         fields.Append(*first.m_table);
         const std::size_t fieldsOfFirst = descr.size();
         fields.Append(*second.m_table);
-        Fill(*answer.GetData()->GetRows(), rowsOfFirst, rowsOfSecond, fieldsOfFirst, pairs, unmatched);
+        JoinFilling(*answer.GetData()->GetRows(), rowsOfFirst, rowsOfSecond, fieldsOfFirst)
+            .Append(pairs, unmatched);
     } catch (...) {
         m_registry.DeleteWithRelated(name);
         throw;

@@ -5,6 +5,8 @@
 #include <limits>
 #include <memory>
 #include <numeric>
+#include <optional>
+#include <typeinfo>
 
 #include "Quillet/Db_TableData.h"
 #include "Quillet/document/LazyReader.h"
@@ -15,6 +17,7 @@
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
 #include "Quillet/registry/Upcalls.h"
+#include "Quillet/rows/CellFilter.h"
 #include "Quillet/rows/Distinct.h"
 #include "Quillet/rows/RowOrder.h"
 #include "Quillet/values/Names.h"
@@ -47,29 +50,46 @@ bool IsWholeTable(const Params& params, const DbTableDescr& source) {
     return std::equal(params.fields.begin(), params.fields.end(), source.begin(), source.end(), same);
 }
 
+// Whether the rows are evaluated by nothing but the filters of the query, which are all our own.
+bool EvaluatesCells(const Params& params, const DbTableDescr& descr) {
+    return typeid(descr) == typeid(DbTableDescr) && RowsCondition::AreOwn(params.filters) &&
+           std::all_of(descr.GetFilters().begin(), descr.GetFilters().end(),
+                       [](const auto& filter) { return typeid(*filter) == typeid(DbFilter); });
+}
+
 // The visible positions of the rows for which the clause holds, the first ones as far as the limit goes.
 std::vector<uint64> FindRows(const Params& params, DbTableDescr& descr, DbRows& rows) {
     const uint64 limit = params.top < 0 ? rows.GetRowsCount() : static_cast<uint64>(params.top);
+    const bool evaluatesCells = EvaluatesCells(params, descr);
+    const RowsView view(rows);
+    std::optional<RowsCondition> condition;
+    if (evaluatesCells) {
+        condition.emplace(*params.clause, params.filters);
+    }
     std::vector<uint64> found;
-    for (uint64 i = 0; i < rows.GetRowsCount() && found.size() < limit; ++i) {
-        const DbTableRow* const row = rows.GetRow(static_cast<int>(i));
-        if (row == nullptr) {
+    std::optional<uint64> last;
+    for (uint64 i = 0; i < view.Count() && found.size() < limit; ++i) {
+        if (!view.HasRow(i)) {
             continue;
         }
-        // Rows of a query may follow another descriptor than the one that is searched.
-        descr.Evaluate(*row);
-        if (params.clause->evaluate()) {
+        bool holds = false;
+        if (condition) {
+            holds = condition->Holds(view, i);
+        } else {
+            // Rows of a query may follow another descriptor than the one that is searched.
+            descr.Evaluate(*rows.GetRow(static_cast<int>(i)));
+            holds = params.clause->evaluate();
+        }
+        if (holds) {
             found.push_back(i);
         }
+        last = i;
+    }
+    // Filters that a host keeps show the row that was looked at last.
+    if (condition && last && descr.GetFilters().size() > params.filters.size()) {
+        descr.Evaluate(*rows.GetRow(static_cast<int>(*last)));
     }
     return found;
-}
-
-std::vector<DbTableRow*> RowsAt(DbRows& rows, const std::vector<uint64>& positions) {
-    std::vector<DbTableRow*> list(positions.size());
-    std::transform(positions.begin(), positions.end(), list.begin(),
-                   [&](uint64 position) { return rows.GetRow(static_cast<int>(position)); });
-    return list;
 }
 
 // Keeps the elements at the places, in their order.
@@ -83,25 +103,12 @@ void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
 // Appends a row for each position, with copies of its cells.
 void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::vector<uint64>& fields,
                DbRows& to) {
-    // The cells of some rows at a time are looked up before one is copied, so that the memory which holds
-    // them is on its way for all of them at once.
-    constexpr std::size_t RowsAtATime = 64;
-    std::vector<const DbFieldValue*> cells(RowsAtATime * fields.size());
     to.AddRows(positions.size(), false);
-    for (std::size_t first = 0; first < positions.size(); first += RowsAtATime) {
-        const std::size_t end = std::min(first + RowsAtATime, positions.size());
-        auto found = cells.begin();
-        for (std::size_t i = first; i < end; ++i) {
-            const DbTableRow& row = *from.GetRow(static_cast<int>(positions[i]));
-            found = std::transform(fields.begin(), fields.end(), found,
-                                   [&](uint64 field) { return &row[field]; });
-        }
-        auto cell = cells.cbegin();
-        for (std::size_t i = first; i < end; ++i) {
-            DbTableRow& row = *to.GetRow(static_cast<int>(i));
-            for (std::size_t field = 0; field < fields.size(); ++field) {
-                row[field] = **cell++;
-            }
+    const RowsView source(from);
+    RowsView target(to);
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        for (std::size_t field = 0; field < fields.size(); ++field) {
+            target.SetCell(i, field, source.StoredCell(positions[i], fields[field]));
         }
     }
 }
@@ -316,13 +323,13 @@ bool QueryBuilder::Build(const CString& sql, const Params& params, DbTableInfo& 
     const long stamp = source.GetData()->LatestStamp();
     std::vector<uint64> found = FindRows(params, descr, rows);
     if (!order.empty()) {
-        Pick(OrderOfRows(RowsAt(rows, found), order), found);
+        Pick(OrderOfRows({RowsView(rows), found}, order), found);
         if (params.desc) {
             std::reverse(found.begin(), found.end());
         }
     }
     if (params.distinct) {
-        Pick(DistinctRows(RowsAt(rows, found), fields), found);
+        Pick(DistinctRows({RowsView(rows), found}, fields), found);
     }
 
     const bool isStampKnown = source.GetData()->IsLatestStampKnown();

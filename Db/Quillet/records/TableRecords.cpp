@@ -5,6 +5,7 @@
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableInfo.h"
 #include "Quillet/dbaccess/DBACCESS_VECTOR.h"
+#include "Quillet/rows/RowsView.h"
 #include "Quillet/values/Base64.h"
 
 namespace quillet {
@@ -63,18 +64,19 @@ void CopyRecords(const DbTableInfo& table, DBACCESS_VECTOR& out) {
     DbTableData& data = *table.GetData();
     out.clear();
     out.resize(data.size());
+    const RowsView rows(*data.GetRows());
+    CComVariant scratch;
     for (std::size_t i = 0; i < out.size(); ++i) {
         DBACCESS_RECORD& record = out[i];
         record.resize(descr.size());
-        const DbTableRow* const row = data.GetRow(static_cast<int>(i));
-        if (row == nullptr || row->size() != descr.size()) {
+        if (!rows.HasRow(i) || rows.Width(i) != descr.size()) {
             SetMalformed(record);
             continue;
         }
         for (std::size_t field = 0; field < descr.size(); ++field) {
             DBACCESS_COLUMN& column = record[field];
             column.m_name = descr.at(field)->GetName();
-            SetColumn((*row)[field].GetVariant(), column);
+            SetColumn(rows.Cell(i, field).In(scratch), column);
         }
     }
 }

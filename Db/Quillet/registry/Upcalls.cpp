@@ -100,7 +100,13 @@ CString Upcalls::TableName(DbItem* item, const DbTableData& data) {
 }
 
 void Upcalls::Detach(DbDatabase& database, const std::vector<DbItem*>& items) {
-    database.ReleaseChildren(items.begin(), items.end());
+    database.ReleaseEach([&items](auto release) {
+        for (DbItem* const item : items) {
+            if (item != nullptr) {
+                release(*item);
+            }
+        }
+    });
 }
 
 }  // namespace quillet

@@ -4,7 +4,6 @@
 #include "Quillet/rows/Distinct.h"
 
 #include <algorithm>
-#include <array>
 
 #include "Quillet/rows/EqualityClasses.h"
 
@@ -49,22 +48,13 @@ void Divide(RowGroups& groups, const std::vector<std::uint32_t>& ofRow) {
     groups.m_count = pairs.Keys().size();
 }
 
-RowGroups GroupsOf(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
-    RowGroups groups{std::vector<std::uint32_t>(rows.size()), std::vector<RowGroups::Trust>(rows.size())};
-    std::vector<std::uint32_t> ofRow(rows.size());
-    // The values of some rows at a time are looked up before one is classed, so that the memory which holds
-    // them is on its way for all of them at once.
-    constexpr std::size_t RowsAtATime = 64;
-    std::array<const CComVariant*, RowsAtATime> values = {};
+RowGroups GroupsOf(const RowSelection& rows, const std::vector<uint64>& fields) {
+    RowGroups groups{std::vector<std::uint32_t>(rows.Size()), std::vector<RowGroups::Trust>(rows.Size())};
+    std::vector<std::uint32_t> ofRow(rows.Size());
     for (const uint64 field : fields) {
         EqualityClasses classes;
-        for (std::size_t first = 0; first < rows.size(); first += RowsAtATime) {
-            const auto some = rows.subspan(first, std::min(RowsAtATime, rows.size() - first));
-            const auto end =
-                std::transform(some.begin(), some.end(), values.begin(),
-                               [&](const DbTableRow* row) { return &row->GetField(field).GetVariant(); });
-            std::transform(values.begin(), end, ofRow.begin() + static_cast<std::ptrdiff_t>(first),
-                           [&](const CComVariant* value) { return classes.ClassOf(*value); });
+        for (std::size_t row = 0; row < rows.Size(); ++row) {
+            ofRow[row] = classes.ClassOf(rows.Cell(row, field));
         }
         if (!classes.AreSure()) {
             Distrust(groups, classes, ofRow);
@@ -82,11 +72,11 @@ RowGroups GroupsOf(std::span<DbTableRow* const> rows, const std::vector<uint64>&
 // Takes the rows in turn and keeps those that equal none kept before.
 class Selection {
 public:
-    Selection(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields)
+    Selection(const RowSelection& rows, const std::vector<uint64>& fields)
         : m_rows(rows), m_fields(fields), m_groups(GroupsOf(rows, fields)), m_last(m_groups.m_count, None) {}
 
     std::vector<uint64> Take() {
-        for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        for (std::size_t row = 0; row < m_rows.Size(); ++row) {
             if (!IsRepetition(row)) {
                 Keep(row);
             }
@@ -99,9 +89,9 @@ private:
 
     bool AreEqual(std::size_t left, uint64 right) const {
         return std::all_of(m_fields.begin(), m_fields.end(), [&](uint64 field) {
-            const DbTableRow& leftRow = *m_rows[left];
-            const DbTableRow& rightRow = *m_rows[right];
-            return leftRow.GetField(field).GetVariant() == rightRow.GetField(field).GetVariant();
+            CComVariant ofLeft;
+            CComVariant ofRight;
+            return m_rows.Cell(left, field).In(ofLeft) == m_rows.Cell(right, field).In(ofRight);
         });
     }
 
@@ -137,7 +127,7 @@ private:
         }
     }
 
-    std::span<DbTableRow* const> m_rows;
+    const RowSelection& m_rows;
     const std::vector<uint64>& m_fields;
     RowGroups m_groups;
     std::vector<uint64> m_kept;
@@ -150,7 +140,7 @@ private:
 
 }  // namespace
 
-std::vector<uint64> DistinctRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
+std::vector<uint64> DistinctRows(const RowSelection& rows, const std::vector<uint64>& fields) {
     return Selection(rows, fields).Take();
 }
 

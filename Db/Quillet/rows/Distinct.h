@@ -1,15 +1,14 @@
 // Rows without those that repeat another.
 #pragma once
 
-#include <span>
 #include <vector>
 
-#include "Quillet/Db_TableRow.h"
+#include "Quillet/rows/RowsView.h"
 
 namespace quillet {
 
-// The positions, ascending, of the rows that are kept: each but those with a row kept before that has equal
-// values in all the fields (positions of fields). No pointer is null.
+// The numbers, ascending, of the rows that are kept: each but those with a row kept before that has equal
+// values in all the fields (positions of fields).
 //
 // Values are equal by operator== of variants: both null, or of one type and equal to the platform's
 // comparison. Texts thus differ when only their case does, and may be equal where their characters differ.
@@ -18,6 +17,6 @@ namespace quillet {
 //
 // Takes linear time, but for values that have to be compared with one another: texts without a collation key,
 // and types of no catalog that compare equal to themselves.
-std::vector<uint64> DistinctRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields);
+std::vector<uint64> DistinctRows(const RowSelection& rows, const std::vector<uint64>& fields);
 
 }  // namespace quillet

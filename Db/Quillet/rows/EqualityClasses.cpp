@@ -26,39 +26,49 @@ std::uint64_t EqualityClasses::BitsOf(double number) {
     return std::bit_cast<std::uint64_t>(number == 0 ? 0.0 : number);
 }
 
-std::optional<EqualityClasses::NumberKey> EqualityClasses::KeyOf(const CComVariant& value) {
-    switch (value.vt) {
-        case VT_I2:
-            return NumberKey{BitsOf(LONGLONG{value.iVal}), value.vt};
-        case VT_I4:
-            return NumberKey{BitsOf(LONGLONG{value.lVal}), value.vt};
+std::optional<EqualityClasses::NumberKey> EqualityClasses::KeyOfReal(double number, VARTYPE type) {
+    return number == number ? std::optional(NumberKey{BitsOf(number), type}) : std::nullopt;
+}
+
+std::optional<EqualityClasses::NumberKey> EqualityClasses::KeyOf(const CellView& value) {
+    switch (value.GetKind()) {
+        case CellView::Kind::Double:
+            return KeyOfReal(value.AsDouble(), VT_R8);
+        case CellView::Kind::Float:
+            return KeyOfReal(double{value.AsFloat()}, VT_R4);
+        case CellView::Kind::Long:
+            return NumberKey{BitsOf(LONGLONG{value.AsLong()}), VT_I4};
+        case CellView::Kind::Short:
+            return NumberKey{BitsOf(LONGLONG{value.AsShort()}), VT_I2};
+        case CellView::Kind::Boolean:
+            return NumberKey{BitsOf(LONGLONG{value.AsShort()}), VT_BOOL};
+        case CellView::Kind::Variant:
+            break;
+        default:
+            return std::nullopt;
+    }
+    const CComVariant& variant = value.AsVariant();
+    switch (variant.vt) {
         case VT_I8:
-            return NumberKey{BitsOf(LONGLONG{value.llVal}), value.vt};
+            return NumberKey{BitsOf(LONGLONG{variant.llVal}), VT_I8};
         case VT_UI1:
-            return NumberKey{BitsOf(LONGLONG{value.bVal}), value.vt};
-        case VT_BOOL:
-            return NumberKey{BitsOf(LONGLONG{value.boolVal}), value.vt};
-        case VT_R4:
-            return value.fltVal == value.fltVal
-                       ? std::optional(NumberKey{BitsOf(double{value.fltVal}), value.vt})
-                       : std::nullopt;
-        case VT_R8:
+            return NumberKey{BitsOf(LONGLONG{variant.bVal}), VT_UI1};
         case VT_DATE:
-            return value.dblVal == value.dblVal ? std::optional(NumberKey{BitsOf(value.dblVal), value.vt})
-                                                : std::nullopt;
+            return KeyOfReal(variant.dblVal, VT_DATE);
         default:
             return std::nullopt;
     }
 }
 
-std::uint32_t EqualityClasses::ClassOf(const CComVariant& value) {
-    switch (value.vt) {
+std::uint32_t EqualityClasses::ClassOf(const CellView& cell) {
+    const CellView value = cell.Plain();
+    switch (value.Type()) {
         case VT_EMPTY:
             return OneClass(m_empty);
         case VT_NULL:
             return OneClass(m_null);
         case VT_BSTR:
-            return ClassOfText(value.Text());
+            return ClassOfText(value);
         default:
             break;
     }
@@ -66,8 +76,10 @@ std::uint32_t EqualityClasses::ClassOf(const CComVariant& value) {
         return Mapped(m_ofNumber, m_numbers.NumberOf(*key), [this] { return NewClass(); });
     }
     // What does not equal itself equals nothing.
-    const CComVariant& itself = value;
-    return value == itself ? AnyClass() : NewClass();
+    CComVariant scratch;
+    const CComVariant& variant = value.In(scratch);
+    const CComVariant& itself = variant;
+    return variant == itself ? AnyClass() : NewClass();
 }
 
 std::uint32_t EqualityClasses::NewClass() {
@@ -87,9 +99,8 @@ std::uint32_t EqualityClasses::OneClass(std::optional<std::uint32_t>& number) {
     return *number;
 }
 
-std::uint32_t EqualityClasses::ClassOfText(WideView text) {
-    const std::string_view bytes(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR));
-    return Mapped(m_ofText, m_texts.NumberOf(bytes), [&] { return ClassOfNewText(text); });
+std::uint32_t EqualityClasses::ClassOfText(const CellView& text) {
+    return Mapped(m_ofText, m_texts.NumberOf(text), [&] { return ClassOfNewText(text.Wide(m_wide)); });
 }
 
 std::uint32_t EqualityClasses::ClassOfNewText(WideView text) {
@@ -107,23 +118,27 @@ std::uint32_t EqualityClasses::ClassOfNewText(WideView text) {
     return number;
 }
 
-std::uint32_t TextClasses::ClassOf(const CComVariant& value) {
-    if (value.vt == VT_NULL) {
+std::uint32_t TextClasses::ClassOf(const CellView& cell) {
+    CComVariant converted;
+    CellView text = cell;
+    if (text.Type() == VT_NULL) {
         if (!m_null) {
             m_null = m_count++;
         }
         return *m_null;
     }
-    CComVariant converted;
-    if (value.vt != VT_BSTR) {
-        converted = value;
+    if (text.Type() != VT_BSTR) {
+        text.CopyTo(converted);
         if (FAILED(converted.ChangeType(VT_BSTR))) {
             return m_count++;
         }
+        text = CellView::Variant(converted);
     }
-    m_folded = (value.vt == VT_BSTR ? value : converted).Text();
-    platform::FoldCase(m_folded);
-    return Mapped(m_ofText, m_texts.NumberOf(m_folded), [this] { return m_count++; });
+    return Mapped(m_ofText, m_texts.NumberOf(text), [&] {
+        m_wide = WideString(text.Wide(m_wide));
+        platform::FoldCase(m_wide);
+        return Mapped(m_ofFolding, m_foldings.NumberOf(m_wide), [this] { return m_count++; });
+    });
 }
 
 }  // namespace quillet

@@ -4,22 +4,22 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "Quillet/base/CComVariant.h"
+#include "Quillet/rows/CellView.h"
 #include "Quillet/rows/Numbering.h"
+#include "Quillet/rows/TextNumbers.h"
 
 namespace quillet {
 
 // Gives values classes, numbers that count from 0: values that are equal by operator== have the same, as far
-// as that can be told from a value alone. Texts that were given must outlive the object.
+// as that can be told from a value alone. Texts in columns must outlive the object.
 class EqualityClasses {
 public:
     // In place of a class: the value may equal values of any class.
     static constexpr std::uint32_t Any = UINT32_MAX;
 
-    std::uint32_t ClassOf(const CComVariant& value);
+    std::uint32_t ClassOf(const CellView& value);
 
     std::size_t Count() const { return m_isLoose.size(); }
     // Whether equal values, and only they, share a class. This and the next are known once all values came.
@@ -43,13 +43,14 @@ private:
 
     static std::uint64_t BitsOf(double number);
     static std::uint64_t BitsOf(LONGLONG number) { return static_cast<std::uint64_t>(number); }
-    // None for what is no number.
-    static std::optional<NumberKey> KeyOf(const CComVariant& value);
+    // None for what is no number, and for one that does not equal itself.
+    static std::optional<NumberKey> KeyOf(const CellView& value);
+    static std::optional<NumberKey> KeyOfReal(double number, VARTYPE type);
 
     std::uint32_t NewClass();
     std::uint32_t AnyClass();
     std::uint32_t OneClass(std::optional<std::uint32_t>& number);
-    std::uint32_t ClassOfText(WideView text);
+    std::uint32_t ClassOfText(const CellView& text);
     std::uint32_t ClassOfNewText(WideView text);
 
     std::vector<bool> m_isLoose;
@@ -58,8 +59,9 @@ private:
     std::optional<std::uint32_t> m_null;
     Numbering<NumberKey, HashNumberKey> m_numbers;
     std::vector<std::uint32_t> m_ofNumber;
-    Numbering<std::string_view> m_texts;
+    TextNumbers m_texts;
     std::vector<std::uint32_t> m_ofText;
+    WideString m_wide;
     Numbering<std::string> m_keys;
     std::vector<std::uint32_t> m_ofKey;
     std::string m_key;
@@ -69,15 +71,17 @@ private:
 // are equal as texts without regard to case, or both null. What has no text has a class of its own each time.
 class TextClasses {
 public:
-    std::uint32_t ClassOf(const CComVariant& value);
+    std::uint32_t ClassOf(const CellView& value);
     std::size_t Count() const { return m_count; }
 
 private:
     std::uint32_t m_count = 0;
     std::optional<std::uint32_t> m_null;
-    Numbering<WideString> m_texts;
+    TextNumbers m_texts;
     std::vector<std::uint32_t> m_ofText;
-    WideString m_folded;
+    Numbering<WideString> m_foldings;
+    std::vector<std::uint32_t> m_ofFolding;
+    WideString m_wide;
 };
 
 }  // namespace quillet

@@ -15,13 +15,18 @@ class Numbering {
 public:
     // No more keys than 32 bits can number.
     std::uint32_t NumberOf(const Key& key) {
+        return NumberOf(key, [&key] { return key; });
+    }
+    // The same for a key that does not last; toKeep gives the one that is kept if it is new.
+    template <typename ToKeep>
+    std::uint32_t NumberOf(const Key& key, ToKeep toKeep) {
         if (m_keys.size() * LoadDivisor >= m_slots.size()) {
             Grow();
         }
         const std::uint64_t hash = Spread(Hash()(key));
         Slot& slot = m_slots[Find(hash, key)];
         if (slot.m_next == 0) {
-            m_keys.push_back(key);
+            m_keys.push_back(toKeep());
             slot = {static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(m_keys.size())};
         }
         return slot.m_next - 1;

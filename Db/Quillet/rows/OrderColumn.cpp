@@ -11,6 +11,7 @@
 
 #include "Quillet/platform/Collation.h"
 #include "Quillet/rows/Numbering.h"
+#include "Quillet/rows/TextNumbers.h"
 
 namespace quillet {
 
@@ -19,12 +20,13 @@ namespace {
 using platform::CollationKey;
 
 // The type of most cells, of those types whose cells can be ranked.
-VARTYPE CommonestType(const std::vector<const CComVariant*>& cells) {
+VARTYPE CommonestType(const std::vector<CellView>& cells) {
     constexpr std::array<VARTYPE, 7> Types = {VT_I2, VT_I4, VT_R4, VT_R8, VT_DATE, VT_BOOL, VT_BSTR};
     std::array<std::size_t, VT_BOOL + 1> counts = {};
-    for (const CComVariant* const cell : cells) {
-        if (cell->vt < counts.size()) {
-            ++counts[cell->vt];
+    for (const CellView& cell : cells) {
+        const VARTYPE type = cell.Type();
+        if (type < counts.size()) {
+            ++counts[type];
         }
     }
     return *std::max_element(Types.begin(), Types.end(),
@@ -32,32 +34,32 @@ VARTYPE CommonestType(const std::vector<const CComVariant*>& cells) {
 }
 
 // The value of a number of the type, and 0 for an empty cell, which compares as 0.
-std::optional<double> NumberOf(const CComVariant& cell, VARTYPE type) {
-    if (cell.vt == VT_EMPTY) {
-        return 0;
-    }
-    if (cell.vt != type) {
-        return std::nullopt;
-    }
+std::optional<double> NumberOf(const CellView& cell, VARTYPE type) {
+    const CellView value = cell.Plain();
     double number = 0;
-    switch (type) {
-        case VT_I2:
-            number = cell.iVal;
+    switch (value.GetKind()) {
+        case CellView::Kind::Empty:
+            return 0;
+        case CellView::Kind::Short:
+        case CellView::Kind::Boolean:
+            number = value.AsShort();
             break;
-        case VT_I4:
-            number = cell.lVal;
+        case CellView::Kind::Long:
+            number = value.AsLong();
             break;
-        case VT_BOOL:
-            number = cell.boolVal;
+        case CellView::Kind::Float:
+            number = double{value.AsFloat()};
             break;
-        case VT_R4:
-            number = double{cell.fltVal};
+        case CellView::Kind::Double:
+            number = value.AsDouble();
+            break;
+        case CellView::Kind::Variant:
+            number = value.AsVariant().dblVal;
             break;
         default:
-            number = cell.dblVal;
-            break;
+            return std::nullopt;
     }
-    return std::isnan(number) ? std::nullopt : std::optional(number);
+    return value.Type() != type || std::isnan(number) ? std::nullopt : std::optional(number);
 }
 
 // Sorts keys, each once: by their first bytes, those that are alike in them by their next, and so on. Each
@@ -148,7 +150,7 @@ private:
 // The different texts of a field, numbered as they come.
 class Texts {
 public:
-    std::uint32_t NumberOf(WideView text) { return m_numbers.NumberOf(text); }
+    std::uint32_t NumberOf(const CellView& text) { return m_numbers.NumberOf(text); }
 
     // Once all texts came: gives each a rank, its place in the collation, which equal texts share; and a
     // value that texts share which are equal without case. Where that is a consistent order, all texts of one
@@ -157,9 +159,10 @@ public:
         std::string keys;
         std::vector<std::size_t> ends;
         std::vector<std::uint32_t> texts;
-        for (std::uint32_t text = 0; text < m_numbers.Keys().size(); ++text) {
+        WideString wide;
+        for (std::uint32_t text = 0; text < m_numbers.Count(); ++text) {
             const std::size_t end = keys.size();
-            if (platform::AppendCollationKey(m_numbers.Keys()[text], keys) == CollationKey::Order) {
+            if (platform::AppendCollationKey(m_numbers.Wide(text, wide), keys) == CollationKey::Order) {
                 ends.push_back(keys.size());
                 texts.push_back(text);
             } else {
@@ -169,7 +172,7 @@ public:
         const KeySort sorted(keys, ends);
         SetValues();
         m_isConsistent = IsConsistent(sorted, texts);
-        m_ranks.assign(m_numbers.Keys().size(), withoutKey);
+        m_ranks.assign(m_numbers.Count(), withoutKey);
         for (std::size_t i = 0; i < sorted.Size(); ++i) {
             const std::uint32_t text = texts[sorted.At(i)];
             const bool isAlike = m_isConsistent ? i > 0 && m_values[text] == m_values[texts[sorted.At(i - 1)]]
@@ -189,19 +192,23 @@ public:
 private:
     // Folds all texts at once; between them is a zero, which does not combine with anything.
     void SetValues() {
-        const std::vector<WideView>& texts = m_numbers.Keys();
         WideString folded;
-        for (const WideView text : texts) {
-            folded.append(text).push_back(0);
+        WideString wide;
+        std::vector<std::size_t> ends;
+        ends.reserve(m_numbers.Count());
+        for (std::uint32_t text = 0; text < m_numbers.Count(); ++text) {
+            folded.append(m_numbers.Wide(text, wide));
+            ends.push_back(folded.size());
+            folded.push_back(0);
         }
         platform::FoldCase(folded);
         const WideView all = folded;
         Numbering<WideView> values;
-        m_values.reserve(texts.size());
+        m_values.reserve(ends.size());
         std::size_t start = 0;
-        for (const WideView text : texts) {
-            m_values.push_back(values.NumberOf(all.substr(start, text.size())));
-            start += text.size() + 1;
+        for (const std::size_t end : ends) {
+            m_values.push_back(values.NumberOf(all.substr(start, end - start)));
+            start = end + 1;
         }
     }
 
@@ -221,7 +228,7 @@ private:
         return texts.size() == m_values.size();
     }
 
-    Numbering<WideView> m_numbers;
+    TextNumbers m_numbers;
     std::vector<std::uint32_t> m_ranks;
     std::vector<std::uint32_t> m_values;
     std::uint32_t m_rankCount = 0;
@@ -230,10 +237,11 @@ private:
 
 }  // namespace
 
-OrderColumn::OrderColumn(std::span<DbTableRow* const> rows, uint64 field) : m_rows(rows), m_field{field} {
-    Cells cells(rows.size());
-    std::transform(rows.begin(), rows.end(), cells.begin(),
-                   [field](const DbTableRow* row) { return &row->GetField(field).GetVariant(); });
+OrderColumn::OrderColumn(const RowSelection& rows, uint64 field) : m_rows(&rows), m_field(field) {
+    Cells cells(rows.Size());
+    for (std::size_t row = 0; row < cells.size(); ++row) {
+        cells[row] = rows.Cell(row, field);
+    }
     const VARTYPE type = CommonestType(cells);
     if (type == VT_BSTR) {
         RankTexts(cells);
@@ -249,12 +257,12 @@ void OrderColumn::RankNumbers(const Cells& cells, VARTYPE type) {
     bool hasEmpty = false;
     bool hasZero = false;
     for (std::uint32_t row = 0; row < cells.size(); ++row) {
-        const CComVariant& cell = *cells[row];
-        if (const std::optional<double> number = NumberOf(cell, type)) {
+        const VARTYPE cellType = cells[row].Type();
+        if (const std::optional<double> number = NumberOf(cells[row], type)) {
             sorted.emplace_back(*number, row);
-            hasEmpty = hasEmpty || cell.vt == VT_EMPTY;
-            hasZero = hasZero || (cell.vt == type && *number == 0);
-        } else if (cell.vt == VT_NULL) {
+            hasEmpty = hasEmpty || cellType == VT_EMPTY;
+            hasZero = hasZero || (cellType == type && *number == 0);
+        } else if (cellType == VT_NULL) {
             m_ranks[row] = Null;
         }
     }
@@ -269,7 +277,7 @@ void OrderColumn::RankNumbers(const Cells& cells, VARTYPE type) {
     m_isConsistent = sorted.size() == cells.size() && !(hasEmpty && hasZero);
     m_values = m_ranks;
     for (std::size_t row = 0; hasEmpty && hasZero && row < cells.size(); ++row) {
-        if (cells[row]->vt == VT_EMPTY) {
+        if (cells[row].Type() == VT_EMPTY) {
             m_values[row] = EmptyValue;
         }
     }
@@ -279,8 +287,8 @@ void OrderColumn::RankTexts(const Cells& cells) {
     Texts texts;
     m_values.assign(cells.size(), Null);
     for (std::size_t row = 0; row < cells.size(); ++row) {
-        if (cells[row]->vt == VT_BSTR) {
-            m_values[row] = texts.NumberOf(cells[row]->Text());
+        if (cells[row].Type() == VT_BSTR) {
+            m_values[row] = texts.NumberOf(cells[row]);
         }
     }
     texts.SetRanks(Other);
@@ -288,12 +296,12 @@ void OrderColumn::RankTexts(const Cells& cells) {
     m_rankCount = texts.RankCount();
     m_ranks.assign(cells.size(), Other);
     for (std::size_t row = 0; row < cells.size(); ++row) {
-        if (cells[row]->vt == VT_BSTR) {
+        if (cells[row].Type() == VT_BSTR) {
             m_ranks[row] = texts.Rank(m_values[row]);
             m_values[row] = texts.Value(m_values[row]);
         } else {
             m_isConsistent = false;
-            m_ranks[row] = cells[row]->vt == VT_NULL ? Null : Other;
+            m_ranks[row] = cells[row].Type() == VT_NULL ? Null : Other;
         }
     }
 }

@@ -2,18 +2,18 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
-#include "Quillet/Db_TableRow.h"
+#include "Quillet/rows/CellComparison.h"
+#include "Quillet/rows/RowsView.h"
 
 namespace quillet {
 
-// Reads every cell once and sorts what is of the field's commonest type. Rows are named by their positions.
+// Reads every cell once and sorts what is of the field's commonest type. Rows are named by their numbers.
 class OrderColumn {
 public:
-    // The rows must outlive the column; none is null.
-    OrderColumn(std::span<DbTableRow* const> rows, uint64 field);
+    // The rows must outlive the column.
+    OrderColumn(const RowSelection& rows, uint64 field);
 
     // Whether the comparison is a consistent order of these cells. Equal cells then have equal ranks, and the
     // greater cell the greater rank; ranks count from 0 without gaps.
@@ -26,7 +26,10 @@ public:
         const std::uint32_t leftRank = m_ranks[left];
         const std::uint32_t rightRank = m_ranks[right];
         if (leftRank == Other || rightRank == Other) {
-            return m_rows[left]->CompareEx(m_field, *m_rows[right]);
+            CComVariant ofLeft;
+            CComVariant ofRight;
+            return CompareCells(m_rows->Cell(left, m_field).In(ofLeft),
+                                m_rows->Cell(right, m_field).In(ofRight));
         }
         if (m_values[left] == m_values[right]) {
             return DbTableRow::CmpEqual;
@@ -43,13 +46,13 @@ private:
     // The value of an empty cell beside zeros, which have its rank and don't equal it.
     static constexpr std::uint32_t EmptyValue = UINT32_MAX - 2;
 
-    using Cells = std::vector<const CComVariant*>;
+    using Cells = std::vector<CellView>;
 
     void RankNumbers(const Cells& cells, VARTYPE type);
     void RankTexts(const Cells& cells);
 
-    std::span<DbTableRow* const> m_rows;
-    std::vector<uint64> m_field;
+    const RowSelection* m_rows;
+    uint64 m_field;
     std::vector<std::uint32_t> m_ranks;
     // The same for equal cells, and only for them.
     std::vector<std::uint32_t> m_values;

@@ -119,9 +119,9 @@ private:
 };
 
 // A list of rows in blocks: an insertion moves no more than a block, and any place is found fast.
-class RowList {
+class InsertionList {
 public:
-    explicit RowList(std::size_t rows)
+    explicit InsertionList(std::size_t rows)
         : m_blockRows(
               std::max(SmallestBlock, static_cast<std::size_t>(std::sqrt(static_cast<double>(rows))))),
           m_blocks(1),
@@ -196,7 +196,7 @@ private:
 // Makes the insertions: compare says how one row stands to another.
 template <typename Compare>
 std::vector<uint64> InsertOneByOne(std::size_t count, Compare compare) {
-    RowList order(count);
+    InsertionList order(count);
     for (std::uint32_t row = 0; row < count; ++row) {
         const std::uint32_t place =
             Search(row, [&](std::uint32_t middle) { return compare(row, order.At(middle)); });
@@ -294,12 +294,12 @@ std::vector<uint64> OrderOfGroups(const Groups& groups) {
 
 }  // namespace
 
-std::vector<uint64> OrderOfRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields) {
-    Groups groups{std::vector<std::uint32_t>(rows.size())};
+std::vector<uint64> OrderOfRows(const RowSelection& rows, const std::vector<uint64>& fields) {
+    Groups groups{std::vector<std::uint32_t>(rows.Size())};
     std::vector<OrderColumn> columns;
     bool areConsistent = true;
     for (const uint64 field : fields) {
-        if (areConsistent && groups.m_count == rows.size()) {
+        if (areConsistent && groups.m_count == rows.Size()) {
             // The fields so far tell all rows apart.
             break;
         }
@@ -312,7 +312,7 @@ std::vector<uint64> OrderOfRows(std::span<DbTableRow* const> rows, const std::ve
     if (areConsistent) {
         return OrderOfGroups(groups);
     }
-    return InsertOneByOne(rows.size(), [&](std::uint32_t left, std::uint32_t right) {
+    return InsertOneByOne(rows.Size(), [&](std::uint32_t left, std::uint32_t right) {
         Result result = DbTableRow::CmpEqual;
         for (std::size_t i = 0; i < columns.size() && result == DbTableRow::CmpEqual; ++i) {
             result = columns[i].Compare(left, right);

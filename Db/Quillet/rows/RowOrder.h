@@ -1,14 +1,13 @@
 // The ascending order of rows.
 #pragma once
 
-#include <span>
 #include <vector>
 
-#include "Quillet/Db_TableRow.h"
+#include "Quillet/rows/RowsView.h"
 
 namespace quillet {
 
-// The positions of the rows in ascending order of the fields (positions of fields). No pointer is null.
+// The numbers of the rows in ascending order of the fields (positions of fields).
 //
 // The order is the one that results when the rows are taken in turn and each is inserted where the binary
 // search of DbTableData::SpatialIndex finds its place among those before: rows that compare equal stand where
@@ -18,6 +17,6 @@ namespace quillet {
 //
 // Takes n log n steps. Cells are compared only where one is not of its field's commonest type, or is a text
 // without a collation key or NaN.
-std::vector<uint64> OrderOfRows(std::span<DbTableRow* const> rows, const std::vector<uint64>& fields);
+std::vector<uint64> OrderOfRows(const RowSelection& rows, const std::vector<uint64>& fields);
 
 }  // namespace quillet

@@ -40,29 +40,45 @@ bool NotEqual(const CComVariant& left, const CComVariant& right) {
     return !EqualIgnoringCase(left, right);
 }
 
+struct OperatorRow {
+    const char* m_text;
+    Operator m_operator;
+    Comparison m_ofValues;
+    Comparison m_ofTexts;
+};
+
+constexpr OperatorRow Operators[] = {
+    {"<", Operator::Less, Is<VARCMP_LT>, Is<VARCMP_LT>},
+    {"<=", Operator::LessOrEqual, IsOrEqual<VARCMP_LT>, IsOrEqual<VARCMP_LT>},
+    {"=", Operator::Equal, Equal, EqualTexts},
+    {"==", Operator::Equal, Equal, EqualTexts},
+    {">=", Operator::GreaterOrEqual, IsOrEqual<VARCMP_GT>, IsOrEqual<VARCMP_GT>},
+    {">", Operator::Greater, Is<VARCMP_GT>, Is<VARCMP_GT>},
+    {"!=", Operator::NotEqual, NotEqual, NotEqual},
+    {"<>", Operator::NotEqual, NotEqual, NotEqual},
+};
+
+template <typename Predicate>
+const OperatorRow* FindOperator(Predicate predicate) {
+    const auto* const found = std::find_if(std::begin(Operators), std::end(Operators), predicate);
+    return found == std::end(Operators) ? nullptr : found;
+}
+
 }  // namespace
 
 Comparison ComparisonOf(const CString& op, bool texts) {
-    static constexpr struct {
-        const char* m_operator;
-        Comparison m_ofValues;
-        Comparison m_ofTexts;
-    } Comparisons[] = {
-        {"<", Is<VARCMP_LT>, Is<VARCMP_LT>},
-        {"<=", IsOrEqual<VARCMP_LT>, IsOrEqual<VARCMP_LT>},
-        {"=", Equal, EqualTexts},
-        {"==", Equal, EqualTexts},
-        {">=", IsOrEqual<VARCMP_GT>, IsOrEqual<VARCMP_GT>},
-        {">", Is<VARCMP_GT>, Is<VARCMP_GT>},
-        {"!=", NotEqual, NotEqual},
-        {"<>", NotEqual, NotEqual},
-    };
-    const auto* const found = std::find_if(std::begin(Comparisons), std::end(Comparisons),
-                                           [&](const auto& row) { return op == row.m_operator; });
-    if (found == std::end(Comparisons)) {
+    const OperatorRow* const row = FindOperator([&](const OperatorRow& known) { return op == known.m_text; });
+    if (row == nullptr) {
         return nullptr;
     }
-    return texts ? found->m_ofTexts : found->m_ofValues;
+    return texts ? row->m_ofTexts : row->m_ofValues;
+}
+
+Operator OperatorOf(Comparison comparison) {
+    const OperatorRow* const row = FindOperator([&](const OperatorRow& known) {
+        return known.m_ofValues == comparison || known.m_ofTexts == comparison;
+    });
+    return row == nullptr ? Operator::None : row->m_operator;
 }
 
 bool IsEquality(const CString& op) {

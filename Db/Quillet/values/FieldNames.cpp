@@ -15,6 +15,11 @@ std::string NameAt(const DbTableDescr& descr, std::size_t field) {
 
 }  // namespace
 
+const std::string& NameInFile(const DbTableDescr* descr, std::size_t position) {
+    static const std::string NoName;
+    return descr == nullptr ? NoName : descr->GetField(static_cast<int>(position)).SafeNameUtf8();
+}
+
 std::vector<UnsavableField> UnsavableFields(const DbTableDescr& descr) {
     std::vector<UnsavableField> found;
     std::unordered_map<CString, std::size_t> first;

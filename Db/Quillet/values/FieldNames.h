@@ -22,6 +22,10 @@ struct UnsavableField {
     std::string m_why;
 };
 
+// The name under which the cells of the field at a position are saved; empty, which no document accepts,
+// where there is none.
+const std::string& NameInFile(const DbTableDescr* descr, std::size_t position);
+
 // Every such field, in their order. A table without rows is still saved: fields are written with their
 // names as text.
 std::vector<UnsavableField> UnsavableFields(const DbTableDescr& descr);

@@ -201,27 +201,27 @@ void CheckFieldNames(const Table& table, Findings& findings) {
 }
 
 // A cell without a value is valid in every column, and every value is valid in a column without a type.
-bool Fits(const DbFieldDescr& field, const CComVariant& cell) {
-    return cell.vt == field.GetType() || field.GetType() == VT_EMPTY || cell.vt == VT_EMPTY ||
-           cell.vt == VT_NULL || (cell.vt == VT_BSTR && cell.Text().empty());
+bool Fits(const DbFieldDescr& field, const CellView& cell) {
+    const VARTYPE type = cell.Type();
+    return type == field.GetType() || field.GetType() == VT_EMPTY || type == VT_EMPTY || type == VT_NULL ||
+           (type == VT_BSTR && CellText(cell).empty());
 }
 
 void CheckCells(const Table& table, Findings& findings) {
     const std::size_t rows = table.m_data->size();
     RunningProgress progress(ScreenBesideFiles(), "Checking " + table.m_name, rows);
+    const RowsView view(*table.m_data->GetRows());
     for (std::size_t row = 0; row < rows; ++row) {
-        const DbTableRow& cells = *table.m_data->GetRow(static_cast<int>(row));
-        for (std::size_t i = 0; i < cells.size(); ++i) {
+        const std::size_t cells = view.Width(row);
+        for (std::size_t i = 0; i < cells; ++i) {
             const DbFieldDescr& field = table.m_descr->GetField(static_cast<int>(i));
-            if (!Fits(field, cells.GetField(i).GetVariant())) {
-                CString text;
-                cells.GetField(i).ValueToString(text);
+            const CellView cell = view.Cell(row, i);
+            if (!Fits(field, cell)) {
                 findings.push_back(
-                    {Quoted(text.ToUtf8()) + " is no value of the type " + field.GetTypeString().ToUtf8(), 0,
+                    {Quoted(CellText(cell)) + " is no value of the type " + field.GetTypeString().ToUtf8(), 0,
                      table.m_name, row + 1, field.GetName().ToUtf8()});
-            } else if (!IsReadBack(cells.GetField(i).GetVariant())) {
-                findings.push_back(
-                    {LostNumber(cells.GetField(i)), 0, table.m_name, row + 1, field.GetName().ToUtf8()});
+            } else if (!IsReadBack(cell)) {
+                findings.push_back({LostNumber(cell), 0, table.m_name, row + 1, field.GetName().ToUtf8()});
             }
         }
         progress.Set(row + 1);

@@ -63,8 +63,7 @@ std::vector<std::size_t> FindRows(DbTableData& data, RowCondition& condition, co
     std::vector<std::size_t> positions;
     for (std::size_t i = 0; i < count && (request.m_all || positions.empty()); ++i) {
         const std::size_t position = request.m_backward ? count - 1 - i : i;
-        const DbTableRow* const row = data.GetRow(static_cast<int>(position));
-        if (row != nullptr && condition.Holds(*row)) {
+        if (condition.Holds(*data.GetRows(), position)) {
             positions.push_back(position);
         }
     }

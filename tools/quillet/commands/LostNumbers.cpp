@@ -1,5 +1,6 @@
 #include "commands/LostNumbers.h"
 
+#include "Quillet/rows/RowsView.h"
 #include "input/CellText.h"
 #include "output/PlainText.h"
 
@@ -15,10 +16,11 @@ std::string FindLostNumbers(Catalog& catalog) {
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
         const DbTableDescr& descr = *database.GetTableDescr(i);
         DbTableData& data = *database.GetTableData(i);
-        for (std::size_t row = 0; row < data.size(); ++row) {
-            const DbTableRow& cells = *data.GetRow(static_cast<int>(row));
-            for (std::size_t cell = 0; cell < cells.size(); ++cell) {
-                if (IsReadBack(cells.GetField(cell).GetVariant())) {
+        const RowsView rows(*data.GetRows());
+        for (std::size_t row = 0; row < rows.Count(); ++row) {
+            for (std::size_t cell = 0; cell < rows.Width(row); ++cell) {
+                const CellView value = rows.Cell(row, cell);
+                if (IsReadBack(value)) {
                     continue;
                 }
                 others += first.empty() ? 0U : 1U;
@@ -26,7 +28,7 @@ std::string FindLostNumbers(Catalog& catalog) {
                     first = "table " + Quoted(database.GetTableName(i).ToUtf8()) + ", row " +
                             std::to_string(row + 1) + ", field " +
                             Quoted(descr.GetField(static_cast<int>(cell)).GetName().ToUtf8()) + ": " +
-                            LostNumber(cells.GetField(cell));
+                            LostNumber(value);
                 }
             }
         }

@@ -29,7 +29,7 @@ std::optional<Number> ReadNumber(std::string_view text) {
     const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool hasDigits = text.find_first_of(Digits) != std::string_view::npos;
     if (!hasDigits || result.ec != std::errc() || result.ptr != text.data() + text.size() ||
-        !IsReadBack(CComVariant(number))) {
+        !IsReadBack(CellView::Double(number))) {
         return std::nullopt;
     }
     return number;
@@ -158,30 +158,35 @@ bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cel
     }
 }
 
-bool IsReadBack(const CComVariant& cell) {
+std::string CellText(const CellView& cell) {
+    std::string text;
+    CComVariant scratch;
+    AppendValueText(cell.In(scratch), text);
+    return text;
+}
+
+bool IsReadBack(const CellView& value) {
     // Nearly all numbers are in between.
     constexpr double SurelyLarge = 1e-30;
     constexpr double SurelySmall = 1e30;
-    if (cell.vt != VT_R4 && cell.vt != VT_R8) {
+    if (value.Type() != VT_R4 && value.Type() != VT_R8) {
         return true;
     }
+    CComVariant scratch;
+    const CComVariant& cell = value.In(scratch);
     const double number = std::fabs(cell.vt == VT_R4 ? static_cast<double>(cell.fltVal) : cell.dblVal);
     if (number == 0 || (number > SurelyLarge && number < SurelySmall)) {
         return true;
     }
-    std::string text;
-    AppendValueText(cell, text);
     DbFieldDescr field;
     field.SetType(cell.vt);
     CComVariant back;
-    field.Convert(back, CString(text).GetString());
+    field.Convert(back, CString(CellText(value)).GetString());
     return back.vt == cell.vt;
 }
 
-std::string LostNumber(const DbFieldValue& cell) {
-    CString text;
-    cell.ValueToString(text);
-    return "the number can't be carried by a text: " + Quoted(text.ToUtf8()) + " is not read back";
+std::string LostNumber(const CellView& cell) {
+    return "the number can't be carried by a text: " + Quoted(CellText(cell)) + " is not read back";
 }
 
 std::string UncarriableCharacter(std::string_view text) {

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "Quillet/Db_FieldDescr.h"
-#include "Quillet/Db_FieldValue.h"
+#include "Quillet/rows/CellView.h"
 
 namespace quillet::tool {
 
@@ -36,9 +36,12 @@ bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cel
 
 // Whether a cell's text in a file is read back as a number. The text has 15 digits (7 for a float), which may
 // round the largest doubles up to more than a double can hold, and infinity and the like have no such text.
-bool IsReadBack(const CComVariant& cell);
+bool IsReadBack(const CellView& cell);
 // The message about a number that is not.
-std::string LostNumber(const DbFieldValue& cell);
+std::string LostNumber(const CellView& cell);
+
+// The text form of a cell's value, in UTF-8.
+std::string CellText(const CellView& cell);
 
 // The first character that can't be written to a catalog file, as "U+0001"; empty if there is none.
 std::string UncarriableCharacter(std::string_view text);

@@ -201,10 +201,10 @@ DbFieldDescr& CsvTable::FieldFor(const std::string& option, const std::string& n
 void CsvTable::FillRows(DbTableData& data, const Progress& progress) const {
     CsvReader reader = Reader();
     reader.Next();
-    DbRows& rows = *data.GetRows();
-    rows.AddRows(m_rows, false);
+    data.GetRows()->AddRows(m_rows, false);
+    RowsView rows(*data.GetRows());
     for (std::size_t i = 0; reader.Next(); ++i) {
-        FillRow(reader, *rows.GetRow(static_cast<int>(i)));
+        FillRow(reader, rows, i);
         progress(m_text.size() + reader.Position());
     }
 }
@@ -224,14 +224,16 @@ void CsvTable::CheckRow(const CsvReader& reader) const {
     }
 }
 
-void CsvTable::FillRow(const CsvReader& reader, DbTableRow& row) const {
+void CsvTable::FillRow(const CsvReader& reader, RowsView& rows, std::size_t row) const {
+    CComVariant value;
     for (std::size_t i = 0; i < m_structure.size(); ++i) {
         const DbFieldDescr& field = m_structure.GetField(static_cast<int>(i));
         const std::string& text = reader.Values()[i];
-        if (!FillCell(field, text, row.GetField(i).GetVariant())) {
+        if (!FillCell(field, text, value)) {
             throw Failure(reader.Message(Field(i) + ": " + Quoted(text) + " is no value of the type " +
                                          field.GetTypeString().ToUtf8()));
         }
+        rows.SetCell(row, i, CellView::Variant(value));
     }
 }
 

@@ -10,6 +10,7 @@
 
 #include "Quillet/Db_TableData.h"
 #include "Quillet/Db_TableDescr.h"
+#include "Quillet/rows/RowsView.h"
 #include "input/CsvReader.h"
 
 namespace quillet::tool {
@@ -53,7 +54,7 @@ private:
     void RefuseOtherDelimiter(const CsvReader& reader, std::size_t headings) const;
     void CheckNames(const CsvReader& reader) const;
     void CheckRow(const CsvReader& reader) const;
-    void FillRow(const CsvReader& reader, DbTableRow& row) const;
+    void FillRow(const CsvReader& reader, RowsView& rows, std::size_t row) const;
     std::string Field(std::size_t index) const;
 
     std::string m_path;

@@ -29,7 +29,7 @@ void RecordListing::ReadRow(std::size_t row, NumberStyle, std::vector<Value>& va
 TableListing::TableListing(const DbTableDescr& descr, DbTableData& data, std::size_t offset,
                            std::size_t limit)
     : Listing(ColumnsOf(descr)), m_rows(*data.GetRows()) {
-    const std::size_t count = m_rows.GetRowsCount();
+    const std::size_t count = m_rows.Count();
     m_first = std::min(offset, count);
     m_count = std::min(limit, count - m_first);
     for (const DbFieldDescr* field : descr) {
@@ -39,12 +39,12 @@ TableListing::TableListing(const DbTableDescr& descr, DbTableData& data, std::si
 }
 
 void TableListing::ReadRow(std::size_t row, NumberStyle style, std::vector<Value>& values) const {
-    static const CComVariant Nothing;
-    const DbTableRow* const cells = m_rows.GetRow(static_cast<int>(m_first + row));
+    const bool exists = m_rows.HasRow(m_first + row);
+    CComVariant scratch;
     values.resize(Columns().size());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        ReadValue(cells == nullptr ? Nothing : cells->GetField(i).GetVariant(), m_isTextColumn[i], style,
-                  values[i]);
+        const CellView cell = exists ? m_rows.Cell(m_first + row, i) : CellView();
+        ReadValue(cell.In(scratch), m_isTextColumn[i], style, values[i]);
     }
 }
 

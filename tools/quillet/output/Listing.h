@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Quillet/Db_TableData.h"
+#include "Quillet/rows/RowsView.h"
 #include "output/Value.h"
 
 namespace quillet::tool {
@@ -56,7 +57,7 @@ public:
     void ReadRow(std::size_t row, NumberStyle style, std::vector<Value>& values) const override;
 
 private:
-    DbRows& m_rows;
+    RowsView m_rows;
     std::size_t m_first;
     std::size_t m_count;
     std::vector<bool> m_isTextColumn;

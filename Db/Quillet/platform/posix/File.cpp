@@ -374,6 +374,12 @@ bool PathExists(const std::string& path) {
     return path.find('\0') == std::string::npos && ::lstat(path.c_str(), &status) == 0;
 }
 
+bool IsRegularFile(const std::string& path) {
+    struct stat status {};
+    return path.find('\0') == std::string::npos && ::stat(path.c_str(), &status) == 0 &&
+           S_ISREG(status.st_mode);
+}
+
 bool CanWriteFile(const std::string& path) {
     Location location;
     Descriptor file;

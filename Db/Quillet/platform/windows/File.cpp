@@ -457,6 +457,14 @@ bool PathExists(const std::string& path) {
            GetFileAttributesW(wide.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+bool IsRegularFile(const std::string& path) {
+    WideString wide;
+    const DWORD attributes = ToSystemPath(path, wide) == ERROR_SUCCESS ? GetFileAttributesW(wide.c_str())
+                                                                       : INVALID_FILE_ATTRIBUTES;
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) == 0;
+}
+
 bool CanWriteFile(const std::string& path) {
     Target target;
     return OpenTarget(path, target) == ERROR_SUCCESS;

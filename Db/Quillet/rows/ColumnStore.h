@@ -1,0 +1,152 @@
+// The rows of a table and their memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Quillet/rows/ColumnBlock.h"
+#include "Quillet/rows/RowArena.h"
+#include "Quillet/rows/RowTokens.h"
+
+class DbFieldValue;
+class DbRows;
+class DbTableDescr;
+class DbTableRow;
+
+namespace quillet {
+
+// Rows by their storage positions. A row that nobody has asked for is kept in columns; a row that somebody
+// has asked for is an object, which never moves, stays until the row is deleted, and alone tells what the row
+// holds. So is a row with a value that its column can't hold.
+//
+// Members throw only std::bad_alloc, and leave the rows unchanged then.
+class ColumnStore {
+public:
+    using Structure = std::shared_ptr<DbTableDescr*>;
+
+    // Rows without an owner, to be handed over to one later.
+    ColumnStore() = default;
+    // Rows become children of their owner when they are made, as long as it lives.
+    ColumnStore(DbRows& owner, Structure structure);
+    ColumnStore(const ColumnStore&) = delete;
+    ColumnStore& operator=(const ColumnStore&) = delete;
+    ~ColumnStore();
+
+    std::size_t Size() const { return m_size; }
+
+    // Appends rows with one cell for each field, empty or with the fields' default values. Those of another
+    // parent than the owner are made at once, with that parent's structure.
+    void Append(std::size_t rows, DbRows& parent, const Structure& structure, bool initValues);
+    // For a reader that fills one row after another: the block that the next rows go to, with room for one at
+    // least; it counts them itself (ColumnBlock::Use) and then here. No row must have been deleted.
+    ColumnBlock& OpenBlock(const ColumnKinds& kinds);
+    void CountRows(std::uint32_t rows);
+    // The rows, which had no owner, get one. It takes those that were made.
+    void HandOver(DbRows& owner, Structure structure);
+    void Delete(std::size_t position);
+    // Deletes the last rows. Can't fail.
+    void DropLast(std::size_t rows);
+
+    // The row, which is made if it was not.
+    DbTableRow& RowAt(std::size_t position);
+    // Null if it was not made.
+    DbTableRow* MadeRowAt(std::size_t position) const {
+        const std::uint32_t slot = SlotOf(position);
+        return BlockOf(slot).RowAt(WithinBlock(slot));
+    }
+    // How many cells the row has.
+    std::size_t WidthOf(std::size_t position) const;
+
+    // How the cell of an object is read: once by the virtual GetVariant, or the value that it stores.
+    enum class Reading : std::uint8_t { Virtual, Stored };
+
+    // A cell, empty where the row has none.
+    template <Reading How = Reading::Virtual>
+    CellView CellAt(std::size_t position, std::size_t field) const {
+        const std::uint32_t slot = SlotOf(position);
+        const ColumnBlock& block = BlockOf(slot);
+        const DbTableRow* const row = block.RowAt(WithinBlock(slot));
+        if (row != nullptr) {
+            return How == Reading::Virtual ? CellOf(*row, field) : StoredCellOf(*row, field);
+        }
+        return field < block.Columns() ? block.Get(field, WithinBlock(slot)) : CellView();
+    }
+    // Gives a cell a value and flag without a stamp; the row is made where its column can't hold the value.
+    // No effect where the row has no such cell.
+    void SetCell(std::size_t position, std::size_t field, const CellView& value);
+    static CellView CellOf(const DbTableRow& row, std::size_t field);
+    static CellView StoredCellOf(const DbTableRow& row, std::size_t field);
+
+    // Points to the row as long as it lives, and to null afterwards.
+    std::shared_ptr<DbTableRow*> TokenOf(std::size_t position) { return m_tokens.Of(RowAt(position)); }
+
+    // The owner goes, or shows other rows: the rows live on without it.
+    void OwnerGoes(const DbRows& owner);
+    // Whether the rows that were not made are those of this parent and structure, or of the structure alone
+    // if their owner went.
+    bool Follows(const DbRows& parent, const DbTableDescr* descr) const;
+    bool IsOwnedBy(const DbRows& rows) const { return m_ownerLives && m_owner == &rows; }
+
+    // The rows from a position on that were made.
+    template <typename Use>
+    void ForEachMade(std::size_t first, Use use) const {
+        for (std::size_t i = first; m_made > 0 && i < m_size; ++i) {
+            if (DbTableRow* const row = MadeRowAt(i)) {
+                use(*row);
+            }
+        }
+    }
+    std::size_t UnmadeRows() const { return m_size - m_made; }
+    // The estimate of DbItem::CalcSize of the rows that were not made.
+    std::uint64_t SizeOfUnmadeRows() const;
+
+    // A field was added: prepares the columns, then inserts them. The second step can't fail; the rows must
+    // be those that they were before.
+    void MakeColumns(std::size_t position, const DbTableDescr& descr);
+    void InsertColumns(std::size_t position);
+    void EraseColumns(std::size_t position);
+
+private:
+    static constexpr std::uint32_t SlotBits = 12;
+    static_assert(ColumnBlock::MostSlots == 1U << SlotBits);
+    static constexpr std::size_t NoBlock = SIZE_MAX;
+
+    static std::uint32_t WithinBlock(std::uint32_t slot) { return slot & (ColumnBlock::MostSlots - 1); }
+    ColumnBlock& BlockOf(std::uint32_t slot) const { return *m_blocks[slot >> SlotBits]; }
+    std::uint32_t SlotOf(std::size_t position) const {
+        return m_isDense ? static_cast<std::uint32_t>(position) : m_slots[position];
+    }
+    // Blocks that are in use.
+    template <typename Use>
+    void ForEachBlock(Use use) const;
+
+    void ReserveSlots(std::size_t rows);
+    void ListSlots();
+    ColumnBlock& Tail(const ColumnKinds& kinds);
+    std::size_t AppendSlots(std::size_t rows, const ColumnKinds& kinds);
+    void FreeSlot(std::uint32_t slot);
+    struct RowShape;
+    DbTableRow& MakeRow(std::uint32_t slot);
+    DbTableRow& MakeRow(std::uint32_t slot, const RowShape& shape);
+
+    DbRows* m_owner = nullptr;
+    bool m_ownerLives = false;
+    Structure m_structure;
+    RowArena m_arena;
+    RowTokens m_tokens;
+    std::size_t m_size = 0;
+    std::size_t m_made = 0;
+    // Null where a block was freed.
+    std::vector<std::unique_ptr<ColumnBlock>> m_blocks;
+    // The rows that each block holds.
+    std::vector<std::uint32_t> m_live;
+    // The block that new rows go to.
+    std::size_t m_tail = NoBlock;
+    // Whether each row's slot is its position; otherwise m_slots tells it.
+    bool m_isDense = true;
+    std::vector<std::uint32_t> m_slots;
+};
+
+}  // namespace quillet
