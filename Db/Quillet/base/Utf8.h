@@ -11,6 +11,14 @@ namespace quillet {
 using platform::WideString;
 using platform::WideView;
 
+inline bool IsAscii(std::string_view text) {
+    unsigned char all = 0;
+    for (const char unit : text) {
+        all |= static_cast<unsigned char>(unit);
+    }
+    return all < 0x80;
+}
+
 // Whether every byte belongs to a well-formed sequence (no overlong forms, no surrogates, up to U+10FFFF).
 bool IsValidUtf8(std::string_view text);
 

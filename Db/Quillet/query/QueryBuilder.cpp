@@ -57,36 +57,59 @@ bool EvaluatesCells(const Params& params, const DbTableDescr& descr) {
                        [](const auto& filter) { return typeid(*filter) == typeid(DbFilter); });
 }
 
-// The visible positions of the rows for which the clause holds, the first ones as far as the limit goes.
+// The visible positions of the first rows for which the clause holds, by the cells of the rows.
+std::vector<uint64> FindByCells(const RowsView& view, RowsCondition condition, uint64 limit,
+                                std::optional<uint64>& last) {
+    std::vector<uint64> found;
+    for (uint64 i = 0; i < view.Count() && found.size() < limit;) {
+        uint64 end = i + 1;
+        // A limit may end the search within a run.
+        if (limit >= view.Count() && view.HasRow(i)) {
+            const ColumnStore::Run run = view.RunAt(i);
+            end = i + std::max(run.m_rows, 1U);
+            if (run.m_rows > 0 && condition.Select(run, i, found)) {
+                last = end - 1;
+                i = end;
+            }
+        }
+        for (; i < end; ++i) {
+            if (view.HasRow(i)) {
+                condition.FetchAhead(view, i);
+                last = i;
+                if (condition.Holds(view, i)) {
+                    found.push_back(i);
+                }
+            }
+        }
+    }
+    return found;
+}
+
+// The same by the descriptor's own way to evaluate a row.
+std::vector<uint64> FindByRows(const Params& params, DbTableDescr& descr, DbRows& rows, uint64 limit) {
+    std::vector<uint64> found;
+    for (uint64 i = 0; i < rows.GetRowsCount() && found.size() < limit; ++i) {
+        if (const DbTableRow* const row = rows.GetRow(static_cast<int>(i))) {
+            // Rows of a query may follow another descriptor than the one that is searched.
+            descr.Evaluate(*row);
+            if (params.clause->evaluate()) {
+                found.push_back(i);
+            }
+        }
+    }
+    return found;
+}
+
 std::vector<uint64> FindRows(const Params& params, DbTableDescr& descr, DbRows& rows) {
     const uint64 limit = params.top < 0 ? rows.GetRowsCount() : static_cast<uint64>(params.top);
-    const bool evaluatesCells = EvaluatesCells(params, descr);
-    const RowsView view(rows);
-    std::optional<RowsCondition> condition;
-    if (evaluatesCells) {
-        condition.emplace(*params.clause, params.filters);
+    if (!EvaluatesCells(params, descr)) {
+        return FindByRows(params, descr, rows, limit);
     }
-    std::vector<uint64> found;
     std::optional<uint64> last;
-    for (uint64 i = 0; i < view.Count() && found.size() < limit; ++i) {
-        if (!view.HasRow(i)) {
-            continue;
-        }
-        bool holds = false;
-        if (condition) {
-            holds = condition->Holds(view, i);
-        } else {
-            // Rows of a query may follow another descriptor than the one that is searched.
-            descr.Evaluate(*rows.GetRow(static_cast<int>(i)));
-            holds = params.clause->evaluate();
-        }
-        if (holds) {
-            found.push_back(i);
-        }
-        last = i;
-    }
+    std::vector<uint64> found =
+        FindByCells(RowsView(rows), RowsCondition(*params.clause, params.filters), limit, last);
     // Filters that a host keeps show the row that was looked at last.
-    if (condition && last && descr.GetFilters().size() > params.filters.size()) {
+    if (last && descr.GetFilters().size() > params.filters.size()) {
         descr.Evaluate(*rows.GetRow(static_cast<int>(*last)));
     }
     return found;
@@ -103,12 +126,20 @@ void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
 // Appends a row for each position, with copies of its cells.
 void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::vector<uint64>& fields,
                DbRows& to) {
+    // The cells of one row object lie together, and so do those of one column.
+    constexpr std::size_t ObjectsAtATime = 512;
     to.AddRows(positions.size(), false);
     const RowsView source(from);
     RowsView target(to);
-    for (std::size_t i = 0; i < positions.size(); ++i) {
+    const std::size_t atATime =
+        source.HasMadeRows() ? ObjectsAtATime : std::max<std::size_t>(positions.size(), 1);
+    for (std::size_t first = 0; first < positions.size(); first += atATime) {
+        const std::size_t end = std::min(first + atATime, positions.size());
         for (std::size_t field = 0; field < fields.size(); ++field) {
-            target.SetCell(i, field, source.StoredCell(positions[i], fields[field]));
+            for (std::size_t i = first; i < end; ++i) {
+                source.FetchAhead(positions, i, fields[field]);
+                target.SetCell(i, field, source.StoredCell(positions[i], fields[field]));
+            }
         }
     }
 }

@@ -33,10 +33,6 @@ bool CompareNumbers(Operator op, Number left, Number right) {
     return false;
 }
 
-bool IsAscii(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), [](char byte) { return (byte & 0x80) != 0; });
-}
-
 char AsciiLower(char letter) {
     constexpr char ToLower = 'a' - 'A';
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ToLower) : letter;
@@ -132,6 +128,107 @@ bool CellFilter::Compare(const CellView& left, const CellView& right) {
         }
     }
     return m_filter->m_comparison(left.In(m_left), right.In(m_right));
+}
+
+namespace {
+
+// Appends the positions of the numbers for which the predicate holds.
+template <typename Number, typename Predicate>
+void SelectNumbers(const Number* numbers, std::uint32_t count, uint64 position, std::vector<uint64>& found,
+                   Predicate predicate) {
+    const std::size_t before = found.size();
+    found.resize(before + count);
+    uint64* next = found.data() + before;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        *next = position + i;
+        next += predicate(numbers[i]) ? 1 : 0;
+    }
+    found.resize(static_cast<std::size_t>(next - found.data()));
+}
+
+template <typename Number>
+void SelectNumbers(Operator op, const Number* numbers, std::uint32_t count, Number literal, uint64 position,
+                   std::vector<uint64>& found) {
+    const auto select = [&](auto predicate) { SelectNumbers(numbers, count, position, found, predicate); };
+    switch (op) {
+        case Operator::Less:
+            select([=](Number number) { return number < literal; });
+            break;
+        case Operator::LessOrEqual:
+            select([=](Number number) { return number <= literal; });
+            break;
+        case Operator::Equal:
+            select([=](Number number) { return number == literal; });
+            break;
+        case Operator::GreaterOrEqual:
+            select([=](Number number) { return number >= literal; });
+            break;
+        case Operator::Greater:
+            select([=](Number number) { return number > literal; });
+            break;
+        case Operator::NotEqual:
+            select([=](Number number) { return number != literal; });
+            break;
+        case Operator::None:
+            break;
+    }
+}
+
+// The operator with its sides exchanged.
+Operator Exchanged(Operator op) {
+    switch (op) {
+        case Operator::Less:
+            return Operator::Greater;
+        case Operator::LessOrEqual:
+            return Operator::GreaterOrEqual;
+        case Operator::GreaterOrEqual:
+            return Operator::LessOrEqual;
+        case Operator::Greater:
+            return Operator::Less;
+        default:
+            return op;
+    }
+}
+
+template <typename Number>
+bool HasNan(const Number* numbers, std::uint32_t count) {
+    bool found = false;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        found |= numbers[i] != numbers[i];
+    }
+    return found;
+}
+
+}  // namespace
+
+bool CellFilter::Select(const ColumnStore::Run& rows, uint64 position, std::vector<uint64>& found) const {
+    const bool isLiteralLeft = m_filter->m_leftIndex < 0;
+    const bool isLiteralRight = m_filter->m_rightIndex < 0;
+    const auto field =
+        static_cast<std::size_t>(isLiteralLeft ? m_filter->m_rightIndex : m_filter->m_leftIndex);
+    const CellView& literal = isLiteralLeft ? m_leftValue : m_rightValue;
+    if (isLiteralLeft == isLiteralRight || m_operator == Operator::None || field >= rows.m_block->Columns() ||
+        literal.GetKind() != rows.m_block->KindOf(field) ||
+        !rows.m_block->HoldsValues(field, rows.m_slot + rows.m_rows)) {
+        return false;
+    }
+    const Operator op = isLiteralLeft ? Exchanged(m_operator) : m_operator;
+    switch (literal.GetKind()) {
+        case Kind::Double: {
+            const double* const numbers = rows.m_block->NumbersOf<double>(field) + rows.m_slot;
+            if (HasNan(numbers, rows.m_rows)) {
+                return false;
+            }
+            SelectNumbers(op, numbers, rows.m_rows, literal.AsDouble(), position, found);
+            return true;
+        }
+        case Kind::Long:
+            SelectNumbers(op, rows.m_block->NumbersOf<LONG>(field) + rows.m_slot, rows.m_rows,
+                          literal.AsLong(), position, found);
+            return true;
+        default:
+            return false;
+    }
 }
 
 bool RowsCondition::AreOwn(std::span<DbFilter* const> filters) {

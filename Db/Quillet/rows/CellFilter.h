@@ -1,6 +1,7 @@
 // Conditions on rows that need not be made.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <span>
 #include <string>
@@ -19,8 +20,17 @@ public:
     // The filter must outlive the object, and be of no derived class.
     explicit CellFilter(const DbFilter& filter);
 
+    void FetchAhead(const RowsView& rows, uint64 position) const {
+        rows.FetchAhead(position,
+                        static_cast<uint64>(std::max(m_filter->m_leftIndex, m_filter->m_rightIndex)));
+    }
     // What DbFilter::Evaluate finds for the row, which must exist.
     bool Holds(const RowsView& rows, uint64 position);
+
+    // The same for rows that follow one another in columns, from a visible position on: appends the positions
+    // of those for which the filter holds. False, and nothing is appended, where that has to be found row by
+    // row.
+    bool Select(const ColumnStore::Run& rows, uint64 position, std::vector<uint64>& found) const;
 
 private:
     bool Compare(const CellView& left, const CellView& right);
@@ -47,6 +57,16 @@ public:
     // outlive the object.
     RowsCondition(clv::clause& clause, std::span<DbFilter* const> filters);
 
+    // Rows after the one at the position will be evaluated next.
+    void FetchAhead(const RowsView& rows, uint64 position) const {
+        for (const CellFilter& leaf : m_leaves) {
+            leaf.FetchAhead(rows, position);
+        }
+    }
+    // See CellFilter::Select.
+    bool Select(const ColumnStore::Run& rows, uint64 position, std::vector<uint64>& found) const {
+        return m_isOneFilter && m_leaves.front().Select(rows, position, found);
+    }
     // Whether the clause holds for a row, which must exist. The filters may keep older results.
     bool Holds(const RowsView& rows, uint64 position);
 

@@ -1,5 +1,8 @@
 #include "Quillet/rows/CellView.h"
 
+#include <algorithm>
+#include <array>
+
 #include "Quillet/base/Utf8.h"
 
 namespace quillet {
@@ -96,15 +99,27 @@ void CellView::CopyTo(CComVariant& target) const {
             target.SetNumber(false);
             target.boolVal = AsShort();
             break;
-        case Kind::Text: {
-            WideString wide;
-            target.SetText(Wide(wide));
+        case Kind::Text:
+            CopyTextTo(target);
             break;
-        }
         case Kind::Variant:
             target = AsVariant();
             break;
     }
+}
+
+void CellView::CopyTextTo(CComVariant& target) const {
+    constexpr std::size_t FewUnits = 64;
+    const std::string_view text = AsText();
+    if (text.size() <= FewUnits && IsAscii(text)) {
+        std::array<WCHAR, FewUnits> units;
+        std::copy(text.begin(), text.end(), units.begin());
+        target.SetText(WideView(units.data(), text.size()));
+        return;
+    }
+    WideString wide;
+    AppendWide(text, wide);
+    target.SetText(wide);
 }
 
 WideView CellView::Wide(WideString& scratch) const {

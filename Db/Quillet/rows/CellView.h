@@ -75,6 +75,8 @@ private:
         const char* m_text;
     };
 
+    void CopyTextTo(CComVariant& target) const;
+
     CellView(Kind kind, bool flag, Value value, std::uint32_t size)
         : m_value(value), m_size(size), m_kind(kind), m_flag(flag) {}
 

@@ -66,6 +66,14 @@ public:
     Number* NumbersOf(std::size_t column) {
         return reinterpret_cast<Number*>(m_columns[column].m_values.get());
     }
+    template <typename Number>
+    const Number* NumbersOf(std::size_t column) const {
+        return reinterpret_cast<const Number*>(m_columns[column].m_values.get());
+    }
+    // Whether all slots of a column before this one hold values.
+    bool HoldsValues(std::size_t column, std::uint32_t end) const {
+        return m_columns[column].m_states == nullptr && end <= m_columns[column].m_filled;
+    }
     CellView::Kind KindOf(std::size_t column) const { return m_columns[column].m_kind; }
     // False where the block can't take more text.
     bool AddText(std::size_t column, std::uint32_t slot, std::string_view text);

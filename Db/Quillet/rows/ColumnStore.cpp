@@ -8,6 +8,7 @@
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/Reserve.h"
 #include "Quillet/base/Rollback.h"
+#include "Quillet/platform/Memory.h"
 
 namespace quillet {
 
@@ -255,6 +256,36 @@ DbTableRow& ColumnStore::MakeRow(std::uint32_t slot, const RowShape& shape) {
     block.SetRow(within, row);
     ++m_made;
     return *row;
+}
+
+void ColumnStore::FetchAhead(const DbTableRow& row, std::size_t field, Fetch what) {
+    const std::vector<DbFieldValue*>& cells = row;
+    switch (what) {
+        case Fetch::Row:
+            platform::FetchAhead(&cells);
+            break;
+        case Fetch::Cells:
+            platform::FetchAhead(cells.data() + field);
+            break;
+        case Fetch::Cell:
+            platform::FetchAhead(field < cells.size() ? cells[field] : nullptr);
+            break;
+    }
+}
+
+ColumnStore::Run ColumnStore::RunAt(std::size_t position, std::size_t most) const {
+    const std::uint32_t slot = SlotOf(position);
+    const std::uint32_t within = WithinBlock(slot);
+    const ColumnBlock& block = BlockOf(slot);
+    if (block.HasRows()) {
+        return {&block, within, 0};
+    }
+    most = std::min<std::size_t>({most, m_size - position, ColumnBlock::MostSlots - within});
+    std::size_t rows = m_isDense ? most : 1;
+    while (rows < most && m_slots[position + rows] == slot + rows) {
+        ++rows;
+    }
+    return {&block, within, static_cast<std::uint32_t>(rows)};
 }
 
 std::size_t ColumnStore::WidthOf(std::size_t position) const {

@@ -56,11 +56,28 @@ public:
         const std::uint32_t slot = SlotOf(position);
         return BlockOf(slot).RowAt(WithinBlock(slot));
     }
+    bool HasMadeRows() const { return m_made > 0; }
+    // What of an object is fetched ahead: the row, its list of cells, the cell.
+    enum class Fetch : std::uint8_t { Row, Cells, Cell };
+    void FetchAhead(std::size_t position, std::size_t field, Fetch what) const {
+        if (const DbTableRow* const row = MadeRowAt(position)) {
+            FetchAhead(*row, field, what);
+        }
+    }
     // How many cells the row has.
     std::size_t WidthOf(std::size_t position) const;
 
     // How the cell of an object is read: once by the virtual GetVariant, or the value that it stores.
     enum class Reading : std::uint8_t { Virtual, Stored };
+
+    // Rows from a position on whose slots follow one another in a block without objects.
+    struct Run {
+        const ColumnBlock* m_block;
+        std::uint32_t m_slot;
+        std::uint32_t m_rows;
+    };
+    // The run is empty where the row at the position has an object. It is no longer than asked for.
+    Run RunAt(std::size_t position, std::size_t most) const;
 
     // A cell, empty where the row has none.
     template <Reading How = Reading::Virtual>
@@ -109,6 +126,8 @@ public:
     void EraseColumns(std::size_t position);
 
 private:
+    static void FetchAhead(const DbTableRow& row, std::size_t field, Fetch what);
+
     static constexpr std::uint32_t SlotBits = 12;
     static_assert(ColumnBlock::MostSlots == 1U << SlotBits);
     static constexpr std::size_t NoBlock = SIZE_MAX;

@@ -239,9 +239,7 @@ private:
 
 OrderColumn::OrderColumn(const RowSelection& rows, uint64 field) : m_rows(&rows), m_field(field) {
     Cells cells(rows.Size());
-    for (std::size_t row = 0; row < cells.size(); ++row) {
-        cells[row] = rows.Cell(row, field);
-    }
+    rows.ForEachCell(field, [&](std::size_t row, const CellView& cell) { cells[row] = cell; });
     const VARTYPE type = CommonestType(cells);
     if (type == VT_BSTR) {
         RankTexts(cells);
@@ -266,8 +264,7 @@ void OrderColumn::RankNumbers(const Cells& cells, VARTYPE type) {
             m_ranks[row] = Null;
         }
     }
-    std::sort(sorted.begin(), sorted.end(),
-              [](const auto& left, const auto& right) { return left.first < right.first; });
+    std::sort(sorted.begin(), sorted.end());
     for (std::size_t i = 0; i < sorted.size(); ++i) {
         if (i == 0 || sorted[i].first != sorted[i - 1].first) {
             ++m_rankCount;
@@ -275,6 +272,11 @@ void OrderColumn::RankNumbers(const Cells& cells, VARTYPE type) {
         m_ranks[sorted[i].second] = m_rankCount - 1;
     }
     m_isConsistent = sorted.size() == cells.size() && !(hasEmpty && hasZero);
+    if (m_isConsistent) {
+        m_sorted.resize(sorted.size());
+        std::transform(sorted.begin(), sorted.end(), m_sorted.begin(),
+                       [](const auto& number) { return number.second; });
+    }
     m_values = m_ranks;
     for (std::size_t row = 0; hasEmpty && hasZero && row < cells.size(); ++row) {
         if (cells[row].Type() == VT_EMPTY) {

@@ -20,6 +20,9 @@ public:
     bool IsConsistent() const { return m_isConsistent; }
     const std::vector<std::uint32_t>& Ranks() const { return m_ranks; }
     std::uint32_t RankCount() const { return m_rankCount; }
+    // The rows in ascending order of their ranks, those of one rank in their own order; empty where that is
+    // not known yet.
+    const std::vector<std::uint32_t>& Sorted() const { return m_sorted; }
 
     // What DbTableRow::CompareEx says of this field.
     DbTableRow::eCmpResult Compare(std::uint32_t left, std::uint32_t right) const {
@@ -56,6 +59,7 @@ private:
     std::vector<std::uint32_t> m_ranks;
     // The same for equal cells, and only for them.
     std::vector<std::uint32_t> m_values;
+    std::vector<std::uint32_t> m_sorted;
     std::uint32_t m_rankCount = 0;
     bool m_isConsistent = true;
 };

@@ -209,6 +209,9 @@ std::vector<uint64> InsertOneByOne(std::size_t count, Compare compare) {
 struct Groups {
     std::vector<std::uint32_t> m_ofRow;
     std::uint32_t m_count = 1;
+    // The rows in ascending order of their groups, those of one group in their own order; empty where that is
+    // not known yet.
+    std::vector<std::uint32_t> m_sorted;
 };
 
 // The rows of the list in ascending order of their numbers, which are below count; rows of one number keep
@@ -230,6 +233,11 @@ std::vector<std::uint32_t> SortedBy(const std::vector<std::uint32_t>& numbers, s
 // Divides the groups by the ranks of a further field.
 void Divide(Groups& groups, const OrderColumn& column) {
     const std::vector<std::uint32_t>& ranks = column.Ranks();
+    if (groups.m_count == 1) {
+        groups = {ranks, std::max(column.RankCount(), 1U), column.Sorted()};
+        return;
+    }
+    groups.m_sorted.clear();
     std::vector<std::uint32_t> sorted(groups.m_ofRow.size());
     std::iota(sorted.begin(), sorted.end(), 0U);
     sorted = SortedBy(ranks, column.RankCount(), sorted);
@@ -266,9 +274,12 @@ std::vector<std::uint32_t> PlacesInGroups(const Groups& groups) {
 }
 
 std::vector<uint64> OrderOfGroups(const Groups& groups) {
-    std::vector<std::uint32_t> sorted(groups.m_ofRow.size());
-    std::iota(sorted.begin(), sorted.end(), 0U);
-    sorted = SortedBy(groups.m_ofRow, groups.m_count, sorted);
+    std::vector<std::uint32_t> sorted = groups.m_sorted;
+    if (sorted.empty()) {
+        sorted.resize(groups.m_ofRow.size());
+        std::iota(sorted.begin(), sorted.end(), 0U);
+        sorted = SortedBy(groups.m_ofRow, groups.m_count, sorted);
+    }
     std::vector<uint64> order(sorted.begin(), sorted.end());
     if (groups.m_count == order.size()) {
         return order;
@@ -295,7 +306,7 @@ std::vector<uint64> OrderOfGroups(const Groups& groups) {
 }  // namespace
 
 std::vector<uint64> OrderOfRows(const RowSelection& rows, const std::vector<uint64>& fields) {
-    Groups groups{std::vector<std::uint32_t>(rows.Size())};
+    Groups groups{std::vector<std::uint32_t>(rows.Size()), 1, {}};
     std::vector<OrderColumn> columns;
     bool areConsistent = true;
     for (const uint64 field : fields) {
