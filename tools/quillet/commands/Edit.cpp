@@ -5,7 +5,7 @@
 #include "commands/LostNumbers.h"
 #include "input/Catalog.h"
 #include "input/CellText.h"
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 #include "output/Output.h"
 #include "output/PlainText.h"
 
