@@ -8,8 +8,8 @@
 #include "input/CatalogRecords.h"
 #include "input/FileKind.h"
 #include "input/WriteLock.h"
-#include "output/Output.h"
 #include "output/PlainText.h"
+#include "output/Report.h"
 
 namespace quillet::tool {
 

@@ -6,8 +6,8 @@
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "output/NameSuggestions.h"
-#include "output/Output.h"
 #include "output/PlainText.h"
+#include "output/Report.h"
 
 namespace quillet::tool {
 
