@@ -49,7 +49,7 @@ DbDatabase::DbDatabase(const CString& path)
       m_importer(std::make_unique<quillet::AccessImporter>(*m_source, *m_registry, *m_log)),
       m_reader(std::make_unique<quillet::LazyReader>(*this, *m_source, *m_registry, *m_importer, *m_log)),
       m_queries(std::make_unique<quillet::QueryBuilder>(*this, *m_registry, *m_reader, *m_log)),
-      m_saveError(std::make_unique<quillet::LastError>()) {
+      m_saveError(std::make_unique<quillet::LastError>(DbLogEntry::Kind::SaveFault)) {
     m_source->SetFile(path, false);
     ++m_openDbCount;
 }
@@ -438,6 +438,10 @@ bool DbDatabase::RanOutOfMemory() const {
 
 CString DbDatabase::LastReadError() const {
     return m_reader->LastReadError();
+}
+
+DbLogEntry DbDatabase::LastReadFault() const {
+    return m_reader->LastReadFault();
 }
 
 void DbDatabase::ShowErrorLog() {

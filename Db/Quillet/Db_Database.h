@@ -207,6 +207,9 @@ public:
     // after a Save over the file. At the end of sequential access the line names the tables that were not
     // reached; only LoadWhole finds what sequential access can't see.
     quillet::CString LastReadError() const;
+    // The same, with what the line is about. Its kind is NoCatalog if the file is not laid out as a catalog
+    // and no more is known.
+    DbLogEntry LastReadFault() const;
     // Whether the last reading or the last Save failed because there was no memory.
     bool RanOutOfMemory() const;
 

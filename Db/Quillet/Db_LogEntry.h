@@ -38,4 +38,14 @@ struct DbLogEntry {
     uint64 m_row = 0;
     // The field's name; empty for none.
     quillet::CString m_field = {};
+
+    // The text without the words that begin every line about the analysis of a query.
+    quillet::CString Message() const {
+        constexpr quillet::WideView Analysis = OLESTR("SQL Analyze - ");
+        const bool isOfQuery =
+            m_kind == Kind::QueryRead || m_kind == Kind::QueryReport || m_kind == Kind::QueryFault;
+        return isOfQuery && m_text.View().starts_with(Analysis)
+                   ? m_text.Mid(static_cast<int>(Analysis.size()))
+                   : m_text;
+    }
 };

@@ -202,27 +202,6 @@ TEST(LangMappings, Convert_OtherCodes_DoNotTouchTheLocale) {
     EXPECT_TRUE(KeepsLocale({"desc_48"}, Column("", BytesOfText("text"))));
 }
 
-TEST(LangMappings, Run_ConvertsLikeConvertAndSetsTheLocaleBackOnce) {
-    const OtherLocale locale;
-    LangMappings mappings;
-    {
-        LangMappings::Run run(mappings);
-        CComVariant value;
-        mappings.Select("item");
-        run.Convert(Column("", "a"), value);
-        EXPECT_EQ(TextOf(value), "a");
-        EXPECT_TRUE(locale.IsUnchanged());
-        for (const char* name : {"desc_48", "item", "desc_70"}) {
-            mappings.Select(name);
-            run.Convert(Column("", name), value);
-            EXPECT_EQ(TextOf(value), name);
-        }
-        run.Convert(Column("", 7L), value);
-        EXPECT_EQ(value.lVal, 7);
-    }
-    EXPECT_EQ(OtherLocale::Now(), "C");
-}
-
 TEST(LangMappings, Instance_IsOneForTheProcess) {
     EXPECT_EQ(&LangMappings::Instance(), &LangMappings::Instance());
     EXPECT_EQ(LangMappings::Instance().Current(), nullptr);

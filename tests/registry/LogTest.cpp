@@ -122,6 +122,39 @@ TEST(LogEntries, Queries_TellTheirTextTheirFaultsAndWhatBecameOfThem) {
     EXPECT_THAT(Abouts(database), ElementsAre(fault("Nuts", "")));
 }
 
+std::vector<std::string> Messages(DbDatabase& database) {
+    std::vector<DbLogEntry> entries;
+    database.GetLogEntries(entries);
+    std::vector<std::string> messages;
+    for (const DbLogEntry& entry : entries) {
+        messages.push_back(entry.Message().ToUtf8());
+    }
+    return messages;
+}
+
+TEST(LogEntries, Message_LeavesOutWhatEveryLineOfAnAnalysisBeginsWith) {
+    DbDatabase database;
+    AddTable(database, "Bolts", {"d", "l"});
+    Abouts(database);
+    CString name;
+    EXPECT_FALSE(database.Query("select e from Bolts where d 1", name));
+    EXPECT_THAT(Messages(database),
+                ElementsAre("query 'select e from bolts where d 1'", "no 'e' field found in 'bolts' table",
+                            "invalid condintion 'd 1'", "failed"));
+    EXPECT_FALSE(database.Query("select d", name));
+    EXPECT_THAT(Messages(database), Contains("check 'SELECT' and/or 'FROM' statement"));
+    EXPECT_FALSE(database.Query("SQL Analyze - x", name));
+    EXPECT_THAT(Messages(database), ElementsAre("table 'sql analyze - x' not found"));
+    EXPECT_TRUE(database.inner_join("Bolts", "Nuts", "d", "=", "d").IsEmpty());
+    EXPECT_THAT(Messages(database), ElementsAre("no table 'Nuts' found"));
+}
+
+TEST(LogEntries, Message_OfOtherLines_IsTheWholeText) {
+    EXPECT_EQ((DbLogEntry{Kind::QueryFault, "Query 'x' stands on itself"}).Message(),
+              CString("Query 'x' stands on itself"));
+    EXPECT_EQ((DbLogEntry{Kind::ReadFault, "SQL Analyze - x"}).Message(), CString("SQL Analyze - x"));
+}
+
 TEST(LogEntries, FileThatIsNoCatalog_IsToldApartFromOtherFaults) {
     for (const quillet::test::Reading reading :
          {quillet::test::Reading::Whole, quillet::test::Reading::Sequential}) {
@@ -132,6 +165,50 @@ TEST(LogEntries, FileThatIsNoCatalog_IsToldApartFromOtherFaults) {
         EXPECT_THAT(Abouts(*database), Contains(About(Kind::NoCatalog, "", 0, "")));
         database->Sync();
     }
+}
+
+TEST(LogEntries, LastReadFault_OfAFileThatIsNoCatalog_SaysSoBeforeAndAfterReadingItWhole) {
+    for (const quillet::test::Reading reading :
+         {quillet::test::Reading::Whole, quillet::test::Reading::Sequential}) {
+        const quillet::test::TemporaryFolder folder;
+        quillet::test::WriteBytes(folder / "no.xml", "<database><header/></database>");
+        const auto database = quillet::test::Open(folder / "no.xml", reading);
+        database->LoadTables();
+        EXPECT_EQ(database->LastReadFault().m_kind, Kind::NoCatalog);
+        EXPECT_EQ(database->LastReadFault().m_text, database->LastReadError());
+        EXPECT_FALSE(database->LoadWhole());
+        EXPECT_EQ(database->LastReadFault().m_kind, Kind::NoCatalog);
+        EXPECT_EQ(database->LastReadFault().m_text, database->LastReadError());
+        database->Sync();
+    }
+}
+
+TEST(LogEntries, LastReadFault_WhereMoreIsKnown_IsAReadFault) {
+    const quillet::test::TemporaryFolder folder;
+    quillet::test::WriteBytes(folder / "broken.xml", "<database>\n</header>");
+    const auto broken = quillet::test::Open(folder / "broken.xml", quillet::test::Reading::Whole);
+    broken->LoadTables();
+    EXPECT_EQ(broken->LastReadFault().m_kind, Kind::ReadFault);
+    EXPECT_THAT(broken->LastReadFault().m_text.ToUtf8(), testing::StartsWith("line 2: "));
+    EXPECT_EQ(broken->LastReadFault().m_text, broken->LastReadError());
+
+    std::string surplus = quillet::test::SmallCatalog();
+    const std::size_t rows = surplus.rfind("<table name=\"Alpha\">");
+    surplus.insert(rows, "<table name=\"Ghost\"><row/></table>");
+    quillet::test::WriteBytes(folder / "ghost.xml", surplus);
+    const auto ghost = quillet::test::Open(folder / "ghost.xml", quillet::test::Reading::Whole);
+    ghost->LoadTables();
+    EXPECT_EQ(ghost->LastReadFault().m_kind, Kind::ReadFault);
+    EXPECT_EQ(ghost->LastReadFault().m_table, CString("Ghost"));
+    EXPECT_EQ(ghost->LastReadFault().m_text, ghost->LastReadError());
+}
+
+TEST(LogEntries, LastReadFault_OfASoundCatalog_HasNoText) {
+    const quillet::test::TemporaryFolder folder;
+    quillet::test::WriteBytes(folder / "small.xml", quillet::test::SmallCatalog());
+    const auto database = quillet::test::Open(folder / "small.xml", quillet::test::Reading::Sequential);
+    EXPECT_TRUE(database->LoadWhole());
+    EXPECT_TRUE(database->LastReadFault().m_text.IsEmpty());
 }
 
 TEST(LogEntries, SurplusValues_CountTheFirstRowFrom1) {

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "Quillet/dbaccess/DBACCESS_COLUMN.h"
-#include "Quillet/platform/CharacterLocale.h"
+#include "Quillet/dbaccess/ColumnConversion.h"
 
 using quillet::CComVariant;
 using quillet::CString;
@@ -70,52 +69,5 @@ void LangMappings::SelectFound(const LanguageMapping* found) {
 }
 
 void LangMappings::Convert(const DBACCESS_COLUMN& column, CComVariant& value) const {
-    Run(*this).Convert(column, value);
-}
-
-LangMappings::Run::Run(const LangMappings& mappings) : m_mappings(mappings) {
-}
-
-LangMappings::Run::~Run() = default;
-
-void LangMappings::Run::EnterLocale() {
-    const LanguageMapping* const current = m_mappings.m_current;
-    if (current != nullptr && current != m_entered && !m_mappings.IsDefault(current)) {
-        // The locale is reset before the next one is set.
-        m_locale.reset();
-        m_locale = std::make_unique<quillet::platform::CharacterLocale>(current->m_locale);
-        m_entered = current;
-    }
-}
-
-void LangMappings::Run::Convert(const DBACCESS_COLUMN& column, CComVariant& value) {
-    switch (column.m_type) {
-        case DBACCESS_COLUMN::Boolean:
-            value.SetNumber(column.m_bool == 1);
-            break;
-        case DBACCESS_COLUMN::Integer:
-            value.SetNumber(column.m_int);
-            break;
-        case DBACCESS_COLUMN::Long:
-            value.SetNumber(column.m_long);
-            break;
-        case DBACCESS_COLUMN::Float:
-            value.SetNumber(column.m_float);
-            break;
-        case DBACCESS_COLUMN::Double:
-            value.SetNumber(column.m_double);
-            break;
-        case DBACCESS_COLUMN::Binary:
-            value.SetBytes(column.m_binary.GetData(), static_cast<ULONG>(column.m_binary.GetSize()), 0);
-            break;
-        case DBACCESS_COLUMN::Text:
-            if (!column.m_text.IsEmpty()) {
-                EnterLocale();
-            }
-            value.SetText(column.m_text.View());
-            break;
-        default:
-            value.Clear();
-            break;
-    }
+    quillet::ColumnConversion(*this).Convert(column, value);
 }

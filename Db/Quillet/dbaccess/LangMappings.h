@@ -2,17 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "Quillet/base/CComVariant.h"
 #include "Quillet/base/CString.h"
 
 class DBACCESS_COLUMN;
-
-namespace quillet::platform {
-class CharacterLocale;
-}
 
 // One language: its number, its locale as the C library calls it, and the texts that reveal it in a name.
 struct LanguageMapping {
@@ -53,26 +48,6 @@ public:
     // other code. A text that is not empty is made under the current language's character type locale, which
     // is "C" afterwards, unless the default or none is current.
     void Convert(const DBACCESS_COLUMN& column, quillet::CComVariant& value) const;
-
-    // Converts many columns without resetting the locale between texts of one language, which would take far
-    // longer than a conversion. It is reset at the end.
-    class QUILLET_API Run {
-    public:
-        explicit Run(const LangMappings& mappings);
-        Run(const Run&) = delete;
-        Run& operator=(const Run&) = delete;
-        ~Run();
-        // As LangMappings::Convert.
-        void Convert(const DBACCESS_COLUMN& column, quillet::CComVariant& value);
-
-    private:
-        void EnterLocale();
-
-        const LangMappings& m_mappings;
-        // The language whose locale is set; null for none.
-        const LanguageMapping* m_entered = nullptr;
-        std::unique_ptr<quillet::platform::CharacterLocale> m_locale;
-    };
 
 private:
     LanguageMapping m_default;

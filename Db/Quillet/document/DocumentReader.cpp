@@ -421,7 +421,7 @@ void DocumentReader::OmitRows(const CString& name) {
 
 void DocumentReader::Omit(const DbLogEntry& entry, const DbItem* part) {
     m_log.Add(entry);
-    m_omissions.Note(entry.m_text, part);
+    m_omissions.Note(entry, part);
 }
 
 void DocumentReader::LogUnreadable(const CString& path, const xml::Document& document) {
@@ -433,7 +433,8 @@ void DocumentReader::LogUnreadable(const CString& path, const xml::Document& doc
 
 void DocumentReader::NoteUnreadable(const CString& path, const CString& why) {
     if (!IsBlankFile(path)) {
-        m_omissions.Note(why.IsEmpty() ? CString(InvalidFormat) : why);
+        m_omissions.Note(why.IsEmpty() ? DbLogEntry{Log::Kind::NoCatalog, InvalidFormat}
+                                       : DbLogEntry{Log::Kind::ReadFault, why});
     }
 }
 

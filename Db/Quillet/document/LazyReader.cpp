@@ -260,25 +260,26 @@ void LazyReader::ForgetStructure(const DbTableDescr* descr) {
 }
 
 CString LazyReader::ReadRest(const CString& path) {
-    CString missing = FindMissing(path);
-    if (!missing.IsEmpty()) {
+    const DbLogEntry missing = FindMissing(path);
+    if (!missing.m_text.IsEmpty()) {
         m_error.Set(missing);
     }
-    return missing;
+    return missing.m_text;
 }
 
-CString LazyReader::FindMissing(const CString& path) {
+DbLogEntry LazyReader::FindMissing(const CString& path) {
     const bool isAllRead = !m_scanned && m_handedOut.empty();
     if ((isAllRead && m_omissions.IsEmpty()) || !IsOwnFile(path)) {
         return {};
     }
     TakeBackUnparsed();
     if (!m_omissions.IsEmpty() || !m_scanned) {
-        return IsSourceFile(path) ? m_omissions.First() : CString();
+        return IsSourceFile(path) ? m_omissions.First() : DbLogEntry();
     }
     if (!IsWhatWasScanned(path)) {
         // A later change of the file says nothing about what was read from it.
-        return m_unread.empty() ? CString() : "it was changed or moved before every table was read";
+        return {Log::Kind::ReadFault,
+                m_unread.empty() ? CString() : "it was changed or moved before every table was read"};
     }
     Omissions found;
     DocumentReader(m_registry, m_log, found).ReadUnread(path, *m_scanned, m_unread);
@@ -348,11 +349,11 @@ void LazyReader::MarkWritten() noexcept {
     }
 }
 
-CString LazyReader::LastReadError() const {
+DbLogEntry LazyReader::LastReadFault() const {
     if (m_error.IsSet()) {
-        return m_error.Text();
+        return m_error.Entry();
     }
-    return m_omissions.IsEmpty() ? Unreached() : m_omissions.First();
+    return m_omissions.IsEmpty() ? DbLogEntry{Log::Kind::ReadFault, Unreached()} : m_omissions.First();
 }
 
 // The tables that sequential reading did not reach and won't reach any more, in one line.

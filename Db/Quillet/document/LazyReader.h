@@ -64,8 +64,9 @@ public:
     // The file of the source now holds exactly the model: nothing of it is missing.
     void MarkWritten() noexcept;
 
-    // Why the last reading did not bring everything; not set after one that did.
-    CString LastReadError() const;
+    // Why the last reading did not bring everything; the text is empty after one that did.
+    DbLogEntry LastReadFault() const;
+    CString LastReadError() const { return LastReadFault().m_text; }
     // Whether that was for want of memory.
     bool IsOutOfMemory() const { return m_error.IsOutOfMemory(); }
 
@@ -76,7 +77,7 @@ private:
     void CheckEnd();
     void LogEnd();
     bool IsSourceFile(const CString& path) const;
-    CString FindMissing(const CString& path);
+    DbLogEntry FindMissing(const CString& path);
     bool IsWhatWasScanned(const CString& path) const;
     CString Unreached() const;
     void TakeBackUnparsed();
@@ -102,7 +103,7 @@ private:
     bool m_endIsLogged = false;
     std::optional<platform::FileIdentity> m_identity;
     Omissions m_omissions;
-    LastError m_error;
+    LastError m_error{DbLogEntry::Kind::ReadFault};
 };
 
 }  // namespace quillet

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "Quillet/base/CString.h"
+#include "Quillet/Db_LogEntry.h"
 
 class DbItem;
 
@@ -16,9 +16,10 @@ namespace quillet {
 // the number of omissions, of which a sound file has none.
 class Omissions {
 public:
-    // One line of text; part, where one is given, is the structure or the rows of a table that lack
-    // something.
-    void Note(CString what, const DbItem* part = nullptr) { m_list.emplace_back(part, std::move(what)); }
+    // The entry says in one line what is left out; part, where one is given, is the structure or the rows of
+    // a table that lack something.
+    void Note(DbLogEntry entry, const DbItem* part = nullptr) { m_list.emplace_back(part, std::move(entry)); }
+    void Note(const CString& what) { Note({DbLogEntry::Kind::ReadFault, what}); }
     // A program deletes the contents of the part, and with them its omissions.
     void Forget(const DbItem* part) {
         m_list.erase(std::remove_if(m_list.begin(), m_list.end(),
@@ -33,11 +34,11 @@ public:
     }
 
     bool IsEmpty() const { return m_list.empty(); }
-    // The first that was noted; empty where there is none.
-    CString First() const { return m_list.empty() ? CString() : m_list.front().second; }
+    // The first that was noted; without text if there is none.
+    DbLogEntry First() const { return m_list.empty() ? DbLogEntry() : m_list.front().second; }
 
 private:
-    std::vector<std::pair<const DbItem*, CString>> m_list;
+    std::vector<std::pair<const DbItem*, DbLogEntry>> m_list;
 };
 
 }  // namespace quillet

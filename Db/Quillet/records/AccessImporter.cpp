@@ -4,6 +4,7 @@
 
 #include "Quillet/Db_Source.h"
 #include "Quillet/Db_TableData.h"
+#include "Quillet/dbaccess/ColumnConversion.h"
 #include "Quillet/dbaccess/DBACCESS.h"
 #include "Quillet/dbaccess/LangMappings.h"
 #include "Quillet/records/AccessTables.h"
@@ -145,7 +146,7 @@ void AccessImporter::CopyRows(const CString& name, const DBACCESS_VECTOR& record
     const std::vector<const LanguageMapping*> languages = LanguagesOf(descr);
     LangMappings& mappings = LangMappings::Instance();
     mappings.Select(name);
-    LangMappings::Run run(mappings);
+    ColumnConversion conversion(mappings);
     DbRows& rows = *data.GetRows();
     const uint64 first = rows.AddRows(records.size(), false);
     std::size_t surplus = 0;
@@ -162,7 +163,7 @@ void AccessImporter::CopyRows(const CString& name, const DBACCESS_VECTOR& record
             DbFieldValue& cell = (*row)[field];
             if (field < record.size()) {
                 mappings.SelectFound(languages[field]);
-                run.Convert(record[field], cell.GetVariant());
+                conversion.Convert(record[field], cell.GetVariant());
             } else {
                 cell.GetVariant() = descr[field].GetVariant();
             }

@@ -39,14 +39,23 @@ CString TextOfCurrentException() {
 }  // namespace
 
 void LastError::Clear() noexcept {
-    m_text.Empty();
+    m_entry = DbLogEntry();
     m_isOutOfMemory = false;
+}
+
+void LastError::Set(const DbLogEntry& entry) noexcept {
+    Clear();
+    try {
+        m_entry = entry;
+    } catch (const std::bad_alloc&) {
+        m_isOutOfMemory = true;
+    }
 }
 
 void LastError::Set(const CString& text) noexcept {
     Clear();
     try {
-        m_text = text;
+        m_entry = {m_kind, text};
     } catch (const std::bad_alloc&) {
         m_isOutOfMemory = true;
     }
@@ -55,14 +64,14 @@ void LastError::Set(const CString& text) noexcept {
 void LastError::SetToCurrentException() noexcept {
     Clear();
     try {
-        m_text = TextOfCurrentException();
+        m_entry = {m_kind, TextOfCurrentException()};
     } catch (const std::bad_alloc&) {
         m_isOutOfMemory = true;
     }
 }
 
-CString LastError::Text() const {
-    return m_isOutOfMemory ? CString(OutOfMemory) : m_text;
+DbLogEntry LastError::Entry() const {
+    return m_isOutOfMemory ? DbLogEntry{m_kind, OutOfMemory} : m_entry;
 }
 
 }  // namespace quillet

@@ -8,9 +8,9 @@
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "output/Listing.h"
-#include "output/Output.h"
 #include "output/PlainText.h"
 #include "output/Progress.h"
+#include "output/Writer.h"
 
 namespace quillet::tool {
 

@@ -3,13 +3,13 @@
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
 #include "commands/LostNumbers.h"
-#include "input/AccessFile.h"
+#include "input/AccessCatalog.h"
 #include "input/Catalog.h"
+#include "input/CatalogRecords.h"
 #include "input/FileKind.h"
-#include "input/TableRecords.h"
 #include "input/WriteLock.h"
-#include "output/Output.h"
 #include "output/PlainText.h"
+#include "output/Report.h"
 
 namespace quillet::tool {
 

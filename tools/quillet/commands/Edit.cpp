@@ -5,9 +5,9 @@
 #include "commands/LostNumbers.h"
 #include "input/Catalog.h"
 #include "input/CellText.h"
-#include "output/Names.h"
-#include "output/Output.h"
+#include "output/NameSuggestions.h"
 #include "output/PlainText.h"
+#include "output/Report.h"
 
 namespace quillet::tool {
 

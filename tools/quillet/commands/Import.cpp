@@ -4,9 +4,9 @@
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "input/CsvTable.h"
-#include "output/Output.h"
 #include "output/PlainText.h"
 #include "output/Progress.h"
+#include "output/Report.h"
 
 namespace quillet::tool {
 

@@ -5,8 +5,8 @@
 
 #include "commands/RowRange.h"
 #include "input/Catalog.h"
-#include "output/Output.h"
 #include "output/Progress.h"
+#include "output/Writer.h"
 
 namespace quillet::tool {
 

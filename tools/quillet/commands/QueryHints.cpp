@@ -7,7 +7,7 @@
 #include "Quillet/values/Names.h"
 #include "commands/QueryWords.h"
 #include "input/Catalog.h"
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -7,6 +7,7 @@
 #include "commands/Printing.h"
 #include "input/Catalog.h"
 #include "output/PlainText.h"
+#include "output/TextWriter.h"
 
 namespace quillet::tool {
 

@@ -8,17 +8,16 @@
 #include "Quillet/base/CException.h"
 #include "Quillet/document/DocumentReader.h"
 #include "Quillet/platform/File.h"
-#include "Quillet/query/SqlText.h"
 #include "Quillet/values/Names.h"
 #include "Quillet/xml/Document.h"
 #include "System.h"
-#include "input/AccessFile.h"
+#include "input/AccessCatalog.h"
 #include "input/CellText.h"
 #include "input/FileKind.h"
 #include "input/LogEntries.h"
 #include "input/SaveErrors.h"
 #include "input/WriteLock.h"
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 #include "output/PlainText.h"
 #include "output/Progress.h"
 #include "output/TableProgress.h"
@@ -309,9 +308,9 @@ void Catalog::RefuseUnreadable() {
 std::string Catalog::WhyIncomplete() const {
     const bool isSequential = m_database->GetSource()->IsSequentialAccess();
     // What could not be read then may be fine now.
-    const CString why = m_database->LastReadError();
-    if (!why.IsEmpty() && why != DocumentReader::InvalidFormat) {
-        return why.ToUtf8() + (isSequential ? TryAsAWhole : "");
+    const DbLogEntry why = m_database->LastReadFault();
+    if (!why.m_text.IsEmpty() && why.m_kind != DbLogEntry::Kind::NoCatalog) {
+        return why.m_text.ToUtf8() + (isSequential ? TryAsAWhole : "");
     }
     return isSequential ? std::string(IncompleteSequentially) + TryAsAWhole : IncompleteCatalog;
 }

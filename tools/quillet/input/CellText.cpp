@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -9,7 +9,7 @@
 #include "input/Catalog.h"
 #include "input/CellText.h"
 #include "input/Headings.h"
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "Quillet/platform/File.h"
-#include "input/AccessFile.h"
+#include "input/AccessCatalog.h"
 #include "input/Catalog.h"
 
 namespace quillet::tool {

@@ -1,9 +1,6 @@
 #include "input/LogEntries.h"
 
 #include <algorithm>
-#include <string_view>
-
-#include "Quillet/query/SqlText.h"
 
 namespace quillet::tool {
 
@@ -29,13 +26,7 @@ std::string QueryComplaint(const std::vector<DbLogEntry>& entries) {
         if (entry.m_kind != Kind::QueryFault) {
             continue;
         }
-        const std::string text = entry.m_text.ToUtf8();
-        if (complaint.empty()) {
-            complaint = text;
-        } else {
-            const bool isRepeated = text.starts_with(AnalyzerPrefix);
-            complaint += "; " + text.substr(isRepeated ? AnalyzerPrefix.size() : 0);
-        }
+        complaint += complaint.empty() ? entry.m_text.ToUtf8() : "; " + entry.Message().ToUtf8();
     }
     // The analyser leaves brackets to the evaluation, which says nothing.
     return complaint.empty() ? "the brackets of the conditions don't match" : complaint;

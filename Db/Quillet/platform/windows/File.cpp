@@ -42,14 +42,14 @@ DWORD OpenError(const WideString& path) {
     return IsFolder(AttributesOf(path)) ? DirectoryNotSupported : error;
 }
 
-Handle OpenForReading(const std::string& path, std::string* why) {
+FileHandle OpenForReading(const std::string& path, std::string* why) {
     WideString wide;
     const DWORD error = ToSystemPath(path, wide);
     if (error != ERROR_SUCCESS) {
         Fail(error, why);
-        return Handle();
+        return FileHandle();
     }
-    Handle file = OpenExisting(wide, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
+    FileHandle file = OpenExisting(wide, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
     if (!file.IsOpen()) {
         Fail(OpenError(wide), why);
     }
@@ -57,7 +57,7 @@ Handle OpenForReading(const std::string& path, std::string* why) {
 }
 
 // False on an error; count is 0 at the end.
-bool ReadSome(const Handle& file, char* buffer, std::size_t capacity, std::size_t& count) {
+bool ReadSome(const FileHandle& file, char* buffer, std::size_t capacity, std::size_t& count) {
     DWORD read = 0;
     const auto most = static_cast<DWORD>(std::min(capacity, MostBytesAtOnce));
     const bool succeeded = ReadFile(file.Get(), buffer, most, &read, nullptr) != 0;
@@ -71,7 +71,7 @@ std::uint64_t Joined(DWORD high, DWORD low) {
 }
 
 // nullopt if the system can't tell.
-std::optional<FileStamp> StampOf(const Handle& file) {
+std::optional<FileStamp> StampOf(const FileHandle& file) {
     BY_HANDLE_FILE_INFORMATION information;
     if (GetFileInformationByHandle(file.Get(), &information) == 0) {
         return std::nullopt;
@@ -92,7 +92,7 @@ std::optional<FileStamp> StampOf(const Handle& file) {
 
 class WindowsReadableFile final : public ReadableFile {
 public:
-    explicit WindowsReadableFile(Handle file) : m_file(std::move(file)) {}
+    explicit WindowsReadableFile(FileHandle file) : m_file(std::move(file)) {}
 
     std::size_t Read(char* buffer, std::size_t capacity) override {
         std::size_t count = 0;
@@ -110,7 +110,7 @@ public:
     std::optional<FileStamp> Stamp() const override { return StampOf(m_file); }
 
 private:
-    Handle m_file;
+    FileHandle m_file;
     DWORD m_error = ERROR_SUCCESS;
 };
 
@@ -118,7 +118,7 @@ private:
 struct Target {
     WideString m_path;
     // Empty where the target does not exist.
-    Handle m_file;
+    FileHandle m_file;
     DWORD m_attributes = 0;
 };
 
@@ -171,8 +171,8 @@ DWORD FollowDanglingLink(WideString& path) {
     if (!IsLink(AttributesOf(path))) {
         return ERROR_SUCCESS;
     }
-    const Handle file(CreateFileW(path.c_str(), GENERIC_WRITE | DELETE, ShareEverything, nullptr, CREATE_NEW,
-                                  FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    const FileHandle file(CreateFileW(path.c_str(), GENERIC_WRITE | DELETE, ShareEverything, nullptr,
+                                      CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
     if (!file.IsOpen()) {
         return GetLastError();
     }
@@ -198,15 +198,15 @@ void RemoveAbandoned(const WideString& target) {
     const std::unique_ptr<void, decltype(&FindClose)> list(first, FindClose);
     do {
         const WideString path = FolderOf(target) + found.cFileName;
-        const Handle file(CreateFileW(path.c_str(), GENERIC_READ | DELETE,
-                                      FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        const FileHandle file(CreateFileW(path.c_str(), GENERIC_READ | DELETE,
+                                          FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                          FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     } while (FindNextFileW(list.get(), &found) != 0);
 }
 
 // Gets the access list of a file, for the one that replaces it; empty if the file system has no such lists.
 // Returns the error, or ERROR_SUCCESS: without the list the new file might be open to more people.
-DWORD AccessListOf(const Handle& file, std::vector<BYTE>& list) {
+DWORD AccessListOf(const FileHandle& file, std::vector<BYTE>& list) {
     DWORD size = 0;
     for (;;) {
         if (GetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, list.data(), size, &size) != 0) {
@@ -223,7 +223,7 @@ DWORD AccessListOf(const Handle& file, std::vector<BYTE>& list) {
 
 // Renames an open file; the error, or ERROR_SUCCESS. The class decides how: with the newer one, the file can
 // replace one that is open.
-DWORD Rename(const Handle& file, const WideString& path, FILE_INFO_BY_HANDLE_CLASS how, DWORD flags) {
+DWORD Rename(const FileHandle& file, const WideString& path, FILE_INFO_BY_HANDLE_CLASS how, DWORD flags) {
     const std::size_t bytes = path.size() * sizeof(WCHAR);
     // The structure has room for the terminator.
     std::vector<BYTE> buffer(sizeof(FILE_RENAME_INFO) + bytes);
@@ -258,9 +258,9 @@ public:
         for (int attempt = 0; attempt < MostAttempts && error == ERROR_FILE_EXISTS; ++attempt) {
             WideString name = NewPathBeside(m_target, TemporaryEnding);
             // For a moment it is open under the target's name, where it must not keep others out.
-            m_file = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, ShareEverything,
-                                        accessList.empty() ? nullptr : &security, CREATE_NEW,
-                                        target.m_attributes & Kept, nullptr));
+            m_file = FileHandle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, ShareEverything,
+                                            accessList.empty() ? nullptr : &security, CREATE_NEW,
+                                            target.m_attributes & Kept, nullptr));
             if (m_file.IsOpen()) {
                 m_temporary = std::move(name);
                 return true;
@@ -313,7 +313,7 @@ private:
     }
 
     FileVersion TargetNow() const {
-        Handle file = OpenExisting(m_target, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
+        FileHandle file = OpenExisting(m_target, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
         if (!file.IsOpen()) {
             return GetLastError() == ERROR_FILE_NOT_FOUND ? FileVersion()
                                                           : FileVersion(std::nullopt, NoBytes);
@@ -327,7 +327,7 @@ private:
     FileVersion Written() {
         std::optional<FileStamp> stamp = StampOf(m_file);
         m_file.Close();
-        const Handle file = OpenExisting(m_target, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
+        const FileHandle file = OpenExisting(m_target, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
         const std::optional<FileStamp> now = file.IsOpen() ? StampOf(file) : std::nullopt;
         if (stamp && now && now->m_identity == stamp->m_identity) {
             stamp->m_changed = now->m_changed;
@@ -398,7 +398,7 @@ private:
     WideString m_target;
     // The path of the old file if it could not be moved back to its own name.
     WideString m_aside;
-    Handle m_file;
+    FileHandle m_file;
     WideString m_temporary;
     std::uint64_t m_digest = NoBytes;
     DWORD m_error = ERROR_SUCCESS;
@@ -412,7 +412,7 @@ std::optional<FileIdentity> FileIdentity::Of(const std::string& path) {
         return std::nullopt;
     }
     // Folders can't be opened this way. Exclusive use by others is no obstacle.
-    const Handle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
+    const FileHandle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
     const std::optional<FileStamp> stamp = file.IsOpen() ? StampOf(file) : std::nullopt;
     return stamp ? std::optional(stamp->m_identity) : std::nullopt;
 }
@@ -423,15 +423,15 @@ std::optional<FilePlace> FilePlace::Of(const std::string& path) {
         return std::nullopt;
     }
     {
-        const Handle file(CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, ShareEverything, nullptr,
-                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const FileHandle file(CreateFileW(wide.c_str(), FILE_READ_ATTRIBUTES, ShareEverything, nullptr,
+                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
         WideString final = file.IsOpen() ? FinalPath(file) : WideString();
         if (!final.empty() && !IsAside(NameOf(final))) {
             wide = std::move(final);
         }
     }
-    const Handle folder(CreateFileW(FolderOf(wide).c_str(), FILE_READ_ATTRIBUTES, ShareEverything, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const FileHandle folder(CreateFileW(FolderOf(wide).c_str(), FILE_READ_ATTRIBUTES, ShareEverything,
+                                        nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     const std::optional<FileStamp> stamp = folder.IsOpen() ? StampOf(folder) : std::nullopt;
     if (!stamp) {
         return std::nullopt;
@@ -444,7 +444,7 @@ ReadableFile::ReadableFile() = default;
 ReadableFile::~ReadableFile() = default;
 
 std::unique_ptr<ReadableFile> ReadableFile::Open(const std::string& path, std::string* why) {
-    Handle file = OpenForReading(path, why);
+    FileHandle file = OpenForReading(path, why);
     if (!file.IsOpen()) {
         return nullptr;
     }

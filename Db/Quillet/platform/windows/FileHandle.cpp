@@ -122,12 +122,12 @@ DWORD ToSystemPath(const std::string& path, WideString& wide) {
     return ERROR_SUCCESS;
 }
 
-Handle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
+FileHandle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
     constexpr int MostAttempts = 100;
     constexpr DWORD MillisecondsBetween = 5;
     bool isLast = false;
     for (int attempt = 1;; ++attempt) {
-        Handle file(
+        FileHandle file(
             CreateFileW(path.c_str(), access, ShareEverything, nullptr, OPEN_EXISTING, flags, nullptr));
         const DWORD error = file.IsOpen() ? ERROR_SUCCESS : GetLastError();
         if (error != ERROR_FILE_NOT_FOUND || isLast) {
@@ -140,7 +140,7 @@ Handle OpenExisting(const WideString& path, DWORD access, DWORD flags) {
     }
 }
 
-WideString FinalPath(const Handle& file) {
+WideString FinalPath(const FileHandle& file) {
     return TextOf([&](WCHAR* text, DWORD capacity) {
         return GetFinalPathNameByHandleW(file.Get(), text, capacity, FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
     });

@@ -18,16 +18,16 @@ std::string Reason(DWORD error);
 // Puts the reason into why, if given; always false.
 bool Fail(DWORD error, std::string* why);
 
-class Handle {
+class FileHandle {
 public:
-    Handle() = default;
-    explicit Handle(HANDLE value) : m_value(value) {}
-    Handle(Handle&& other) noexcept : m_value(std::exchange(other.m_value, INVALID_HANDLE_VALUE)) {}
-    Handle& operator=(Handle&& other) noexcept {
+    FileHandle() = default;
+    explicit FileHandle(HANDLE value) : m_value(value) {}
+    FileHandle(FileHandle&& other) noexcept : m_value(std::exchange(other.m_value, INVALID_HANDLE_VALUE)) {}
+    FileHandle& operator=(FileHandle&& other) noexcept {
         std::swap(m_value, other.m_value);
         return *this;
     }
-    ~Handle() { Close(); }
+    ~FileHandle() { Close(); }
 
     bool IsOpen() const { return m_value != INVALID_HANDLE_VALUE; }
     HANDLE Get() const { return m_value; }
@@ -55,9 +55,9 @@ std::string DisplayPath(const WideString& path);
 
 // If the file is not open, GetLastError tells why. A file that is being replaced in two steps is missing for
 // a moment; this waits for it, half a second at most.
-Handle OpenExisting(const WideString& path, DWORD access, DWORD flags);
+FileHandle OpenExisting(const WideString& path, DWORD access, DWORD flags);
 
 // The path of the file with every link followed; empty if the file system can't tell.
-WideString FinalPath(const Handle& file);
+WideString FinalPath(const FileHandle& file);
 
 }  // namespace quillet::platform

@@ -14,10 +14,10 @@ namespace {
 
 class WindowsFileLock final : public FileLock {
 public:
-    explicit WindowsFileLock(Handle file) : m_file(std::move(file)) {}
+    explicit WindowsFileLock(FileHandle file) : m_file(std::move(file)) {}
 
 private:
-    Handle m_file;
+    FileHandle m_file;
 };
 
 // The path of the lock of a file; the error, or ERROR_SUCCESS.
@@ -27,7 +27,7 @@ DWORD LockPath(const std::string& path, WideString& lock) {
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    const Handle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
+    const FileHandle file = OpenExisting(wide, FILE_READ_ATTRIBUTES, FILE_ATTRIBUTE_NORMAL);
     if (!file.IsOpen()) {
         return GetLastError();
     }
@@ -38,14 +38,15 @@ DWORD LockPath(const std::string& path, WideString& lock) {
     return ERROR_SUCCESS;
 }
 
-Handle OpenLock(const WideString& lock) {
-    return Handle(CreateFileW(lock.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ, nullptr,
-                              OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+FileHandle OpenLock(const WideString& lock) {
+    return FileHandle(CreateFileW(lock.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ,
+                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE,
+                                  nullptr));
 }
 
 // The holder writes its process number into the lock. nullopt if it has not yet done so, or is gone.
 std::optional<std::uint64_t> HolderOf(const WideString& lock) {
-    const Handle file = OpenExisting(lock, GENERIC_READ, FILE_ATTRIBUTE_NORMAL);
+    const FileHandle file = OpenExisting(lock, GENERIC_READ, FILE_ATTRIBUTE_NORMAL);
     std::array<char, 16> text;
     DWORD length = 0;
     std::uint64_t process = 0;
@@ -65,7 +66,7 @@ std::unique_ptr<FileLock> FileLock::Try(const std::string& path, Refusal& refusa
         Fail(error, &refusal.m_why);
         return nullptr;
     }
-    Handle file = OpenLock(lock);
+    FileHandle file = OpenLock(lock);
     // A lock that is released while another process reads its holder exists a moment longer and can't be
     // opened then.
     constexpr int MostAttempts = 5;

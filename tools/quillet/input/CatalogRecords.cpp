@@ -1,4 +1,4 @@
-#include "input/TableRecords.h"
+#include "input/CatalogRecords.h"
 
 #include "output/PlainText.h"
 

@@ -1,22 +1,9 @@
-#include "output/Output.h"
+#include "output/Report.h"
 
 #include "System.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {
-
-Writer::~Writer() = default;
-
-std::unique_ptr<Writer> MakeWriter(Format format) {
-    switch (format) {
-        case Format::Csv:
-            return std::make_unique<CsvWriter>();
-        case Format::Json:
-            return std::make_unique<JsonWriter>();
-        default:
-            return std::make_unique<TextWriter>();
-    }
-}
 
 Report::Report(const Settings& settings, const std::string& line, const std::string& warning) {
     if (!warning.empty()) {

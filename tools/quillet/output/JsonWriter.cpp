@@ -1,6 +1,6 @@
-#include <nlohmann/json.hpp>
+#include "output/JsonWriter.h"
 
-#include "output/Output.h"
+#include <nlohmann/json.hpp>
 
 namespace quillet::tool {
 

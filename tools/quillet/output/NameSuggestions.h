@@ -1,4 +1,4 @@
-// Help with names that were not found.
+// Help with names that were not found, and names as a list.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,6 +1,7 @@
+#include "output/TextWriter.h"
+
 #include <algorithm>
 
-#include "output/Output.h"
 #include "output/PlainText.h"
 
 namespace quillet::tool {

@@ -1,4 +1,4 @@
-// Access files for the commands: why one can't be read, and how one is written.
+// Access files as catalogs: why one can't be read, and how one is written.
 #pragma once
 
 #include <string>

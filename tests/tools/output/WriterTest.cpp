@@ -1,4 +1,4 @@
-#include "output/Output.h"
+#include "output/Writer.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ std::string Written(Format format, const Listing& listing) {
     return sink.Text();
 }
 
-TEST(Output, Text_WideCharacters_CountAsCodePoints) {
+TEST(Writer, Text_WideCharacters_CountAsCodePoints) {
     RecordListing listing({{"Länge"}, {"n", true}, {"t"}});
     listing.Add({Value::OfText("ä"), Value::OfCount(5), Value::OfText("x")});
     listing.Add({Value::OfText("abcdefg"), Value::OfCount(12345), {}});
@@ -34,7 +34,7 @@ TEST(Output, Text_WideCharacters_CountAsCodePoints) {
               "abcdefg  12345\n");
 }
 
-TEST(Output, Text_ControlCharacters_CountAsTheyAreShown) {
+TEST(Writer, Text_ControlCharacters_CountAsTheyAreShown) {
     RecordListing listing({{"a\n"}, {"b"}});
     listing.Add({Value::OfText("\x1B"), Value::OfText("x")});
     EXPECT_EQ(Written(Format::Text, listing),
@@ -43,19 +43,19 @@ TEST(Output, Text_ControlCharacters_CountAsTheyAreShown) {
               "\\u{1b}  x\n");
 }
 
-TEST(Output, Csv_SpecialCharacters_AreQuoted) {
+TEST(Writer, Csv_SpecialCharacters_AreQuoted) {
     RecordListing listing({{"a,b"}, {"c\"d"}});
     listing.Add({Value::OfText("line\nbreak"), Value::OfText(" blank ")});
     EXPECT_EQ(Written(Format::Csv, listing), "\"a,b\",\"c\"\"d\"\r\n\"line\nbreak\", blank \r\n");
 }
 
-TEST(Output, Csv_OneEmptyColumn_IsNoEmptyLine) {
+TEST(Writer, Csv_OneEmptyColumn_IsNoEmptyLine) {
     RecordListing listing({{"a"}});
     listing.Add({Value()});
     EXPECT_EQ(Written(Format::Csv, listing), "a\r\n\"\"\r\n");
 }
 
-TEST(Output, Json_EveryKind_KeepsItsType) {
+TEST(Writer, Json_EveryKind_KeepsItsType) {
     RecordListing listing({{"a\"b"}, {"n"}, {"ok"}, {"no"}});
     listing.Add({Value::OfText("x\ny\x01"), Value::OfCount(7), Value::OfBoolean(true), Value()});
     listing.Add({Value::OfText(""), Value::OfCount(8), Value::OfBoolean(false), Value()});
@@ -66,11 +66,11 @@ TEST(Output, Json_EveryKind_KeepsItsType) {
               "]\n");
 }
 
-TEST(Output, Json_NoRows_IsAnEmptyArray) {
+TEST(Writer, Json_NoRows_IsAnEmptyArray) {
     EXPECT_EQ(Written(Format::Json, RecordListing({{"a"}})), "[]\n");
 }
 
-TEST(Output, Progress_EveryForm_EndsAtTheNumberOfRows) {
+TEST(Writer, Progress_EveryForm_EndsAtTheNumberOfRows) {
     RecordListing listing({{"a"}});
     for (std::size_t i = 0; i < 10; ++i) {
         listing.Add({Value::OfCount(i)});

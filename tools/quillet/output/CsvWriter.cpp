@@ -1,4 +1,4 @@
-#include "output/Output.h"
+#include "output/CsvWriter.h"
 
 namespace quillet::tool {
 

@@ -1,4 +1,4 @@
-#include "input/AccessFile.h"
+#include "input/AccessCatalog.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -15,7 +15,7 @@
 #include "Quillet/platform/MessageBox.h"
 #include "System.h"
 #include "input/Catalog.h"
-#include "output/Names.h"
+#include "output/NameSuggestions.h"
 #include "output/PlainText.h"
 #include "output/TableProgress.h"
 
