@@ -14,7 +14,7 @@ namespace quillet {
 namespace {
 
 constexpr std::size_t WindowBytes = std::size_t(1) << 20;
-constexpr std::string_view Blanks = " \t\r\n";
+constexpr std::string_view TagBlanks = " \t\r\n";
 // Far below the number of elements that documents are limited to.
 constexpr std::size_t MostRows = 50'000'000;
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
@@ -26,7 +26,7 @@ constexpr std::size_t RowsPlace = 1;
 constexpr std::size_t DepthOfLists = 3;
 
 std::size_t BlankLength(std::string_view text) {
-    return std::min(text.find_first_not_of(Blanks), text.size());
+    return std::min(text.find_first_not_of(TagBlanks), text.size());
 }
 
 }  // namespace
