@@ -1,6 +1,7 @@
 #include "Quillet/Db_Item.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -150,8 +151,8 @@ bool DbItem::IsChanged() {
 
 void DbItem::SetChanged() {
     // Past the largest count the stamps start anew from the smallest, without undefined behaviour.
-    m_changeCounter = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_changeCounter) + 1U);
-    m_changeId = m_changeCounter;
+    const std::int32_t before = std::atomic_ref(m_changeCounter).fetch_add(1, std::memory_order_relaxed);
+    m_changeId = static_cast<std::int32_t>(static_cast<std::uint32_t>(before) + 1U);
     ++g_stampMoves;
 }
 

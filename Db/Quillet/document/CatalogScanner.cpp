@@ -121,9 +121,10 @@ bool CatalogScanner::IsKnownDeclaration(std::string_view tag) const {
     if (!tag.starts_with("<?xml ") || !tag.ends_with("?>") || !(m_rest.empty() || m_rest == ByteOrderMark)) {
         return false;
     }
-    const std::size_t encoding = tag.find("encoding");
-    return encoding == std::string_view::npos || tag.find("\"UTF-8\"", encoding) != std::string_view::npos ||
-           tag.find("\"utf-8\"", encoding) != std::string_view::npos;
+    const std::size_t place = tag.find("encoding");
+    const std::string_view encoding = tag.substr(std::min(place, tag.size()));
+    return encoding.empty() || encoding.starts_with("encoding=\"UTF-8\"") ||
+           encoding.starts_with("encoding=\"utf-8\"");
 }
 
 bool CatalogScanner::IsIn(std::size_t list) const {
