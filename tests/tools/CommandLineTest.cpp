@@ -51,14 +51,14 @@ TEST_F(CommandLine, WrongNumberOfArguments_IsBadUsage) {
 
 TEST_F(CommandLine, BadValuesOfOptions_AreBadUsage) {
     EXPECT_THAT(UsageError({"info", "x.xml", "--format", "xml"}),
-                HasSubstr("'xml' is none of text, csv and json"));
+                HasSubstr("'xml' is not one of text, csv and json"));
     for (const char* number : {"-1", "x", "1.5", "99999999999999999999", ""}) {
         EXPECT_THAT(UsageError({"show", "x.xml", "t", "--limit", number}),
-                    HasSubstr("is no whole number from 0 up"))
+                    HasSubstr("is not a non-negative whole number"))
             << number;
     }
     EXPECT_THAT(UsageError({"show", "x.xml", "t", "--offset"}), HasSubstr("--offset"));
-    EXPECT_THAT(UsageError({"info", ""}), HasSubstr("FILE: may not be empty"));
+    EXPECT_THAT(UsageError({"info", ""}), HasSubstr("FILE: must not be empty"));
 }
 
 TEST_F(CommandLine, GlobalOptions_BeforeAndBehindTheCommand_DoTheSame) {

@@ -25,18 +25,18 @@ const std::map<std::string, Format> Formats = {
 
 // The checks return an error message; empty if there is none.
 std::string CheckFormat(const std::string& word) {
-    return Formats.count(word) > 0 ? "" : Quoted(word) + " is none of text, csv and json";
+    return Formats.count(word) > 0 ? "" : Quoted(word) + " is not one of text, csv and json";
 }
 
 std::string CheckCount(const std::string& text) {
     std::size_t count = 0;
     const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), count);
     const bool isCount = result.ec == std::errc() && result.ptr == text.data() + text.size();
-    return isCount ? "" : Quoted(text) + " is no whole number from 0 up";
+    return isCount ? "" : Quoted(text) + " is not a non-negative whole number";
 }
 
 std::string CheckNotEmpty(const std::string& text) {
-    return text.empty() ? "may not be empty" : "";
+    return text.empty() ? "must not be empty" : "";
 }
 
 std::string CheckKeyValue(const std::string& text) {
@@ -50,7 +50,7 @@ std::string CheckFieldType(const std::string& text) {
         return Quoted(text) + " is not of the form FIELD=WORD";
     }
     const std::string word = text.substr(equals + 1);
-    return TypeOfWord(word) ? "" : Quoted(word) + " is no type; the types are " + TypeWords();
+    return TypeOfWord(word) ? "" : Quoted(word) + " is not a type; the types are " + TypeWords();
 }
 
 // A word for the delimiter that is hard to type in a shell.
@@ -60,7 +60,7 @@ std::string CheckDelimiter(const std::string& text) {
     const bool isLetter = text.size() == 1 && IsCsvDelimiter(text.front());
     return isLetter || text == TabWord
                ? ""
-               : Quoted(text) + " is neither 'tab' nor a single character of ASCII that can separate values";
+               : Quoted(text) + " is neither 'tab' nor a single ASCII character that can separate values";
 }
 
 constexpr const char* KeepNames = "keep";
@@ -95,19 +95,19 @@ std::vector<KeyValue> SplitTypes(const std::vector<std::string>& texts) {
 }
 
 constexpr const char* Examples = R"(Examples:
-  quillet info steel.xml                    what the catalog holds
+  quillet info steel.xml                    what the catalog contains
   quillet show steel.xml IPE --limit 5      the first rows of a table
   quillet query steel.xml "select name, A from IPE where h >= 300"
-  quillet find steel.xml IPE "h > 300"      the first row that fits
+  quillet find steel.xml IPE "h > 300"      the first matching row
   quillet export steel.xml IPE ipe.csv      a table as a CSV file
   quillet import steel.xml Mine mine.csv    a new table from a CSV file
   quillet check steel.xml                   whether anything is wrong
   quillet convert aisc.mdb aisc.xml         a catalog from an Access file
 
-'quillet COMMAND --help' tells more about a command. Options may stand before or
-behind the command. Table names match without regard to case.
+'quillet COMMAND --help' describes a command. Options may come before or after
+the command. Table names are case-insensitive.
 
-Exit status: 0 done, 1 failed, 2 the command line is wrong.)";
+Exit status: 0 success, 1 failure, 2 invalid command line.)";
 
 constexpr const char* QueryNotes =
     R"(Examples:
@@ -115,42 +115,42 @@ constexpr const char* QueryNotes =
   quillet query steel.xml "select * from HEA where h < 300 and G > 50 order by Iy desc"
   quillet query materials.xml "select name from [Bolt classes] where name != '8.8'"
 
-A query stands in quotation marks, so that the shell leaves it alone. Texts in it
-stand in apostrophes, names with blanks in square brackets. Each condition is a
-field, an operator (< <= = >= > !=) and a value or a field. They are combined by
-and, or, not and brackets; none of these binds stronger than another, so write
-the brackets. A text without the word select is the name of a table, all of which
-is shown. The file is never changed.
+Put the query in quotation marks, so that the shell does not change it. In the
+query, put texts in apostrophes and names with blanks in square brackets. Each
+condition is a field, an operator (< <= = >= > !=) and a value or a field.
+Conditions are combined with and, or, not and brackets. None of these binds
+tighter than another, so write the brackets. A text without the word select is
+the name of a table, and shows the whole table. The file is never changed.
 
---explain shows, for a query that fails too, how it is read: its tokens and
-conditions, how these are combined, the table that is searched, and what the
-answer is: the table itself, rows of the table, or copied rows.
+--explain shows how a query is read, even one that fails: its tokens and
+conditions, how these are combined, the table that is searched, and whether the
+answer is the table itself, rows of the table, or copied rows.
 
 )";
 
 constexpr const char* FindNotes =
     R"(Examples:
-  quillet find steel.xml IPE "h > 300"                the first such row
-  quillet find steel.xml IPE "h > 300" --backward     the last one
+  quillet find steel.xml IPE "h > 300"                the first matching row
+  quillet find steel.xml IPE "h > 300" --backward     the last matching row
   quillet find steel.xml HEA "h < 200 and G > 30" --all
 
-A condition is written as behind the word where of a query; 'quillet query --help'
-tells more. Positions count from 0. The rows come in the order of the table, or
-from its end with --backward. It is a failure when no row fits.
+Write the condition as after the word where in a query; 'quillet query --help'
+describes it. Positions count from 0. Rows are shown in the order of the table,
+or in reverse order with --backward. The command fails if no row matches.
 
 )";
 
 constexpr const char* ImportNotes =
-    R"(The first line of the CSV file names the fields. A field whose values are all
-whole numbers becomes long, all numbers double, all true or false boolean, and
-text otherwise; --type decides differently. Numbers have a decimal point.
-An empty value stays empty in the file, but readers take an empty float or
-double for 0. If anything is wrong with the CSV file, nothing is changed.
+    R"(The first line of the CSV file names the fields. A field becomes long if all its
+values are whole numbers, double if all are numbers, boolean if all are true or
+false, and text otherwise; --type overrides this. Numbers have a decimal point.
+An empty value stays empty in the file, but an empty float or double is read as
+0. If anything is wrong with the CSV file, nothing is changed.
 
-With --names safe, a heading that a catalog can't hold or a query can't ask for
-gets another name, which is told: 'h [mm]' becomes h_mm, a second h h_2. With
---names keep every heading is a name as it stands, and one that a catalog can't
-hold is refused. --type and --key take headings and names.
+With --names safe, a heading that can't be saved in a catalog or named in a
+query is replaced, and the new name is reported: 'h [mm]' becomes h_mm, a second
+h becomes h_2. With --names keep, headings are used unchanged, and one that can't
+be saved is refused. --type and --key take headings or names.
 
 Types: )";
 
@@ -165,15 +165,15 @@ constexpr const char* ConvertNotes =
   quillet convert aisc.mdb aisc.xml         a catalog from an Access file
   quillet convert steel.xml steel.mdb       the tables of a catalog into an Access file
 
-An Access file is read and written by an ODBC driver, and not every driver can
-write. It has to be there before: an empty one will do. Each table takes the
-place of the one of its name, other tables stay. The work is done on a copy; the
+An Access file is read and written through an ODBC driver, and not every driver
+can write. OUT.mdb must exist; an empty Access file will do. Each table replaces
+the one of the same name, other tables stay. The work is done on a copy, so the
 file changes only if every table was written.
 
 )";
 
 constexpr const char* CommonNotes =
-    "'quillet --help' tells the options of every command: --format, --sequential, --log.";
+    "'quillet --help' describes the common options: --format, --sequential, --log.";
 
 // The parser, and the requests that it fills.
 class CommandLine {
@@ -225,7 +225,7 @@ private:
         });
     }
 
-    CLI::App m_app{"Looks into catalogs of engineering tables and changes them.", "quillet"};
+    CLI::App m_app{"Reads and changes catalogs of engineering tables.", "quillet"};
     std::string m_format = "text";
     Settings m_settings;
     Command m_chosen;
@@ -258,9 +258,9 @@ CommandLine::CommandLine() {
 void CommandLine::AddOptions() {
     m_app.set_help_flag("-h,--help", "Show this help");
     m_app.set_version_flag("--version", "quillet " QUILLET_VERSION, "Show the version");
-    m_app.add_option("--format", m_format, "Form of the output: text, csv or json (text)")
+    m_app.add_option("--format", m_format, "Output format: text, csv or json (default: text)")
         ->check(CheckFormat)
-        ->type_name("FORM")
+        ->type_name("FORMAT")
         ->each([this](const std::string& word) { m_settings.m_format = Formats.at(word); });
     m_app.add_flag("--sequential", m_settings.m_sequential, "Read the file table by table, as far as needed");
     m_app.add_flag("--log", m_settings.m_log, "Show the log of the database on standard error");
@@ -285,18 +285,16 @@ CLI::Option& CommandLine::AddTable(CLI::App& command, std::string& table) {
 void CommandLine::AddNoWait(CLI::App& command) {
     command.add_flag_callback(
         "--no-wait", [this] { m_settings.m_waits = false; },
-        "Fail at once while another program is changing the file");
+        "Fail at once if another program changes the file");
 }
 
 void CommandLine::AddLossy(CLI::App& command) {
-    command.add_flag("--lossy", m_settings.m_lossy, "Go on where a number can't be read back from its text");
+    command.add_flag("--lossy", m_settings.m_lossy, "Save numbers even if they can't be read back");
 }
 
 void CommandLine::AddRowRange(CLI::App& command, RowRange& rows) {
     command.add_option("--limit", rows.m_limit, "Show at most N rows")->check(CheckCount)->type_name("N");
-    command.add_option("--offset", rows.m_offset, "Pass over the first N rows")
-        ->check(CheckCount)
-        ->type_name("N");
+    command.add_option("--offset", rows.m_offset, "Skip the first N rows")->check(CheckCount)->type_name("N");
 }
 
 CLI::Option& CommandLine::AddList(CLI::App& command, const char* option, std::vector<std::string>& list,
@@ -307,7 +305,7 @@ CLI::Option& CommandLine::AddList(CLI::App& command, const char* option, std::ve
 
 void CommandLine::AddInfo() {
     const auto request = std::make_shared<InfoRequest>();
-    CLI::App& command = Add("info", "Show what a catalog holds");
+    CLI::App& command = Add("info", "Show what a catalog contains");
     AddFile(command, request->m_file);
     Choose(command, request, Info);
 }
@@ -331,14 +329,14 @@ void CommandLine::AddShow() {
 
 void CommandLine::AddQuery() {
     const auto request = std::make_shared<QueryRequest>();
-    CLI::App& command = Add("query", "Show the rows that a query asks for");
+    CLI::App& command = Add("query", "Show the rows that a query selects");
     AddFile(command, request->m_file);
     command.add_option("QUERY", request->m_query, "Query, or the name of a table")
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
     AddRowRange(command, request->m_rows);
-    command.add_flag("--explain", request->m_explain, "Show how the query is read instead of the rows");
+    command.add_flag("--explain", request->m_explain, "Show how the query is read instead of its rows");
     command.footer(std::string(QueryNotes) + CommonNotes);
     command.parse_complete_callback([&command, request] {
         if (request->m_explain && command.count("--limit") + command.count("--offset") > 0) {
@@ -357,7 +355,7 @@ void CommandLine::AddFind() {
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
-    command.add_flag("--all", request->m_all, "Find every row that fits");
+    command.add_flag("--all", request->m_all, "Find every matching row");
     command.add_flag("--backward", request->m_backward, "Search from the last row to the first");
     command.footer(std::string(FindNotes) + CommonNotes);
     Choose(command, request, Find);
@@ -365,7 +363,7 @@ void CommandLine::AddFind() {
 
 void CommandLine::AddCheck() {
     const auto request = std::make_shared<CheckRequest>();
-    CLI::App& command = Add("check", "Read everything and tell what is wrong");
+    CLI::App& command = Add("check", "Read everything and report what is wrong");
     AddFile(command, request->m_file);
     Choose(command, request, Check);
 }
@@ -375,7 +373,8 @@ void CommandLine::AddExport() {
     CLI::App& command = Add("export", "Write a table to a CSV or JSON file");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
-    command.add_option("OUT", request->m_target, "OUT.csv, OUT.json, or - for standard output in --format")
+    command
+        .add_option("OUT", request->m_target, "OUT.csv, OUT.json, or - for standard output (see --format)")
         ->required()
         ->check(CheckNotEmpty)
         ->type_name("");
@@ -387,7 +386,7 @@ void CommandLine::AddNew() {
     const auto request = std::make_shared<NewRequest>();
     const auto header = std::make_shared<std::vector<std::string>>();
     const auto properties = std::make_shared<std::vector<std::string>>();
-    CLI::App& command = Add("new", "Make an empty catalog");
+    CLI::App& command = Add("new", "Create an empty catalog");
     AddFile(command, request->m_file);
     AddList(command, "--header", *header, "KEY=VALUE", "Set a value of the header; may be repeated")
         .check(CheckKeyValue);
@@ -410,7 +409,7 @@ void CommandLine::AddSet() {
         ->required()
         ->check(CheckSection)
         ->type_name("");
-    command.add_option("KEY=VALUE", *values, "What to set; 'quillet info' shows the keys")
+    command.add_option("KEY=VALUE", *values, "Value to set; 'quillet info' shows the keys")
         ->required()
         ->check(CheckKeyValue)
         ->type_name("");
@@ -425,19 +424,18 @@ void CommandLine::AddImport() {
     const auto types = std::make_shared<std::vector<std::string>>();
     const auto delimiter = std::make_shared<std::string>();
     const auto names = std::make_shared<std::string>();
-    CLI::App& command = Add("import", "Make a table from a CSV file");
+    CLI::App& command = Add("import", "Create a table from a CSV file");
     AddFile(command, request->m_file);
     AddTable(command, request->m_table);
     command.add_option("IN", request->m_source, "CSV file")->required()->check(CheckNotEmpty)->type_name("");
     AddList(command, "--type", *types, "FIELD=WORD", "Type of a field; may be repeated")
         .check(CheckFieldType);
-    AddList(command, "--key", request->m_keys, "FIELD", "Mark a field as key; may be repeated");
-    command.add_flag("--replace", request->m_replace,
-                     "Replace a table of this name; fields that stay remain keys");
-    command.add_option("--delimiter", *delimiter, "What separates values: a character, or tab (comma)")
+    AddList(command, "--key", request->m_keys, "FIELD", "Mark a field as a key; may be repeated");
+    command.add_flag("--replace", request->m_replace, "Replace a table of this name, and keep its keys");
+    command.add_option("--delimiter", *delimiter, "Separator: a character or tab (default: comma)")
         ->check(CheckDelimiter)
         ->type_name("CHAR");
-    command.add_option("--names", *names, "What becomes of headings: safe or keep (safe)")
+    command.add_option("--names", *names, "Names from headings: safe or keep (default: safe)")
         ->check(CheckNames)
         ->type_name("RULE");
     command.footer(ImportNotes + TypeWords() + ".\n\n" + CommonNotes);
@@ -482,7 +480,7 @@ void CommandLine::AddRename() {
 
 void CommandLine::AddConvert() {
     const auto request = std::make_shared<ConvertRequest>();
-    CLI::App& command = Add("convert", "Make a catalog from an Access file, or fill one from a catalog");
+    CLI::App& command = Add("convert", "Convert between Access files and XML catalogs");
     command.add_option("IN", request->m_source, "IN.mdb or IN.xml")
         ->required()
         ->check(CheckNotEmpty)
@@ -567,7 +565,7 @@ std::string Explain(CLI::App& app, const CLI::ParseError& error) {
 Command ParseArguments(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         if (!IsValidUtf8(argument)) {
-            throw UsageError("an argument is not UTF-8");
+            throw UsageError("an argument is not valid UTF-8");
         }
     }
     const auto line = std::make_shared<CommandLine>();

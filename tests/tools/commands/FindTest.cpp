@@ -79,7 +79,7 @@ TEST_F(Find, Find_ABracketInFront_IsRead) {
 TEST_F(Find, Find_NothingFits_IsAFailure) {
     EXPECT_EQ(WhyNot("d > 1000"), "no row of 'Bolts' fits");
     EXPECT_EQ(WhyNot("d > 1000 or"),
-              "no row of 'Bolts' fits; the condition ends with 'or', and nothing follows it");
+              "no row of 'Bolts' fits; nothing follows 'or' at the end of the condition");
 }
 
 TEST_F(Find, Find_ConditionThatIsNone_SaysWhy) {
@@ -96,7 +96,7 @@ TEST_F(Find, Find_ConditionThatIsNone_SaysWhy) {
 TEST_F(Find, Find_WithoutItsArguments_IsBadUsage) {
     const std::string file = CopyExample("materials.xml");
     EXPECT_THAT(UsageError({"find", file, "Bolts"}), HasSubstr("WHERE is required"));
-    EXPECT_THAT(UsageError({"find", file, "Bolts", ""}), HasSubstr("may not be empty"));
+    EXPECT_THAT(UsageError({"find", file, "Bolts", ""}), HasSubstr("must not be empty"));
 }
 
 TEST_F(Find, Find_LeavesTheFileAlone) {

@@ -265,7 +265,7 @@ TEST_F(Import, Import_QuotedValuesBetweenOtherDelimiters_AreNamedAndThenTaken) {
 TEST_F(Import, Import_BadDelimiterOrRuleOfNames_IsBadUsage) {
     for (const char* delimiter : {"ab", "\"", "\n", "é"}) {
         EXPECT_THAT(UsageError({"import", m_file, "New", "in.csv", "--delimiter", delimiter}),
-                    HasSubstr("neither 'tab' nor a single character"))
+                    HasSubstr("neither 'tab' nor a single ASCII character"))
             << delimiter;
     }
     EXPECT_THAT(UsageError({"import", m_file, "New", "in.csv", "--names", "all"}),
@@ -310,7 +310,8 @@ TEST_F(Import, Import_OptionsForUnknownFieldsOrTypes_AreRefused) {
               " no field 'other' for --key: there are a, b");
     EXPECT_THAT(
         UsageError({"import", m_file, "New", Path("in.csv"), "--type", "a=number"}),
-        HasSubstr("'number' is no type; the types are boolean, integer, long, float, double, text, binary"));
+        HasSubstr(
+            "'number' is not a type; the types are boolean, integer, long, float, double, text, binary"));
     EXPECT_THAT(UsageError({"import", m_file, "New", Path("in.csv"), "--type", "a"}),
                 HasSubstr("FIELD=WORD"));
 }

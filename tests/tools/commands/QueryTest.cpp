@@ -199,7 +199,7 @@ TEST_F(Query, Query_UnknownNames_FailsByName) {
     EXPECT_EQ(WhyAnalyzerRefuses("select name from Steel where weight > 1"),
               "invalid condition 'weight > 1'" + fields);
     EXPECT_EQ(WhyAnalyzerRefuses("select name from 'Steel'"),
-              "no table ''Steel'' found; names stand in square brackets, not in quotation marks");
+              "no table ''Steel'' found; put names in square brackets, not in quotation marks");
 }
 
 TEST_F(Query, Query_BadTexts_FailWithWhatIsWrong) {
@@ -213,7 +213,7 @@ TEST_F(Query, Query_BadTexts_FailWithWhatIsWrong) {
     EXPECT_EQ(WhyAnalyzerRefuses("select name from Bolts where d > 'x'"), "invalid condition 'd > 'x''");
     EXPECT_EQ(WhyAnalyzerRefuses("select nam from Bolts where d between 8 and 12"),
               "no 'nam' field found in 'bolts' table; invalid condition 'd between 8'; "
-              "invalid condintion '12'; field 'nam': did you mean 'name'?; 'between' is not in the language: "
+              "invalid condintion '12'; field 'nam': did you mean 'name'?; 'between' is not supported: "
               "write (d >= 8 and d <= 12)");
     EXPECT_EQ(Complaints("select name from Bolts where (d > 1"),
               "the brackets of the conditions don't match");
@@ -225,7 +225,7 @@ TEST_F(Query, Query_TextOfControlCharacters_IsShownSpelledOut) {
 
 TEST_F(Query, Query_WithoutText_IsBadUsage) {
     EXPECT_EQ(UsageError({"query", "x.xml"}), "QUERY is required; try 'quillet query --help'");
-    EXPECT_THAT(UsageError({"query", "x.xml", ""}), HasSubstr("may not be empty"));
+    EXPECT_THAT(UsageError({"query", "x.xml", ""}), HasSubstr("must not be empty"));
     EXPECT_EQ(UsageError({"query", "x.xml", "select", "name"}),
               "too many arguments: 'name'; try 'quillet query --help'");
 }

@@ -81,7 +81,7 @@ private:
     static constexpr std::size_t RightSide = 2;
 
     static std::string Hint(const std::string& foreign, const std::string& advice) {
-        return advice.empty() ? advice : Quoted(foreign) + " is not in the language: " + advice;
+        return advice.empty() ? advice : Quoted(foreign) + " is not supported: " + advice;
     }
 
     // The advice also replaces a not in the condition.
@@ -110,11 +110,11 @@ private:
             return "write " + Grouped(ListFor(index, left), isNegated);
         }
         if (word == "like") {
-            return "there are no patterns; whole texts are compared, as in " +
+            return "there are no patterns; compare whole texts, as in " +
                    Grouped(left + " >= 'a' and " + left + " < 'b'", isNegated);
         }
         if (word == "is") {
-            return "write = or !=; no word stands for null, and " + left + " = '' finds an empty text";
+            return "write = or !=; there is no word for null, and " + left + " = '' finds empty texts";
         }
         return {};
     }
@@ -169,34 +169,34 @@ private:
         const std::string& word = m_words[index].m_lowered;
         const bool isCall = index + 1 < m_words.size() && m_words[index + 1].Is("(");
         if (isCall && IsOneOf(word, {"count", "sum", "avg", "min", "max"})) {
-            return "there are no functions; --explain tells how many rows there are";
+            return "there are no functions; --explain shows the number of rows";
         }
-        return word == "as" ? "a field keeps its name" : "";
+        return word == "as" ? "fields can't have aliases" : "";
     }
 
     std::string InsteadOfClause(std::size_t index) const {
         const std::string& word = m_words[index].m_lowered;
         if (m_isCondition && IsOneOf(word, {"limit", "offset", "fetch"})) {
-            return "find shows the first row that fits, and with --all every one";
+            return "find shows the first matching row, and every one with --all";
         }
         if (IsOneOf(word, {"limit", "fetch"})) {
-            return "the option --limit N of the command shows the first N rows of the answer";
+            return "use the option --limit N to show the first N rows of the answer";
         }
         if (word == "offset") {
-            return "the option --offset N of the command passes over the first N rows of the answer";
+            return "use the option --offset N to skip the first N rows of the answer";
         }
         if (word == "group") {
-            return "rows are not grouped; 'select distinct' drops those that repeat";
+            return "rows can't be grouped; 'select distinct' drops duplicates";
         }
         if (word == "having") {
-            return "conditions stand after where, and hold for single rows";
+            return "write conditions after where; they apply to single rows";
         }
         if (word == "as") {
-            return "a table keeps its name";
+            return "tables can't have aliases";
         }
         return IsOneOf(word,
                        {"join", "inner", "left", "right", "outer", "cross", "union", "intersect", "except"})
-                   ? "the rows come from one table"
+                   ? "all rows come from one table"
                    : "";
     }
 
@@ -258,7 +258,7 @@ private:
 
     void SuggestTable(const QueryWord& word) {
         if (word.m_isText) {
-            Add("names stand in square brackets, not in quotation marks");
+            Add("put names in square brackets, not in quotation marks");
             return;
         }
         Add("table " + Quoted(Plain(word)) + ": " + SuggestTables(m_database, Plain(word)));
@@ -323,7 +323,7 @@ private:
         } else if (LooksLikeName(right)) {
             SuggestField(right, descr);
         } else {
-            Add("one side of a condition is a field, and its name stands in no quotation marks");
+            Add("one side of a condition must be a field, without quotation marks");
         }
     }
 
@@ -349,7 +349,7 @@ private:
 
     void SuggestField(const QueryWord& word, const DbTableDescr& descr) {
         if (word.m_isText) {
-            Add("names stand in square brackets, not in quotation marks");
+            Add("put names in square brackets, not in quotation marks");
             return;
         }
         Add("field " + Quoted(Plain(word)) + ": " + SuggestNames(Plain(word), FieldNames(descr), InQuery));
@@ -382,7 +382,7 @@ std::string HintOnBeginning(DbDatabase& database, const std::string& text) {
     }
     const QueryWord& first = words.front();
     if (IsOneOf(first.m_lowered, {"insert", "update", "delete", "create", "alter", "drop"})) {
-        return "a query changes nothing; 'quillet --help' lists the commands that do";
+        return "a query can't change a catalog; 'quillet --help' lists the commands that can";
     }
     if (words.size() > 1 && AreSimilar(first.m_lowered, "select")) {
         return "did you mean 'select' instead of " + Quoted(first.m_text) + "?";
@@ -406,7 +406,7 @@ std::string LastOperator(const Words& words) {
 }
 
 // A warning about a name that matches several fields of a table except for case; empty for any other, and for
-// one spelt like the field that is taken.
+// one spelt like the field that is used.
 std::string HintOnCase(const DbTableDescr& descr, const QueryWord& word) {
     const std::string name = Plain(word);
     const int taken = descr.GetFieldIndex(name);
@@ -420,8 +420,8 @@ std::string HintOnCase(const DbTableDescr& descr, const QueryWord& word) {
     if (fitting.size() < 2 || takenName == name) {
         return {};
     }
-    return Quoted(name) + " fits the fields " + JoinQuoted(fitting, "and") + ": " + Quoted(takenName) +
-           " is taken";
+    return Quoted(name) + " matches the fields " + JoinQuoted(fitting, "and") + "; " + Quoted(takenName) +
+           " is used";
 }
 
 bool MayBeField(const QueryWord& word) {
@@ -469,7 +469,7 @@ std::vector<std::string> WarningsOnAnswer(DbDatabase& database, const QueryText&
     const Words words = query.m_table.empty() ? WordsOfQuery(query.m_text) : WordsOfCondition(query.m_text);
     const std::string last = LastOperator(words);
     if (!last.empty()) {
-        warn("the condition ends with " + Quoted(last) + ", and nothing follows it");
+        warn("nothing follows " + Quoted(last) + " at the end of the condition");
     }
     if (const DbTableDescr* const descr = SearchedTable(database, query, words)) {
         for (const QueryWord& word : words) {
