@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string_view>
 
 #include "Quillet/Db_LogEntry.h"
 
@@ -25,9 +24,6 @@ CString SpacedName(const CString& name, bool isAtBeginning);
 
 // Whether blanks may have been put into the text.
 bool HoldsOperator(const CString& text);
-
-// The beginning of every line of the log about the analysis of a query text.
-constexpr std::string_view AnalyzerPrefix = "SQL Analyze - ";
 
 // What the log says of a name in a query text that means nothing.
 DbLogEntry NoTableEntry(const CString& table);
