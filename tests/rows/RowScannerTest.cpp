@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdint>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -140,6 +141,10 @@ constexpr ScannedText Texts[] = {
     {"ControlCharacter", "<row d=\"1\" f=\"1\" n=\"1\" b=\"1\" t=\"a\x01\" x=\"\" />", false},
     {"NotUtf8", "<row d=\"1\" f=\"1\" n=\"1\" b=\"1\" t=\"a\xE9z\" x=\"\" />", false},
 };
+
+void PrintTo(const ScannedText& text, std::ostream* stream) {
+    *stream << text.m_what;
+}
 
 class ScannedRowsOf : public testing::TestWithParam<ScannedText> {};
 
