@@ -383,8 +383,8 @@ bool DbRecordset::TakeRow(quillet::RowCondition& condition, uint64 position) {
     const auto place = static_cast<std::int64_t>(position);
     const uint64 stored = Data() == nullptr ? 0 : RemapRowIndex(position);
     DbRows* const rows = Data() == nullptr ? nullptr : Data()->GetRows();
-    return rows != nullptr && quillet::RowsView(*rows).HasRow(stored) && condition.Holds(*rows, stored) &&
-           MoveTo(place);
+    return rows != nullptr && stored < RowCount() && quillet::RowsView(*rows).HasRow(stored) &&
+           condition.Holds(*rows, stored) && MoveTo(place);
 }
 
 bool DbRecordset::Seek(CString index, CComVariant* keys, uint64 count) {

@@ -141,7 +141,7 @@ bool DbRows::SaveRow(uint64 pos, IDispatch* document, IDispatch* parentElement) 
     }
     std::size_t position = 0;
     try {
-        const DbTableDescr* const descr = Descr();
+        const DbTableDescr* const descr = m_storage->Descr();
         quillet::AppendRow(
             quillet::xml::Node(document), quillet::xml::Node(parentElement), view.Width(pos),
             [&](std::size_t field) -> const std::string& { return quillet::NameInFile(descr, field); },
@@ -224,7 +224,8 @@ DbRows::NewCells::NewCells(DbRows& rows, uint64 fieldIndex) : m_rows(rows), m_in
     if (descr == nullptr) {
         return;
     }
-    m_hasColumns = rows.m_storage->Follows(rows, descr);
+    rows.PrepareFieldChange();
+    m_hasColumns = rows.m_storage->IsOwnedBy(rows) && rows.m_storage->Descr() == descr;
     if (m_hasColumns) {
         rows.m_storage->MakeColumns(fieldIndex, *descr);
     }
@@ -262,8 +263,18 @@ bool DbRows::Follows(const DbTableRow& row) const {
     return row.GetDescr() == Descr() && (row.LiveParent() == nullptr || row.LiveParent() == this);
 }
 
+// Rows without an owner follow everybody who shows them; each may change their cells.
+void DbRows::PrepareFieldChange() {
+    if (!m_storage->HasOwner() && m_storage->Descr() == Descr()) {
+        for (std::size_t i = 0; i < m_storage->Size(); ++i) {
+            m_storage->RowAt(i);
+        }
+    }
+}
+
 void DbRows::EraseCells(uint64 fieldIndex) {
-    if (m_storage->Follows(*this, Descr())) {
+    PrepareFieldChange();
+    if (m_storage->IsOwnedBy(*this) && m_storage->Descr() == Descr()) {
         m_storage->EraseColumns(fieldIndex);
     }
     m_storage->ForEachMade(0, [&](DbTableRow& row) {

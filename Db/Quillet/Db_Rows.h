@@ -101,6 +101,7 @@ private:
 
     // Whether the row's cells follow the descriptor by way of these rows.
     bool Follows(const DbTableRow& row) const;
+    void PrepareFieldChange();
     void EraseCells(uint64 fieldIndex);
     // Removes the row at a visible position again, if it is the one that was appended last.
     void TakeBackRow(uint64 pos);

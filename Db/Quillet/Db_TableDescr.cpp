@@ -255,7 +255,9 @@ void DbTableDescr::ClearAll() {
     m_filters.clear();
     ReleaseEach([this](auto release) {
         for (DbFieldDescr* const field : *this) {
-            release(*field);
+            if (field != nullptr) {
+                release(*field);
+            }
         }
     });
     for (const DbFieldDescr* field : *this) {

@@ -206,6 +206,19 @@ TEST(RowScanner, Misfits_AreCounted) {
     EXPECT_EQ(scanner.FirstMisfit(), 2U);
 }
 
+TEST(RowScanner, FieldWithoutANameOfXml_LeavesItsRowsToTheDocument) {
+    for (const char* const name : {"1st", "a=b", "a&b", ""}) {
+        DbTableDescr descr(nullptr);
+        descr.CreateField(name, false, DbFieldDescr::Long);
+        ColumnStore store;
+        RowScanner scanner(descr, store);
+        RowScanner::Stop stop = RowScanner::Stop::NoRow;
+        const std::string row = "<row " + std::string(name) + "=\"5\" />";
+        EXPECT_EQ(scanner.Read(row, stop), 0U) << name;
+        EXPECT_EQ(stop, RowScanner::Stop::Unknown) << name;
+    }
+}
+
 TEST(RowScanner, RowsOfSeveralBlocks_AreAllThere) {
     DbTableDescr descr(nullptr);
     descr.CreateField("n", false, DbFieldDescr::Long);

@@ -332,5 +332,110 @@ TEST(RowsOnDemandMemory, RowsOfSeveralBlocks_KeepTheirPlaces) {
     EXPECT_EQ(view.MadeRow(0), nullptr);
 }
 
+TEST(RowsOnDemandMemory, MostRowsDeleted_TheOthersKeepTheirValuesAndObjects) {
+    Table table(false);
+    constexpr LONG Rows = 2 * LONG{ColumnBlock::MostSlots};
+    constexpr LONG Kept = 50;
+    table.m_rows.AddRows(uint64{Rows}, false);
+    RowsView view(table.m_rows);
+    for (LONG i = 0; i < Rows; ++i) {
+        const auto position = static_cast<uint64>(i);
+        const std::string text = "text " + std::to_string(i);
+        view.SetCell(position, 1, CellView::Text(text));
+        view.SetCell(position, 2, CellView::Long(i));
+    }
+    DbTableRow* const made = table.m_rows.GetRow(int{Kept});
+    for (LONG i = Rows - 1; i >= 0; --i) {
+        if (i % Kept != 0) {
+            table.m_rows.DeleteRow(static_cast<uint64>(i));
+        }
+    }
+    ASSERT_EQ(view.Count(), uint64{(Rows + Kept - 1) / Kept});
+    EXPECT_EQ(table.m_rows.GetRow(1), made);
+    CComVariant scratch;
+    for (uint64 i = 0; i < view.Count(); ++i) {
+        const LONG number = static_cast<LONG>(i) * Kept;
+        ASSERT_EQ(view.Cell(i, 0).Type(), VT_EMPTY);
+        ASSERT_EQ(TextOf(view.Cell(i, 1).In(scratch)), "text " + std::to_string(number));
+        ASSERT_EQ(view.Cell(i, 2).In(scratch).lVal, number);
+    }
+}
+
+TEST(RowsOnDemandMemory, RowsThatComeAndGoBesideOnesThatStay_TakeNoMoreAndMore) {
+    Table table(false);
+    ColumnStore store(table.m_rows, table.m_descr.LifeToken());
+    constexpr std::size_t Temporary = 1000;
+    for (std::size_t round = 1; round <= 300; ++round) {
+        store.Append(Temporary + 1, table.m_rows, table.m_descr.LifeToken(), true);
+        for (std::size_t i = 0; i < Temporary; ++i) {
+            store.Delete(store.Size() - 2);
+        }
+        ASSERT_EQ(store.Size(), round);
+        ASSERT_LE(store.SlotsInUse(), std::size_t{ColumnBlock::MostSlots} + 64 * round);
+    }
+}
+
+// A field whose default value is another one each time.
+class CountingField : public DbFieldDescr {
+public:
+    CComVariant& GetVariant() override {
+        m_value = test::Long(++m_count);
+        return m_value;
+    }
+
+private:
+    CComVariant m_value;
+    LONG m_count = 0;
+};
+
+TEST(RowsOnDemandDefaults, OfAHostsField_AreAskedForRowByRow) {
+    DbTableDescr descr(nullptr);
+    auto* const field = new CountingField;
+    field->SetType(VT_I4);
+    descr.push_back(field);
+    DbRows rows(nullptr, &descr);
+    const LONG first = (*rows.GetRow(static_cast<int>(rows.AddRow(true))))[uint64(0)].GetValue().lVal;
+    rows.AddRows(2, true);
+    EXPECT_EQ((*rows.GetRow(1))[uint64(0)].GetValue().lVal, first + 1);
+    EXPECT_EQ((*rows.GetRow(2))[uint64(0)].GetValue().lVal, first + 2);
+}
+
+TEST(RowsOnDemandOwner, IsGone_EveryoneWhoShowsTheRowsChangesTheirCells) {
+    Table table(false);
+    auto lender = std::make_unique<DbRows>(nullptr, &table.m_descr);
+    lender->AddRows(3, true);
+    std::vector<uint64> order = {0, 1, 2};
+    DbRows other(nullptr, &table.m_descr);
+    table.m_bound.Bind(lender.get(), order);
+    other.Bind(lender.get(), order);
+    lender.reset();
+    table.m_descr.CreateField("new", false, DbFieldDescr::Long);
+    DbRows::NewCells first(table.m_bound, 3);
+    DbRows::NewCells second(other, 3);
+    first.Insert();
+    second.Insert();
+    EXPECT_EQ(other.GetRow(0)->size(), 5U) << "a cell from each";
+}
+
+TEST(RowsOnDemandSave, OfBoundRows_NamesTheFieldsOfTheRowsOwner) {
+    DbTableDescr own(nullptr);
+    DbTableDescr shown(nullptr);
+    for (DbTableDescr* const descr : {&own, &shown}) {
+        descr->CreateField("a", false, DbFieldDescr::Long);
+        descr->CreateField("b", false, DbFieldDescr::Long);
+    }
+    DbTableData data(nullptr, &own);
+    DbTableData view(nullptr, &shown);
+    data.AddRow();
+    RowsView(*data.GetRows()).SetCell(0, 1, CellView::Long(7));
+    std::vector<uint64> order = {0};
+    view.Bind(data.GetRows(), order);
+    own.DeleteField(0);
+    data.Update(0, false);
+    SaveTarget target;
+    EXPECT_TRUE(view.Save(target.Automation(), target.Element()));
+    EXPECT_EQ(target.Content(), "<row b=\"7\" />\n");
+}
+
 }  // namespace
 }  // namespace quillet::test

@@ -168,11 +168,18 @@ void CurrentIndex::Build(const DbTableDescr& descr, DbTableData& data) {
     const std::vector<uint64> fields = FieldsOf(*Get(), descr);
     std::vector<uint64> positions(data.size());
     std::iota(positions.begin(), positions.end(), uint64{0});
+    if (positions.empty()) {
+        Get()->GetRowOrder().clear();
+        return;
+    }
     Get()->GetRowOrder() = OrderOfRows({RowsView(*data.GetRows()), positions}, fields);
 }
 
 std::optional<uint64> CurrentIndex::Find(const DbTableDescr& descr, DbTableData& data,
                                          const CComVariant* keys, uint64 count) {
+    if (data.size() == 0) {
+        return std::nullopt;
+    }
     Index& index = *Get();
     std::vector<uint64> fields = FieldsOf(index, descr);
     const std::vector<uint64>& order = std::as_const(index).GetRowOrder();

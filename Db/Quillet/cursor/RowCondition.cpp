@@ -17,11 +17,10 @@ bool RowCondition::Read(DbDatabase& database, const CString& table, const DbTabl
         return false;
     }
     DbTableDescr* const descr = database.GetTableDescr(table);
-    if (descr == nullptr) {
-        return m_params.filters.empty();
+    if (descr != nullptr) {
+        // Reading a text that names more tables may have refreshed them, and changed this one.
+        m_filters = descr->TakeFilters(m_params.filters);
     }
-    // Reading a text that names more tables may have refreshed them, and changed this one.
-    m_filters = descr->TakeFilters(m_params.filters);
     if (m_filters.size() != m_params.filters.size()) {
         return false;
     }

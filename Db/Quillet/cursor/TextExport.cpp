@@ -32,6 +32,9 @@ WideString ExportedText(const DbTableDescr& descr, DbTableData& data) {
     WideString text;
     AppendLine(
         descr.size(), [&](std::size_t field) { return descr.at(field)->GetName(); }, text);
+    if (data.size() == 0) {
+        return text;
+    }
     const RowsView rows(*data.GetRows());
     for (uint64 row = 0; row < rows.Count(); ++row) {
         if (rows.HasRow(row)) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Quillet/base/Rollback.h"
 #include "Quillet/platform/Clock.h"
 #include "Quillet/platform/File.h"
 #include "Quillet/rows/RowScanner.h"
@@ -168,6 +169,8 @@ bool CatalogScanner::ReadStructure(std::string_view text) {
     if (!document.LoadText(text)) {
         return false;
     }
+    // These structures are nobody's, so that they must not count as changes.
+    const Rollback counter([count = DbItem::m_changeCounter] { DbItem::m_changeCounter = count; });
     xml::Face face;
     for (xml::Node table = document.Root().FirstChild().FirstChild(); !table.IsNull();
          table = table.NextSibling()) {

@@ -64,6 +64,9 @@ void CopyRecords(const DbTableInfo& table, DBACCESS_VECTOR& out) {
     DbTableData& data = *table.GetData();
     out.clear();
     out.resize(data.size());
+    if (out.empty()) {
+        return;
+    }
     const RowsView rows(*data.GetRows());
     CComVariant scratch;
     for (std::size_t i = 0; i < out.size(); ++i) {

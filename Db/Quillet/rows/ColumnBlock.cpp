@@ -45,6 +45,13 @@ ColumnBlock::ColumnBlock(const ColumnKinds& kinds) : m_columns(kinds.size()) {
     }
 }
 
+ColumnBlock::ColumnBlock(const ColumnBlock& other) : m_columns(other.m_columns.size()) {
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        m_columns[i].m_kind = other.m_columns[i].m_kind;
+        m_columns[i].m_index = other.m_columns[i].m_index;
+    }
+}
+
 bool ColumnBlock::Fits(const ColumnKinds& kinds) const {
     if (kinds.size() != m_columns.size()) {
         return false;

@@ -27,7 +27,8 @@ public:
     static constexpr std::uint32_t MostSlots = 4096;
 
     explicit ColumnBlock(const ColumnKinds& kinds);
-    ColumnBlock(const ColumnBlock&) = delete;
+    // The same columns, without slots.
+    explicit ColumnBlock(const ColumnBlock& other);
     ColumnBlock& operator=(const ColumnBlock&) = delete;
 
     // Whether new rows, whose cells are numbered by their positions, can be kept here.
@@ -85,7 +86,7 @@ public:
 
     // The object of the row in a slot; null if none was made.
     DbTableRow* RowAt(std::uint32_t slot) const { return m_rows == nullptr ? nullptr : m_rows[slot]; }
-    // No object is made in any of the slots.
+    // Whether there is room for objects: without it none of the rows has one.
     bool HasRows() const { return m_rows != nullptr; }
     // After this SetRow can't fail.
     void MakeRoomForRows();

@@ -1,7 +1,9 @@
 #include "Quillet/rows/ColumnStore.h"
 
 #include <algorithm>
+#include <new>
 #include <numeric>
+#include <typeinfo>
 #include <utility>
 
 #include "Quillet/Db_Rows.h"
@@ -14,8 +16,17 @@ namespace quillet {
 
 namespace {
 
+// A block of so many slots is packed when no more than one in so many is in use.
+constexpr std::uint32_t FewestToRepack = 64;
+constexpr std::uint32_t RepackFactor = 4;
+
 const DbTableDescr* DescrOf(const ColumnStore::Structure& structure) {
     return structure == nullptr ? nullptr : *structure;
+}
+
+// Whether the field gives every row the same default value; a host's class may give each another.
+bool HasOneDefault(const DbFieldDescr& field) {
+    return typeid(field) == typeid(DbFieldDescr);
 }
 
 ColumnKinds KindsOf(const DbTableDescr* descr) {
@@ -71,10 +82,15 @@ void ColumnStore::Append(std::size_t rows, DbRows& parent, const Structure& stru
             MakeRow(SlotOf(row), {&parent, true, structure, kinds.size()});
         }
     }
-    for (std::size_t field = 0; initValues && field < kinds.size(); ++field) {
-        const CellView value = CellView::Variant(descr->at(field)->GetVariant());
+    for (std::size_t i = 0; initValues && i < kinds.size(); ++i) {
+        DbFieldDescr& field = *descr->at(i);
+        const bool hasOneDefault = HasOneDefault(field);
+        CellView value = CellView::Variant(field.GetVariant());
         for (std::size_t row = first; row < m_size; ++row) {
-            SetCell(row, field, value);
+            if (!hasOneDefault && row > first) {
+                value = CellView::Variant(field.GetVariant());
+            }
+            SetCell(row, i, value);
         }
     }
     appended.Keep();
@@ -116,6 +132,9 @@ ColumnBlock& ColumnStore::Tail(const ColumnKinds& kinds) {
         place = std::find(m_blocks.begin(), m_blocks.end(), nullptr);
     }
     const auto index = static_cast<std::size_t>(place - m_blocks.begin());
+    if (index == MostBlocks) {
+        throw std::bad_alloc();
+    }
     if (place == m_blocks.end()) {
         ReserveOneMore(m_blocks);
         ReserveOneMore(m_live);
@@ -197,6 +216,12 @@ void ColumnStore::FreeSlot(std::uint32_t slot) {
         m_blocks[index].reset();
     } else if (WithinBlock(slot) + 1 == block.Used()) {
         block.GiveBackLast();
+    } else if (block.Used() >= FewestToRepack && m_live[index] * RepackFactor <= block.Used()) {
+        try {
+            Repack(index);
+        } catch (const std::bad_alloc&) {
+            // The next deletion tries again.
+        }
     }
     if (m_isDense && index != m_tail) {
         // The block before an empty tail has room again.
@@ -211,6 +236,37 @@ void ColumnStore::FreeSlot(std::uint32_t slot) {
         m_tail = NoBlock;
         m_isDense = true;
     }
+}
+
+// Moves the rows of a block together, so that slots of deleted rows don't take memory for ever.
+void ColumnStore::Repack(std::size_t index) {
+    const ColumnBlock& from = *m_blocks[index];
+    auto to = std::make_unique<ColumnBlock>(from);
+    to->Reserve(m_live[index]);
+    if (from.HasRows()) {
+        to->MakeRoomForRows();
+    }
+    std::vector<std::size_t> positions;
+    positions.reserve(m_live[index]);
+    for (std::size_t position = 0; position < m_size; ++position) {
+        if (m_slots[position] >> SlotBits == index) {
+            const std::uint32_t slot = WithinBlock(m_slots[position]);
+            const std::uint32_t target = to->Used();
+            to->Use(1);
+            for (std::size_t column = 0; column < from.Columns(); ++column) {
+                to->Put(column, target, from.Get(column, slot));
+            }
+            if (DbTableRow* const row = from.RowAt(slot)) {
+                to->SetRow(target, row);
+            }
+            positions.push_back(position);
+        }
+    }
+    const auto first = static_cast<std::uint32_t>(index << SlotBits);
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        m_slots[positions[i]] = first + static_cast<std::uint32_t>(i);
+    }
+    m_blocks[index] = std::move(to);
 }
 
 void ColumnStore::DropLast(std::size_t rows) {
@@ -265,7 +321,7 @@ void ColumnStore::FetchAhead(const DbTableRow& row, std::size_t field, Fetch wha
             platform::FetchAhead(&cells);
             break;
         case Fetch::Cells:
-            platform::FetchAhead(cells.data() + field);
+            platform::FetchAhead(field < cells.size() ? cells.data() + field : nullptr);
             break;
         case Fetch::Cell:
             platform::FetchAhead(field < cells.size() ? cells[field] : nullptr);
@@ -319,12 +375,14 @@ void ColumnStore::SetCell(std::size_t position, std::size_t field, const CellVie
     }
 }
 
-void ColumnStore::OwnerGoes(const DbRows& owner) {
-    m_ownerLives = m_ownerLives && m_owner != &owner;
+std::size_t ColumnStore::SlotsInUse() const {
+    std::size_t slots = 0;
+    ForEachBlock([&](const ColumnBlock& block) { slots += block.Used(); });
+    return slots;
 }
 
-bool ColumnStore::Follows(const DbRows& parent, const DbTableDescr* descr) const {
-    return DescrOf(m_structure) == descr && (!m_ownerLives || m_owner == &parent);
+void ColumnStore::OwnerGoes(const DbRows& owner) {
+    m_ownerLives = m_ownerLives && m_owner != &owner;
 }
 
 std::uint64_t ColumnStore::SizeOfUnmadeRows() const {
@@ -349,19 +407,18 @@ void ColumnStore::MakeColumns(std::size_t position, const DbTableDescr& descr) {
     const DbFieldDescr& field = descr.GetField(static_cast<int>(position));
     const CellView value = CellView::Variant(field.GetVariant());
     const auto index = static_cast<int>(position);
-    for (std::size_t block = 0; block < m_blocks.size(); ++block) {
-        if (m_blocks[block] == nullptr ||
-            m_blocks[block]->MakeColumn(ColumnKindOf(field.GetType()), index, value)) {
-            continue;
-        }
-        // The value stands in objects only.
-        for (std::size_t row = 0; row < m_size; ++row) {
-            if (SlotOf(row) >> SlotBits == block) {
-                RowAt(row);
-            }
-        }
-        m_blocks[block]->MakeColumn(CellView::Kind::Empty, index, CellView());
+    bool isKept = HasOneDefault(field);
+    ForEachBlock([&](ColumnBlock& block) {
+        isKept = isKept && block.MakeColumn(ColumnKindOf(field.GetType()), index, value);
+    });
+    if (isKept) {
+        return;
     }
+    // The value stands in objects only.
+    for (std::size_t row = 0; row < m_size; ++row) {
+        RowAt(row);
+    }
+    ForEachBlock([&](ColumnBlock& block) { block.MakeColumn(CellView::Kind::Empty, index, CellView()); });
 }
 
 void ColumnStore::InsertColumns(std::size_t position) {

@@ -35,6 +35,8 @@ public:
     ~ColumnStore();
 
     std::size_t Size() const { return m_size; }
+    // The structure of the rows that were not made; null once it is gone.
+    const DbTableDescr* Descr() const { return m_structure == nullptr ? nullptr : *m_structure; }
 
     // Appends rows with one cell for each field, empty or with the fields' default values. Those of another
     // parent than the owner are made at once, with that parent's structure.
@@ -56,6 +58,8 @@ public:
         const std::uint32_t slot = SlotOf(position);
         return BlockOf(slot).RowAt(WithinBlock(slot));
     }
+    // The slots that blocks have in use, for rows or for deleted ones.
+    std::size_t SlotsInUse() const;
     bool HasMadeRows() const { return m_made > 0; }
     // What of an object is fetched ahead: the row, its list of cells, the cell.
     enum class Fetch : std::uint8_t { Row, Cells, Cell };
@@ -101,9 +105,7 @@ public:
 
     // The owner goes, or shows other rows: the rows live on without it.
     void OwnerGoes(const DbRows& owner);
-    // Whether the rows that were not made are those of this parent and structure, or of the structure alone
-    // if their owner went.
-    bool Follows(const DbRows& parent, const DbTableDescr* descr) const;
+    bool HasOwner() const { return m_ownerLives; }
     bool IsOwnedBy(const DbRows& rows) const { return m_ownerLives && m_owner == &rows; }
 
     // The rows from a position on that were made.
@@ -131,6 +133,7 @@ private:
     static constexpr std::uint32_t SlotBits = 12;
     static_assert(ColumnBlock::MostSlots == 1U << SlotBits);
     static constexpr std::size_t NoBlock = SIZE_MAX;
+    static constexpr std::size_t MostBlocks = std::size_t(1) << (32 - SlotBits);
 
     static std::uint32_t WithinBlock(std::uint32_t slot) { return slot & (ColumnBlock::MostSlots - 1); }
     ColumnBlock& BlockOf(std::uint32_t slot) const { return *m_blocks[slot >> SlotBits]; }
@@ -146,6 +149,7 @@ private:
     ColumnBlock& Tail(const ColumnKinds& kinds);
     std::size_t AppendSlots(std::size_t rows, const ColumnKinds& kinds);
     void FreeSlot(std::uint32_t slot);
+    void Repack(std::size_t block);
     struct RowShape;
     DbTableRow& MakeRow(std::uint32_t slot);
     DbTableRow& MakeRow(std::uint32_t slot, const RowShape& shape);

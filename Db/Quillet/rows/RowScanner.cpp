@@ -7,6 +7,7 @@
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/Utf8.h"
 #include "Quillet/values/PlainNumber.h"
+#include "Quillet/xml/Tree.h"
 
 namespace quillet {
 
@@ -62,7 +63,9 @@ const char* FindUnit(const char* at, const char* end, char unit) {
 RowScanner::RowScanner(const DbTableDescr& descr, ColumnStore& rows) : m_rows(rows) {
     for (const DbFieldDescr* const field : descr) {
         const Kind kind = ColumnKindOf(field->GetType());
-        const bool isPlain = kind != Kind::Empty && field->ConvertedType() == field->GetType();
+        // A document with other names is refused.
+        const bool isPlain = kind != Kind::Empty && field->ConvertedType() == field->GetType() &&
+                             xml::IsXmlName(field->SafeNameUtf8());
         m_fields.push_back({field, kind, isPlain, " " + field->SafeNameUtf8() + "=\""});
         m_kinds.push_back(kind);
     }

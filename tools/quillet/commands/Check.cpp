@@ -212,7 +212,7 @@ void CheckCells(const Table& table, Findings& findings) {
     RunningProgress progress(ScreenBesideFiles(), "Checking " + table.m_name, rows);
     const RowsView view(*table.m_data->GetRows());
     for (std::size_t row = 0; row < rows; ++row) {
-        const std::size_t cells = view.Width(row);
+        const std::size_t cells = view.HasRow(row) ? view.Width(row) : 0;
         for (std::size_t i = 0; i < cells; ++i) {
             const DbFieldDescr& field = table.m_descr->GetField(static_cast<int>(i));
             const CellView cell = view.Cell(row, i);

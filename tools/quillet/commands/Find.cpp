@@ -3,6 +3,7 @@
 
 #include "Quillet/Db_Recordset.h"
 #include "Quillet/cursor/RowCondition.h"
+#include "Quillet/rows/RowsView.h"
 #include "commands/Commands.h"
 #include "commands/Printing.h"
 #include "commands/QueryHints.h"
@@ -63,7 +64,8 @@ std::vector<std::size_t> FindRows(DbTableData& data, RowCondition& condition, co
     std::vector<std::size_t> positions;
     for (std::size_t i = 0; i < count && (request.m_all || positions.empty()); ++i) {
         const std::size_t position = request.m_backward ? count - 1 - i : i;
-        if (condition.Holds(*data.GetRows(), position)) {
+        DbRows& rows = *data.GetRows();
+        if (RowsView(rows).HasRow(position) && condition.Holds(rows, position)) {
             positions.push_back(position);
         }
     }

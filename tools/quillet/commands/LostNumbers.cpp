@@ -18,7 +18,8 @@ std::string FindLostNumbers(Catalog& catalog) {
         DbTableData& data = *database.GetTableData(i);
         const RowsView rows(*data.GetRows());
         for (std::size_t row = 0; row < rows.Count(); ++row) {
-            for (std::size_t cell = 0; cell < rows.Width(row); ++cell) {
+            const std::size_t cells = rows.HasRow(row) ? rows.Width(row) : 0;
+            for (std::size_t cell = 0; cell < cells; ++cell) {
                 const CellView value = rows.Cell(row, cell);
                 if (IsReadBack(value)) {
                     continue;
