@@ -124,19 +124,20 @@ void ColumnBlock::Reserve(std::uint32_t slots) {
 
 void ColumnBlock::GiveBackLast() {
     --m_used;
-    for (auto column = m_columns.rbegin(); column != m_columns.rend(); ++column) {
-        if (column->m_filled <= m_used) {
+    // Rows are mostly filled one after another, so the texts of the last one are the last.
+    for (std::size_t i = m_columns.size(); i-- > 0;) {
+        Column& column = m_columns[i];
+        if (column.m_filled <= m_used) {
             continue;
         }
-        // Rows are mostly filled one after another, so the texts of the last one are the last.
-        if (column->m_kind == Kind::Text && ValueByState(*column, m_used).GetKind() == Kind::Text) {
-            const TextPlace place = At<TextPlace>(*column, m_used);
+        if (column.m_kind == Kind::Text && ValueByState(column, m_used).GetKind() == Kind::Text) {
+            const TextPlace place = At<TextPlace>(column, m_used);
             if (place.m_start >= m_sharedTexts &&
                 std::size_t{place.m_start} + place.m_size == m_texts.size()) {
                 m_texts.resize(place.m_start);
             }
         }
-        column->m_filled = m_used;
+        column.m_filled = m_used;
     }
 }
 

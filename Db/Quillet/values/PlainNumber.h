@@ -1,9 +1,11 @@
-// Plain decimal numbers, read and written faster than by the general conversions, with the same result.
+// Plain decimal numbers, read faster than by the general conversions, with the same result.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+
+#include "Quillet/platform/Automation.h"
 
 namespace quillet {
 
@@ -47,7 +49,7 @@ inline const char* ReadPlainDouble(const char* text, double& number) {
 }
 
 // The same for whole numbers of at most 9 digits.
-inline const char* ReadPlainLong(const char* text, std::int32_t& number) {
+inline const char* ReadPlainLong(const char* text, LONG& number) {
     constexpr std::ptrdiff_t MostDigits = 9;
     const bool isNegative = *text == '-';
     text += isNegative ? 1 : 0;
@@ -56,8 +58,8 @@ inline const char* ReadPlainLong(const char* text, std::int32_t& number) {
     if (end == text || end - text > MostDigits) {
         return nullptr;
     }
-    number = static_cast<std::int32_t>(isNegative ? -static_cast<std::int64_t>(value)
-                                                  : static_cast<std::int64_t>(value));
+    number =
+        static_cast<LONG>(isNegative ? -static_cast<std::int64_t>(value) : static_cast<std::int64_t>(value));
     return end;
 }
 
