@@ -74,7 +74,6 @@ std::vector<uint64> FindByCells(const RowsView& view, RowsCondition condition, u
         }
         for (; i < end; ++i) {
             if (view.HasRow(i)) {
-                condition.FetchAhead(view, i);
                 last = i;
                 if (condition.Holds(view, i)) {
                     found.push_back(i);
@@ -137,7 +136,6 @@ void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::ve
         const std::size_t end = std::min(first + atATime, positions.size());
         for (std::size_t field = 0; field < fields.size(); ++field) {
             for (std::size_t i = first; i < end; ++i) {
-                source.FetchAhead(positions, i, fields[field]);
                 target.SetCell(i, field, source.StoredCell(positions[i], fields[field]));
             }
         }

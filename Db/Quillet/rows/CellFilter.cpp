@@ -54,6 +54,73 @@ CellView ViewOf(const CComVariant& literal) {
     return CellView::Variant(literal).Plain();
 }
 
+// Appends the positions of the numbers for which the predicate holds.
+template <typename Number, typename Predicate>
+void SelectNumbers(const Number* numbers, std::uint32_t count, uint64 position, std::vector<uint64>& found,
+                   Predicate predicate) {
+    const std::size_t before = found.size();
+    found.resize(before + count);
+    uint64* next = found.data() + before;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        *next = position + i;
+        next += predicate(numbers[i]) ? 1 : 0;
+    }
+    found.resize(static_cast<std::size_t>(next - found.data()));
+}
+
+template <typename Number>
+void SelectNumbers(Operator op, const Number* numbers, std::uint32_t count, Number literal, uint64 position,
+                   std::vector<uint64>& found) {
+    const auto select = [&](auto predicate) { SelectNumbers(numbers, count, position, found, predicate); };
+    switch (op) {
+        case Operator::Less:
+            select([=](Number number) { return number < literal; });
+            break;
+        case Operator::LessOrEqual:
+            select([=](Number number) { return number <= literal; });
+            break;
+        case Operator::Equal:
+            select([=](Number number) { return number == literal; });
+            break;
+        case Operator::GreaterOrEqual:
+            select([=](Number number) { return number >= literal; });
+            break;
+        case Operator::Greater:
+            select([=](Number number) { return number > literal; });
+            break;
+        case Operator::NotEqual:
+            select([=](Number number) { return number != literal; });
+            break;
+        case Operator::None:
+            break;
+    }
+}
+
+// The operator with its sides exchanged.
+Operator Exchanged(Operator op) {
+    switch (op) {
+        case Operator::Less:
+            return Operator::Greater;
+        case Operator::LessOrEqual:
+            return Operator::GreaterOrEqual;
+        case Operator::GreaterOrEqual:
+            return Operator::LessOrEqual;
+        case Operator::Greater:
+            return Operator::Less;
+        default:
+            return op;
+    }
+}
+
+template <typename Number>
+bool HasNan(const Number* numbers, std::uint32_t count) {
+    bool found = false;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        found |= numbers[i] != numbers[i];
+    }
+    return found;
+}
+
 }  // namespace
 
 CellFilter::CellFilter(const DbFilter& filter)
@@ -129,77 +196,6 @@ bool CellFilter::Compare(const CellView& left, const CellView& right) {
     }
     return m_filter->m_comparison(left.In(m_left), right.In(m_right));
 }
-
-namespace {
-
-// Appends the positions of the numbers for which the predicate holds.
-template <typename Number, typename Predicate>
-void SelectNumbers(const Number* numbers, std::uint32_t count, uint64 position, std::vector<uint64>& found,
-                   Predicate predicate) {
-    const std::size_t before = found.size();
-    found.resize(before + count);
-    uint64* next = found.data() + before;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        *next = position + i;
-        next += predicate(numbers[i]) ? 1 : 0;
-    }
-    found.resize(static_cast<std::size_t>(next - found.data()));
-}
-
-template <typename Number>
-void SelectNumbers(Operator op, const Number* numbers, std::uint32_t count, Number literal, uint64 position,
-                   std::vector<uint64>& found) {
-    const auto select = [&](auto predicate) { SelectNumbers(numbers, count, position, found, predicate); };
-    switch (op) {
-        case Operator::Less:
-            select([=](Number number) { return number < literal; });
-            break;
-        case Operator::LessOrEqual:
-            select([=](Number number) { return number <= literal; });
-            break;
-        case Operator::Equal:
-            select([=](Number number) { return number == literal; });
-            break;
-        case Operator::GreaterOrEqual:
-            select([=](Number number) { return number >= literal; });
-            break;
-        case Operator::Greater:
-            select([=](Number number) { return number > literal; });
-            break;
-        case Operator::NotEqual:
-            select([=](Number number) { return number != literal; });
-            break;
-        case Operator::None:
-            break;
-    }
-}
-
-// The operator with its sides exchanged.
-Operator Exchanged(Operator op) {
-    switch (op) {
-        case Operator::Less:
-            return Operator::Greater;
-        case Operator::LessOrEqual:
-            return Operator::GreaterOrEqual;
-        case Operator::GreaterOrEqual:
-            return Operator::LessOrEqual;
-        case Operator::Greater:
-            return Operator::Less;
-        default:
-            return op;
-    }
-}
-
-template <typename Number>
-bool HasNan(const Number* numbers, std::uint32_t count) {
-    bool found = false;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        found |= numbers[i] != numbers[i];
-    }
-    return found;
-}
-
-}  // namespace
 
 bool CellFilter::Select(const ColumnStore::Run& rows, uint64 position, std::vector<uint64>& found) const {
     const bool isLiteralLeft = m_filter->m_leftIndex < 0;

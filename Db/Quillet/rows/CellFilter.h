@@ -1,7 +1,6 @@
 // Conditions on rows that need not be made.
 #pragma once
 
-#include <algorithm>
 #include <optional>
 #include <span>
 #include <string>
@@ -20,10 +19,6 @@ public:
     // The filter must outlive the object, and be of no derived class.
     explicit CellFilter(const DbFilter& filter);
 
-    void FetchAhead(const RowsView& rows, uint64 position) const {
-        rows.FetchAhead(position,
-                        static_cast<uint64>(std::max(m_filter->m_leftIndex, m_filter->m_rightIndex)));
-    }
     // What DbFilter::Evaluate finds for the row, which must exist.
     bool Holds(const RowsView& rows, uint64 position);
 
@@ -57,12 +52,6 @@ public:
     // outlive the object.
     RowsCondition(clv::clause& clause, std::span<DbFilter* const> filters);
 
-    // Rows after the one at the position will be evaluated next.
-    void FetchAhead(const RowsView& rows, uint64 position) const {
-        for (const CellFilter& leaf : m_leaves) {
-            leaf.FetchAhead(rows, position);
-        }
-    }
     // See CellFilter::Select.
     bool Select(const ColumnStore::Run& rows, uint64 position, std::vector<uint64>& found) const {
         return m_isOneFilter && m_leaves.front().Select(rows, position, found);

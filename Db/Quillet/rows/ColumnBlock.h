@@ -9,7 +9,6 @@
 
 #include "Quillet/rows/CellView.h"
 
-class DbTableDescr;
 class DbTableRow;
 
 namespace quillet {

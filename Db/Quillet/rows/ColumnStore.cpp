@@ -10,7 +10,6 @@
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/Reserve.h"
 #include "Quillet/base/Rollback.h"
-#include "Quillet/platform/Memory.h"
 
 namespace quillet {
 
@@ -97,7 +96,7 @@ void ColumnStore::Append(std::size_t rows, DbRows& parent, const Structure& stru
 }
 
 // Takes slots of one block into use, one at least.
-std::size_t ColumnStore::AppendSlots(std::size_t rows, const ColumnKinds& kinds) {
+void ColumnStore::AppendSlots(std::size_t rows, const ColumnKinds& kinds) {
     ColumnBlock& block = Tail(kinds);
     const auto taken =
         static_cast<std::uint32_t>(std::min<std::size_t>(rows, ColumnBlock::MostSlots - block.Used()));
@@ -111,7 +110,6 @@ std::size_t ColumnStore::AppendSlots(std::size_t rows, const ColumnKinds& kinds)
     block.Use(taken);
     m_live[m_tail] += taken;
     m_size += taken;
-    return taken;
 }
 
 // The block that the next rows go to; it has room for one at least.
@@ -312,21 +310,6 @@ DbTableRow& ColumnStore::MakeRow(std::uint32_t slot, const RowShape& shape) {
     block.SetRow(within, row);
     ++m_made;
     return *row;
-}
-
-void ColumnStore::FetchAhead(const DbTableRow& row, std::size_t field, Fetch what) {
-    const std::vector<DbFieldValue*>& cells = row;
-    switch (what) {
-        case Fetch::Row:
-            platform::FetchAhead(&cells);
-            break;
-        case Fetch::Cells:
-            platform::FetchAhead(field < cells.size() ? cells.data() + field : nullptr);
-            break;
-        case Fetch::Cell:
-            platform::FetchAhead(field < cells.size() ? cells[field] : nullptr);
-            break;
-    }
 }
 
 ColumnStore::Run ColumnStore::RunAt(std::size_t position, std::size_t most) const {

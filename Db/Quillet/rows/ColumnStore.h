@@ -61,13 +61,6 @@ public:
     // The slots that blocks have in use, for rows or for deleted ones.
     std::size_t SlotsInUse() const;
     bool HasMadeRows() const { return m_made > 0; }
-    // What of an object is fetched ahead: the row, its list of cells, the cell.
-    enum class Fetch : std::uint8_t { Row, Cells, Cell };
-    void FetchAhead(std::size_t position, std::size_t field, Fetch what) const {
-        if (const DbTableRow* const row = MadeRowAt(position)) {
-            FetchAhead(*row, field, what);
-        }
-    }
     // How many cells the row has.
     std::size_t WidthOf(std::size_t position) const;
 
@@ -128,8 +121,6 @@ public:
     void EraseColumns(std::size_t position);
 
 private:
-    static void FetchAhead(const DbTableRow& row, std::size_t field, Fetch what);
-
     static constexpr std::uint32_t SlotBits = 12;
     static_assert(ColumnBlock::MostSlots == 1U << SlotBits);
     static constexpr std::size_t NoBlock = SIZE_MAX;
@@ -147,7 +138,7 @@ private:
     void ReserveSlots(std::size_t rows);
     void ListSlots();
     ColumnBlock& Tail(const ColumnKinds& kinds);
-    std::size_t AppendSlots(std::size_t rows, const ColumnKinds& kinds);
+    void AppendSlots(std::size_t rows, const ColumnKinds& kinds);
     void FreeSlot(std::uint32_t slot);
     void Repack(std::size_t block);
     struct RowShape;

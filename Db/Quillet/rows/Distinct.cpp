@@ -53,8 +53,9 @@ RowGroups GroupsOf(const RowSelection& rows, const std::vector<uint64>& fields) 
     std::vector<std::uint32_t> ofRow(rows.Size());
     for (const uint64 field : fields) {
         EqualityClasses classes;
-        rows.ForEachCell(field,
-                         [&](std::size_t row, const CellView& cell) { ofRow[row] = classes.ClassOf(cell); });
+        for (std::size_t row = 0; row < rows.Size(); ++row) {
+            ofRow[row] = classes.ClassOf(rows.Cell(row, field));
+        }
         if (!classes.AreSure()) {
             Distrust(groups, classes, ofRow);
             Divide(groups, ofRow);

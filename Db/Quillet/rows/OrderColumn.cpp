@@ -239,7 +239,9 @@ private:
 
 OrderColumn::OrderColumn(const RowSelection& rows, uint64 field) : m_rows(&rows), m_field(field) {
     Cells cells(rows.Size());
-    rows.ForEachCell(field, [&](std::size_t row, const CellView& cell) { cells[row] = cell; });
+    for (std::size_t row = 0; row < cells.size(); ++row) {
+        cells[row] = rows.Cell(row, field);
+    }
     const VARTYPE type = CommonestType(cells);
     if (type == VT_BSTR) {
         RankTexts(cells);

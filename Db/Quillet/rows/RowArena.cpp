@@ -45,12 +45,6 @@ void RowArena::Release(void* piece, std::size_t bytes) {
     m_hasReleased = true;
 }
 
-void RowArena::Reserve(std::size_t bytes) {
-    if (bytes > m_left) {
-        AddBlock(std::min(std::max(bytes, m_total), LargestBlock));
-    }
-}
-
 void RowArena::AddBlock(std::size_t bytes) {
     m_blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(bytes));
     m_free = m_blocks.back().get();

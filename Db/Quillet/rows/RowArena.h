@@ -21,8 +21,6 @@ public:
     void* Allocate(std::size_t bytes);
     // The piece must have been allocated with the same number of bytes. Can't fail.
     void Release(void* piece, std::size_t bytes);
-    // So many bytes more will be asked for soon.
-    void Reserve(std::size_t bytes);
 
 private:
     void AddBlock(std::size_t bytes);

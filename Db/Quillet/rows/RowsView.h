@@ -35,23 +35,6 @@ public:
         return run;
     }
     bool HasMadeRows() const { return m_store.HasMadeRows(); }
-    // Has the memory of a cell on its way that is read some rows later: one of the rows at the positions, of
-    // which number i is read now.
-    void FetchAhead(std::span<const uint64> positions, std::size_t i, uint64 field) const {
-        if (HasMadeRows()) {
-            FetchSteps(
-                [&](std::size_t place) {
-                    return place < positions.size() ? positions[place] : m_order.size();
-                },
-                i, field);
-        }
-    }
-    // The same for rows that are read in their visible order.
-    void FetchAhead(uint64 position, uint64 field) const {
-        if (HasMadeRows()) {
-            FetchSteps([](std::size_t place) { return place; }, position, field);
-        }
-    }
     // A cell, empty where the row has none.
     CellView Cell(uint64 position, uint64 field) const { return m_store.CellAt(m_order[position], field); }
     // The same for a copy: what a cell stores, whatever its class says that it is.
@@ -64,20 +47,6 @@ public:
     }
 
 private:
-    template <typename PositionAt>
-    void FetchSteps(PositionAt positionAt, std::size_t i, uint64 field) const {
-        // Each step needs what the one before has fetched.
-        constexpr std::size_t Distance = 8;
-        for (const ColumnStore::Fetch what :
-             {ColumnStore::Fetch::Cell, ColumnStore::Fetch::Cells, ColumnStore::Fetch::Row}) {
-            i += Distance;
-            const uint64 position = positionAt(i);
-            if (HasRow(position)) {
-                m_store.FetchAhead(m_order[position], field, what);
-            }
-        }
-    }
-
     const std::vector<uint64>& m_order;
     ColumnStore& m_store;
 };
@@ -92,16 +61,6 @@ public:
         : m_view(&view), m_positions(positions), m_size(positions.size()) {}
 
     std::size_t Size() const { return m_size; }
-    // The cells of one field are read row after row.
-    template <typename Use>
-    void ForEachCell(uint64 field, Use use) const {
-        for (std::size_t row = 0; row < m_size; ++row) {
-            if (m_view != nullptr) {
-                m_view->FetchAhead(m_positions, row, field);
-            }
-            use(row, Cell(row, field));
-        }
-    }
     // A cell, empty where the row has none.
     CellView Cell(std::size_t row, uint64 field) const {
         if (m_view == nullptr) {
