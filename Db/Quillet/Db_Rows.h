@@ -12,6 +12,7 @@ struct DbLogEntry;
 namespace quillet {
 class CellParser;
 class ColumnStore;
+class NewCells;
 class RowsView;
 namespace xml {
 class Node;
@@ -47,22 +48,6 @@ public:
     // value, or deleted, in every row that follows the descriptor.
     void Update(uint64 fieldIndex, bool added);
 
-    // The cells that a new field of the descriptor brings to the rows: made where that may fail, inserted
-    // where nothing may.
-    class NewCells {
-    public:
-        NewCells(DbRows& rows, uint64 fieldIndex);
-        // Once; the rows must be those that they were before.
-        void Insert();
-
-    private:
-        DbRows& m_rows;
-        uint64 m_index;
-        // The columns of rows that were not made have been prepared.
-        bool m_hasColumns = false;
-        std::vector<std::pair<DbTableRow*, std::unique_ptr<DbFieldValue>>> m_cells;
-    };
-
     // From now on shows other's rows in the given order of storage positions. Its own rows are dropped. No
     // effect for null or itself. Nothing counts as changed by that.
     void Bind(DbRows* other, std::vector<uint64>& order);
@@ -85,6 +70,7 @@ public:
 private:
     friend class DbTableData;
     friend class DbTableRow;
+    friend class quillet::NewCells;
     friend class quillet::RowsView;
 
     // Appends the row at a visible position, if there is one, as DbTableRow::Save does.

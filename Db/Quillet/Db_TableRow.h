@@ -13,7 +13,8 @@ class DbTableDescr;
 
 namespace quillet {
 class ColumnStore;
-}
+class NewCells;
+}  // namespace quillet
 
 // The cells of a row, in field order (as a vector: element i is the cell of field i). The row owns them;
 // those that it was made with are in one block.
@@ -108,6 +109,7 @@ public:
 private:
     friend class DbRows;
     friend class quillet::ColumnStore;
+    friend class quillet::NewCells;
 
     // The bytes of the piece of memory that holds a row, at its beginning, and its cells.
     static std::size_t PieceBytes(std::size_t cells);

@@ -3,10 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <ostream>
 #include <tuple>
 
-#include "support/CatalogHelpers.h"
+#include "support/ReadingTest.h"
 #include "support/RecordHelpers.h"
 
 namespace {
@@ -155,32 +156,28 @@ TEST(LogEntries, Message_OfOtherLines_IsTheWholeText) {
     EXPECT_EQ((DbLogEntry{Kind::ReadFault, "SQL Analyze - x"}).Message(), CString("SQL Analyze - x"));
 }
 
-TEST(LogEntries, FileThatIsNoCatalog_IsToldApartFromOtherFaults) {
-    for (const quillet::test::Reading reading :
-         {quillet::test::Reading::Whole, quillet::test::Reading::Sequential}) {
-        const quillet::test::TemporaryFolder folder;
-        quillet::test::WriteBytes(folder / "no.xml", "<database><header/></database>");
-        const auto database = quillet::test::Open(folder / "no.xml", reading);
-        database->LoadTables();
-        EXPECT_THAT(Abouts(*database), Contains(About(Kind::NoCatalog, "", 0, "")));
-        database->Sync();
-    }
+class NoCatalogEntries : public quillet::test::ReadingTest {
+protected:
+    NoCatalogEntries() : m_database(OpenXml("<database><header/></database>")) { m_database->LoadTables(); }
+    ~NoCatalogEntries() override { m_database->Sync(); }
+
+    std::unique_ptr<DbDatabase> m_database;
+};
+
+INSTANTIATE_TEST_SUITE_P(Readings, NoCatalogEntries,
+                         testing::Values(quillet::test::Reading::Whole, quillet::test::Reading::Sequential),
+                         quillet::test::ReadingName);
+
+TEST_P(NoCatalogEntries, AreToldApartFromOtherFaults) {
+    EXPECT_THAT(Abouts(*m_database), Contains(About(Kind::NoCatalog, "", 0, "")));
 }
 
-TEST(LogEntries, LastReadFault_OfAFileThatIsNoCatalog_SaysSoBeforeAndAfterReadingItWhole) {
-    for (const quillet::test::Reading reading :
-         {quillet::test::Reading::Whole, quillet::test::Reading::Sequential}) {
-        const quillet::test::TemporaryFolder folder;
-        quillet::test::WriteBytes(folder / "no.xml", "<database><header/></database>");
-        const auto database = quillet::test::Open(folder / "no.xml", reading);
-        database->LoadTables();
-        EXPECT_EQ(database->LastReadFault().m_kind, Kind::NoCatalog);
-        EXPECT_EQ(database->LastReadFault().m_text, database->LastReadError());
-        EXPECT_FALSE(database->LoadWhole());
-        EXPECT_EQ(database->LastReadFault().m_kind, Kind::NoCatalog);
-        EXPECT_EQ(database->LastReadFault().m_text, database->LastReadError());
-        database->Sync();
-    }
+TEST_P(NoCatalogEntries, LastReadFault_SaysSoBeforeAndAfterReadingItWhole) {
+    EXPECT_EQ(m_database->LastReadFault().m_kind, Kind::NoCatalog);
+    EXPECT_EQ(m_database->LastReadFault().m_text, m_database->LastReadError());
+    EXPECT_FALSE(m_database->LoadWhole());
+    EXPECT_EQ(m_database->LastReadFault().m_kind, Kind::NoCatalog);
+    EXPECT_EQ(m_database->LastReadFault().m_text, m_database->LastReadError());
 }
 
 TEST(LogEntries, LastReadFault_WhereMoreIsKnown_IsAReadFault) {

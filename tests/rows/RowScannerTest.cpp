@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -19,27 +17,12 @@
 namespace quillet::test {
 namespace {
 
-std::string ShowCell(const CComVariant& value) {
-    const std::string type = std::to_string(value.vt) + ":";
-    switch (value.vt) {
-        case VT_R8:
-            return type + std::to_string(std::bit_cast<std::uint64_t>(value.dblVal));
-        case VT_BSTR:
-            return type + TextOf(value);
-        case ByteArrayType:
-            return type + ContentOf(value).m_bytes;
-        default:
-            return type + std::to_string(value.llVal);
-    }
-}
-
 std::string ShowRows(DbRows& rows) {
     const RowsView view(rows);
     std::string text;
-    CComVariant scratch;
     for (uint64 i = 0; i < view.Count(); ++i) {
         for (std::size_t field = 0; field < view.Width(i); ++field) {
-            text += ShowCell(view.Cell(i, field).In(scratch)) + "|";
+            text += ShowCell(view.Cell(i, field)) + "|";
         }
         text += "\n";
     }
@@ -91,10 +74,9 @@ std::optional<std::string> ReadByScanner(const std::string& rows, std::size_t pi
         return std::nullopt;
     }
     std::string shown;
-    CComVariant scratch;
     for (std::size_t i = 0; i < store.Size(); ++i) {
         for (std::size_t field = 0; field < store.WidthOf(i); ++field) {
-            shown += ShowCell(store.CellAt(i, field).In(scratch)) + "|";
+            shown += ShowCell(store.CellAt(i, field)) + "|";
         }
         shown += "\n";
     }

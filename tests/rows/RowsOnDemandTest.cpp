@@ -2,35 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "Quillet/rows/ColumnStore.h"
+#include "Quillet/rows/NewCells.h"
 #include "Quillet/rows/RowsView.h"
 #include "support/RowHelpers.h"
 
 namespace quillet::test {
 namespace {
-
-// Everything that can be told of a cell without making its row.
-std::string ShowCell(const CellView& cell) {
-    CComVariant scratch;
-    const CComVariant& value = cell.In(scratch);
-    std::string text = std::to_string(value.vt) + (cell.IsNull() ? "!" : ":");
-    if (value.vt == VT_R8) {
-        return text + std::to_string(std::bit_cast<std::uint64_t>(value.dblVal));
-    }
-    if (value.vt == VT_BSTR) {
-        for (const WCHAR unit : value.Text()) {
-            text += std::to_string(static_cast<unsigned>(unit)) + ",";
-        }
-        return text;
-    }
-    return value.vt == ByteArrayType ? text + ContentOf(value).m_bytes : text + std::to_string(value.llVal);
-}
 
 std::string ShowValues(DbRows& rows) {
     const RowsView view(rows);
@@ -410,8 +393,8 @@ TEST(RowsOnDemandOwner, IsGone_EveryoneWhoShowsTheRowsChangesTheirCells) {
     other.Bind(lender.get(), order);
     lender.reset();
     table.m_descr.CreateField("new", false, DbFieldDescr::Long);
-    DbRows::NewCells first(table.m_bound, 3);
-    DbRows::NewCells second(other, 3);
+    NewCells first(table.m_bound, 3);
+    NewCells second(other, 3);
     first.Insert();
     second.Insert();
     EXPECT_EQ(other.GetRow(0)->size(), 5U) << "a cell from each";

@@ -2,7 +2,9 @@
 // with.
 #pragma once
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -13,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "Quillet/rows/CellView.h"
 #include "support/Seed.h"
 #include "support/TestHelpers.h"
 
@@ -61,6 +64,33 @@ inline RowSet RowsOfOneField(const std::vector<CComVariant>& values) {
         rows.Add({value});
     }
     return rows;
+}
+
+// The type, the null flag and every bit of a cell's value.
+inline std::string ShowCell(const CellView& cell) {
+    CComVariant scratch;
+    const CComVariant& value = cell.In(scratch);
+    std::string text = std::to_string(value.vt) + (cell.IsNull() ? "!" : ":");
+    switch (value.vt) {
+        case VT_R8:
+            return text + std::to_string(std::bit_cast<std::uint64_t>(value.dblVal));
+        case VT_R4:
+            return text + std::to_string(std::bit_cast<std::uint32_t>(value.fltVal));
+        case VT_I4:
+            return text + std::to_string(value.lVal);
+        case VT_I2:
+        case VT_BOOL:
+            return text + std::to_string(value.iVal);
+        case VT_BSTR:
+            for (const WCHAR unit : value.Text()) {
+                text += std::to_string(static_cast<unsigned>(unit)) + ",";
+            }
+            return text;
+        case ByteArrayType:
+            return text + ContentOf(value).m_bytes;
+        default:
+            return text + std::to_string(value.llVal);
+    }
 }
 
 // Random choices that are the same on every system.

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Quillet/platform/Collation.h"
-#include "Quillet/rows/RowOrder.h"
+#include "Quillet/rows/OrderOfRows.h"
 #include "Quillet/rows/RowsView.h"
 
 namespace quillet {

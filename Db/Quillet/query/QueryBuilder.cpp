@@ -18,8 +18,8 @@
 #include "Quillet/registry/Registry.h"
 #include "Quillet/registry/Upcalls.h"
 #include "Quillet/rows/CellFilter.h"
-#include "Quillet/rows/Distinct.h"
-#include "Quillet/rows/RowOrder.h"
+#include "Quillet/rows/DistinctRows.h"
+#include "Quillet/rows/OrderOfRows.h"
 #include "Quillet/values/Names.h"
 
 namespace quillet {

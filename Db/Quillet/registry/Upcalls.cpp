@@ -6,6 +6,7 @@
 #include "Quillet/document/LazyReader.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
+#include "Quillet/rows/NewCells.h"
 
 namespace quillet {
 
@@ -62,12 +63,12 @@ void Upcalls::FieldsChanged(DbItem* item, const DbTableDescr& descr, uint64 inde
             return;
         }
         // Either all of them follow, or none.
-        std::vector<DbRows::NewCells> cells;
+        std::vector<NewCells> cells;
         cells.reserve(followers.size());
         for (DbTableData* const data : followers) {
             cells.emplace_back(*data->m_rows, index);
         }
-        for (DbRows::NewCells& made : cells) {
+        for (NewCells& made : cells) {
             made.Insert();
         }
     }

@@ -1,7 +1,7 @@
 // Each field's values become classes, numbers that are the same for equal values. Rows are then told apart by
 // the numbers alone, except where a class may hold different values, or a value may equal others outside of
 // its class.
-#include "Quillet/rows/Distinct.h"
+#include "Quillet/rows/DistinctRows.h"
 
 #include <algorithm>
 
@@ -19,8 +19,8 @@ struct RowGroups {
         Sure,
         // Rows of the group may differ.
         NotInside,
-        // Rows of other groups may be equal.
-        Nowhere,
+        // Rows of other groups may be equal, and those of the group may differ.
+        None,
     };
 
     std::vector<std::uint32_t> m_ofRow;
@@ -31,7 +31,7 @@ struct RowGroups {
 void Distrust(RowGroups& groups, const EqualityClasses& classes, const std::vector<std::uint32_t>& ofRow) {
     for (std::size_t row = 0; row < ofRow.size(); ++row) {
         if (ofRow[row] == EqualityClasses::Any) {
-            groups.m_trust[row] = RowGroups::Trust::Nowhere;
+            groups.m_trust[row] = RowGroups::Trust::None;
         } else if (classes.IsLoose(ofRow[row])) {
             groups.m_trust[row] = std::max(groups.m_trust[row], RowGroups::Trust::NotInside);
         }
@@ -111,7 +111,7 @@ private:
     }
 
     bool IsRepetition(std::size_t row) const {
-        if (m_groups.m_trust[row] == RowGroups::Trust::Nowhere) {
+        if (m_groups.m_trust[row] == RowGroups::Trust::None) {
             return IsAmong(row, m_kept);
         }
         return IsInGroup(row) || IsAmong(row, m_keptAnywhere);
@@ -122,7 +122,7 @@ private:
         m_before.push_back(last);
         last = static_cast<std::uint32_t>(m_kept.size());
         m_kept.push_back(row);
-        if (m_groups.m_trust[row] == RowGroups::Trust::Nowhere) {
+        if (m_groups.m_trust[row] == RowGroups::Trust::None) {
             m_keptAnywhere.push_back(row);
         }
     }

@@ -1,4 +1,4 @@
-#include "Quillet/rows/RowOrder.h"
+#include "Quillet/rows/OrderOfRows.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Where the comparison is a consistent order of the rows, they are sorted, and the places of equal rows
 // worked out from numbers alone. Elsewhere the insertions are made one by one, in a list that is quick at
 // that.
-#include "Quillet/rows/RowOrder.h"
+#include "Quillet/rows/OrderOfRows.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "Quillet/rows/Distinct.h"
+#include "Quillet/rows/DistinctRows.h"
 
 #include <gtest/gtest.h>
 
