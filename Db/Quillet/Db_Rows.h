@@ -68,6 +68,7 @@ public:
     std::shared_ptr<DbTableRow*> LifeTokenOf(int pos);
 
 private:
+    friend class DbColumnView;
     friend class DbTableData;
     friend class DbTableRow;
     friend class quillet::NewCells;

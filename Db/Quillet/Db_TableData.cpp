@@ -228,6 +228,10 @@ DbTableRow* DbTableData::GetRow(int pos) {
     return GetRows()->GetRow(pos);
 }
 
+DbColumnView DbTableData::GetColumns() {
+    return DbColumnView(*GetRows());
+}
+
 void DbTableData::DeleteRow(uint64 pos) {
     if (pos < size()) {
         m_rows->DeleteRow(pos);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "Quillet/Db_ColumnView.h"
 #include "Quillet/Db_Rows.h"
 #include "Quillet/Db_TableDescr.h"
 
@@ -60,6 +61,8 @@ public:
     DbTableRow& operator[](uint64 pos);
     // Null where there is none.
     DbTableRow* GetRow(int pos);
+    // The cells as they are now, column by column: a column for each field.
+    DbColumnView GetColumns();
     // Ignored where there is none.
     void DeleteRow(uint64 pos);
     void Bind(DbRows* other, std::vector<uint64>& order);

@@ -7,6 +7,7 @@
 #error "IQuillet needs C++20: compile with -std=c++20 (GCC, Clang) or /std:c++20 (Microsoft)"
 #else
 
+#include "Quillet/Db_ColumnView.h"
 #include "Quillet/Db_Database.h"
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_FieldDescr.h"

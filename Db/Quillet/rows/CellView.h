@@ -58,6 +58,12 @@ public:
     VARTYPE Type() const;
     // The same value by its kind where it is in a variant and has a kind of its own, other than a text.
     CellView Plain() const;
+    // The same without the flag.
+    CellView Unflagged() const {
+        CellView view = *this;
+        view.m_flag = false;
+        return view;
+    }
     // The value as a variant: the one that is shown, or scratch, which is given the value.
     const CComVariant& In(CComVariant& scratch) const;
     // Gives the variant the value.

@@ -28,7 +28,9 @@ bool HasOneDefault(const DbFieldDescr& field) {
     return typeid(field) == typeid(DbFieldDescr);
 }
 
-ColumnKinds KindsOf(const DbTableDescr* descr) {
+}  // namespace
+
+ColumnKinds ColumnKindsOf(const DbTableDescr* descr) {
     ColumnKinds kinds;
     if (descr != nullptr) {
         kinds.reserve(descr->size());
@@ -38,8 +40,6 @@ ColumnKinds KindsOf(const DbTableDescr* descr) {
     }
     return kinds;
 }
-
-}  // namespace
 
 // What an object is made of, besides its values.
 struct ColumnStore::RowShape {
@@ -69,7 +69,7 @@ void ColumnStore::ForEachBlock(Use use) const {
 
 void ColumnStore::Append(std::size_t rows, DbRows& parent, const Structure& structure, bool initValues) {
     const DbTableDescr* const descr = DescrOf(structure);
-    const ColumnKinds kinds = KindsOf(descr);
+    const ColumnKinds kinds = ColumnKindsOf(descr);
     const std::size_t first = m_size;
     ReserveSlots(rows);
     Rollback appended([&] { DropLast(m_size - first); });

@@ -17,6 +17,9 @@ class DbTableRow;
 
 namespace quillet {
 
+// The columns for the rows of a structure, which may be null.
+ColumnKinds ColumnKindsOf(const DbTableDescr* descr);
+
 // Rows by their storage positions. A row that nobody has asked for is kept in columns; a row that somebody
 // has asked for is an object, which never moves, stays until the row is deleted, and alone tells what the row
 // holds. So is a row with a value that its column can't hold.
