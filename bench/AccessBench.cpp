@@ -147,28 +147,24 @@ std::size_t CellsOf(const DBACCESS_ALL& tables) {
     return cells;
 }
 
-void AccessBare(benchmark::State& state) {
+template <typename Read>
+void MeasureReading(benchmark::State& state, Read read) {
     Measure(
-        state, [] { return 0; }, [](int) { return ReadWithBareCalls(); });
+        state, [] { return 0; }, [&](int) { return read(); });
 }
-
-void AccessQuillet(benchmark::State& state) {
-    Measure(
-        state, [] { return 0; }, [](int) { return ReadTables(); });
-}
-
-// Both take every cell.
-void AccessAgreement(benchmark::State& state) {
-    for (auto _ : state) {
-        const std::size_t cells = ReadWithBareCalls();
-        Require(cells > 0 && CellsOf(ReadTables()) == cells, "the two readings differ");
-    }
-}
-
-QUILLET_BENCHMARK(AccessBare);
-QUILLET_BENCHMARK(AccessQuillet);
-BENCHMARK(AccessAgreement)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    bench::Add("AccessBare", [](benchmark::State& state) { MeasureReading(state, ReadWithBareCalls); });
+    bench::Add("AccessQuillet", [](benchmark::State& state) { MeasureReading(state, ReadTables); });
+    // Both take every cell.
+    bench::Add("AccessAgreement", [](benchmark::State& state) {
+        MeasureReading(state, [] {
+            const std::size_t cells = ReadWithBareCalls();
+            Require(cells > 0 && CellsOf(ReadTables()) == cells, "the two readings differ");
+            return cells;
+        });
+    });
+    bench::RunAdded(count, arguments);
+}

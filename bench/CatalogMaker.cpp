@@ -89,7 +89,7 @@ public:
         m_file << "</structure>\n<data>\n";
     }
 
-    void Rows(std::size_t table, int rows, const Fields& fields, Numbers& numbers) {
+    void Rows(std::size_t table, int rows, const Fields& fields, Cells cells, Numbers& numbers) {
         m_file << "<table name=\"T" << table << "\">\n";
         std::string line;
         for (int row = 0; row < rows; ++row) {
@@ -98,14 +98,19 @@ public:
                 line += ' ';
                 line += field.m_name;
                 line += "=\"";
-                line += Value(field, row, numbers);
+                line +=
+                    cells == Cells::Plain ? Value(field, row, numbers) : AwkwardValue(field, row, numbers);
                 line += '"';
             }
             line += " />\n";
             m_file << line;
         }
-        m_file << "</table>\n";
+        m_file << m_beforeTableEnds << "</table>\n";
+        m_beforeTableEnds.clear();
     }
+
+    // A row with content, at the end of the next table.
+    void AddOddRow() { m_beforeTableEnds = "<row name=\"odd\"><!-- content --></row>\n"; }
 
     void Finish() {
         m_file << "</data>\n</body>\n</database>\n";
@@ -129,31 +134,56 @@ private:
         return text;
     }
 
+    static std::string AwkwardValue(const Field& field, int row, Numbers& numbers) {
+        char text[64] = {};
+        if (field.m_type == Double) {
+            // 15, 16 or 17 digits, one in four with an exponent.
+            const double fraction = static_cast<double>(numbers.Next()) / 2147483648.0 + numbers.Dimension();
+            const int digits = 15 + static_cast<int>(numbers.Next() % 3U);
+            const double scale = numbers.Next() % 4U == 0 ? 1e-12 : 1.0;
+            std::snprintf(text, sizeof text, "%.*G", digits, fraction * scale);
+        } else if (field.m_type == Long) {
+            std::snprintf(text, sizeof text, "%d",
+                          static_cast<int>(numbers.Next() % 2000000000U) - 1000000000);
+        } else {
+            std::snprintf(
+                text, sizeof text, "%s %d",
+                numbers.Next() % 2U == 0 ? "Tr\xC3\xA4ger &amp; St\xC3\xBCtze" : "\xE6\xA2\x81 &#xD8; H&lt;B",
+                row);
+        }
+        return text;
+    }
+
     std::ofstream m_file;
+    std::string m_beforeTableEnds;
 };
 
-}  // namespace
-
-void MakeMixedCatalog(const std::string& path, int firstRows, int otherRows) {
+void MakeCatalog(const std::string& path, const std::array<int, 4>& rows, const Fields& fields, Cells cells,
+                 bool isOdd) {
     Numbers numbers;
     Writer writer(path);
-    const std::array<int, 4> rows = {firstRows, otherRows, otherRows, otherRows};
-    writer.Structure(rows, MixedFields);
+    writer.Structure(rows, fields);
     for (std::size_t table = 0; table < rows.size(); ++table) {
-        writer.Rows(table, rows[table], MixedFields, numbers);
+        if (isOdd && table + 1 == rows.size()) {
+            writer.AddOddRow();
+        }
+        writer.Rows(table, rows[table], fields, cells, numbers);
     }
     writer.Finish();
 }
 
+}  // namespace
+
+void MakeMixedCatalog(const std::string& path, int firstRows, int otherRows, Cells cells) {
+    MakeCatalog(path, {firstRows, otherRows, otherRows, otherRows}, MixedFields, cells, false);
+}
+
+void MakeOddCatalog(const std::string& path, int firstRows, int otherRows) {
+    MakeCatalog(path, {firstRows, otherRows, otherRows, otherRows}, MixedFields, Cells::Plain, true);
+}
+
 void MakeNumericCatalog(const std::string& path, int rows) {
-    Numbers numbers;
-    Writer writer(path);
-    const std::array<int, 4> each = {rows, 0, 0, 0};
-    writer.Structure(each, NumericFields);
-    for (std::size_t table = 0; table < each.size(); ++table) {
-        writer.Rows(table, each[table], NumericFields, numbers);
-    }
-    writer.Finish();
+    MakeCatalog(path, {rows, 0, 0, 0}, NumericFields, Cells::Plain, false);
 }
 
 }  // namespace bench

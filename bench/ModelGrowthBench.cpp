@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "Growth.h"
+#include "Measure.h"
 
 namespace {
 
@@ -86,18 +86,24 @@ void CreateFields(benchmark::State& state, int count) {
         });
 }
 
-QUILLET_GROWTH(TablesOpenedWhole, 10000, Open(state, false, Count));
-QUILLET_GROWTH(TablesOpenedSequentially, 10000, Open(state, true, Count));
-QUILLET_GROWTH(AnswersDestroyed, 10000,
-               WithAnswers(state, Count, [](std::unique_ptr<DbDatabase>& database) { database.reset(); }));
-QUILLET_GROWTH(AnswersDropped, 10000, WithAnswers(state, Count, [](std::unique_ptr<DbDatabase>& database) {
-                   database->DropAnswers();
-               }));
-QUILLET_GROWTH(AnswersDeletedWithTheirTable, 10000,
-               WithAnswers(state, Count,
-                           [](std::unique_ptr<DbDatabase>& database) { database->DeleteTable("parts"); }));
-QUILLET_GROWTH(FieldsCreated, 10000, CreateFields(state, Count));
-
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    constexpr int Few = 10000;
+    using benchmark::State;
+    using Database = std::unique_ptr<DbDatabase>;
+    bench::AddGrowth("TablesOpenedWhole", Few, [](State& state, int tables) { Open(state, false, tables); });
+    bench::AddGrowth("TablesOpenedSequentially", Few,
+                     [](State& state, int tables) { Open(state, true, tables); });
+    bench::AddGrowth("AnswersDestroyed", Few, [](State& state, int answers) {
+        WithAnswers(state, answers, [](Database& database) { database.reset(); });
+    });
+    bench::AddGrowth("AnswersDropped", Few, [](State& state, int answers) {
+        WithAnswers(state, answers, [](const Database& database) { database->DropAnswers(); });
+    });
+    bench::AddGrowth("AnswersDeletedWithTheirTable", Few, [](State& state, int answers) {
+        WithAnswers(state, answers, [](const Database& database) { database->DeleteTable("parts"); });
+    });
+    bench::AddGrowth("FieldsCreated", Few, CreateFields);
+    bench::RunAdded(count, arguments);
+}

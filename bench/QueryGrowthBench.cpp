@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Growth.h"
+#include "Measure.h"
 
 namespace {
 
@@ -51,7 +51,7 @@ void Tower(benchmark::State& state, int levels) {
 }
 
 // Different texts, each queried twice.
-void Texts(benchmark::State& state, int count) {
+void DifferentTexts(benchmark::State& state, int count) {
     MeasureInSmallDatabase(state, [=](DbDatabase& database) {
         for (int i = 0; i < count; ++i) {
             quillet::CString name;
@@ -80,15 +80,32 @@ void Text(benchmark::State& state, const char* begin, const char* part, const ch
     });
 }
 
-QUILLET_GROWTH(QueriesOverQueries, 200, Tower(state, Count));
-QUILLET_GROWTH(DifferentTexts, 1000, Texts(state, Count));
-QUILLET_GROWTH(Conditions, 10000,
-               Text(state, "select name from parts where number=1", " or number=1", "", Count));
-QUILLET_GROWTH(Brackets, 50000, Text(state, "select name from parts where ", "(", "number=1", Count));
-QUILLET_GROWTH(SelectedFields, 50000, Text(state, "select name", ",number", " from parts", Count));
-QUILLET_GROWTH(FromTables, 20000, Text(state, "select name from parts", ",parts", "", Count));
-QUILLET_GROWTH(OrderNames, 50000, Text(state, "select name from parts order by name", ",number", "", Count));
+// A query with a text that repeats a part so many times.
+struct RepeatedPart {
+    const char* m_name;
+    int m_few;
+    const char* m_begin;
+    const char* m_part;
+    const char* m_end;
+};
+
+constexpr RepeatedPart Texts[] = {
+    {"Conditions", 10000, "select name from parts where number=1", " or number=1", ""},
+    {"Brackets", 50000, "select name from parts where ", "(", "number=1"},
+    {"SelectedFields", 50000, "select name", ",number", " from parts"},
+    {"FromTables", 20000, "select name from parts", ",parts", ""},
+    {"OrderNames", 50000, "select name from parts order by name", ",number", ""},
+};
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    bench::AddGrowth("QueriesOverQueries", 200, Tower);
+    bench::AddGrowth("DifferentTexts", 1000, DifferentTexts);
+    for (const RepeatedPart& text : Texts) {
+        bench::AddGrowth(text.m_name, text.m_few, [&text](benchmark::State& state, int parts) {
+            Text(state, text.m_begin, text.m_part, text.m_end, parts);
+        });
+    }
+    bench::RunAdded(count, arguments);
+}
