@@ -1,5 +1,7 @@
 #include "commands/LostNumbers.h"
 
+#include <algorithm>
+
 #include "Quillet/rows/RowsView.h"
 #include "input/CellText.h"
 #include "output/PlainText.h"
@@ -7,6 +9,30 @@
 namespace quillet::tool {
 
 namespace {
+
+bool AreSurelyReadBack(const DbColumnView::Block& block, std::size_t column) {
+    const auto doubles = block.Doubles(column);
+    const auto floats = block.Floats(column);
+    bool mayHaveOthers = false;
+    for (std::size_t row = 0; row < block.Rows() && !block.Missing(column).empty(); ++row) {
+        mayHaveOthers = mayHaveOthers || block.StateOf(column, row) == DbColumnView::State::OtherType;
+    }
+    return !mayHaveOthers && std::all_of(doubles.begin(), doubles.end(), IsSurelyReadBack) &&
+           std::all_of(floats.begin(), floats.end(), IsSurelyReadBack);
+}
+
+// False for a table whose numbers have to be looked at one by one.
+bool AreSurelyReadBack(DbTableData& data) {
+    const DbColumnView view = data.GetColumns();
+    for (const DbColumnView::Block& block : view.Blocks()) {
+        for (std::size_t column = 0; column < view.Columns(); ++column) {
+            if (!AreSurelyReadBack(block, column)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
 
 // The place of a number whose text can't be read back, and how many more there are; empty if there is none.
 std::string FindLostNumbers(Catalog& catalog) {
@@ -16,6 +42,9 @@ std::string FindLostNumbers(Catalog& catalog) {
     for (std::size_t i = 0; i < static_cast<std::size_t>(database.GetTablesCount()); ++i) {
         const DbTableDescr& descr = *database.GetTableDescr(i);
         DbTableData& data = *database.GetTableData(i);
+        if (AreSurelyReadBack(data)) {
+            continue;
+        }
         const RowsView rows(*data.GetRows());
         for (std::size_t row = 0; row < rows.Count(); ++row) {
             const std::size_t cells = rows.HasRow(row) ? rows.Width(row) : 0;

@@ -6,7 +6,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <type_traits>
 
+#include "Quillet/values/PlainNumber.h"
 #include "output/NameSuggestions.h"
 #include "output/PlainText.h"
 
@@ -26,9 +28,15 @@ template <typename Number>
 std::optional<Number> ReadNumber(std::string_view text) {
     text = WithoutPlus(text);
     Number number{};
-    const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const char* const end = text.data() + text.size();
+    if constexpr (std::is_same_v<Number, double>) {
+        if (ReadPlainDouble(text.data(), number) == end) {
+            return number;
+        }
+    }
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
     const bool hasDigits = text.find_first_of(Digits) != std::string_view::npos;
-    if (!hasDigits || result.ec != std::errc() || result.ptr != text.data() + text.size() ||
+    if (!hasDigits || result.ec != std::errc() || result.ptr != end ||
         !IsReadBack(CellView::Double(number))) {
         return std::nullopt;
     }
@@ -80,14 +88,6 @@ std::string WordOfType(DbFieldDescr::eFieldType type) {
     return field.GetTypeString().ToUtf8();
 }
 
-template <typename Number>
-bool FillNumber(std::optional<Number> number, CComVariant& cell) {
-    if (number) {
-        cell.SetNumber(*number);
-    }
-    return number.has_value();
-}
-
 }  // namespace
 
 void TypeGuess::See(std::string_view text) {
@@ -130,32 +130,48 @@ std::string TypeWords() {
     return JoinNames(words);
 }
 
-bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cell) {
+std::optional<CellView> ReadCell(const DbFieldDescr& field, std::string_view text, CComVariant& scratch) {
     const bool isText = field.GetType() == VT_BSTR || field.GetType() == VT_EMPTY;
     if (isText) {
-        cell.SetText(CString(std::string(text)).View());
-        return true;
+        return CellView::Text(text);
     }
     if (text.empty()) {
-        cell.Clear();
-        return true;
+        return CellView();
     }
     switch (field.GetType()) {
-        case VT_I4:
-            return FillNumber(ReadNumber<std::int32_t>(text), cell);
-        case VT_R4:
-            return FillNumber(ReadNumber<float>(text), cell);
-        case VT_R8:
-            return FillNumber(ReadNumber<double>(text), cell);
-        case VT_BOOL:
-            return FillNumber(ReadBoolean(text), cell);
+        case VT_I4: {
+            const auto number = ReadNumber<std::int32_t>(text);
+            return number ? std::optional(CellView::Long(*number)) : std::nullopt;
+        }
+        case VT_R4: {
+            const auto number = ReadNumber<float>(text);
+            return number ? std::optional(CellView::Float(*number)) : std::nullopt;
+        }
+        case VT_R8: {
+            const auto number = ReadNumber<double>(text);
+            return number ? std::optional(CellView::Double(*number)) : std::nullopt;
+        }
+        case VT_BOOL: {
+            const auto value = ReadBoolean(text);
+            return value ? std::optional(CellView::Boolean(*value ? VARIANT_TRUE : VARIANT_FALSE))
+                         : std::nullopt;
+        }
         default:
             if (!IsBase64(text)) {
-                return false;
+                return std::nullopt;
             }
-            field.Convert(cell, CString(std::string(text)).GetString());
-            return true;
+            field.Convert(scratch, CString(std::string(text)).GetString());
+            return CellView::Variant(scratch);
     }
+}
+
+bool FillCell(const DbFieldDescr& field, std::string_view text, CComVariant& cell) {
+    CComVariant scratch;
+    const std::optional<CellView> value = ReadCell(field, text, scratch);
+    if (value) {
+        value->CopyTo(cell);
+    }
+    return value.has_value();
 }
 
 std::string CellText(const CellView& cell) {
@@ -165,17 +181,20 @@ std::string CellText(const CellView& cell) {
     return text;
 }
 
+bool IsSurelyReadBack(double number) {
+    constexpr double Small = 1e-30;
+    constexpr double Large = 1e30;
+    const double size = std::fabs(number);
+    return size == 0 || (size > Small && size < Large);
+}
+
 bool IsReadBack(const CellView& value) {
-    // Nearly all numbers are in between.
-    constexpr double SurelyLarge = 1e-30;
-    constexpr double SurelySmall = 1e30;
     if (value.Type() != VT_R4 && value.Type() != VT_R8) {
         return true;
     }
     CComVariant scratch;
     const CComVariant& cell = value.In(scratch);
-    const double number = std::fabs(cell.vt == VT_R4 ? static_cast<double>(cell.fltVal) : cell.dblVal);
-    if (number == 0 || (number > SurelyLarge && number < SurelySmall)) {
+    if (IsSurelyReadBack(cell.vt == VT_R4 ? static_cast<double>(cell.fltVal) : cell.dblVal)) {
         return true;
     }
     DbFieldDescr field;
@@ -190,6 +209,14 @@ std::string LostNumber(const CellView& cell) {
 }
 
 std::string UncarriableCharacter(std::string_view text) {
+    // Nearly all texts have no such byte.
+    bool isSuspect = false;
+    for (const char letter : text) {
+        isSuspect |= static_cast<unsigned char>(letter) < ' ' || letter == '\xEF';
+    }
+    if (!isSuspect) {
+        return {};
+    }
     // U+FFFE and U+FFFF, without their first two bytes EF BF.
     const std::size_t noncharacter = std::min(text.find("\xEF\xBF\xBE"), text.find("\xEF\xBF\xBF"));
     const auto* const control = std::find_if(text.begin(), text.end(), [](char letter) {

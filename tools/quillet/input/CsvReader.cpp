@@ -2,6 +2,7 @@
 
 #include <csv.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <utility>
@@ -20,11 +21,13 @@ int IsNeverBlank(unsigned char) {
 
 // The text up to and including its first line end.
 std::string_view FirstLine(std::string_view text) {
-    const std::size_t end = text.find_first_of("\r\n");
-    if (end == std::string_view::npos) {
+    const auto* const end =
+        std::find_if(text.begin(), text.end(), [](char unit) { return unit == '\n' || unit == '\r'; });
+    if (end == text.end()) {
         return text;
     }
-    return text.substr(0, text.substr(end).starts_with("\r\n") ? end + 2 : end + 1);
+    const auto place = static_cast<std::size_t>(end - text.begin());
+    return text.substr(0, text.substr(place).starts_with("\r\n") ? place + 2 : place + 1);
 }
 
 }  // namespace

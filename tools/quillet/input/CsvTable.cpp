@@ -1,8 +1,10 @@
 #include "input/CsvTable.h"
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <memory>
+#include <new>
 
 #include "Quillet/platform/File.h"
 #include "Quillet/xml/Tree.h"
@@ -86,6 +88,17 @@ DbFieldDescr* FindField(const DbTableDescr& descr, const CString& name) {
     return found;
 }
 
+void CsvValues::Add(const CsvReader& row) {
+    for (const std::string& value : row.Values()) {
+        if (value.size() > std::numeric_limits<std::uint32_t>::max()) {
+            throw std::bad_alloc();
+        }
+        m_bytes.append(value.c_str(), value.size() + 1);
+        m_sizes.push_back(static_cast<std::uint32_t>(value.size()));
+    }
+    m_lines.push_back(static_cast<std::uint32_t>(row.Line()));
+}
+
 CsvTable::CsvTable(const std::string& path, std::optional<char> delimiter)
     : m_path(path), m_delimiter(delimiter) {
     std::string why;
@@ -94,6 +107,7 @@ CsvTable::CsvTable(const std::string& path, std::optional<char> delimiter)
         throw Failure(path + ": " + why);
     }
     m_text = std::move(*text);
+    m_size = m_text.size();
     if (LooksLikeUtf16(m_text)) {
         throw Failure(path + ": UTF-16, not UTF-8: save it as UTF-8 and import that");
     }
@@ -109,9 +123,10 @@ void CsvTable::ReadStructure(bool keepsNames, const Progress& progress) {
         for (std::size_t i = 0; i < guesses.size(); ++i) {
             guesses[i].See(reader.Values()[i]);
         }
-        ++m_rows;
+        m_values.Add(reader);
         progress(reader.Position());
     }
+    m_text = std::string();
     for (std::size_t i = 0; i < guesses.size(); ++i) {
         m_structure[i].SetDbType(guesses[i].Type());
     }
@@ -199,13 +214,13 @@ DbFieldDescr& CsvTable::FieldFor(const std::string& option, const std::string& n
 }
 
 void CsvTable::FillRows(DbTableData& data, const Progress& progress) const {
-    CsvReader reader = Reader();
-    reader.Next();
-    data.GetRows()->AddRows(m_rows, false);
+    const std::size_t count = CountRows();
+    data.GetRows()->AddRows(count, false);
     RowsView rows(*data.GetRows());
-    for (std::size_t i = 0; reader.Next(); ++i) {
-        FillRow(reader, rows, i);
-        progress(m_text.size() + reader.Position());
+    CsvValues::Cursor values(m_values);
+    for (std::size_t i = 0; i < count; ++i) {
+        FillRow(values, rows, i);
+        progress(m_size + m_size * (i + 1) / count);
     }
 }
 
@@ -224,16 +239,18 @@ void CsvTable::CheckRow(const CsvReader& reader) const {
     }
 }
 
-void CsvTable::FillRow(const CsvReader& reader, RowsView& rows, std::size_t row) const {
-    CComVariant value;
+void CsvTable::FillRow(CsvValues::Cursor& values, RowsView& rows, std::size_t row) const {
+    CComVariant scratch;
     for (std::size_t i = 0; i < m_structure.size(); ++i) {
-        const DbFieldDescr& field = m_structure.GetField(static_cast<int>(i));
-        const std::string& text = reader.Values()[i];
-        if (!FillCell(field, text, value)) {
-            throw Failure(reader.Message(Field(i) + ": " + Quoted(text) + " is no value of the type " +
-                                         field.GetTypeString().ToUtf8()));
+        const DbFieldDescr& field = *m_structure.at(i);
+        const std::string_view text = values.Next();
+        const std::optional<CellView> value = ReadCell(field, text, scratch);
+        if (!value) {
+            throw Failure(m_path + ":" + std::to_string(m_values.LineOf(row)) + ": " + Field(i) + ": " +
+                          Quoted(std::string(text)) + " is no value of the type " +
+                          field.GetTypeString().ToUtf8());
         }
-        rows.SetCell(row, i, CellView::Variant(value));
+        rows.SetCell(row, i, *value);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,8 +19,38 @@ namespace quillet::tool {
 // The default separator of values.
 constexpr char Comma = ',';
 
-// The text of a CSV file, read twice: once for names and types, once for the values. Errors of the file throw
-// Failure, which names it and the line.
+// The values of the rows of a CSV file, one after another. A zero byte follows each.
+class CsvValues {
+public:
+    void Add(const CsvReader& row);
+    std::size_t CountRows() const { return m_lines.size(); }
+
+    // Goes through the rows once, from the first on.
+    class Cursor {
+    public:
+        explicit Cursor(const CsvValues& values) : m_values(values) {}
+        std::string_view Next() {
+            const std::string_view value(m_values.m_bytes.data() + m_start, m_values.m_sizes[m_value++]);
+            m_start += value.size() + 1;
+            return value;
+        }
+
+    private:
+        const CsvValues& m_values;
+        std::size_t m_start = 0;
+        std::size_t m_value = 0;
+    };
+    // The line on which a row begins, from 1.
+    std::size_t LineOf(std::size_t row) const { return m_lines[row]; }
+
+private:
+    std::string m_bytes;
+    std::vector<std::uint32_t> m_sizes;
+    std::vector<std::uint32_t> m_lines;
+};
+
+// The table in a CSV file: first its names and types are read, then its rows are filled with the values.
+// Errors of the file throw Failure, which names it and the line.
 class CsvTable {
 public:
     // Called with the part of Work that is done.
@@ -28,17 +59,17 @@ public:
     // The separator of values; by default a comma, and then a file that seems to use another is refused.
     CsvTable(const std::string& path, std::optional<char> delimiter);
 
-    // The work of both passes, in bytes.
-    std::uint64_t Work() const { return 2 * static_cast<std::uint64_t>(m_text.size()); }
+    // The work of both steps, in bytes.
+    std::uint64_t Work() const { return 2 * m_size; }
 
-    // Reads everything but the values. Headings that can't be saved or queried get other names; if names are
+    // Reads the file once. Headings that can't be saved or queried get other names; if names are
     // kept, those that can't be saved are refused.
     void ReadStructure(bool keepsNames, const Progress& progress);
 
     // Headings that got other names, and these names.
     const std::vector<std::pair<std::string, std::string>>& Renamed() const { return m_renamed; }
     DbTableDescr& Structure() { return m_structure; }
-    std::size_t CountRows() const { return m_rows; }
+    std::size_t CountRows() const { return m_values.CountRows(); }
 
     // The field that an option refers to by its name or its heading.
     DbFieldDescr& FieldFor(const std::string& option, const std::string& name);
@@ -54,16 +85,18 @@ private:
     void RefuseOtherDelimiter(const CsvReader& reader, std::size_t headings) const;
     void CheckNames(const CsvReader& reader) const;
     void CheckRow(const CsvReader& reader) const;
-    void FillRow(const CsvReader& reader, RowsView& rows, std::size_t row) const;
+    void FillRow(CsvValues::Cursor& values, RowsView& rows, std::size_t row) const;
     std::string Field(std::size_t index) const;
 
     std::string m_path;
     std::optional<char> m_delimiter;
+    // Dropped once it is read.
     std::string m_text;
+    std::uint64_t m_size = 0;
     std::vector<std::string> m_headings;
     std::vector<std::pair<std::string, std::string>> m_renamed;
     DbTableDescr m_structure{nullptr};
-    std::size_t m_rows = 0;
+    CsvValues m_values;
 };
 
 // Appends a field to a table without rows. Files may have fields that differ only in case, such as I and i,
