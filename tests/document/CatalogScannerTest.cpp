@@ -8,6 +8,7 @@
 #include <regex>
 #include <string>
 
+#include "Quillet/document/CountRows.h"
 #include "Quillet/platform/File.h"
 #include "support/CatalogHelpers.h"
 
@@ -169,6 +170,50 @@ TEST_P(ScannedCatalog, File_IsTheCatalogOfItsDocument) {
     // A comment makes the scanner give up, and is nothing to the document.
     WriteBytes(path, parts.Text() + "<!-- -->");
     EXPECT_EQ(scanned, ReadAll(path));
+}
+
+TEST_P(ScannedCatalog, CountRows_IsNothingOrWhatReadingFinds) {
+    CatalogParts parts;
+    GetParam().m_change(parts);
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder / "given.xml";
+    WriteBytes(path, parts.Text());
+    const auto counts = CountRows(CString(Utf8(path)));
+    if (!counts) {
+        return;
+    }
+    const auto database = Open(path, Reading::Whole);
+    database->LoadTables();
+    ASSERT_EQ(static_cast<std::size_t>(database->GetTablesCount()), counts->size() + 2);
+    for (std::size_t i = 2; i < counts->size() + 2; ++i) {
+        EXPECT_EQ(counts->at(Lowered(database->GetTableName(i))), database->GetTableData(i)->size());
+    }
+    EXPECT_EQ(database->LastReadError(), CString());
+    database->Sync();
+}
+
+TEST(CountedCatalog, RowsOfSeveralTables_AreCountedWithoutReadingThem) {
+    CatalogParts parts;
+    std::string rows;
+    constexpr int Rows = 60000;
+    for (int i = 0; i < Rows; ++i) {
+        rows += "<row a=\"" + std::to_string(i) + "\" t=\"text " + std::to_string(i) + "\" />\n";
+    }
+    parts.m_rows = Table("First", rows) + Table("Second", "");
+    const TemporaryFolder folder;
+    WriteBytes(folder / "long.xml", parts.Text());
+    const auto counts = CountRows(CString(Utf8(folder / "long.xml")));
+    ASSERT_TRUE(counts);
+    EXPECT_EQ(counts->at("first"), uint64{Rows});
+    EXPECT_EQ(counts->at("second"), 0U);
+}
+
+TEST(CountedCatalog, RowsThatDoNotMatchTheFields_AreToBeRead) {
+    CatalogParts parts;
+    parts.m_rows = Table("First", "<row a=\"1\" t=\"x\" /><row a=\"2\" />");
+    const TemporaryFolder folder;
+    WriteBytes(folder / "misfit.xml", parts.Text());
+    EXPECT_FALSE(CountRows(CString(Utf8(folder / "misfit.xml"))));
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, ScannedCatalog, testing::ValuesIn(Variants),

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "Quillet/base/Rollback.h"
 #include "Quillet/platform/Clock.h"
@@ -198,10 +199,21 @@ bool CatalogScanner::ReadRows(std::string_view tag, ScannedRows& rows) {
     if (structure == m_structures.end()) {
         return false;
     }
-    RowScanner scanner(*structure->second, *rows.m_rows);
+    std::optional<RowScanner> scanner;
     for (;;) {
+        if (!scanner || !m_keepsRows) {
+            rows.m_rows = std::make_shared<ColumnStore>();
+            scanner.emplace(*structure->second, *rows.m_rows);
+        }
+        const std::uint64_t before = scanner->Rows();
+        const std::uint64_t misfitsBefore = scanner->Misfits();
         RowScanner::Stop stop = RowScanner::Stop::NoRow;
-        m_at += scanner.Read(Ahead(), stop);
+        m_at += scanner->Read(Ahead(), stop);
+        if (rows.m_misfits == 0 && scanner->Misfits() > 0) {
+            rows.m_firstMisfit = rows.m_count - before + scanner->FirstMisfit();
+        }
+        rows.m_count += scanner->Rows() - before;
+        rows.m_misfits += scanner->Misfits() - misfitsBefore;
         const std::size_t blanks = BlankLength(Ahead());
         const bool isAtEnd = m_have - m_at - blanks <= RowScanner::StartBytes;
         if (stop == RowScanner::Stop::Unknown) {
@@ -215,9 +227,7 @@ bool CatalogScanner::ReadRows(std::string_view tag, ScannedRows& rows) {
             break;
         }
     }
-    rows.m_misfits = scanner.Misfits();
-    rows.m_firstMisfit = scanner.FirstMisfit();
-    m_rows += rows.m_rows->Size();
+    m_rows += rows.m_count;
     return m_rows <= MostRows;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -25,7 +26,11 @@ public:
     // The length of the tag at the beginning of a text; npos if the text does not hold it in whole.
     static std::size_t TagLength(std::string_view text);
 
-    explicit CatalogScanner(platform::ReadableFile& file) : m_file(file) {}
+    // Whether the rows are kept, or only counted.
+    enum class Rows : std::uint8_t { Kept, Counted };
+
+    explicit CatalogScanner(platform::ReadableFile& file, Rows rows = Rows::Kept)
+        : m_file(file), m_keepsRows(rows == Rows::Kept) {}
     CatalogScanner(const CatalogScanner&) = delete;
     CatalogScanner& operator=(const CatalogScanner&) = delete;
 
@@ -50,6 +55,7 @@ private:
     bool IsIn(std::size_t list) const;
 
     platform::ReadableFile& m_file;
+    bool m_keepsRows;
     std::vector<char> m_buffer;
     std::size_t m_at = 0;
     std::size_t m_have = 0;

@@ -357,6 +357,7 @@ bool DocumentReader::ScanTable(std::string_view text) {
     if (table.IsNull() || !table.FirstChild().IsNull() || table.FirstAttributeValue() != name) {
         return false;
     }
+    scanned.m_count = scanner.Rows();
     scanned.m_misfits = scanner.Misfits();
     scanned.m_firstMisfit = scanner.FirstMisfit();
     scanned.m_seconds = platform::CounterSeconds() - before;

@@ -1,7 +1,11 @@
 // Commands that only read a catalog.
 #include <algorithm>
+#include <cstdint>
+#include <map>
+#include <optional>
 
 #include "Failure.h"
+#include "Quillet/document/CountRows.h"
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
 #include "commands/Printing.h"
@@ -42,7 +46,10 @@ std::vector<std::pair<std::string, Value>> ReadOnlyRow(const Table& table, Numbe
     return named;
 }
 
-Overview ReadOverview(Catalog& catalog, NumberStyle style) {
+using RowCounts = std::map<CString, std::uint64_t>;
+
+// The number of rows of the tables that need not be read for that; null if all have to be read.
+Overview ReadOverview(Catalog& catalog, const RowCounts* counts, NumberStyle style) {
     Overview overview;
     overview.m_file = {{"path", Value::OfText(catalog.Path())},
                        {"kind", Value::OfText(catalog.IsXml() ? "XML" : "Access")},
@@ -50,6 +57,11 @@ Overview ReadOverview(Catalog& catalog, NumberStyle style) {
     const std::vector<std::string> names = catalog.TableNames();
     for (std::size_t i = 0; i < names.size(); ++i) {
         const bool isQuery = catalog.Database().GetTableInfo(names[i])->GetType() == DbTableInfo::Query;
+        if (counts != nullptr && counts->count(Lowered(CString(names[i]))) > 0) {
+            overview.m_tables.push_back({names[i], "table", catalog.Database().GetTableDescr(i)->size(),
+                                         counts->at(Lowered(CString(names[i])))});
+            continue;
+        }
         const Table table = catalog.TableAt(i);
         overview.m_tables.push_back(
             {table.m_name, isQuery ? "query" : "table", table.m_descr->size(), table.m_data->size()});
@@ -134,10 +146,16 @@ Format FormatOfTarget(const Settings& settings, const std::string& target) {
 }  // namespace
 
 int Info(const Settings& settings, const InfoRequest& request) {
-    Catalog catalog(request.m_file, settings);
+    // Rows that are only counted leave no trace in the log.
+    const std::optional<RowCounts> counts =
+        settings.m_log || !HasXmlEnding(request.m_file) ? std::nullopt : CountRows(request.m_file);
+    Settings reading = settings;
+    reading.m_sequential = settings.m_sequential || counts;
+    Catalog catalog(request.m_file, reading);
     catalog.ReadStructure();
     const bool isForPeople = settings.m_format == Format::Text;
-    const Overview overview = ReadOverview(catalog, isForPeople ? NumberStyle::Locale : NumberStyle::Point);
+    const Overview overview = ReadOverview(catalog, counts ? &*counts : nullptr,
+                                           isForPeople ? NumberStyle::Locale : NumberStyle::Point);
     StandardOutput output;
     if (isForPeople) {
         PrintOverview(overview, output);
