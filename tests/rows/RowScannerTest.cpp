@@ -128,6 +128,30 @@ void PrintTo(const ScannedText& text, std::ostream* stream) {
     *stream << text.m_what;
 }
 
+TEST(RowScanner, NumbersOfManyDigits_AreThoseOfTheDocument) {
+    Chance chance(15);
+    const auto digits = [&](unsigned most) {
+        std::string text;
+        for (unsigned left = chance.Below(most) + 1; left > 0; --left) {
+            text += static_cast<char>('0' + chance.Below(10));
+        }
+        return text;
+    };
+    std::string rows;
+    for (int i = 0; i < 4000; ++i) {
+        std::string number = chance.Below(2) == 0 ? "" : "-";
+        number += chance.Below(20) == 0 ? "" : digits(20);
+        number += chance.Below(4) == 0 ? "" : "." + (chance.Below(20) == 0 ? "" : digits(20));
+        constexpr const char* Exponents[] = {"e", "E", "e-", "E+", "E-"};
+        number += chance.Below(2) == 0 ? "" : chance.Of(Exponents) + (chance.Below(20) == 0 ? "" : digits(3));
+        rows += "<row d=\"" + number + "\" f=\"0\" n=\"" + (chance.Below(2) == 0 ? "-" : "") + digits(11) +
+                "\" b=\"0\" t=\"\" x=\"\" />\n";
+    }
+    const std::optional<std::string> scanned = ReadByScanner(rows);
+    ASSERT_TRUE(scanned);
+    EXPECT_EQ(scanned, ReadByDocument(rows));
+}
+
 class ScannedRowsOf : public testing::TestWithParam<ScannedText> {};
 
 TEST_P(ScannedRowsOf, Text_AreThoseOfTheDocument) {

@@ -19,6 +19,10 @@ std::size_t NumberToText(const VARIANT& number, char (&text)[MaxNumberText]);
 // memory it returns E_OUTOFMEMORY or throws std::bad_alloc; neither says anything about the text.
 HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number);
 
+// Whether a text of digits, a decimal point and an exponent gives the nearest double, however many digits
+// there are.
+extern const bool GivesNearestDouble;
+
 // The user's decimal separator as it was when the library was loaded or at the first call.
 WCHAR DecimalSeparator();
 

@@ -6,6 +6,7 @@
 
 #include "Quillet/Db_TableDescr.h"
 #include "Quillet/base/Utf8.h"
+#include "Quillet/platform/NumberText.h"
 #include "Quillet/values/PlainNumber.h"
 #include "Quillet/xml/Tree.h"
 
@@ -190,8 +191,12 @@ const char* RowScanner::ReadPlainCell(const Field& field, std::size_t column, co
 const char* RowScanner::ReadPlainValue(const Field& field, std::size_t column, const char* at,
                                        const char* end) {
     switch (field.m_kind) {
-        case Kind::Double:
-            return ReadPlainDouble(at, m_block->NumbersOf<double>(column)[m_slot]);
+        case Kind::Double: {
+            double& number = m_block->NumbersOf<double>(column)[m_slot];
+            const char* const close = ReadPlainDouble(at, number);
+            return close != nullptr || !platform::GivesNearestDouble ? close
+                                                                     : ReadNearestDouble(at, end, number);
+        }
         case Kind::Long:
             return ReadPlainLong(at, m_block->NumbersOf<LONG>(column)[m_slot]);
         case Kind::Text:

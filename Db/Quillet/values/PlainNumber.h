@@ -48,14 +48,20 @@ inline const char* ReadPlainDouble(const char* text, double& number) {
     return end;
 }
 
-// The same for whole numbers of at most 9 digits.
+// Reads a number with any digits before and after a point, and with an exponent or without, by a conversion
+// that gives the nearest double. Returns where it ends; null for any other text, and for numbers at the
+// limits of doubles.
+const char* ReadNearestDouble(const char* text, const char* end, double& number);
+
+// The same as ReadPlainDouble for whole numbers of at most 10 digits.
 inline const char* ReadPlainLong(const char* text, LONG& number) {
-    constexpr std::ptrdiff_t MostDigits = 9;
+    constexpr std::ptrdiff_t MostDigits = 10;
+    constexpr std::uint64_t Largest = 0x7FFFFFFF;
     const bool isNegative = *text == '-';
     text += isNegative ? 1 : 0;
     std::uint64_t value = 0;
     const char* const end = ReadDigits(text, value);
-    if (end == text || end - text > MostDigits) {
+    if (end == text || end - text > MostDigits || value > Largest) {
         return nullptr;
     }
     number =

@@ -137,6 +137,8 @@ HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {
     return type == VT_I4 ? TextToLong(text, locale, number) : DISP_E_BADVARTYPE;
 }
 
+const bool GivesNearestDouble = true;
+
 WCHAR DecimalSeparator() {
     WCHAR separator = g_processSeparator;
     if (separator == Unknown) {

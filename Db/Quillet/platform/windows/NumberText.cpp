@@ -157,6 +157,9 @@ HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {
     return result;
 }
 
+// What the system makes of more than 15 digits is its own affair.
+const bool GivesNearestDouble = false;
+
 WCHAR DecimalSeparator() {
     return ProcessSeparator;
 }
