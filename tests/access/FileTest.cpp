@@ -235,7 +235,7 @@ TEST_P(AccessFileTest, FailuresOfTheSystemAreThrown) {
     int failing = 0;
     for (bool failed = true; failed;) {
         ++failing;
-        const auto plan = std::make_shared<test::MemoryFile::Plan>(test::MemoryFile::Plan{0, failing});
+        const auto plan = std::make_shared<test::MemoryFile::Plan>(test::MemoryFile::Plan{0, failing, {}});
         failed = false;
         try {
             OpenedFile file(std::make_unique<test::MemoryFile>(bytes, plan));

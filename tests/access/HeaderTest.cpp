@@ -124,7 +124,7 @@ TEST(HeaderTest, AFileThatEndsWithinItsHeaderIsDamaged) {
 }
 
 TEST(HeaderTest, FailuresOfTheSystemAreToldApart) {
-    const auto plan = std::make_shared<MemoryFile::Plan>(MemoryFile::Plan{0, 1});
+    const auto plan = std::make_shared<MemoryFile::Plan>(MemoryFile::Plan{0, 1, {}});
     MemoryFile file(AccessPages::Jet4().Header(), plan);
     try {
         Header::Read(file);

@@ -108,12 +108,10 @@ TEST_P(TableDefinitionTest, TextsTellTheirOrder) {
 }
 
 TEST_P(TableDefinitionTest, ComplexColumnsTellTheirNumber) {
-    if (IsJet3()) {
-        GTEST_SKIP() << "Access 97 has no complex columns";
-    }
+    // They came long after Access 97, whose layout has no room for the number.
     MadeColumn complex = MadeColumn::Fixed("c", eColumnType::Complex, 0, 0, 4);
     complex.m_details = 0x12345;
-    EXPECT_EQ(Read({{complex}, {}}).m_columns.at(0).m_complexId, 0x12345U);
+    EXPECT_EQ(Read({{complex}, {}}).m_columns.at(0).m_complexId == 0x12345U, !IsJet3());
 }
 
 TEST_P(TableDefinitionTest, TheExtraFlagsTellCalculatedColumns) {

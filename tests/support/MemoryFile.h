@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Quillet/platform/RandomAccessFile.h"
 
@@ -20,6 +21,8 @@ public:
         int m_reads = 0;
         // The read that fails, the first being 1; 0 for none.
         int m_failing = 0;
+        // Where each read began.
+        std::vector<std::uint64_t> m_positions;
     };
 
     explicit MemoryFile(std::string bytes, std::shared_ptr<Plan> plan = std::make_shared<Plan>())
@@ -27,6 +30,7 @@ public:
 
     std::optional<std::size_t> ReadAt(std::uint64_t position, std::span<std::uint8_t> buffer,
                                       std::string* why) override {
+        m_plan->m_positions.push_back(position);
         if (++m_plan->m_reads == m_plan->m_failing) {
             *why = "the disk is broken";
             return std::nullopt;

@@ -1,5 +1,7 @@
 #include "Quillet/platform/CodePage.h"
 
+#include <string>
+
 namespace quillet::platform {
 namespace {
 
@@ -19,13 +21,15 @@ CodePage::CodePage(unsigned number, bool isSingleByte) : m_number(number), m_isS
     if (!m_isSingleByte) {
         return;
     }
-    WideString text;
+    std::string bytes;
     for (std::size_t byte = 0; byte < Bytes; ++byte) {
-        const char one = static_cast<char>(byte);
-        text.clear();
-        AppendDecoded(number, std::string_view(&one, 1), text);
-        const bool isOpen = text.size() != 1 || text.front() == Malformed;
-        m_characters[byte] = isOpen ? static_cast<WCHAR>(byte) : text.front();
+        bytes += static_cast<char>(byte);
+    }
+    WideString text;
+    AppendDecoded(number, bytes, text);
+    text.resize(Bytes, Malformed);
+    for (std::size_t byte = 0; byte < Bytes; ++byte) {
+        m_characters[byte] = text[byte] == Malformed ? static_cast<WCHAR>(byte) : text[byte];
     }
 }
 
