@@ -43,8 +43,9 @@ inline double LittleDouble(ByteView bytes, std::size_t offset) {
     return value;
 }
 
+inline constexpr std::size_t BitsOfByte = 8;
+
 inline bool BitOf(ByteView bytes, std::size_t bit) {
-    constexpr std::size_t BitsOfByte = 8;
     return (bytes[bit / BitsOfByte] >> (bit % BitsOfByte) & 1) != 0;
 }
 

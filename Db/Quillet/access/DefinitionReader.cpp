@@ -11,7 +11,7 @@ constexpr std::size_t NextPage = 4;
 // What each further page has before its part of the definition.
 constexpr std::size_t PageHeader = 8;
 // Far more than columns and indexes can take.
-constexpr std::size_t MostPages = 4096;
+constexpr std::size_t MostPagesOfDefinition = 4096;
 
 }  // namespace
 
@@ -24,7 +24,7 @@ ByteView DefinitionReader::Take(std::size_t size) {
         if (m_next == 0) {
             throw DamagedPage(m_pages.back(), "the table's definition ends too early");
         }
-        if (m_pages.size() == MostPages || std::ranges::find(m_pages, m_next) != m_pages.end()) {
+        if (m_pages.size() == MostPagesOfDefinition || std::ranges::find(m_pages, m_next) != m_pages.end()) {
             throw DamagedPlace(m_pages.back(), NextPage, "the pages of the table's definition form a loop");
         }
         Append(m_next, PageHeader);

@@ -175,8 +175,8 @@ std::vector<PageNumber> File::PagesByOwner(PageNumber owner) {
         FindOwners();
     }
     std::vector<PageNumber> pages;
-    const auto [first, last] = std::ranges::equal_range(m_owners, owner, {}, &OwnedPage::first);
-    for (auto page = first; page != last; ++page) {
+    auto page = std::ranges::lower_bound(m_owners, OwnedPage(owner, 0));
+    for (; page != m_owners.end() && page->first == owner; ++page) {
         pages.push_back(page->second);
     }
     return pages;

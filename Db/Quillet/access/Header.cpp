@@ -21,7 +21,7 @@ constexpr std::size_t CodePage = 0x3C;
 constexpr std::size_t PageKey = 0x3E;
 constexpr std::size_t Password = 0x42;
 constexpr std::size_t SortLanguage = 0x6E;
-constexpr std::size_t SortVersion = 0x71;
+constexpr std::size_t DefaultSortVersion = 0x71;
 constexpr std::size_t Created = 0x72;
 constexpr CipherKey MaskKey{0xC7, 0xDA, 0x39, 0x6B};
 
@@ -84,7 +84,7 @@ void ReadFields(ByteView bytes, Header& header) {
     header.m_pageKey = LittleU32(bytes, PageKey);
     header.m_sortLanguage = LittleU16(bytes, layout.m_isJet3 ? SortLanguageOfJet3 : SortLanguage);
     if (!layout.m_isJet3) {
-        header.m_sortVersion = bytes[SortVersion];
+        header.m_sortVersion = bytes[DefaultSortVersion];
         header.m_created = LittleDouble(bytes, Created);
     }
     header.m_hasPassword = IsPasswordSet(bytes, layout, header.m_created);

@@ -5,7 +5,6 @@
 namespace quillet::access {
 namespace {
 
-constexpr std::size_t BitsOfByte = 8;
 constexpr char TooShort[] = "the row is too short for its columns";
 constexpr char OutOfOrder[] = "the row's columns overlap";
 

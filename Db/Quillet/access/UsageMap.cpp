@@ -10,7 +10,6 @@ enum eKind : std::uint8_t { BitsInRow = 0, PagesOfBits = 1 };
 constexpr std::size_t KindSize = 1;
 constexpr std::size_t FirstPageSize = 4;
 constexpr std::size_t PointerSize = 4;
-constexpr std::size_t BitsOfByte = 8;
 // Where a page of bits has them.
 constexpr std::size_t BitsOfPage = 4;
 
