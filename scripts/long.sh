@@ -5,6 +5,8 @@
 #                                      order, with other random numbers for each of the seeds 1, 2, 3, ...; 20 of them
 #                                      without an argument
 #   scripts/long.sh queries [seconds]  query texts of random bytes; 1800 seconds without an argument
+#   scripts/long.sh files [seconds]    2,236 changes to whole Access files, and such files with random changes; 1800
+#                                      seconds without an argument
 #   scripts/long.sh wine [times]       the Windows tests, each time from an empty prefix; 10 times without an argument
 #
 # Says how long each run took and how it ended; the status is that of the first run that failed, and 0 where none did.
@@ -25,7 +27,7 @@ run() { # what, command
 }
 
 shuffled() { # seed
-    GTEST_SHUFFLE=1 GTEST_RANDOM_SEED=$1 ctest --preset asan -R "class_tests|platform_tests|tool_tests" --output-on-failure
+    GTEST_SHUFFLE=1 GTEST_RANDOM_SEED=$1 ctest --preset asan -R "class_tests|access_tests|platform_tests|tool_tests" --output-on-failure
 }
 
 from_empty_prefix() {
@@ -53,6 +55,13 @@ case $part in
         ;;
     queries)
         run "query texts" scripts/fuzz.sh "${2:-1800}"
+        ;;
+    files)
+        scripts/bootstrap.sh build test
+        cmake --preset asan
+        cmake --build --preset asan --target access_tests
+        run "changes to whole files" env QUILLET_MUTATIONS=52 build/asan/bin/access_tests --gtest_filter='*Damaged*'
+        run "files with random changes" scripts/fuzz.sh "${2:-1800}" files
         ;;
     wine)
         scripts/bootstrap.sh build test windows
