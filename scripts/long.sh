@@ -5,6 +5,7 @@
 #                                      order, with other random numbers for each of the seeds 1, 2, 3, ...; 20 of them
 #                                      without an argument
 #   scripts/long.sh queries [seconds]  query texts of random bytes; 1800 seconds without an argument
+#   scripts/long.sh rows [seconds]     rows of random bytes; 1800 seconds without an argument
 #   scripts/long.sh files [seconds]    2,236 changes to whole Access files, and such files with random changes; 1800
 #                                      seconds without an argument
 #   scripts/long.sh wine [times]       the Windows tests, each time from an empty prefix; 10 times without an argument
@@ -54,14 +55,17 @@ case $part in
         done
         ;;
     queries)
-        run "query texts" scripts/fuzz.sh "${2:-1800}"
+        run "query texts" scripts/fuzz.sh query "${2:-1800}"
+        ;;
+    rows)
+        run "rows" scripts/fuzz.sh rows "${2:-1800}"
         ;;
     files)
         scripts/bootstrap.sh build test
         cmake --preset asan
         cmake --build --preset asan --target access_tests
         run "changes to whole files" env QUILLET_MUTATIONS=52 build/asan/bin/access_tests --gtest_filter='*Damaged*'
-        run "files with random changes" scripts/fuzz.sh "${2:-1800}" files
+        run "files with random changes" scripts/fuzz.sh access "${2:-1800}"
         ;;
     wine)
         scripts/bootstrap.sh build test windows

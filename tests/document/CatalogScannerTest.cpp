@@ -9,6 +9,7 @@
 #include <string>
 
 #include "Quillet/document/CountRows.h"
+#include "Quillet/document/DocumentReader.h"
 #include "Quillet/platform/File.h"
 #include "support/CatalogHelpers.h"
 
@@ -208,12 +209,37 @@ TEST(CountedCatalog, RowsOfSeveralTables_AreCountedWithoutReadingThem) {
     EXPECT_EQ(counts->at("second"), 0U);
 }
 
+TEST(CountedCatalog, FirstRowsOfATable_AreTheOnlyOnesKept) {
+    CatalogParts parts;
+    std::string rows;
+    constexpr LONG Rows = 100000;
+    for (LONG i = 0; i < Rows; ++i) {
+        rows += "<row a=\"" + std::to_string(i) + "\" t=\"text\" />\n";
+    }
+    parts.m_rows = Table("First", rows) + Table("Second", rows);
+    const TemporaryFolder folder;
+    WriteBytes(folder / "long.xml", parts.Text());
+    const CString file(Utf8(folder / "long.xml"));
+    for (const char* const name : {"First", "SECOND"}) {
+        const DocumentReader::Table table = DocumentReader::ReadFirstRows(file, name, 50000);
+        ASSERT_NE(table.m_data, nullptr);
+        EXPECT_EQ(table.m_descr->size(), 2U);
+        EXPECT_GE(table.m_data->size(), 50000U);
+        EXPECT_LT(table.m_data->size(), uint64{Rows});
+        EXPECT_EQ((*table.m_data)[49999][0].GetValue().lVal, 49999);
+    }
+    EXPECT_EQ(DocumentReader::ReadFirstRows(file, "Third", 1).m_data, nullptr);
+    EXPECT_EQ(DocumentReader::ReadFirstRows(file, "First", uint64{Rows} + 1).m_data->size(), uint64{Rows});
+}
+
 TEST(CountedCatalog, RowsThatDoNotMatchTheFields_AreToBeRead) {
     CatalogParts parts;
     parts.m_rows = Table("First", "<row a=\"1\" t=\"x\" /><row a=\"2\" />");
     const TemporaryFolder folder;
     WriteBytes(folder / "misfit.xml", parts.Text());
-    EXPECT_FALSE(CountRows(CString(Utf8(folder / "misfit.xml"))));
+    const CString file(Utf8(folder / "misfit.xml"));
+    EXPECT_FALSE(CountRows(file));
+    EXPECT_EQ(DocumentReader::ReadFirstRows(file, "Second", 1).m_data, nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, ScannedCatalog, testing::ValuesIn(Variants),

@@ -114,7 +114,7 @@ constexpr const char* CheckBoth = "SQL Analyze - check 'SELECT' and/or 'FROM' st
 TEST_F(BadQuery, Samples_HaveNoFaults) {
     std::size_t count = 0;
     for (const auto& entry :
-         std::filesystem::directory_iterator(std::string(QUILLET_SOURCE_DIR) + "/tests/fuzz/corpus")) {
+         std::filesystem::directory_iterator(std::string(QUILLET_SOURCE_DIR) + "/tests/fuzz/corpus/query")) {
         std::ifstream file(entry.path(), std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
         EXPECT_EQ(FaultsOf(text), "") << entry.path();

@@ -48,6 +48,15 @@ std::size_t CatalogScanner::TagLength(std::string_view text) {
     return std::string_view::npos;
 }
 
+void CatalogScanner::KeepFirstRows(const CString& table, std::uint64_t rows) {
+    m_wanted = Lowered(table);
+    m_wantedRows = rows;
+}
+
+std::unique_ptr<DbTableDescr> CatalogScanner::TakeStructure() {
+    return std::move(m_structures[*m_wanted]);
+}
+
 bool CatalogScanner::Scan() {
     m_buffer.resize(WindowBytes + 1);
     if (!ReadMore()) {
@@ -185,7 +194,7 @@ bool CatalogScanner::ReadStructure(std::string_view text) {
         }
         descr = std::make_unique<DbTableDescr>(nullptr);
         // What is malformed is said when the structure is registered.
-        descr->Load(face.Show(table));
+        m_hasMalformedStructure = !descr->Load(face.Show(table)) || m_hasMalformedStructure;
     }
     return true;
 }
@@ -199,11 +208,16 @@ bool CatalogScanner::ReadRows(std::string_view tag, ScannedRows& rows) {
     if (structure == m_structures.end()) {
         return false;
     }
+    const bool isWanted = m_wanted == Lowered(CString(name));
     std::optional<RowScanner> scanner;
     for (;;) {
-        if (!scanner || !m_keepsRows) {
+        const bool isFirst = isWanted && rows.m_count < m_wantedRows;
+        if (!scanner || !(isFirst || m_rowsAre == Rows::Kept)) {
             rows.m_rows = std::make_shared<ColumnStore>();
             scanner.emplace(*structure->second, *rows.m_rows);
+        }
+        if (isFirst) {
+            m_firstRows.m_rows = rows.m_rows;
         }
         const std::uint64_t before = scanner->Rows();
         const std::uint64_t misfitsBefore = scanner->Misfits();

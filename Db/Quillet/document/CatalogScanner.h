@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,12 +31,19 @@ public:
     enum class Rows : std::uint8_t { Kept, Counted };
 
     explicit CatalogScanner(platform::ReadableFile& file, Rows rows = Rows::Kept)
-        : m_file(file), m_keepsRows(rows == Rows::Kept) {}
+        : m_file(file), m_rowsAre(rows) {}
     CatalogScanner(const CatalogScanner&) = delete;
     CatalogScanner& operator=(const CatalogScanner&) = delete;
 
     // Reads the file to its end. False if it gives up. Throws only std::bad_alloc.
     bool Scan();
+    // Before a scan that counts rows: keeps the first rows of the body's table of that name, at least so many
+    // unless there are fewer.
+    void KeepFirstRows(const CString& table, std::uint64_t rows);
+    // What it kept of that table: the structure, which the caller gets, null if there is none, and the rows.
+    std::unique_ptr<DbTableDescr> TakeStructure();
+    const ScannedRows& FirstRows() const { return m_firstRows; }
+    bool HasMalformedStructure() const { return m_hasMalformedStructure; }
 
     // The document without the rows that were read.
     const std::string& Rest() const { return m_rest; }
@@ -55,7 +63,7 @@ private:
     bool IsIn(std::size_t list) const;
 
     platform::ReadableFile& m_file;
-    bool m_keepsRows;
+    Rows m_rowsAre;
     std::vector<char> m_buffer;
     std::size_t m_at = 0;
     std::size_t m_have = 0;
@@ -69,6 +77,11 @@ private:
     std::map<std::size_t, ScannedRows> m_tables;
     // Of all tables.
     std::size_t m_rows = 0;
+    bool m_hasMalformedStructure = false;
+    // The lowered name of the table whose first rows are kept, and how many.
+    std::optional<CString> m_wanted;
+    std::uint64_t m_wantedRows = 0;
+    ScannedRows m_firstRows;
 };
 
 }  // namespace quillet

@@ -24,7 +24,7 @@ bool HasChildren(const xml::Node& element, std::initializer_list<const char*> na
     return child.IsNull();
 }
 
-CString NameOf(const xml::Node& table) {
+CString LoweredNameOf(const xml::Node& table) {
     return Lowered(CString(table.FirstAttributeValue().value_or("")));
 }
 
@@ -33,7 +33,7 @@ CString NameOf(const xml::Node& table) {
 template <typename Take>
 bool ForEachTable(const xml::Node& list, Take take) {
     xml::Node table = list.FirstChild();
-    while (!table.IsNull() && take(NameOf(table))) {
+    while (!table.IsNull() && take(LoweredNameOf(table))) {
         table = table.NextSibling();
     }
     return table.IsNull();
@@ -57,8 +57,12 @@ std::optional<std::map<CString, std::uint64_t>> CountRows(const CString& path) {
         return std::nullopt;
     }
     CatalogScanner scanner(*file, CatalogScanner::Rows::Counted);
+    return CountRows(scanner);
+}
+
+std::optional<std::map<CString, std::uint64_t>> CountRows(CatalogScanner& scanner) {
     xml::Document rest;
-    if (!scanner.Scan() || !rest.LoadText(scanner.Rest())) {
+    if (!scanner.Scan() || scanner.HasMalformedStructure() || !rest.LoadText(scanner.Rest())) {
         return std::nullopt;
     }
     const xml::Node database = RootOf(rest);
@@ -83,7 +87,7 @@ std::optional<std::map<CString, std::uint64_t>> CountRows(const CString& path) {
     std::size_t place = 0;
     for (xml::Node table = structure.NextSibling().FirstChild(); !table.IsNull();
          table = table.NextSibling(), ++place) {
-        const CString name = NameOf(table);
+        const CString name = LoweredNameOf(table);
         const auto rows = scanner.Tables().find(place);
         if (counts.count(name) == 0 || !names.insert(name).second || !table.FirstChild().IsNull()) {
             return std::nullopt;

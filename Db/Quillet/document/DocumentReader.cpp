@@ -8,6 +8,7 @@
 #include "Quillet/Db_Exception.h"
 #include "Quillet/Db_TableData.h"
 #include "Quillet/document/CatalogScanner.h"
+#include "Quillet/document/CountRows.h"
 #include "Quillet/document/Omissions.h"
 #include "Quillet/platform/Clock.h"
 #include "Quillet/platform/File.h"
@@ -31,6 +32,11 @@ xml::Node Required(xml::Node node) {
 
 bool IsDatabase(const xml::Node& node) {
     return CString(node.Name()).CompareNoCase("database") == 0;
+}
+
+// Null for a pipe, which could not be read a second time.
+std::unique_ptr<platform::ReadableFile> OpenRegular(const CString& path) {
+    return platform::IsRegularFile(path.ToUtf8()) ? platform::ReadableFile::Open(path.ToUtf8()) : nullptr;
 }
 
 // The root, or null.
@@ -154,9 +160,7 @@ void DocumentReader::ReadDatabase(const CString& path) {
 // Reads a file without making nodes of the body's rows. False, and nothing is registered, for a file that has
 // to be read in the general way.
 bool DocumentReader::ScanDatabase(const CString& path, xml::Document& rest, Scanned& scanned) const {
-    // A pipe could not be read a second time.
-    const std::unique_ptr<platform::ReadableFile> file =
-        platform::IsRegularFile(path.ToUtf8()) ? platform::ReadableFile::Open(path.ToUtf8()) : nullptr;
+    const std::unique_ptr<platform::ReadableFile> file = OpenRegular(path);
     if (file == nullptr) {
         return false;
     }
@@ -363,6 +367,26 @@ bool DocumentReader::ScanTable(std::string_view text) {
     scanned.m_seconds = platform::CounterSeconds() - before;
     info->GetData()->TakeRows(scanned);
     return true;
+}
+
+DocumentReader::Table DocumentReader::ReadFirstRows(const CString& path, const CString& table,
+                                                    std::uint64_t rows) {
+    const std::unique_ptr<platform::ReadableFile> file = OpenRegular(path);
+    if (file == nullptr) {
+        return {};
+    }
+    CatalogScanner scanner(*file, CatalogScanner::Rows::Counted);
+    scanner.KeepFirstRows(table, rows);
+    Table found;
+    if (CountRows(scanner)) {
+        found.m_descr = scanner.TakeStructure();
+    }
+    if (found.m_descr == nullptr) {
+        return {};
+    }
+    found.m_data = std::make_unique<DbTableData>(nullptr, found.m_descr.get());
+    found.m_data->TakeRows(scanner.FirstRows());
+    return found;
 }
 
 std::size_t DocumentReader::ReadStructure(const xml::Node& structure) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <set>
 #include <string_view>
 
@@ -13,6 +14,7 @@
 
 class DbItem;
 class DbTableData;
+class DbTableDescr;
 
 namespace quillet {
 
@@ -80,6 +82,16 @@ public:
 
     // Notes that the file is no complete catalog, for a reason that may be empty. A blank file omits nothing.
     void NoteUnreadable(const CString& path, const CString& why);
+
+    // A table that belongs to no database.
+    struct Table {
+        std::unique_ptr<DbTableDescr> m_descr;
+        std::unique_ptr<DbTableData> m_data;
+    };
+    // The first rows of the body's table of that name in a catalog file, at least so many unless there are
+    // fewer; the other rows are counted and not kept. None where CountRows gives nothing, and for an unknown
+    // name: then the file has to be read.
+    static Table ReadFirstRows(const CString& path, const CString& table, std::uint64_t rows);
 
     // The entry about a table whose rows could not all be read.
     static DbLogEntry MalformedRows(const CString& table);

@@ -6,6 +6,7 @@
 
 #include "Failure.h"
 #include "Quillet/document/CountRows.h"
+#include "Quillet/document/DocumentReader.h"
 #include "Quillet/platform/File.h"
 #include "commands/Commands.h"
 #include "commands/Printing.h"
@@ -143,6 +144,22 @@ Format FormatOfTarget(const Settings& settings, const std::string& target) {
                      ": the name of an export must end in .csv or .json, or be - for standard output");
 }
 
+// Keeps no more rows than are shown. False, and nothing was shown, where the table has to be read.
+bool ShowFirstRows(const Settings& settings, const ShowRequest& request) {
+    constexpr std::size_t MostRows = 1'000'000;
+    const RowRange& range = request.m_rows;
+    if (range.m_limit > MostRows || range.m_offset > MostRows || settings.m_log || settings.m_sequential ||
+        !HasXmlEnding(request.m_file)) {
+        return false;
+    }
+    const DocumentReader::Table table =
+        DocumentReader::ReadFirstRows(request.m_file, request.m_table, range.m_offset + range.m_limit);
+    if (table.m_data != nullptr) {
+        PrintRows(settings, {request.m_table, table.m_descr.get(), table.m_data.get()}, range);
+    }
+    return table.m_data != nullptr;
+}
+
 }  // namespace
 
 int Info(const Settings& settings, const InfoRequest& request) {
@@ -185,6 +202,9 @@ int Fields(const Settings& settings, const FieldsRequest& request) {
 }
 
 int Show(const Settings& settings, const ShowRequest& request) {
+    if (ShowFirstRows(settings, request)) {
+        return Done;
+    }
     Catalog catalog(request.m_file, settings);
     catalog.ReadStructure();
     PrintRows(settings, catalog.FindTable(request.m_table), request.m_rows);
