@@ -193,6 +193,17 @@ TEST_P(AccessFileTest, RowsAreFoundAlthoughTheirMapIsDamaged) {
     }
 }
 
+TEST_P(AccessFileTest, RowsAreFoundAlthoughTheirMapNamesPagesBeyondTheFile) {
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    m_pages.AddRows(table, {{Row(1)}});
+    const std::uint32_t map = m_pages.AddDataPage(0, {{m_pages.MapOf({200})}});
+    m_pages.Page(table).Put(GetParam()->m_ownedMap, map << 8, 4);
+    OpenedFile file(m_pages);
+    EXPECT_EQ(file.Rows("numbers"), (Rows{{"1"}}));
+    EXPECT_EQ(file.Damage(),
+              Texts{"page " + std::to_string(map) + ": a map names pages beyond the end of the file"});
+}
+
 TEST_P(AccessFileTest, PagesThatAreNotTheTablesAreLeftOut) {
     const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
     m_pages.AddRows(table, {{Row(1)}});
