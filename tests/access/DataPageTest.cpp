@@ -93,6 +93,19 @@ TEST_P(DataPageTest, RowsAreFoundAlthoughTheirNumberIsWrong) {
     EXPECT_EQ(TextOf(page.RowAt(2)), "cccc");
 }
 
+TEST_P(DataPageTest, ANumberOfRowsThatNoPointerCouldNameIsWrong) {
+    Open({{"aaaa"}, {"bbbb"}, {"cccc"}});
+    m_pages.Page(m_number).Put(GetParam()->m_rowCount, 257, 2);
+    EXPECT_TRUE(Reopen().IsCountWrong());
+    EXPECT_EQ(Reopen().RowCount(), 3U);
+}
+
+TEST_P(DataPageTest, TheThirdBitOfAnEntryHasNoMeaning) {
+    const DataPage page = Open({{"first", 0x2000}, {"second", 0x6000}});
+    EXPECT_EQ(TextOf(page.RowAt(0)), "first");
+    EXPECT_TRUE(page.RowAt(1).m_isMoved);
+}
+
 TEST_P(DataPageTest, AFullPageIsWhole) {
     const std::vector<MadeRow> rows(255, {"1234"});
     const DataPage page = Open(rows);

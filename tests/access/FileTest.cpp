@@ -158,6 +158,85 @@ TEST_P(AccessFileTest, ADamagedRowDoesNotHinderTheOthers) {
               Texts{"page " + std::to_string(page) + ": row 1: the row is too short for its columns"});
 }
 
+// A row ends where the one before it begins, so two rows depend on one entry.
+TEST_P(AccessFileTest, RowsBesideADamagedEntryAreFoundAgain) {
+    const MadeTable made = {{MadeColumn::Fixed("n", eColumnType::Long, 0, 0, 4),
+                             MadeColumn::Variable("a", eColumnType::Text, 1, 0),
+                             MadeColumn::Variable("b", eColumnType::Text, 2, 1)},
+                            {}};
+    const std::uint32_t table = m_pages.AddTable("texts", made);
+    std::vector<MadeRow> rows;
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        rows.push_back({m_pages.Row(made, {Number(i, 4), Text("text " + std::to_string(i)), Text("more")})});
+    }
+    const std::uint32_t page = m_pages.AddRows(table, rows);
+    const Rows whole = OpenedFile(m_pages).Rows("texts");
+    ASSERT_EQ(whole.size(), 4U);
+    const std::string before = m_pages.Page(page).Bytes();
+    for (const std::size_t entry : {0U, 1U, 2U}) {
+        for (const std::size_t start : {std::size_t{0x1FFF}, std::size_t{4}}) {
+            m_pages.Page(page) = test::ByteWriter(before).Put(GetParam()->m_rowStarts + 2 * entry, start, 2);
+            OpenedFile file(m_pages);
+            EXPECT_EQ(file.Rows("texts"), whole) << entry << ' ' << start;
+            EXPECT_EQ(file.Damage().size(), 2U);
+        }
+    }
+}
+
+TEST_P(AccessFileTest, OnePairOfRowsIsFoundAgainOnEachPage) {
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    for (const std::uint32_t page : {0U, 1U}) {
+        std::vector<MadeRow> rows;
+        for (std::uint32_t i = 0; i < 6; ++i) {
+            rows.push_back({Row(10 * page + i)});
+        }
+        const std::uint32_t number = m_pages.AddRows(table, rows);
+        m_pages.Page(number).Put(GetParam()->m_rowStarts, 0x1FFF, 2);
+        m_pages.Page(number).Put(GetParam()->m_rowStarts + 6, 0x1FFF, 2);
+    }
+    EXPECT_EQ(OpenedFile(m_pages).Rows("numbers"),
+              (Rows{{"0"}, {"1"}, {"2"}, {"5"}, {"10"}, {"11"}, {"12"}, {"15"}}));
+}
+
+TEST_P(AccessFileTest, RowsWithoutVariableColumnsAreFoundAgain) {
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    const std::uint32_t page =
+        m_pages.AddRows(table, {{Row(0x11111111)}, {Row(0x22222222)}, {Row(0x33333333)}});
+    const Rows whole = OpenedFile(m_pages).Rows("numbers");
+    m_pages.Page(page).Put(GetParam()->m_rowStarts + 2, 0x1FFF, 2);
+    EXPECT_EQ(OpenedFile(m_pages).Rows("numbers"), whole);
+}
+
+TEST_P(AccessFileTest, RowsOfWhichTheBoundaryIsNotSureAreLost) {
+    // With a column that was deleted, nothing tells how long a row of fixed columns is.
+    const MadeTable all{{MadeColumn::Fixed("n", eColumnType::Long, 0, 0, 4),
+                         MadeColumn::Fixed("deleted", eColumnType::Double, 1, 4, 8)},
+                        {}};
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    const std::string row = m_pages.Row(all, {Number(7, 4), Number(0, 8)});
+    const std::uint32_t page = m_pages.AddRows(table, {{row}, {row}, {row}});
+    EXPECT_EQ(OpenedFile(m_pages).Rows("numbers"), (Rows{{"7"}, {"7"}, {"7"}}));
+    m_pages.Page(page).Put(GetParam()->m_rowStarts, 0x1FFF, 2);
+    EXPECT_EQ(OpenedFile(m_pages).Rows("numbers"), (Rows{{"7"}}));
+}
+
+TEST_P(AccessFileTest, DeletedRowsBesideADamagedEntryStayDeleted) {
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    const std::uint32_t page =
+        m_pages.AddRows(table, {{Row(1)}, {Row(2)}, {Row(3), MadeRow::Deleted}, {Row(4)}});
+    m_pages.Page(page).Put(GetParam()->m_rowStarts + 2, 0x1FFF, 2);
+    EXPECT_EQ(OpenedFile(m_pages).Rows("numbers"), (Rows{{"1"}, {"4"}}));
+}
+
+TEST_P(AccessFileTest, WhatWasFoundAgainOnAPageIsForgottenOnTheNext) {
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    for (const std::uint16_t flags : {std::uint16_t{0}, MadeRow::Deleted}) {
+        const std::uint32_t page = m_pages.AddRows(table, {{Row(1)}, {Row(2), flags}});
+        m_pages.Page(page).Put(GetParam()->m_rowStarts, 0x1FFF, 2);
+    }
+    EXPECT_EQ(OpenedFile(m_pages).Rows("numbers"), (Rows{{"1"}, {"2"}}));
+}
+
 TEST_P(AccessFileTest, AWrongNumberOfRowsOnAPageLosesNone) {
     const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
     const std::uint32_t page = m_pages.AddRows(table, {{Row(1)}, {Row(2)}});
@@ -191,6 +270,17 @@ TEST_P(AccessFileTest, RowsAreFoundAlthoughTheirMapIsDamaged) {
         EXPECT_EQ(file.Rows("numbers"), (Rows{{"1"}, {"2"}})) << map;
         EXPECT_EQ(file.Damage().size(), 2U);
     }
+}
+
+TEST_P(AccessFileTest, RowsAreFoundAlthoughTheirMapNamesPagesBeyondTheFile) {
+    const std::uint32_t table = m_pages.AddTable("numbers", Numbers);
+    m_pages.AddRows(table, {{Row(1)}});
+    const std::uint32_t map = m_pages.AddDataPage(0, {{m_pages.MapOf({200})}});
+    m_pages.Page(table).Put(GetParam()->m_ownedMap, map << 8, 4);
+    OpenedFile file(m_pages);
+    EXPECT_EQ(file.Rows("numbers"), (Rows{{"1"}}));
+    EXPECT_EQ(file.Damage(),
+              Texts{"page " + std::to_string(map) + ": a map names pages beyond the end of the file"});
 }
 
 TEST_P(AccessFileTest, PagesThatAreNotTheTablesAreLeftOut) {

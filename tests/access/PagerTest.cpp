@@ -83,6 +83,10 @@ TEST_F(PagerTest, TheCipherIsTheOneOfTheHeadersMask) {
     EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{0xB5, 0x6F, 0x03, 0x62}));
 }
 
+TEST_F(PagerTest, TheKeyOfAPageIsTheFilesKeyWithThePagesBitsTurned) {
+    EXPECT_EQ(KeyOfPage(0x01020304, 0x0105), (CipherKey{0x01, 0x02, 0x02, 0x01}));
+}
+
 TEST_F(PagerTest, APageIsReadOnceWhileItIsKept) {
     Pager pager = Open(NumberedPages(3));
     pager.Get(1);

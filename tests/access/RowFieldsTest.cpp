@@ -133,6 +133,10 @@ TEST_P(RowFieldsTest, RowsTooShortForTheirColumnsAreRefused) {
     EXPECT_STREQ(Split(Number(0xFFFF, 2) + row.substr(2)), "the row is too short for its columns");
 }
 
+TEST_P(RowFieldsTest, RowsWithoutColumnsAreRefused) {
+    EXPECT_STREQ(Split(std::string(20, '\0')), "the row has no columns");
+}
+
 TEST_P(RowFieldsTest, ATableOfStartsTooLongIsRefused) {
     std::string row = m_pages.Row(Mixed, {"aaaa", "first", "cc", "second"});
     const std::size_t size = GetParam()->m_rowNumberSize;

@@ -20,7 +20,8 @@ protected:
     static std::string BytesAt(RandomAccessFile& file, std::uint64_t position, std::size_t size) {
         std::array<std::uint8_t, 64> buffer;
         const auto count = file.ReadAt(position, std::span(buffer).first(size));
-        return count ? std::string(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(*count)) : "!";
+        return count ? std::string(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(*count))
+                     : "!";
     }
 
     test::TemporaryFolder m_folder;

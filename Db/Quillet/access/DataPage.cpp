@@ -65,6 +65,19 @@ DataPage::Row DataPage::RowAt(std::size_t row) const {
             m_page.Bytes().subspan(start, end - start)};
 }
 
+std::optional<ByteView> DataPage::BytesAround(std::size_t row) const {
+    const auto isPlain = [&](std::size_t other) { return (Entry(other) & ~PositionBits) == 0; };
+    if (row + 1 >= m_rowCount || !isPlain(row) || !isPlain(row + 1)) {
+        return std::nullopt;
+    }
+    const std::size_t start = Entry(row + 1) & PositionBits;
+    const std::size_t end = row == 0 ? m_layout->m_pageSize : Entry(row - 1) & PositionBits;
+    if (start < DirectoryEnd(m_rowCount) || start > end || end > m_layout->m_pageSize) {
+        return std::nullopt;
+    }
+    return m_page.Bytes().subspan(start, end - start);
+}
+
 LocatedRow LocateRow(Pager& pager, RowPointer pointer) {
     LocatedRow located;
     located.m_page = DataPage(pager.Get(pointer.m_page), pager.PageLayout());

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "Quillet/access/Pager.h"
@@ -38,6 +39,10 @@ public:
 
     // Throws Error if there is no such row, or if it does not lie between the directory and the row before.
     Row RowAt(std::size_t row) const;
+
+    // The bytes that the row and the one after it share, whatever the row's own entry says; nullopt if the
+    // entries beside it are damaged, too, or if one of the two is not a plain row.
+    std::optional<ByteView> BytesAround(std::size_t row) const;
 
 private:
     static constexpr std::size_t OwnerOffset = 4;

@@ -17,6 +17,17 @@ std::size_t LowestVariableNumber(const TableDefinition& table) {
     return lowest;
 }
 
+// The size of the fixed part in a row that has all columns.
+std::size_t FixedSize(const TableDefinition& table) {
+    std::size_t size = 0;
+    for (const Column& column : table.m_columns) {
+        if (column.IsFixed() && column.m_type != eColumnType::Boolean) {
+            size = std::max(size, std::size_t{column.m_fixedOffset} + column.m_length);
+        }
+    }
+    return size;
+}
+
 }  // namespace
 
 RowCursor::RowCursor(Pager& pager, const TextDecoder& texts, const TableDefinition& table,
@@ -26,6 +37,7 @@ RowCursor::RowCursor(Pager& pager, const TextDecoder& texts, const TableDefiniti
       m_log(log),
       m_pages(std::move(pages)),
       m_fields(pager.PageLayout(), LowestVariableNumber(table)),
+      m_recovery(m_fields, FixedSize(table)),
       m_values(pager, texts) {
 }
 
@@ -49,6 +61,7 @@ bool RowCursor::Next() {
 bool RowCursor::OpenNextPage() {
     m_page = DataPage();
     m_nextRow = 0;
+    m_isRecoveryTried = false;
     if (m_nextPage == m_pages.size()) {
         return false;
     }
@@ -66,7 +79,7 @@ bool RowCursor::OpenNextPage() {
 
 // False if no row of the table begins here.
 bool RowCursor::TakeRow(std::size_t row) {
-    const DataPage::Row found = m_page.RowAt(row);
+    const DataPage::Row found = FindRow(row);
     if (found.m_isDeleted || found.m_isMovedHere) {
         return false;
     }
@@ -76,6 +89,24 @@ bool RowCursor::TakeRow(std::size_t row) {
         throw DamagedPage(m_place.m_page, "row " + std::to_string(row) + ": " + fault);
     }
     return true;
+}
+
+// The row where the directory says it is, or where it was found beside a damaged entry.
+DataPage::Row RowCursor::FindRow(std::size_t row) {
+    try {
+        return m_page.RowAt(row);
+    } catch (const Error& error) {
+        if (!m_isRecoveryTried) {
+            m_recovery.Search(m_page, row);
+            m_isRecoveryTried = true;
+        }
+        const std::optional<DataPage::Row> found = m_recovery.Find(row);
+        if (!found) {
+            throw;
+        }
+        Report(error);
+        return *found;
+    }
 }
 
 ByteView RowCursor::FollowMove(ByteView bytes) {

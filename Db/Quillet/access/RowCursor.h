@@ -7,6 +7,7 @@
 
 #include "Quillet/access/DataPage.h"
 #include "Quillet/access/RowFields.h"
+#include "Quillet/access/RowRecovery.h"
 #include "Quillet/access/TableDefinition.h"
 #include "Quillet/access/ValueReader.h"
 
@@ -35,6 +36,7 @@ public:
 private:
     bool OpenNextPage();
     bool TakeRow(std::size_t row);
+    DataPage::Row FindRow(std::size_t row);
     ByteView FollowMove(ByteView bytes);
     void Report(const Error& error);
 
@@ -49,6 +51,9 @@ private:
     // Keeps the bytes of a row that was moved to another page.
     DataPage m_movedTo;
     RowFields m_fields;
+    RowRecovery m_recovery;
+    // Searched once on a page, so that a page that is all damage costs no more than its size.
+    bool m_isRecoveryTried = false;
     ValueReader m_values;
 };
 

@@ -18,6 +18,9 @@ const char* RowFields::Split(ByteView row) {
         return TooShort;
     }
     m_columnCount = head == 1 ? row[0] : LittleU16(row, 0);
+    if (m_columnCount == 0) {
+        return "the row has no columns";
+    }
     const std::size_t maskSize = (m_columnCount + BitsOfByte - 1) / BitsOfByte;
     if (row.size() < head + maskSize) {
         return TooShort;
@@ -50,7 +53,7 @@ const char* RowFields::FindStarts() {
     for (std::size_t i = 0; i <= count; ++i) {
         m_starts.push_back(LittleU16(m_row, countPosition - (i + 1) * NumberSize));
     }
-    return AreStartsInOrder(countPosition - tableSize) ? nullptr : OutOfOrder;
+    return CheckStarts(countPosition - tableSize);
 }
 
 // The same with numbers of one byte. Where the starts pass a multiple of 256, an entry of the jump table,
@@ -77,12 +80,15 @@ const char* RowFields::FindStartsOfJet3() {
         }
         m_starts.push_back(m_row[first - i] + Jump * used);
     }
-    return AreStartsInOrder(first - count) ? nullptr : OutOfOrder;
+    return CheckStarts(first - count);
 }
 
-bool RowFields::AreStartsInOrder(std::size_t end) const {
+// The columns lie in order between the row's beginning and the end of the room for them.
+const char* RowFields::CheckStarts(std::size_t end) const {
     return m_starts.front() >= m_layout.m_rowNumberSize && m_starts.back() <= end &&
-           std::ranges::is_sorted(m_starts);
+                   std::ranges::is_sorted(m_starts)
+               ? nullptr
+               : OutOfOrder;
 }
 
 std::optional<ByteView> RowFields::Fixed(std::size_t offset, std::size_t size) const {

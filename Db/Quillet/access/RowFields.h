@@ -26,6 +26,9 @@ public:
     // added to the table later is not in the row.
     bool HasBit(std::size_t number) const { return number < m_columnCount && BitOf(m_mask, number); }
 
+    // The size of the part of fixed columns.
+    std::size_t FixedSize() const { return m_fixedEnd - m_layout.m_rowNumberSize; }
+
     // The bytes of a column; nullopt if they don't lie in its part of the row.
     std::optional<ByteView> Fixed(std::size_t offset, std::size_t size) const;
     std::optional<ByteView> Variable(std::size_t index) const;
@@ -33,7 +36,7 @@ public:
 private:
     const char* FindStarts();
     const char* FindStartsOfJet3();
-    bool AreStartsInOrder(std::size_t end) const;
+    const char* CheckStarts(std::size_t end) const;
 
     const Layout& m_layout;
     std::size_t m_lowestVariableNumber;
