@@ -1,11 +1,14 @@
 // Decimal numbers as text.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace quillet::platform {
 
@@ -57,11 +60,51 @@ void WriteLastDigits(std::uint64_t& number, int count, Unit* text) {
     }
 }
 
-// Writes the number and returns where it ends.
+// The last eight decimal digits of a number, one in each byte, the first one in the lowest.
+inline std::uint64_t EightDigits(std::uint64_t number) {
+    // Two numbers of four digits, four of two, and eight of one, side by side. The factors are those of 1 /
+    // 100 and 1 / 10 with as many bits as these need.
+    const std::uint64_t fours = number / 10000 | (number % 10000) << 32;
+    const std::uint64_t hundreds = (fours * 10486) >> 20 & 0x0000007F'0000007F;
+    const std::uint64_t twos = hundreds | (fours - 100 * hundreds) << 16;
+    const std::uint64_t tens = (twos * 103) >> 10 & 0x000F000F'000F000F;
+    return tens | (twos - 10 * tens) << 8;
+}
+
+// The same as WriteDecimal for up to eight digits and seven decimals, without a branch for each digit. Writes
+// eight bytes after the number too.
+inline char* WriteShortDecimal(ShortDecimal number, std::string_view separator, char* text) {
+    constexpr std::uint64_t Zeros = 0x30303030'30303030;
+    constexpr int Most = 8;
+    std::uint64_t digits = EightDigits(number.m_digits);
+    // A digit before the separator stays.
+    const int leading = std::countr_zero(digits | std::uint64_t{1} << 63) / 8;
+    const int dropped = std::min(leading, Most - 1 - number.m_decimals);
+    digits = (digits + Zeros) >> (8 * dropped);
+    std::memcpy(text, &digits, sizeof digits);
+    if (number.m_decimals == 0) {
+        return text + Most - dropped;
+    }
+    const int whole = Most - dropped - number.m_decimals;
+    digits >>= 8 * whole;
+    text += whole;
+    for (const char unit : separator) {
+        *text++ = unit;
+    }
+    std::memcpy(text, &digits, sizeof digits);
+    return text + number.m_decimals;
+}
+
+// Writes the number and returns where it ends. There must be room for sixteen units more.
 template <typename Unit>
 Unit* WriteDecimal(bool isNegative, ShortDecimal number, std::basic_string_view<Unit> separator, Unit* text) {
     if (isNegative) {
         *text++ = Unit('-');
+    }
+    if constexpr (std::is_same_v<Unit, char> && std::endian::native == std::endian::little) {
+        if (number.m_digits < WholePowersOfTen[8] && number.m_decimals < 8) {
+            return WriteShortDecimal(number, separator, text);
+        }
     }
     const int digits = CountDigits(number.m_digits);
     const int whole = digits > number.m_decimals ? digits - number.m_decimals : 1;
