@@ -23,7 +23,7 @@ constexpr std::size_t CopyUnit = 16;
 
 constexpr std::string_view ElementBegin = "<row";
 constexpr std::string_view CellEnd = "\"";
-constexpr std::string_view RowEnd = " />\n";
+constexpr std::string_view ElementEnd = " />\n";
 
 std::size_t UnitsFor(std::size_t bytes) {
     return (bytes + CopyUnit - 1) / CopyUnit;
@@ -134,7 +134,7 @@ char* SavedRows::Write(std::size_t& row, char* text, const char* end) const {
             text = WriteCell(column, m_first + static_cast<std::uint32_t>(row), text);
         }
         text = Put(columns.empty() ? ElementBegin : CellEnd, text);
-        text = Put(RowEnd, text);
+        text = Put(ElementEnd, text);
     }
     return text;
 }
