@@ -14,6 +14,7 @@
 #include "Quillet/rows/NewCells.h"
 #include "Quillet/rows/RowWriting.h"
 #include "Quillet/rows/RowsView.h"
+#include "Quillet/rows/SavedRows.h"
 #include "Quillet/values/FieldNames.h"
 #include "Quillet/xml/Face.h"
 
@@ -233,13 +234,29 @@ bool DbRows::Follows(const DbTableRow& row) const {
     return row.GetDescr() == Descr() && (row.LiveParent() == nullptr || row.LiveParent() == this);
 }
 
-// Rows without an owner follow everybody who shows them; each may change their cells.
+// Rows without an owner follow everybody who shows them; each may change their cells. What can fail happens
+// here.
 void DbRows::PrepareFieldChange() {
     if (!m_storage->HasOwner() && m_storage->Descr() == Descr()) {
         for (std::size_t i = 0; i < m_storage->Size(); ++i) {
             m_storage->RowAt(i);
         }
     }
+    m_storage->OwnBlocks();
+}
+
+uint64 DbRows::SaveColumns(uint64 pos, const quillet::xml::Node& document,
+                           const quillet::xml::Node& parentElement) {
+    const quillet::RowsView view(*this);
+    if (!quillet::xml::CanKeepLeaves(document, parentElement) || !view.HasRow(pos)) {
+        return 0;
+    }
+    std::unique_ptr<const quillet::SavedRows> rows = quillet::SavedRows::Take(view, pos);
+    const uint64 count = rows == nullptr ? 0 : rows->Count();
+    if (count > 0) {
+        quillet::xml::KeepLeaves(parentElement, std::move(rows));
+    }
+    return count;
 }
 
 void DbRows::EraseCells(uint64 fieldIndex) {

@@ -14,6 +14,7 @@ class CellParser;
 class ColumnStore;
 class NewCells;
 class RowsView;
+class Upcalls;
 namespace xml {
 class Node;
 }
@@ -73,7 +74,12 @@ private:
     friend class DbTableRow;
     friend class quillet::NewCells;
     friend class quillet::RowsView;
+    friend class quillet::Upcalls;
 
+    // Leaves rows from a visible position on with the document, to be written later as they are now. How
+    // many; none where the row has to be saved by itself.
+    uint64 SaveColumns(uint64 pos, const quillet::xml::Node& document,
+                       const quillet::xml::Node& parentElement);
     // Appends the row at a visible position, if there is one, as DbTableRow::Save does.
     bool SaveRow(uint64 pos, IDispatch* document, IDispatch* parentElement);
     // Reads the row at a visible position, as DbTableRow::Load does; false if there is none.

@@ -62,8 +62,12 @@ bool DbTableData::Save(IDispatch* document, IDispatch* parentElement) {
     if (!ParseXmlData()) {
         return false;
     }
-    for (uint64 i = 0; i < m_rows->GetRowsCount(); ++i) {
-        if (!m_rows->SaveRow(i, document, parentElement)) {
+    const quillet::xml::Node documentNode(document);
+    const quillet::xml::Node parentNode(parentElement);
+    for (uint64 i = 0; i < m_rows->GetRowsCount();) {
+        if (const uint64 rows = m_rows->SaveColumns(i, documentNode, parentNode)) {
+            i += rows;
+        } else if (!m_rows->SaveRow(i++, document, parentElement)) {
             LogToDatabase({DbLogEntry::Kind::SaveTrace,
                            "Error on DbTableData::Save(IDispatch* doc, IDispatch* element)", TableName()});
             return false;

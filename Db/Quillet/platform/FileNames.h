@@ -11,14 +11,14 @@
 
 namespace quillet::platform {
 
-// The digest of bytes that follow others, whose digest is before.
-constexpr std::uint64_t NoBytes = 0xcbf29ce484222325;
-constexpr std::uint64_t Digest(std::string_view bytes, std::uint64_t before = NoBytes) {
+// The digest of a name, the same in every process.
+constexpr std::uint64_t Digest(std::string_view name) {
     constexpr std::uint64_t Prime = 0x100000001b3;
-    for (const char byte : bytes) {
-        before = (before ^ static_cast<unsigned char>(byte)) * Prime;
+    std::uint64_t digest = 0xcbf29ce484222325;
+    for (const char byte : name) {
+        digest = (digest ^ static_cast<unsigned char>(byte)) * Prime;
     }
-    return before;
+    return digest;
 }
 
 constexpr const char* NamesBesideBegin = ".quillet-";

@@ -1,6 +1,6 @@
 #include "Quillet/platform/FileVersion.h"
 
-#include "Quillet/platform/FileNames.h"
+#include "Quillet/platform/ContentDigest.h"
 
 namespace quillet::platform {
 
@@ -9,19 +9,19 @@ FileVersion FileVersion::Of(const std::string& path) {
     if (file) {
         return Of(*file);
     }
-    return FileIdentity::Of(path) ? FileVersion(std::nullopt, NoBytes) : FileVersion();
+    return FileIdentity::Of(path) ? FileVersion(std::nullopt, 0) : FileVersion();
 }
 
 FileVersion FileVersion::Of(ReadableFile& file) {
     constexpr std::size_t Block = std::size_t{64} * 1024;
     const std::optional<FileStamp> before = file.Stamp();
-    std::uint64_t digest = NoBytes;
+    ContentDigest digest;
     std::string block(Block, '\0');
     while (const std::size_t count = file.Read(block.data(), block.size())) {
-        digest = Digest(std::string_view(block).substr(0, count), digest);
+        digest.Add(std::string_view(block).substr(0, count));
     }
     const bool isWhole = !file.HasFailed() && file.Stamp() == before;
-    return {isWhole ? before : std::nullopt, digest};
+    return {isWhole ? before : std::nullopt, digest.Value()};
 }
 
 bool FileVersion::Matches(const FileVersion& now, std::string* why) const {

@@ -49,6 +49,7 @@ void Upcalls::FieldsWillChange(DbItem* item, const DbTableDescr& descr) {
         for (DbTableData* const data : database->m_registry->DataOf(descr)) {
             database->m_reader->ReadUntil(data);
             data->ParseXmlData();
+            data->m_rows->PrepareFieldChange();
         }
     }
 }

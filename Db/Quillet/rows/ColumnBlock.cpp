@@ -55,6 +55,29 @@ ColumnBlock::ColumnBlock(const ColumnBlock& other) : m_columns(other.m_columns.s
     }
 }
 
+std::unique_ptr<ColumnBlock> ColumnBlock::Copy() const {
+    auto copy = std::make_unique<ColumnBlock>(*this);
+    copy->Reserve(m_capacity);
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        const Column& from = m_columns[i];
+        Column& to = copy->m_columns[i];
+        std::copy_n(from.m_values.get(), WidthOf(from.m_kind) * from.m_filled, to.m_values.get());
+        if (from.m_states != nullptr) {
+            to.m_states = std::make_unique<State[]>(copy->m_capacity);
+            std::copy_n(from.m_states.get(), from.m_filled, to.m_states.get());
+        }
+        to.m_filled = from.m_filled;
+    }
+    copy->m_used = m_used;
+    copy->m_texts = m_texts;
+    copy->m_sharedTexts = m_sharedTexts;
+    if (m_rows != nullptr) {
+        copy->MakeRoomForRows();
+        std::copy_n(m_rows.get(), m_used, copy->m_rows.get());
+    }
+    return copy;
+}
+
 bool ColumnBlock::Fits(const ColumnKinds& kinds) const {
     if (kinds.size() != m_columns.size()) {
         return false;

@@ -34,6 +34,8 @@ public:
     // The same columns, without slots.
     explicit ColumnBlock(const ColumnBlock& other);
     ColumnBlock& operator=(const ColumnBlock&) = delete;
+    // The same columns and slots.
+    std::unique_ptr<ColumnBlock> Copy() const;
 
     // Whether new rows, whose cells are numbered by their positions, can be kept here.
     bool Fits(const ColumnKinds& kinds) const;
@@ -84,6 +86,8 @@ public:
     bool AddText(std::size_t column, std::uint32_t slot, std::string_view text);
     void PutPlace(std::size_t column, std::uint32_t slot) { At<TextPlace>(m_columns[column], slot) = {0, 0}; }
     std::size_t TextBytes() const { return m_texts->size(); }
+    // All texts, one after another, those of deleted rows among them.
+    std::string_view Texts() const { return *m_texts; }
     void TakeBackTexts(std::size_t bytes) { m_texts->resize(bytes); }
     void ReserveTexts(std::size_t bytes) { m_texts->reserve(bytes); }
     void Fill(std::uint32_t first, std::uint32_t end);

@@ -60,7 +60,7 @@ ColumnStore::~ColumnStore() {
 
 template <typename Use>
 void ColumnStore::ForEachBlock(Use use) const {
-    for (const std::unique_ptr<ColumnBlock>& block : m_blocks) {
+    for (const std::shared_ptr<ColumnBlock>& block : m_blocks) {
         if (block != nullptr) {
             use(*block);
         }
@@ -114,7 +114,7 @@ void ColumnStore::AppendSlots(std::size_t rows, const ColumnKinds& kinds) {
 
 // The block that the next rows go to; it has room for one at least.
 ColumnBlock& ColumnStore::Tail(const ColumnKinds& kinds) {
-    if (m_tail != NoBlock && m_blocks[m_tail]->Used() < ColumnBlock::MostSlots &&
+    if (m_tail != NoBlock && !IsShared(m_tail) && m_blocks[m_tail]->Used() < ColumnBlock::MostSlots &&
         m_blocks[m_tail]->Fits(kinds)) {
         return *m_blocks[m_tail];
     }
@@ -185,10 +185,10 @@ void ColumnStore::ListSlots() {
 }
 
 void ColumnStore::Delete(std::size_t position) {
-    if (position + 1 != m_size) {
+    const std::uint32_t slot = SlotOf(position);
+    if (position + 1 != m_size || IsShared(slot >> SlotBits)) {
         ListSlots();
     }
-    const std::uint32_t slot = SlotOf(position);
     if (DbTableRow* const row = MadeRowAt(position)) {
         m_tokens.RowGoes(*row);
         BlockOf(slot).SetRow(WithinBlock(slot), nullptr);
@@ -208,11 +208,13 @@ void ColumnStore::FreeSlot(std::uint32_t slot) {
     const std::size_t index = slot >> SlotBits;
     ColumnBlock& block = *m_blocks[index];
     --m_live[index];
-    if (m_live[index] == 0 && index == m_tail) {
+    const bool isShared = IsShared(index);
+    if (m_live[index] == 0 && index == m_tail && !isShared) {
         block.Clear();
     } else if (m_live[index] == 0) {
         m_blocks[index].reset();
-    } else if (WithinBlock(slot) + 1 == block.Used()) {
+        m_tail = index == m_tail ? NoBlock : m_tail;
+    } else if (WithinBlock(slot) + 1 == block.Used() && !isShared) {
         block.GiveBackLast();
     } else if (block.Used() >= FewestToRepack && m_live[index] * RepackFactor <= block.Used()) {
         try {
@@ -347,7 +349,7 @@ void ColumnStore::SetCell(std::size_t position, std::size_t field, const CellVie
     ColumnBlock& block = BlockOf(slot);
     DbTableRow* row = block.RowAt(WithinBlock(slot));
     if (row == nullptr && field < block.Columns()) {
-        if (block.Put(field, WithinBlock(slot), value)) {
+        if (!IsShared(slot >> SlotBits) && block.Put(field, WithinBlock(slot), value)) {
             return;
         }
         row = &MakeRow(slot);
@@ -355,6 +357,14 @@ void ColumnStore::SetCell(std::size_t position, std::size_t field, const CellVie
     if (DbFieldValue* const cell = row == nullptr ? nullptr : row->CellAt(field)) {
         value.CopyTo(cell->GetVariant());
         cell->SetNull(value.IsNull());
+    }
+}
+
+void ColumnStore::OwnBlocks() {
+    for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+        if (IsShared(i)) {
+            m_blocks[i] = m_blocks[i]->Copy();
+        }
     }
 }
 

@@ -61,6 +61,13 @@ public:
         const std::uint32_t slot = SlotOf(position);
         return BlockOf(slot).RowAt(WithinBlock(slot));
     }
+    // The block of a row, for whoever keeps it. As long as somebody does, no slot in it is given to another
+    // row, and its columns keep their values.
+    std::shared_ptr<const ColumnBlock> ShareBlockOf(std::size_t position) const {
+        return m_blocks[SlotOf(position) >> SlotBits];
+    }
+    // Copies the blocks that others keep.
+    void OwnBlocks();
     // The slots that blocks have in use, for rows or for deleted ones.
     std::size_t SlotsInUse() const;
     bool HasMadeRows() const { return m_made > 0; }
@@ -118,7 +125,7 @@ public:
     std::uint64_t SizeOfUnmadeRows() const;
 
     // A field was added: prepares the columns, then inserts them. The second step can't fail; the rows must
-    // be those that they were before.
+    // be those that they were before. Nobody else must keep a block (OwnBlocks).
     void MakeColumns(std::size_t position, const DbTableDescr& descr);
     void InsertColumns(std::size_t position);
     void EraseColumns(std::size_t position);
@@ -134,6 +141,7 @@ private:
     std::uint32_t SlotOf(std::size_t position) const {
         return m_isDense ? static_cast<std::uint32_t>(position) : m_slots[position];
     }
+    bool IsShared(std::size_t block) const { return m_blocks[block].use_count() > 1; }
     // Blocks that are in use.
     template <typename Use>
     void ForEachBlock(Use use) const;
@@ -156,7 +164,7 @@ private:
     std::size_t m_size = 0;
     std::size_t m_made = 0;
     // Null where a block was freed.
-    std::vector<std::unique_ptr<ColumnBlock>> m_blocks;
+    std::vector<std::shared_ptr<ColumnBlock>> m_blocks;
     // The rows that each block holds.
     std::vector<std::uint32_t> m_live;
     // The block that new rows go to.

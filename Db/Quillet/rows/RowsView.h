@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -34,6 +35,12 @@ public:
         run.m_rows = rows;
         return run;
     }
+    // The block of the row, for whoever keeps it: the rows that it holds now stay in it.
+    std::shared_ptr<const ColumnBlock> ShareBlockOf(uint64 position) const {
+        return m_store.ShareBlockOf(m_order[position]);
+    }
+    // The structure of the rows that were not made; null once it is gone.
+    const DbTableDescr* Descr() const { return m_store.Descr(); }
     bool HasMadeRows() const { return m_store.HasMadeRows(); }
     // A cell, empty where the row has none.
     CellView Cell(uint64 position, uint64 field) const { return m_store.CellAt(m_order[position], field); }

@@ -360,6 +360,20 @@ std::string_view AttributeReader::Value() const {
     return m_foreign ? m_foreign->Value() : pugi::xml_attribute(m_current).value();
 }
 
+bool CanKeepLeaves(const Node& document, const Node& parent) {
+    if (parent.IsNull() || parent.Foreign() != nullptr || document.Foreign() != nullptr ||
+        document.Native().m_tree != parent.Native().m_tree) {
+        return false;
+    }
+    const pugi::xml_node_type type = Pugi(parent.Native()).type();
+    return type == pugi::node_element || type == pugi::node_document;
+}
+
+void KeepLeaves(const Node& parent, std::unique_ptr<const PendingLeaves> leaves) {
+    std::vector<PackedLeaves::Piece>& pieces = parent.Native().m_tree->Packed(Pugi(parent.Native())).m_pieces;
+    pieces.emplace_back().m_pending = std::move(leaves);
+}
+
 // The element in another DOM, without a parent until it is appended.
 class LeafElement::Foreign {
 public:
@@ -402,13 +416,13 @@ LeafElement::LeafElement(const Node& document, const Node& parent, std::string_v
     m_packed = &parent.Native().m_tree->Packed(Pugi(parent.Native()));
     constexpr std::size_t PieceSize = std::size_t(1) << 20;
     constexpr std::size_t Slack = PieceSize / 16;
-    std::vector<std::string>& pieces = m_packed->m_pieces;
-    if (pieces.empty()) {
+    std::vector<PackedLeaves::Piece>& pieces = m_packed->m_pieces;
+    if (pieces.empty() || pieces.back().m_pending != nullptr) {
         pieces.emplace_back();
-    } else if (pieces.back().size() >= PieceSize) {
-        pieces.emplace_back().reserve(PieceSize + Slack);
+    } else if (pieces.back().m_text.size() >= PieceSize) {
+        pieces.emplace_back().m_text.reserve(PieceSize + Slack);
     }
-    std::string& text = pieces.back();
+    std::string& text = pieces.back().m_text;
     m_start = text.size();
     // One append for both: if a second one failed, nothing would take back the first.
     text.append(name.size() + 1, '<');

@@ -17,6 +17,7 @@ struct xml_attribute_struct;
 
 namespace quillet::xml {
 
+class PendingLeaves;
 class Tree;
 struct PackedLeaves;
 
@@ -83,6 +84,11 @@ private:
     NativeNode m_native;
     CComPtr<IDispatch> m_foreign;
 };
+
+// Whether an element, or a document, of our own can keep leaves that are written later.
+bool CanKeepLeaves(const Node& document, const Node& parent);
+// Appends the leaves to such a parent.
+void KeepLeaves(const Node& parent, std::unique_ptr<const PendingLeaves> leaves);
 
 // Walks the attributes of an element in document order.
 class AttributeReader {

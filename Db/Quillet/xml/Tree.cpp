@@ -5,6 +5,8 @@
 #include <iterator>
 #include <new>
 
+#include "Quillet/base/Rollback.h"
+
 namespace quillet::xml {
 
 namespace {
@@ -83,6 +85,34 @@ bool IsXmlChar(char32_t code) {
     return !IsSurrogate(code) && code != 0xFFFE && code != 0xFFFF;
 }
 
+// Makes text of pending leaves, some at a time.
+class Expansion {
+public:
+    // Ends, with false, when use does.
+    template <typename Use>
+    bool ForEachText(const PendingLeaves& leaves, Use use) {
+        for (std::size_t leaf = 0; leaf < leaves.Count();) {
+            MakeRoom(std::max(leaves.RoomFor(leaf), PieceSize));
+            const char* const end = leaves.Write(leaf, m_room.get(), m_room.get() + m_size);
+            if (!use(std::string_view(m_room.get(), static_cast<std::size_t>(end - m_room.get())))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    void MakeRoom(std::size_t bytes) {
+        if (bytes > m_size) {
+            m_room = std::make_unique_for_overwrite<char[]>(bytes);
+            m_size = bytes;
+        }
+    }
+
+    std::unique_ptr<char[]> m_room;
+    std::size_t m_size = 0;
+};
+
 class Writer {
 public:
     explicit Writer(const Tree::Sink& sink) : m_sink(sink) { m_piece.reserve(PieceSize + PieceSize / 8); }
@@ -98,26 +128,37 @@ public:
         return taken;
     }
 
-    // Writes text that is already complete; large pieces go to the sink as they are.
     bool Pass(const PackedLeaves& leaves) {
-        for (const std::string& text : leaves.m_pieces) {
-            if (text.size() < PieceSize) {
-                m_piece += text;
-            } else if (!Flush(1) || !m_sink(text)) {
-                return false;
-            }
-        }
-        return true;
+        return std::all_of(
+            leaves.m_pieces.begin(), leaves.m_pieces.end(), [&](const PackedLeaves::Piece& piece) {
+                return piece.m_pending == nullptr ? PassText(piece.m_text) : PassPending(*piece.m_pending);
+            });
     }
 
 private:
+    // Large texts go to the sink as they are.
+    bool PassText(std::string_view text) {
+        constexpr std::size_t Large = PieceSize / 4;
+        if (text.size() >= Large) {
+            return Flush(1) && m_sink(text);
+        }
+        m_piece += text;
+        return Flush(PieceSize);
+    }
+
+    bool PassPending(const PendingLeaves& leaves) {
+        return m_expansion.ForEachText(leaves, [&](std::string_view text) { return PassText(text); });
+    }
+
+    Expansion m_expansion;
     const Tree::Sink& m_sink;
     std::string m_piece;
 };
 
 bool HasText(const PackedLeaves& leaves) {
-    return std::any_of(leaves.m_pieces.begin(), leaves.m_pieces.end(),
-                       [](const std::string& piece) { return !piece.empty(); });
+    return std::any_of(leaves.m_pieces.begin(), leaves.m_pieces.end(), [](const PackedLeaves::Piece& piece) {
+        return piece.m_pending != nullptr || !piece.m_text.empty();
+    });
 }
 
 void WriteAttributes(pugi::xml_node node, std::string& target) {
@@ -229,17 +270,28 @@ void Tree::Unpack(pugi::xml_node parent) {
         return;
     }
     const pugi::xml_node last = parent.last_child();
-    for (const std::string& piece : packed->second.m_pieces) {
-        const pugi::xml_parse_result result = parent.append_buffer(piece.data(), piece.size());
-        if (result.status == pugi::status_out_of_memory) {
-            // The leaves stay packed, and none of them must exist twice.
-            while (parent.last_child() != last) {
-                parent.remove_child(parent.last_child());
-            }
+    // Out of memory, the leaves stay packed, and none of them must exist twice.
+    Rollback appended([&] {
+        while (parent.last_child() != last) {
+            parent.remove_child(parent.last_child());
+        }
+    });
+    for (const PackedLeaves::Piece& piece : packed->second.m_pieces) {
+        if (!AppendPiece(parent, piece)) {
             throw std::bad_alloc();
         }
     }
+    appended.Keep();
     m_packed.erase(packed);
+}
+
+// False out of memory.
+bool Tree::AppendPiece(pugi::xml_node parent, const PackedLeaves::Piece& piece) {
+    const auto append = [&](std::string_view text) {
+        return parent.append_buffer(text.data(), text.size()).status != pugi::status_out_of_memory;
+    };
+    return piece.m_pending == nullptr ? append(piece.m_text)
+                                      : Expansion().ForEachText(*piece.m_pending, append);
 }
 
 pugi::xml_node Tree::FirstChild(pugi::xml_node parent) {

@@ -11,14 +11,20 @@
 #include <vector>
 
 #include "Quillet/xml/Node.h"
+#include "Quillet/xml/PendingLeaves.h"
 
 namespace quillet::xml {
 
-// Leaf elements at the end of an element's children, kept as the text that will be saved. They become nodes
-// before anything walks the children.
+// Leaf elements at the end of an element's children, kept as the text that will be saved, or as what it will
+// be made of. They become nodes before anything walks the children.
 struct PackedLeaves {
-    // The leaves, in pieces of bounded size that end between two of them.
-    std::vector<std::string> m_pieces;
+    // Some leaves: either text of bounded size that ends after one of them, or those that are pending.
+    struct Piece {
+        std::string m_text;
+        std::unique_ptr<const PendingLeaves> m_pending;
+    };
+
+    std::vector<Piece> m_pieces;
     // Attribute names of the leaf written last, known to be well-formed and different: the rows of a table
     // repeat them.
     std::vector<std::string> m_names;
@@ -60,6 +66,7 @@ public:
 
 private:
     void Unpack(pugi::xml_node parent);
+    bool AppendPiece(pugi::xml_node parent, const PackedLeaves::Piece& piece);
 
     std::string m_source;
     pugi::xml_document m_document;

@@ -13,6 +13,7 @@
 #include <climits>
 #include <utility>
 
+#include "Quillet/platform/ContentDigest.h"
 #include "Quillet/platform/FileNames.h"
 #include "Quillet/platform/FileVersion.h"
 #include "Quillet/platform/posix/Descriptor.h"
@@ -196,7 +197,7 @@ public:
                 return Fail(m_error, why);
             }
             const auto written = static_cast<std::size_t>(count);
-            m_digest = Digest(bytes.substr(0, written), m_digest);
+            m_digest.Add(bytes.substr(0, written));
             bytes.remove_prefix(written);
         }
         return true;
@@ -264,7 +265,7 @@ private:
             m_error = seen != nullptr && seen->IsOfNothing() ? CreateNew() : Replace();
         }
         if (m_error == 0 && seen != nullptr) {
-            *seen = FileVersion(StampOf(m_file), m_digest);
+            *seen = FileVersion(StampOf(m_file), m_digest.Value());
         }
         Remove();
         return m_error == 0 || Fail(m_error, why);
@@ -274,7 +275,7 @@ private:
         Descriptor file =
             OpenAt(m_target.folder.Get(), m_target.name, O_RDONLY | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK);
         if (!file.IsOpen()) {
-            return errno == ENOENT ? FileVersion() : FileVersion(std::nullopt, NoBytes);
+            return errno == ENOENT ? FileVersion() : FileVersion(std::nullopt, 0);
         }
         PosixReadableFile target(std::move(file));
         return FileVersion::Of(target);
@@ -333,7 +334,7 @@ private:
     Location m_target;
     Descriptor m_file;
     std::string m_temporary;
-    std::uint64_t m_digest = NoBytes;
+    ContentDigest m_digest;
     int m_error = 0;
 };
 

@@ -253,6 +253,17 @@ struct PlainDecimal {
 constexpr std::array<double, PlainDecimal::MostDigits + 1> PowersOfTen = {
     1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
 
+// As many as numbers of 15 digits from 10^-4 on have decimals, and one more.
+constexpr std::array<std::uint64_t, 21> PowersOfFive = [] {
+    std::array<std::uint64_t, 21> powers{};
+    std::uint64_t power = 1;
+    for (std::uint64_t& entry : powers) {
+        entry = power;
+        power *= 5;
+    }
+    return powers;
+}();
+
 template <typename Real>
 HRESULT NearestReal(const Decimal& decimal, Real& result) {
     if (decimal.isBits) {
@@ -462,53 +473,75 @@ WideView WriteReal(Real value, int precision, WCHAR point, NumberBuffer& buffer)
         std::replace_copy(word.begin(), word.end(), buffer.begin(), u'.', point);
         return WideView(buffer.data(), word.size());
     }
-    constexpr Real SmallWhole = 1'000'000;
-    if (value > -SmallWhole && value < SmallWhole) {
-        const auto whole = static_cast<std::int32_t>(value);
-        if (static_cast<Real>(whole) == value) {
-            return WriteDigits(whole, buffer);
-        }
+    ShortDecimal decimal;
+    if (ToShortDecimal(static_cast<double>(value), precision, decimal)) {
+        const WCHAR* const end = WriteDecimal(value < 0, decimal, WideView(&point, 1), buffer.data());
+        return WideView(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
     }
     Scientific scientific;
     scientific.Set(value, precision);
     return RealWriter(scientific, point, buffer).Write(precision);
 }
 
-// Writes a value of at most four decimals, as most dimensions are; false for any other. If a whole number
-// divided by a power of ten, both exact, gives the value, that decimal has its 15 digits: no double stands
-// for two of them.
-bool WriteFewDecimals(double value, WCHAR point, NumberBuffer& buffer, WideView& text) {
-    constexpr double LargestMagnitude = 1e11;
-    constexpr int MostDecimals = 4;
-    const double magnitude = std::abs(value);
-    if (!(magnitude < LargestMagnitude)) {
-        return false;
-    }
-    for (int decimals = 1; decimals <= MostDecimals; ++decimals) {
-        const double power = PowersOfTen[static_cast<std::size_t>(decimals)];
-        auto digits = static_cast<std::uint64_t>(magnitude * power + 0.5);
-        if (static_cast<double>(digits) / power != magnitude) {
+// A double's significand is this product of bits with a power of five, before it is shifted.
+__extension__ using WideProduct = unsigned __int128;
+
+// Rounds half to even. The number is at least 10^-4 and less than 10^(precision - 1), so that the product is
+// exact, and no whole number.
+ShortDecimal RoundToPrecision(double magnitude, int precision) {
+    constexpr int FractionBits = std::numeric_limits<double>::digits - 1;
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const int binary =
+        static_cast<int>(bits >> FractionBits) - (std::numeric_limits<double>::max_exponent - 1);
+    constexpr std::uint64_t HiddenBit = std::uint64_t{1} << FractionBits;
+    const std::uint64_t significand = (bits & (HiddenBit - 1)) | HiddenBit;
+    // 1233 / 2^12 is the logarithm of 2 to the base 10. The number may have one more digit than this gives.
+    int decimals = precision - 1 - (binary * 1233 >> 12);
+    for (;; --decimals) {
+        const WideProduct product =
+            WideProduct{significand} * PowersOfFive[static_cast<std::size_t>(decimals)];
+        const int shift = FractionBits - binary - decimals;
+        auto digits = static_cast<std::uint64_t>(product >> shift);
+        if (digits >= WholePowersOfTen[static_cast<std::size_t>(precision)]) {
             continue;
         }
-        std::size_t start = buffer.size();
-        const auto put = [&](WCHAR unit) { buffer[--start] = unit; };
-        for (int written = 0; digits > 0 || written <= decimals; ++written) {
-            if (written == decimals) {
-                put(point);
-            }
-            put(static_cast<WCHAR>(u'0' + digits % 10));
-            digits /= 10;
-        }
-        if (value < 0) {
-            put(u'-');
-        }
-        text = WideView(buffer.data() + start, buffer.size() - start);
-        return true;
+        const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+        const std::uint64_t rest = static_cast<std::uint64_t>(product) & (2 * half - 1);
+        digits += rest > half || (rest == half && digits % 2 != 0) ? 1 : 0;
+        return {digits, decimals};
     }
-    return false;
+}
+
+void DropTrailingZeros(ShortDecimal& decimal) {
+    for (const int zeros : {8, 4, 2, 1}) {
+        const std::uint64_t power = WholePowersOfTen[static_cast<std::size_t>(zeros)];
+        if (decimal.m_decimals >= zeros && decimal.m_digits % power == 0) {
+            decimal.m_digits /= power;
+            decimal.m_decimals -= zeros;
+        }
+    }
 }
 
 }  // namespace
+
+bool ToShortDecimal(double value, int precision, ShortDecimal& decimal) {
+    constexpr double LeastFixed = 1e-4;
+    const double magnitude = std::abs(value);
+    if (!(magnitude < PowersOfTen[static_cast<std::size_t>(precision - 1)])) {
+        return false;
+    }
+    const auto whole = static_cast<std::int64_t>(magnitude);
+    if (static_cast<double>(whole) == magnitude) {
+        decimal = {static_cast<std::uint64_t>(whole), 0};
+        return true;
+    }
+    if (magnitude < LeastFixed) {
+        return false;
+    }
+    decimal = RoundToPrecision(magnitude, precision);
+    DropTrailingZeros(decimal);
+    return true;
+}
 
 bool IsBlank(WCHAR unit) {
     constexpr WCHAR FirstBeyondAscii = 0x80;
@@ -573,17 +606,11 @@ WideView WriteInteger(std::uint64_t value, NumberBuffer& buffer) {
 }
 
 WideView WriteDouble(double value, WCHAR decimalSeparator, NumberBuffer& buffer) {
-    constexpr int Precision = 15;
-    WideView text;
-    if (value != std::trunc(value) && WriteFewDecimals(value, decimalSeparator, buffer, text)) {
-        return text;
-    }
-    return WriteReal(value, Precision, decimalSeparator, buffer);
+    return WriteReal(value, DoubleDigits, decimalSeparator, buffer);
 }
 
 WideView WriteFloat(float value, WCHAR decimalSeparator, NumberBuffer& buffer) {
-    constexpr int Precision = 7;
-    return WriteReal(value, Precision, decimalSeparator, buffer);
+    return WriteReal(value, FloatDigits, decimalSeparator, buffer);
 }
 
 }  // namespace quillet::platform

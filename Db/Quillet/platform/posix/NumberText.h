@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "Quillet/platform/DecimalText.h"
 #include "Quillet/platform/Text.h"
 #include "Quillet/platform/posix/Locale.h"
 
@@ -62,9 +63,15 @@ HRESULT ToInteger(const TextInteger& number, Integer& result) {
 // Each returns a view into the buffer.
 WideView WriteInteger(std::int64_t value, NumberBuffer& buffer);
 WideView WriteInteger(std::uint64_t value, NumberBuffer& buffer);
-// At most 15 significant digits, without trailing zeros.
+// At most DoubleDigits significant digits, without trailing zeros.
+constexpr int DoubleDigits = 15;
 WideView WriteDouble(double value, WCHAR decimalSeparator, NumberBuffer& buffer);
-// At most 7 significant digits, without trailing zeros.
+// At most FloatDigits significant digits, without trailing zeros.
+constexpr int FloatDigits = 7;
 WideView WriteFloat(float value, WCHAR decimalSeparator, NumberBuffer& buffer);
+
+// The magnitude of a number, rounded to so many digits, where its text has no exponent. False for others, and
+// for some large numbers.
+bool ToShortDecimal(double value, int precision, ShortDecimal& decimal);
 
 }  // namespace quillet::platform

@@ -1,8 +1,10 @@
 #include "Quillet/platform/NumberText.h"
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <string_view>
 
 #include "Quillet/platform/posix/Locale.h"
 #include "Quillet/platform/posix/NumberText.h"
@@ -34,6 +36,63 @@ std::atomic<WCHAR> g_processSeparator = SeparatorOfTheUser();
 const Locale& UserLocale() {
     static const Locale& locale = Locale::For(LOCALE_USER_DEFAULT);
     return locale;
+}
+
+// A character of the basic plane as UTF-8.
+class EncodedUnit {
+public:
+    explicit EncodedUnit(WCHAR unit) {
+        if (unit < 0x80) {
+            Put(unit);
+        } else if (unit < 0x800) {
+            Put(0xC0 | (unit >> 6));
+            Put(0x80 | (unit & 0x3F));
+        } else {
+            Put(0xE0 | (unit >> 12));
+            Put(0x80 | ((unit >> 6) & 0x3F));
+            Put(0x80 | (unit & 0x3F));
+        }
+    }
+
+    std::string_view Text() const { return {m_bytes.data(), m_length}; }
+
+private:
+    void Put(int byte) { m_bytes[m_length++] = static_cast<char>(byte); }
+
+    std::array<char, 3> m_bytes{};
+    std::size_t m_length = 0;
+};
+
+// The user's decimal separator, which may not be ASCII.
+std::string_view SeparatorText() {
+    static const EncodedUnit separator(UserLocale().Numbers().decimal);
+    return separator.Text();
+}
+
+char* WriteWhole(LONG number, char* text) {
+    const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{number}));
+    return WriteDecimal(number < 0, {magnitude, 0}, std::string_view(), text);
+}
+
+template <typename Real>
+char* WriteReal(Real number, int precision, char* text) {
+    ShortDecimal decimal;
+    if (ToShortDecimal(static_cast<double>(number), precision, decimal)) {
+        return WriteDecimal(number < 0, decimal, SeparatorText(), text);
+    }
+    NumberBuffer buffer;
+    const WCHAR separator = UserLocale().Numbers().decimal;
+    const WideView wide = precision == FloatDigits
+                              ? WriteFloat(static_cast<float>(number), separator, buffer)
+                              : WriteDouble(static_cast<double>(number), separator, buffer);
+    for (const WCHAR unit : wide) {
+        if (unit == separator) {
+            text += SeparatorText().copy(text, SeparatorText().size());
+        } else {
+            *text++ = static_cast<char>(unit);
+        }
+    }
+    return text;
 }
 
 HRESULT TextToBoolean(WideView text, VARIANT* number) {
@@ -76,39 +135,24 @@ HRESULT TextToLong(WideView text, const Locale& locale, VARIANT* number) {
 }  // namespace
 
 std::size_t NumberToText(const VARIANT& number, char (&text)[MaxNumberText]) {
-    NumberBuffer buffer;
-    WideView wide;
+    const char* end = text;
     switch (number.vt) {
         case VT_I2:
-            wide = WriteInteger(std::int64_t(number.iVal), buffer);
+            end = WriteWhole(number.iVal, text);
             break;
         case VT_I4:
-            wide = WriteInteger(std::int64_t(number.lVal), buffer);
+            end = WriteWhole(number.lVal, text);
             break;
         case VT_R4:
-            wide = WriteFloat(number.fltVal, UserLocale().Numbers().decimal, buffer);
+            end = WriteReal(number.fltVal, FloatDigits, text);
             break;
         case VT_R8:
-            wide = WriteDouble(number.dblVal, UserLocale().Numbers().decimal, buffer);
+            end = WriteReal(number.dblVal, DoubleDigits, text);
             break;
         default:
-            return 0;
+            break;
     }
-    // The decimal separator is the one character that may not be ASCII.
-    std::size_t length = 0;
-    for (const WCHAR unit : wide) {
-        if (unit < 0x80) {
-            text[length++] = static_cast<char>(unit);
-        } else if (unit < 0x800) {
-            text[length++] = static_cast<char>(0xC0 | (unit >> 6));
-            text[length++] = static_cast<char>(0x80 | (unit & 0x3F));
-        } else {
-            text[length++] = static_cast<char>(0xE0 | (unit >> 12));
-            text[length++] = static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
-            text[length++] = static_cast<char>(0x80 | (unit & 0x3F));
-        }
-    }
-    return length;
+    return static_cast<std::size_t>(end - text);
 }
 
 HRESULT TextToNumber(WideView text, VARTYPE type, VARIANT* number) {

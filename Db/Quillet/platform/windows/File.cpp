@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "Quillet/platform/ContentDigest.h"
 #include "Quillet/platform/FileNames.h"
 #include "Quillet/platform/FileVersion.h"
 #include "Quillet/platform/windows/FileHandle.h"
@@ -277,7 +278,7 @@ public:
             if (WriteFile(m_file.Get(), bytes.data(), most, &written, nullptr) == 0) {
                 m_error = GetLastError();
             }
-            m_digest = Digest(bytes.substr(0, written), m_digest);
+            m_digest.Add(bytes.substr(0, written));
             bytes.remove_prefix(written);
         }
         return m_error == ERROR_SUCCESS || Fail(m_error, why);
@@ -316,7 +317,7 @@ private:
         FileHandle file = OpenExisting(m_target, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
         if (!file.IsOpen()) {
             return GetLastError() == ERROR_FILE_NOT_FOUND ? FileVersion()
-                                                          : FileVersion(std::nullopt, NoBytes);
+                                                          : FileVersion(std::nullopt, 0);
         }
         WindowsReadableFile target(std::move(file));
         return FileVersion::Of(target);
@@ -332,7 +333,7 @@ private:
         if (stamp && now && now->m_identity == stamp->m_identity) {
             stamp->m_changed = now->m_changed;
         }
-        return {stamp, m_digest};
+        return {stamp, m_digest.Value()};
     }
 
     // The error, or ERROR_SUCCESS.
@@ -400,7 +401,7 @@ private:
     WideString m_aside;
     FileHandle m_file;
     WideString m_temporary;
-    std::uint64_t m_digest = NoBytes;
+    ContentDigest m_digest;
     DWORD m_error = ERROR_SUCCESS;
 };
 
