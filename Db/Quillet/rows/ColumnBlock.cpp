@@ -291,17 +291,24 @@ bool ColumnBlock::AddText(std::size_t column, std::uint32_t slot, std::string_vi
 }
 
 void ColumnBlock::Fill(std::uint32_t first, std::uint32_t end) {
-    for (Column& column : m_columns) {
-        if (column.m_kind == Kind::Empty || first == end) {
-            continue;
+    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+        if (KindOf(column) != CellView::Kind::Empty) {
+            FillColumn(column, first, end);
         }
-        // The slots before them may have been left empty.
-        PutState(column, first, State::Value);
-        if (column.m_states != nullptr) {
-            std::fill(column.m_states.get() + first, column.m_states.get() + end, State::Value);
-        }
-        column.m_filled = end;
     }
+}
+
+void ColumnBlock::FillColumn(std::size_t position, std::uint32_t first, std::uint32_t end) {
+    if (first == end) {
+        return;
+    }
+    Column& column = m_columns[position];
+    // The slots before them may have been left empty.
+    PutState(column, first, State::Value);
+    if (column.m_states != nullptr) {
+        std::fill(column.m_states.get() + first, column.m_states.get() + end, State::Value);
+    }
+    column.m_filled = end;
 }
 
 void ColumnBlock::MakeRoomForRows() {

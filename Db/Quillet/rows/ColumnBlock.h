@@ -75,6 +75,11 @@ public:
         return m_columns[column].m_states == nullptr && end <= m_columns[column].m_filled;
     }
     CellView::Kind KindOf(std::size_t column) const { return m_columns[column].m_kind; }
+    // A text in a column of texts, in a slot that holds a value.
+    std::string_view TextAt(std::size_t column, std::uint32_t slot) const {
+        const TextPlace place = At<TextPlace>(m_columns[column], slot);
+        return {m_texts.data() + place.m_start, place.m_size};
+    }
     // False where the block can't take more text.
     bool AddText(std::size_t column, std::uint32_t slot, std::string_view text);
     void PutPlace(std::size_t column, std::uint32_t slot) { At<TextPlace>(m_columns[column], slot) = {0, 0}; }
@@ -82,6 +87,8 @@ public:
     void TakeBackTexts(std::size_t bytes) { m_texts.resize(bytes); }
     void ReserveTexts(std::size_t bytes) { m_texts.reserve(bytes); }
     void Fill(std::uint32_t first, std::uint32_t end);
+    // The same for one column, of a kind that holds values.
+    void FillColumn(std::size_t column, std::uint32_t first, std::uint32_t end);
 
     // The object of the row in a slot; null if none was made.
     DbTableRow* RowAt(std::uint32_t slot) const { return m_rows == nullptr ? nullptr : m_rows[slot]; }
@@ -137,7 +144,7 @@ private:
                 return CellView::Boolean(At<VARIANT_BOOL>(from, slot));
             case CellView::Kind::Text: {
                 const TextPlace place = At<TextPlace>(from, slot);
-                return CellView::Text(std::string_view(m_texts).substr(place.m_start, place.m_size));
+                return CellView::Text({m_texts.data() + place.m_start, place.m_size});
             }
             default:
                 return {};
