@@ -68,7 +68,8 @@ std::vector<uint64> FindByCells(const RowsView& view, RowsCondition condition, u
         if (limit >= view.Count() && view.HasRow(i)) {
             const ColumnStore::Run run = view.RunAt(i);
             end = i + std::max(run.m_rows, 1U);
-            if (run.m_rows > 0 && condition.Select(run, i, found)) {
+            if (run.m_rows > 0) {
+                condition.Select(view, run, i, found);
                 last = end - 1;
                 i = end;
             }
