@@ -88,9 +88,8 @@ public:
     ColumnBlock* BlockAt(std::size_t number) { return m_blocks[number].get(); }
 
     // A cell, empty where the row has none.
-    template <Reading How = Reading::Virtual>
     CellView CellAt(std::size_t position, std::size_t field) const {
-        return CellInSlot<How>(SlotOf(position), field);
+        return CellInSlot(SlotOf(position), field);
     }
     // The same by the slot of the row.
     template <Reading How = Reading::Virtual>

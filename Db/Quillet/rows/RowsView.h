@@ -42,10 +42,6 @@ public:
     bool HasMadeRows() const { return m_store.HasMadeRows(); }
     // A cell, empty where the row has none.
     CellView Cell(uint64 position, uint64 field) const { return m_store.CellAt(m_order[position], field); }
-    // The same for a copy: what a cell stores, whatever its class says that it is.
-    CellView StoredCell(uint64 position, uint64 field) const {
-        return m_store.CellAt<ColumnStore::Reading::Stored>(m_order[position], field);
-    }
     // Gives a cell a value and a flag without a stamp.
     void SetCell(uint64 position, uint64 field, const CellView& value) {
         m_store.SetCell(m_order[position], field, value);
