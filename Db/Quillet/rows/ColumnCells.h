@@ -22,7 +22,10 @@ public:
     ColumnCells(const RowSelection& rows, uint64 field, CellView::Kind kind)
         : m_slots(rows.Slots()), m_field(field) {
         const ColumnStore* const store = rows.Store();
-        m_parts.resize(store == nullptr ? 0 : store->BlockCount());
+        if (store == nullptr) {
+            return;
+        }
+        m_parts.resize(store->BlockCount());
         for (std::size_t i = 0; i < m_parts.size(); ++i) {
             const ColumnBlock* const block = store->BlockAt(i);
             if (block != nullptr && field < block->Columns() && block->KindOf(field) == kind &&
