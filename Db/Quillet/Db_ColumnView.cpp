@@ -57,9 +57,10 @@ public:
         while (position < m_rows.Count()) {
             const ColumnStore::Run run =
                 m_rows.HasRow(position) ? m_rows.RunAt(position) : ColumnStore::Run();
-            if (run.m_rows >= FewestSharedRows) {
+            // No row is added to a block that is full, so that it can be kept.
+            if (run.m_rows >= FewestSharedRows && run.m_block->Used() == ColumnBlock::MostSlots) {
                 CopyRows(begin, position);
-                AddBlock(position, run.m_rows, run);
+                AddBlock(position, run.m_rows, m_rows.ShareBlockOf(position), run.m_slot);
                 begin = position + run.m_rows;
             }
             position += std::max(run.m_rows, 1U);
@@ -70,12 +71,13 @@ public:
 private:
     void CopyRows(uint64 begin, uint64 end) {
         for (; begin < end; begin += BlockRows) {
-            AddBlock(begin, static_cast<std::uint32_t>(std::min<uint64>(BlockRows, end - begin)), {});
+            AddBlock(begin, static_cast<std::uint32_t>(std::min<uint64>(BlockRows, end - begin)), nullptr, 0);
         }
     }
 
-    // The run is empty where the rows don't follow one another.
-    void AddBlock(uint64 first, std::uint32_t rows, const ColumnStore::Run& run) {
+    // The rows are copied where they don't follow one another in a block, from a slot on.
+    void AddBlock(uint64 first, std::uint32_t rows, const std::shared_ptr<const ColumnBlock>& shared,
+                  std::uint32_t slot) {
         Block& block = m_contents.m_blocks.emplace_back();
         block.m_firstRow = first;
         block.m_rows = rows;
@@ -83,59 +85,51 @@ private:
         for (std::size_t i = 0; i < m_kinds.size(); ++i) {
             Block::Column& column = block.m_columns[i];
             column.m_type = m_contents.m_fields[i].m_type;
-            if (!Share(run, i, column)) {
+            if (shared != nullptr && i < shared->Columns() && shared->KindOf(i) == m_kinds[i] &&
+                column.m_type != Type::Other && shared->Filled(i) >= slot + rows) {
+                Take(shared, i, slot, rows, column);
+            } else {
                 Copy(first, rows, i, column);
             }
         }
     }
 
-    bool Share(const ColumnStore::Run& run, std::size_t field, Block::Column& column) const {
-        if (run.m_rows == 0 || field >= run.m_block->Columns() ||
-            run.m_block->KindOf(field) != m_kinds[field] || column.m_type == Type::Other) {
-            return false;
-        }
-        const ColumnBlock::SharedColumn shared = run.m_block->Share(field);
-        if (shared.m_filled < run.m_slot + run.m_rows) {
-            return false;
-        }
-        Take(shared, run.m_slot, run.m_rows, column);
-        return true;
-    }
-
     void Copy(uint64 first, std::uint32_t rows, std::size_t field, Block::Column& column) const {
-        ColumnBlock block({m_kinds[field]});
-        block.Reserve(rows);
-        block.Use(rows);
+        const auto block = std::make_shared<ColumnBlock>(quillet::ColumnKinds{m_kinds[field]});
+        block->Reserve(rows);
+        block->Use(rows);
         for (std::uint32_t row = 0; row < rows; ++row) {
             const uint64 position = first + row;
             if (!m_rows.HasRow(position)) {
                 continue;
             }
-            CellView cell = m_rows.StoredCell(position, field).Plain();
+            CellView cell = m_rows.Store()
+                                .CellInSlot<ColumnStore::Reading::Stored>(m_rows.SlotOf(position), field)
+                                .Plain();
             if (cell.GetKind() != CellView::Kind::Null) {
                 cell = cell.Unflagged();
             }
-            if (!block.Put(0, row, cell)) {
+            if (!block->Put(0, row, cell)) {
                 cell.CopyTo(column.m_others.emplace_back(row, CComVariant()).second);
             }
         }
-        block.FillUp();
-        Take(block.Share(0), 0, rows, column);
+        block->FillUp();
+        Take(block, 0, 0, rows, column);
         for (const auto& [row, value] : column.m_others) {
             column.m_states[row] = State::OtherType;
         }
     }
 
-    static void Take(const ColumnBlock::SharedColumn& shared, std::uint32_t slot, std::uint32_t rows,
-                     Block::Column& column) {
-        column.m_values = shared.m_values.get() + ColumnBlock::WidthOf(shared.m_kind) * slot;
-        column.m_valuesOwner = shared.m_values;
-        column.m_texts = shared.m_texts == nullptr ? nullptr : shared.m_texts->data();
-        column.m_textsOwner = shared.m_texts;
-        if (shared.m_states == nullptr) {
+    // The values of a column's slots.
+    static void Take(const std::shared_ptr<const ColumnBlock>& block, std::size_t from, std::uint32_t slot,
+                     std::uint32_t rows, Block::Column& column) {
+        column.m_values = block->Values(from) + ColumnBlock::WidthOf(block->KindOf(from)) * slot;
+        column.m_texts = block->Texts().data();
+        column.m_block = block;
+        if (block->States(from) == nullptr) {
             return;
         }
-        const std::span<const State> states(shared.m_states + slot, rows);
+        const std::span<const State> states(block->States(from) + slot, rows);
         if (std::all_of(states.begin(), states.end(), [](State state) { return state == State::Value; })) {
             return;
         }

@@ -17,7 +17,8 @@ class DbRows;
 
 namespace quillet {
 class CellView;
-}
+class ColumnBlock;
+}  // namespace quillet
 
 // A snapshot of a table: its fields, and the values that its cells store, in the order in which its rows are
 // visible. What changes in the table later is not seen, and the view stays valid after the rows, the table
@@ -100,8 +101,7 @@ public:
             const std::byte* m_values = nullptr;
             const char* m_texts = nullptr;
             // What keeps them.
-            std::shared_ptr<const std::byte[]> m_valuesOwner;
-            std::shared_ptr<const std::string> m_textsOwner;
+            std::shared_ptr<const quillet::ColumnBlock> m_block;
             std::vector<std::uint64_t> m_missing;
             // Empty if all cells hold values of the type.
             std::vector<State> m_states;

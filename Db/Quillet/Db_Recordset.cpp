@@ -360,8 +360,12 @@ bool DbRecordset::FindRow(const CString& where, uint64 from, uint64 to, eFindDir
     const uint64 rows = RowCount();
     bool found = false;
     if (direction == Forward) {
-        for (uint64 i = from; i < std::min(to, rows) && !found; ++i) {
-            found = TakeRow(condition, i);
+        const uint64 end = std::min(to, rows);
+        for (uint64 i = from; i < end && !found; ++i) {
+            if (m_index->Get() == nullptr && Data() != nullptr) {
+                i = condition.FirstCandidate(*Data()->GetRows(), i, end);
+            }
+            found = i < end && TakeRow(condition, i);
         }
     } else {
         // i is the position after the row that is tested, so that the loop can end at 0.

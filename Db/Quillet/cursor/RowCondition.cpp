@@ -1,5 +1,7 @@
 #include "Quillet/cursor/RowCondition.h"
 
+#include <algorithm>
+
 #include "Quillet/Db_Database.h"
 #include "Quillet/query/SqlText.h"
 
@@ -39,6 +41,25 @@ bool RowCondition::Holds(DbRows& rows, uint64 position) {
         filter->Evaluate(row);
     }
     return m_params.clause->evaluate();
+}
+
+uint64 RowCondition::FirstCandidate(DbRows& rows, uint64 position, uint64 end) {
+    constexpr std::size_t FirstRows = 64;
+    const RowsView view(rows);
+    std::vector<uint64> found;
+    // The row that is looked for may be near, or far.
+    for (std::size_t most = FirstRows; m_onCells && position < end && view.HasRow(position); most *= 2) {
+        const ColumnStore::Run run = view.RunAt(position, std::min<uint64>(most, end - position));
+        if (run.m_rows == 0) {
+            break;
+        }
+        m_onCells->Select(view, run, position, found);
+        if (!found.empty()) {
+            return found.front();
+        }
+        position += run.m_rows;
+    }
+    return position;
 }
 
 }  // namespace quillet

@@ -25,6 +25,9 @@ public:
     bool IsValid() const { return m_params.clause->IsValid(); }
     // Whether the condition holds for the row at a visible position, which must exist.
     bool Holds(DbRows& rows, uint64 position);
+    // The first visible position from one on, and before the end, for whose row the condition may hold; the
+    // end if there is none.
+    uint64 FirstCandidate(DbRows& rows, uint64 position, uint64 end);
 
 private:
     // Declared before the clause, whose leaves they are.

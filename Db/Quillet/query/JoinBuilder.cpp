@@ -8,6 +8,7 @@
 #include <iterator>
 #include <limits>
 #include <numeric>
+#include <optional>
 #include <set>
 #include <span>
 #include <utility>
@@ -18,6 +19,7 @@
 #include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
+#include "Quillet/rows/CellCopies.h"
 #include "Quillet/rows/EqualityClasses.h"
 #include "Quillet/rows/RowsView.h"
 #include "Quillet/values/Comparison.h"
@@ -46,22 +48,27 @@ public:
 
     std::size_t Size() const { return m_positions.size(); }
     CellView Cell(RowNumber row, uint64 field) const { return m_view.Cell(m_positions[row], field); }
-    CellView StoredCell(RowNumber row, uint64 field) const {
-        return m_view.StoredCell(m_positions[row], field);
-    }
+    const RowsView& View() const { return m_view; }
+    RowSelection All() const { return {m_view, m_positions}; }
+    uint64 PositionOf(RowNumber row) const { return m_positions[row]; }
 
 private:
     RowsView m_view;
     std::vector<uint64> m_positions;
 };
 
+struct JoinedField {
+    const JoinedRows& m_rows;
+    uint64 m_field;
+};
+
 // The values of one field, row by row.
 class Column {
 public:
-    Column(const JoinedRows& rows, int field) {
-        m_cells.reserve(rows.Size());
-        for (RowNumber row = 0; row < rows.Size(); ++row) {
-            const CellView cell = rows.Cell(row, static_cast<uint64>(field));
+    explicit Column(const JoinedField& field) {
+        m_cells.reserve(field.m_rows.Size());
+        for (RowNumber row = 0; row < field.m_rows.Size(); ++row) {
+            const CellView cell = field.m_rows.Cell(row, field.m_field);
             const bool isVariant = cell.GetKind() == CellView::Kind::Variant;
             m_cells.push_back(isVariant ? &cell.AsVariant() : &cell.In(m_copies.emplace_back()));
         }
@@ -78,8 +85,11 @@ private:
     std::deque<CComVariant> m_copies;
 };
 
-template <typename Classes>
-std::vector<std::uint32_t> ClassesOf(const Column& column, Classes& classes) {
+std::vector<std::uint32_t> ClassesOf(const JoinedField& field, EqualityClasses& classes) {
+    return classes.ClassesOf(field.m_rows.All(), field.m_field);
+}
+
+std::vector<std::uint32_t> ClassesOf(const Column& column, TextClasses& classes) {
     std::vector<std::uint32_t> numbers(column.Size());
     for (RowNumber row = 0; row < numbers.size(); ++row) {
         numbers[row] = classes.ClassOf(CellView::Variant(column[row]));
@@ -125,44 +135,40 @@ public:
         RowNumber m_second;
     };
 
-    Matches(const Column& first, const Column& second, Comparison comparison)
-        : m_first(first),
-          m_second(second),
+    Matches(const JoinedField& first, const JoinedField& second, Comparison comparison)
+        : m_firstField(first),
+          m_secondField(second),
           m_comparison(comparison),
-          m_isMatched(second.Size()),
-          m_allOfSecond(second.Size()) {
+          m_isMatched(second.m_rows.Size()),
+          m_allOfSecond(second.m_rows.Size()) {
         std::iota(m_allOfSecond.begin(), m_allOfSecond.end(), RowNumber{0});
     }
 
     void Find() {
-        for (RowNumber row = 0; row < m_first.Size() && !AreTooMany(); ++row) {
+        ReadValues();
+        for (RowNumber row = 0; row < m_first->Size() && !AreTooMany(); ++row) {
             Try(row, m_allOfSecond);
         }
     }
 
-    // The same for a comparison that holds inside of classes only, and for what is in none.
-    template <typename Classes>
-    void FindInClasses() {
-        Classes classes;
-        const std::vector<std::uint32_t> ofSecond = ClassesOf(m_second, classes);
-        const std::vector<std::uint32_t> ofFirst = ClassesOf(m_first, classes);
-        const RowsOfClasses rows(ofSecond, classes.Count());
-        const RowNumbers others = rows.OfNoClass();
-        std::vector<RowNumber> merged;
-        for (RowNumber row = 0; row < m_first.Size() && !AreTooMany(); ++row) {
-            if (ofFirst[row] >= classes.Count()) {
-                Try(row, m_allOfSecond);
-                continue;
-            }
-            const RowNumbers own = rows.Of(ofFirst[row]);
-            if (others.empty()) {
-                Try(row, own);
-                continue;
-            }
-            merged.clear();
-            std::merge(own.begin(), own.end(), others.begin(), others.end(), std::back_inserter(merged));
-            Try(row, merged);
+    // The same for the equality of texts, which holds inside of classes only, and for what is in none.
+    void FindEqualTexts() {
+        ReadValues();
+        TextClasses classes;
+        const std::vector<std::uint32_t> ofSecond = ClassesOf(*m_second, classes);
+        FindInClasses(ClassesOf(*m_first, classes), ofSecond, classes.Count());
+    }
+
+    // The same for the equality of other values.
+    void FindEqualValues() {
+        EqualityClasses classes;
+        const std::vector<std::uint32_t> ofSecond = ClassesOf(m_secondField, classes);
+        const std::vector<std::uint32_t> ofFirst = ClassesOf(m_firstField, classes);
+        m_areEqualInClasses = classes.AreSure();
+        if (!m_areEqualInClasses) {
+            ReadValues();
         }
+        FindInClasses(ofFirst, ofSecond, classes.Count());
     }
 
     const std::vector<Pair>& Pairs() const { return m_pairs; }
@@ -177,18 +183,50 @@ public:
     }
 
 private:
+    void ReadValues() {
+        m_first.emplace(m_firstField);
+        m_second.emplace(m_secondField);
+    }
+
+    void FindInClasses(const std::vector<std::uint32_t>& ofFirst, const std::vector<std::uint32_t>& ofSecond,
+                       std::size_t classes) {
+        const RowsOfClasses rows(ofSecond, classes);
+        const RowNumbers others = rows.OfNoClass();
+        std::vector<RowNumber> merged;
+        for (RowNumber row = 0; row < ofFirst.size() && !AreTooMany(); ++row) {
+            if (ofFirst[row] >= classes) {
+                Try(row, m_allOfSecond);
+                continue;
+            }
+            const RowNumbers own = rows.Of(ofFirst[row]);
+            if (others.empty()) {
+                Try(row, own);
+                continue;
+            }
+            merged.clear();
+            std::merge(own.begin(), own.end(), others.begin(), others.end(), std::back_inserter(merged));
+            Try(row, merged);
+        }
+    }
+
     void Try(RowNumber first, RowNumbers candidates) {
         for (const RowNumber second : candidates) {
-            if (!AreTooMany() && m_comparison(m_first[first], m_second[second])) {
+            if (!AreTooMany() &&
+                (m_areEqualInClasses || m_comparison((*m_first)[first], (*m_second)[second]))) {
                 m_pairs.push_back({first, second});
                 m_isMatched[second] = true;
             }
         }
     }
 
-    const Column& m_first;
-    const Column& m_second;
+    const JoinedField& m_firstField;
+    const JoinedField& m_secondField;
+    // The values where they are compared.
+    std::optional<Column> m_first;
+    std::optional<Column> m_second;
     Comparison m_comparison;
+    // The rows of a class need no comparison.
+    bool m_areEqualInClasses = false;
     std::vector<Pair> m_pairs;
     std::vector<bool> m_isMatched;
     std::vector<RowNumber> m_allOfSecond;
@@ -220,43 +258,38 @@ private:
     std::set<CString> m_names;
 };
 
-// A row for each pair, and one for each unmatched row of the second table.
-class JoinFilling {
-public:
-    JoinFilling(DbRows& rows, const JoinedRows& first, const JoinedRows& second, std::size_t fieldsOfFirst)
-        : m_rows(rows), m_target(rows), m_first(first), m_second(second), m_fieldsOfFirst(fieldsOfFirst) {}
+std::vector<uint64> FieldNumbers(std::size_t count) {
+    std::vector<uint64> fields(count);
+    std::iota(fields.begin(), fields.end(), uint64{0});
+    return fields;
+}
 
-    void Append(const std::vector<Matches::Pair>& pairs, const std::vector<RowNumber>& alone) {
-        m_rows.AddRows(pairs.size() + alone.size(), false);
-        uint64 position = 0;
-        for (const Matches::Pair& pair : pairs) {
-            for (std::size_t field = 0; field < m_fieldsOfFirst; ++field) {
-                m_target.SetCell(position, field, m_first.StoredCell(pair.m_first, field));
-            }
-            CopySecond(pair.m_second, position++);
-        }
-        for (const RowNumber row : alone) {
-            for (std::size_t field = 0; field < m_fieldsOfFirst; ++field) {
-                m_target.SetCell(position, field, CellView::Null(true));
-            }
-            CopySecond(row, position++);
+// Gives rows, which have none yet, one for each pair, and one for each unmatched row of the second table.
+void FillRows(DbRows& rows, const JoinedRows& first, const JoinedRows& second,
+              const std::vector<Matches::Pair>& pairs, const std::vector<RowNumber>& alone,
+              std::size_t fieldsOfFirst, std::size_t fieldsOfSecond) {
+    std::vector<uint64> positions;
+    positions.reserve(pairs.size() + alone.size());
+    for (const Matches::Pair& pair : pairs) {
+        positions.push_back(first.PositionOf(pair.m_first));
+    }
+    rows.AddRows(pairs.size() + alone.size(), false);
+    RowsView target(rows);
+    CopyCells({first.View(), positions}, FieldNumbers(fieldsOfFirst), target, 0, 0);
+    for (uint64 position = pairs.size(); position < target.Count(); ++position) {
+        for (std::size_t field = 0; field < fieldsOfFirst; ++field) {
+            target.SetCell(position, field, CellView::Null(true));
         }
     }
-
-private:
-    void CopySecond(RowNumber row, uint64 position) {
-        const std::size_t width = m_target.Width(position);
-        for (std::size_t field = m_fieldsOfFirst; field < width; ++field) {
-            m_target.SetCell(position, field, m_second.StoredCell(row, field - m_fieldsOfFirst));
-        }
+    positions.clear();
+    for (const Matches::Pair& pair : pairs) {
+        positions.push_back(second.PositionOf(pair.m_second));
     }
-
-    DbRows& m_rows;
-    RowsView m_target;
-    const JoinedRows& m_first;
-    const JoinedRows& m_second;
-    std::size_t m_fieldsOfFirst;
-};
+    for (const RowNumber row : alone) {
+        positions.push_back(second.PositionOf(row));
+    }
+    CopyCells({second.View(), positions}, FieldNumbers(fieldsOfSecond), target, 0, fieldsOfFirst);
+}
 
 }  // namespace
 
@@ -291,15 +324,15 @@ CString JoinBuilder::Answer(const Texts& texts, const char* kind, bool withUnmat
 
     const JoinedRows rowsOfFirst(*first.m_table->GetData());
     const JoinedRows rowsOfSecond(*second.m_table->GetData());
-    const Column left(rowsOfFirst, first.m_field);
-    const Column right(rowsOfSecond, second.m_field);
+    const JoinedField left{rowsOfFirst, static_cast<uint64>(first.m_field)};
+    const JoinedField right{rowsOfSecond, static_cast<uint64>(second.m_field)};
     Matches matches(left, right, comparison);
     if (!IsEquality(texts.m_operator)) {
         matches.Find();
     } else if (type == VT_BSTR) {
-        matches.FindInClasses<TextClasses>();
+        matches.FindEqualTexts();
     } else {
-        matches.FindInClasses<EqualityClasses>();
+        matches.FindEqualValues();
     }
     const std::vector<RowNumber> unmatched = withUnmatched ? matches.Unmatched() : std::vector<RowNumber>();
     const std::vector<Matches::Pair>& pairs = matches.Pairs();
@@ -316,8 +349,8 @@ CString JoinBuilder::Answer(const Texts& texts, const char* kind, bool withUnmat
         fields.Append(*first.m_table);
         const std::size_t fieldsOfFirst = descr.size();
         fields.Append(*second.m_table);
-        JoinFilling(*answer.GetData()->GetRows(), rowsOfFirst, rowsOfSecond, fieldsOfFirst)
-            .Append(pairs, unmatched);
+        FillRows(*answer.GetData()->GetRows(), rowsOfFirst, rowsOfSecond, pairs, unmatched, fieldsOfFirst,
+                 descr.size() - fieldsOfFirst);
     } catch (...) {
         m_registry.DeleteWithRelated(name);
         throw;

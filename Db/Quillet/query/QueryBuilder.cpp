@@ -17,6 +17,7 @@
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
 #include "Quillet/registry/Upcalls.h"
+#include "Quillet/rows/CellCopies.h"
 #include "Quillet/rows/CellFilter.h"
 #include "Quillet/rows/DistinctRows.h"
 #include "Quillet/rows/OrderOfRows.h"
@@ -67,7 +68,8 @@ std::vector<uint64> FindByCells(const RowsView& view, RowsCondition condition, u
         if (limit >= view.Count() && view.HasRow(i)) {
             const ColumnStore::Run run = view.RunAt(i);
             end = i + std::max(run.m_rows, 1U);
-            if (run.m_rows > 0 && condition.Select(run, i, found)) {
+            if (run.m_rows > 0) {
+                condition.Select(view, run, i, found);
                 last = end - 1;
                 i = end;
             }
@@ -120,26 +122,6 @@ void Pick(const std::vector<uint64>& places, std::vector<uint64>& positions) {
     std::transform(places.begin(), places.end(), picked.begin(),
                    [&](uint64 place) { return positions[place]; });
     positions = std::move(picked);
-}
-
-// Appends a row for each position, with copies of its cells.
-void CopyCells(DbRows& from, const std::vector<uint64>& positions, const std::vector<uint64>& fields,
-               DbRows& to) {
-    // The cells of one row object lie together, and so do those of one column.
-    constexpr std::size_t ObjectsAtATime = 512;
-    to.AddRows(positions.size(), false);
-    const RowsView source(from);
-    RowsView target(to);
-    const std::size_t atATime =
-        source.HasMadeRows() ? ObjectsAtATime : std::max<std::size_t>(positions.size(), 1);
-    for (std::size_t first = 0; first < positions.size(); first += atATime) {
-        const std::size_t end = std::min(first + atATime, positions.size());
-        for (std::size_t field = 0; field < fields.size(); ++field) {
-            for (std::size_t i = first; i < end; ++i) {
-                target.SetCell(i, field, source.StoredCell(positions[i], fields[field]));
-            }
-        }
-    }
 }
 
 // Whether the entry's rows are computed from another's and have to follow them.
@@ -390,7 +372,9 @@ void QueryBuilder::Fill(DbTableDescr& toDescr, DbTableData& toData, const Params
                         DbRows& rows, std::vector<uint64>& fields, std::vector<uint64>& found) {
     if (!SelectsAll(params)) {
         CopyFields(descr, fields, toDescr);
-        CopyCells(rows, found, fields, *toData.GetRows());
+        toData.GetRows()->AddRows(found.size(), false);
+        RowsView target(*toData.GetRows());
+        CopyCells({RowsView(rows), found}, fields, target, 0, 0);
         return;
     }
     // Rows show their cells by position, so every field is there, whatever its name.

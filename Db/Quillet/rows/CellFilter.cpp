@@ -38,58 +38,36 @@ char AsciiLower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ToLower) : letter;
 }
 
-// Whether texts are equal without regard to case, where that can be told from their bytes.
-std::optional<bool> AreEqualBytes(std::string_view left, std::string_view right) {
-    if (left == right) {
-        return true;
-    }
-    if (!IsAscii(left) || !IsAscii(right)) {
-        return std::nullopt;
-    }
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char one, char other) { return AsciiLower(one) == AsciiLower(other); });
-}
-
 CellView ViewOf(const CComVariant& literal) {
     return CellView::Variant(literal).Plain();
 }
 
-// Appends the positions of the numbers for which the predicate holds.
-template <typename Number, typename Predicate>
-void SelectNumbers(const Number* numbers, std::uint32_t count, uint64 position, std::vector<uint64>& found,
-                   Predicate predicate) {
-    const std::size_t before = found.size();
-    found.resize(before + count);
-    uint64* next = found.data() + before;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        *next = position + i;
-        next += predicate(numbers[i]) ? 1 : 0;
-    }
-    found.resize(static_cast<std::size_t>(next - found.data()));
-}
-
 template <typename Number>
-void SelectNumbers(Operator op, const Number* numbers, std::uint32_t count, Number literal, uint64 position,
-                   std::vector<uint64>& found) {
-    const auto select = [&](auto predicate) { SelectNumbers(numbers, count, position, found, predicate); };
+void MarkNumbers(Operator op, const Number* numbers, Number literal, std::uint32_t count, std::uint8_t bit,
+                 std::uint8_t* marks) {
+    const auto mark = [&](auto predicate) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            marks[i] |= predicate(numbers[i]) ? bit : std::uint8_t{0};
+        }
+    };
     switch (op) {
         case Operator::Less:
-            select([=](Number number) { return number < literal; });
+            mark([=](Number number) { return number < literal; });
             break;
         case Operator::LessOrEqual:
-            select([=](Number number) { return number <= literal; });
+            mark([=](Number number) { return number <= literal; });
             break;
         case Operator::Equal:
-            select([=](Number number) { return number == literal; });
+            mark([=](Number number) { return number == literal; });
             break;
         case Operator::GreaterOrEqual:
-            select([=](Number number) { return number >= literal; });
+            mark([=](Number number) { return number >= literal; });
             break;
         case Operator::Greater:
-            select([=](Number number) { return number > literal; });
+            mark([=](Number number) { return number > literal; });
             break;
         case Operator::NotEqual:
-            select([=](Number number) { return number != literal; });
+            mark([=](Number number) { return number != literal; });
             break;
         case Operator::None:
             break;
@@ -131,6 +109,7 @@ CellFilter::CellFilter(const DbFilter& filter)
     const WideView text = filter.m_leftIndex < 0 ? filter.m_leftValue.Text() : filter.m_rightValue.Text();
     if (!HasLoneSurrogate(text)) {
         AppendUtf8(text, m_text.emplace());
+        m_isTextAscii = IsAscii(*m_text);
     }
 }
 
@@ -187,44 +166,68 @@ bool CellFilter::Compare(const CellView& left, const CellView& right) {
         const CellView& literal = isLiteralLeft ? left : right;
         const CellView& cell = isLiteralLeft ? right : left;
         if (cell.GetKind() == Kind::Text && literal.Type() == VT_BSTR && m_text) {
-            std::optional<bool> equal = AreEqualBytes(cell.AsText(), *m_text);
-            if (!equal) {
-                equal = platform::CompareNoCase(cell.Wide(m_wide), literal.AsVariant().Text()) == 0;
-            }
-            return *equal == (m_operator == Operator::Equal);
+            return IsLiteral(cell.AsText()) == (m_operator == Operator::Equal);
         }
     }
     return m_filter->m_comparison(left.In(m_left), right.In(m_right));
 }
 
-bool CellFilter::Select(const ColumnStore::Run& rows, uint64 position, std::vector<uint64>& found) const {
+bool CellFilter::IsLiteral(std::string_view text) {
+    if (text == *m_text) {
+        return true;
+    }
+    if (m_isTextAscii && IsAscii(text)) {
+        return std::equal(text.begin(), text.end(), m_text->begin(), m_text->end(),
+                          [](char one, char other) { return AsciiLower(one) == AsciiLower(other); });
+    }
+    const CellView& literal = m_filter->m_leftIndex < 0 ? m_leftValue : m_rightValue;
+    return platform::CompareNoCase(CellView::Text(text).Wide(m_wide), literal.AsVariant().Text()) == 0;
+}
+
+bool CellFilter::Mark(const ColumnStore::Run& rows, std::uint8_t bit, std::uint8_t* marks) {
     const bool isLiteralLeft = m_filter->m_leftIndex < 0;
     const bool isLiteralRight = m_filter->m_rightIndex < 0;
     const auto field =
         static_cast<std::size_t>(isLiteralLeft ? m_filter->m_rightIndex : m_filter->m_leftIndex);
     const CellView& literal = isLiteralLeft ? m_leftValue : m_rightValue;
-    if (isLiteralLeft == isLiteralRight || m_operator == Operator::None || field >= rows.m_block->Columns() ||
-        literal.GetKind() != rows.m_block->KindOf(field) ||
-        !rows.m_block->HoldsValues(field, rows.m_slot + rows.m_rows)) {
+    const ColumnBlock& block = *rows.m_block;
+    if (isLiteralLeft == isLiteralRight || m_operator == Operator::None || field >= block.Columns() ||
+        CellView::TypeOf(block.KindOf(field)) != literal.Type() ||
+        !block.HoldsValues(field, rows.m_slot + rows.m_rows)) {
         return false;
     }
     const Operator op = isLiteralLeft ? Exchanged(m_operator) : m_operator;
-    switch (literal.GetKind()) {
-        case Kind::Double: {
-            const double* const numbers = rows.m_block->NumbersOf<double>(field) + rows.m_slot;
-            if (HasNan(numbers, rows.m_rows)) {
-                return false;
-            }
-            SelectNumbers(op, numbers, rows.m_rows, literal.AsDouble(), position, found);
-            return true;
+    const auto mark = [&]<typename Number>(Number value) {
+        const Number* const numbers = block.NumbersOf<Number>(field) + rows.m_slot;
+        if (value != value || HasNan(numbers, rows.m_rows)) {
+            return false;
         }
+        MarkNumbers(op, numbers, value, rows.m_rows, bit, marks);
+        return true;
+    };
+    switch (block.KindOf(field)) {
+        case Kind::Double:
+            return mark(literal.AsDouble());
+        case Kind::Float:
+            return mark(literal.AsFloat());
         case Kind::Long:
-            SelectNumbers(op, rows.m_block->NumbersOf<LONG>(field) + rows.m_slot, rows.m_rows,
-                          literal.AsLong(), position, found);
-            return true;
+            return mark(literal.AsLong());
+        case Kind::Short:
+        case Kind::Boolean:
+            return mark(literal.AsShort());
+        case Kind::Text:
+            break;
         default:
             return false;
     }
+    const bool isEqual = op == Operator::Equal;
+    if (!m_text || !(isEqual || op == Operator::NotEqual)) {
+        return false;
+    }
+    for (std::uint32_t i = 0; i < rows.m_rows; ++i) {
+        marks[i] |= IsLiteral(block.TextAt(field, rows.m_slot + i)) == isEqual ? bit : std::uint8_t{0};
+    }
+    return true;
 }
 
 bool RowsCondition::AreOwn(std::span<DbFilter* const> filters) {
@@ -238,13 +241,58 @@ RowsCondition::RowsCondition(clv::clause& clause, std::span<DbFilter* const> fil
     for (const DbFilter* const filter : filters) {
         m_leaves.emplace_back(*filter);
     }
-    m_isOneFilter = filters.size() == 1 && typeid(clause) == typeid(clv::clause) &&
-                    clause.GetRPNString() == filters.front()->string();
+    TabulateClause();
+}
+
+void RowsCondition::TabulateClause() {
+    if (m_filters.size() > MostBits || typeid(m_clause) != typeid(clv::clause)) {
+        return;
+    }
+    m_table.resize(std::size_t{1} << m_filters.size());
+    for (std::size_t bits = 0; bits < m_table.size(); ++bits) {
+        for (std::size_t i = 0; i < m_filters.size(); ++i) {
+            m_filters[i]->clv::expr::operator=((bits >> i & 1U) != 0);
+        }
+        m_table[bits] = m_clause.evaluate() ? 1 : 0;
+    }
+}
+
+void RowsCondition::Select(const RowsView& rows, const ColumnStore::Run& run, uint64 position,
+                           std::vector<uint64>& found) {
+    if (m_table.empty()) {
+        for (uint64 end = position + run.m_rows; position < end; ++position) {
+            if (Holds(rows, position)) {
+                found.push_back(position);
+            }
+        }
+        return;
+    }
+    m_marks.assign(run.m_rows, 0);
+    for (std::size_t i = 0; i < m_leaves.size(); ++i) {
+        const auto bit = static_cast<std::uint8_t>(1U << i);
+        if (!m_leaves[i].Mark(run, bit, m_marks.data())) {
+            for (std::uint32_t row = 0; row < run.m_rows; ++row) {
+                m_marks[row] |= m_leaves[i].Holds(rows, position + row) ? bit : std::uint8_t{0};
+            }
+        }
+    }
+    const std::size_t before = found.size();
+    found.resize(before + run.m_rows);
+    uint64* next = found.data() + before;
+    for (std::uint32_t row = 0; row < run.m_rows; ++row) {
+        *next = position + row;
+        next += m_table[m_marks[row]];
+    }
+    found.resize(static_cast<std::size_t>(next - found.data()));
 }
 
 bool RowsCondition::Holds(const RowsView& rows, uint64 position) {
-    if (m_isOneFilter) {
-        return m_leaves.front().Holds(rows, position);
+    if (!m_table.empty()) {
+        std::size_t bits = 0;
+        for (std::size_t i = 0; i < m_leaves.size(); ++i) {
+            bits |= std::size_t{m_leaves[i].Holds(rows, position)} << i;
+        }
+        return m_table[bits] != 0;
     }
     for (std::size_t i = 0; i < m_leaves.size(); ++i) {
         m_filters[i]->clv::expr::operator=(m_leaves[i].Holds(rows, position));

@@ -7,10 +7,8 @@
 
 namespace quillet {
 
-VARTYPE CellView::Type() const {
-    switch (m_kind) {
-        case Kind::Empty:
-            return VT_EMPTY;
+VARTYPE CellView::TypeOf(Kind kind) {
+    switch (kind) {
         case Kind::Null:
             return VT_NULL;
         case Kind::Double:
@@ -25,10 +23,11 @@ VARTYPE CellView::Type() const {
             return VT_BOOL;
         case Kind::Text:
             return VT_BSTR;
+        case Kind::Empty:
         case Kind::Variant:
             break;
     }
-    return AsVariant().vt;
+    return VT_EMPTY;
 }
 
 CellView CellView::Plain() const {

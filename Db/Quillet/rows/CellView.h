@@ -55,7 +55,9 @@ public:
     const CComVariant& AsVariant() const { return *m_value.m_variant; }
 
     // The type that the value has as a variant.
-    VARTYPE Type() const;
+    VARTYPE Type() const { return m_kind == Kind::Variant ? AsVariant().vt : TypeOf(m_kind); }
+    // The same for any value of a kind but Variant.
+    static VARTYPE TypeOf(Kind kind);
     // The same value by its kind where it is in a variant and has a kind of its own, other than a text.
     CellView Plain() const;
     // The same without the flag.

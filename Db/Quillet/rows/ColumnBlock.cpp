@@ -1,7 +1,6 @@
 #include "Quillet/rows/ColumnBlock.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -16,8 +15,6 @@ namespace {
 using Kind = CellView::Kind;
 
 constexpr std::uint32_t FewestSlots = 4;
-// Of a UTF-16 code unit in UTF-8.
-constexpr std::size_t MostBytesPerUnit = 3;
 constexpr std::size_t MostTextBytes = std::numeric_limits<std::uint32_t>::max();
 
 }  // namespace
@@ -109,13 +106,9 @@ std::size_t ColumnBlock::WidthOf(Kind kind) {
 }
 
 // With what the column holds.
-std::shared_ptr<std::byte[]> ColumnBlock::MakeValues(const Column& column, std::uint32_t slots) {
-    // As wide as the widest value.
-    using Unit = std::uint64_t;
+std::unique_ptr<std::byte[]> ColumnBlock::MakeValues(const Column& column, std::uint32_t slots) {
     const std::size_t width = WidthOf(column.m_kind);
-    const auto units =
-        std::make_shared_for_overwrite<Unit[]>((width * slots + sizeof(Unit) - 1) / sizeof(Unit));
-    std::shared_ptr<std::byte[]> values(units, reinterpret_cast<std::byte*>(units.get()));
+    auto values = std::make_unique_for_overwrite<std::byte[]>(width * slots);
     if (column.m_filled > 0) {
         std::memcpy(values.get(), column.m_values.get(), width * column.m_filled);
     }
@@ -128,7 +121,7 @@ void ColumnBlock::Reserve(std::uint32_t slots) {
     }
     const std::uint32_t capacity = std::min(MostSlots, std::max({slots, m_capacity * 2, FewestSlots}));
     struct Grown {
-        std::shared_ptr<std::byte[]> m_values;
+        std::unique_ptr<std::byte[]> m_values;
         std::unique_ptr<State[]> m_states;
     };
     std::vector<Grown> grown(m_columns.size());
@@ -163,8 +156,8 @@ void ColumnBlock::GiveBackLast() {
         if (column.m_kind == Kind::Text && ValueByState(column, m_used).GetKind() == Kind::Text) {
             const TextPlace place = At<TextPlace>(column, m_used);
             if (place.m_start >= m_sharedTexts &&
-                std::size_t{place.m_start} + place.m_size == m_texts->size()) {
-                m_texts->resize(place.m_start);
+                std::size_t{place.m_start} + place.m_size == m_texts.size()) {
+                m_texts.resize(place.m_start);
             }
         }
         column.m_filled = m_used;
@@ -176,46 +169,8 @@ void ColumnBlock::Clear() {
     for (Column& column : m_columns) {
         column.m_filled = 0;
     }
-    if (m_texts.use_count() > 1) {
-        m_sharedTexts = m_texts->size();
-    } else {
-        m_texts->clear();
-        m_sharedTexts = 0;
-    }
-}
-
-void ColumnBlock::StopSharing() {
-    // Those who let go have read what they wanted.
-    std::atomic_thread_fence(std::memory_order_acquire);
-    std::vector<std::shared_ptr<std::byte[]>> own(m_columns.size());
-    for (std::size_t i = 0; i < m_columns.size(); ++i) {
-        own[i] = m_columns[i].m_values.use_count() > 1 ? MakeValues(m_columns[i], m_capacity)
-                                                       : m_columns[i].m_values;
-    }
-    for (std::size_t i = 0; i < m_columns.size(); ++i) {
-        m_columns[i].m_values = std::move(own[i]);
-    }
-    m_sharedSlots = 0;
-}
-
-std::string& ColumnBlock::RoomForText(std::size_t bytes) {
-    if (m_texts.use_count() > 1 && m_texts->capacity() - m_texts->size() < bytes) {
-        auto own = std::make_shared<std::string>();
-        own->reserve(std::max(m_texts->size() + bytes, m_texts->capacity() * 2));
-        *own = *m_texts;
-        m_texts = std::move(own);
-    }
-    return *m_texts;
-}
-
-ColumnBlock::SharedColumn ColumnBlock::Share(std::size_t column) const {
-    const Column& shared = m_columns[column];
-    m_sharedSlots = std::max(m_sharedSlots, m_used);
-    if (shared.m_kind == Kind::Text) {
-        m_sharedTexts = m_texts->size();
-    }
-    return {shared.m_kind, shared.m_filled, shared.m_values, shared.m_kind == Kind::Text ? m_texts : nullptr,
-            shared.m_states.get()};
+    m_texts.clear();
+    m_sharedTexts = 0;
 }
 
 CellView ColumnBlock::ValueByState(const Column& from, std::uint32_t slot) const {
@@ -236,9 +191,6 @@ CellView ColumnBlock::ValueByState(const Column& from, std::uint32_t slot) const
 }
 
 bool ColumnBlock::Put(std::size_t column, std::uint32_t slot, const CellView& value) {
-    if (slot < m_sharedSlots) {
-        StopSharing();
-    }
     return Put(m_columns[column], slot, value);
 }
 
@@ -275,8 +227,8 @@ bool ColumnBlock::Put(Column& column, std::uint32_t slot, const CellView& value)
         case Kind::Boolean:
             return PutNumber(column, slot, value.AsShort());
         default: {
-            const std::size_t start = m_texts->size();
-            RoomForText(value.AsText().size()) += value.AsText();
+            const std::size_t start = m_texts.size();
+            m_texts += value.AsText();
             return PutText(column, slot, start);
         }
     }
@@ -308,8 +260,8 @@ bool ColumnBlock::PutVariant(Column& column, std::uint32_t slot, const CComVaria
                 HasLoneSurrogate(text)) {
                 return false;
             }
-            const std::size_t start = m_texts->size();
-            AppendUtf8(text, RoomForText(text.size() * MostBytesPerUnit));
+            const std::size_t start = m_texts.size();
+            AppendUtf8(text, m_texts);
             return PutText(column, slot, start);
         }
         default:
@@ -326,13 +278,13 @@ bool ColumnBlock::PutNumber(Column& column, std::uint32_t slot, Number number) {
 
 // The text is the last one.
 bool ColumnBlock::PutText(Column& column, std::uint32_t slot, std::size_t start) {
-    if (m_texts->size() > MostTextBytes) {
-        m_texts->resize(start);
+    if (m_texts.size() > MostTextBytes) {
+        m_texts.resize(start);
         return false;
     }
     PutState(column, slot, State::Value);
     // An empty text stays in place whatever is given back.
-    const std::size_t size = m_texts->size() - start;
+    const std::size_t size = m_texts.size() - start;
     At<TextPlace>(column, slot) = {static_cast<std::uint32_t>(size == 0 ? 0 : start),
                                    static_cast<std::uint32_t>(size)};
     return true;
@@ -366,27 +318,21 @@ void ColumnBlock::Zero(Column& column, std::uint32_t first, std::uint32_t end) {
 }
 
 bool ColumnBlock::AddText(std::size_t column, std::uint32_t slot, std::string_view text) {
-    const std::size_t start = m_texts->size();
+    const std::size_t start = m_texts.size();
     if (start + text.size() > MostTextBytes) {
         return false;
     }
     At<TextPlace>(m_columns[column], slot) = {static_cast<std::uint32_t>(text.empty() ? 0 : start),
                                               static_cast<std::uint32_t>(text.size())};
-    RoomForText(text.size()) += text;
+    m_texts += text;
     return true;
 }
 
 void ColumnBlock::Fill(std::uint32_t first, std::uint32_t end) {
-    for (Column& column : m_columns) {
-        if (column.m_kind == Kind::Empty || first == end) {
-            continue;
+    for (std::size_t column = 0; column < m_columns.size(); ++column) {
+        if (KindOf(column) != CellView::Kind::Empty) {
+            FillColumn(column, first, end);
         }
-        // The slots before them may have been left empty.
-        PutState(column, first, State::Value);
-        if (column.m_states != nullptr) {
-            std::fill(column.m_states.get() + first, column.m_states.get() + end, State::Value);
-        }
-        column.m_filled = end;
     }
 }
 
@@ -404,6 +350,19 @@ void ColumnBlock::FillUp() {
     }
 }
 
+void ColumnBlock::FillColumn(std::size_t position, std::uint32_t first, std::uint32_t end) {
+    if (first == end) {
+        return;
+    }
+    Column& column = m_columns[position];
+    // The slots before them may have been left empty.
+    PutState(column, first, State::Value);
+    if (column.m_states != nullptr) {
+        std::fill(column.m_states.get() + first, column.m_states.get() + end, State::Value);
+    }
+    column.m_filled = end;
+}
+
 void ColumnBlock::MakeRoomForRows() {
     if (m_rows == nullptr) {
         m_rows = std::make_unique<DbTableRow*[]>(m_capacity);
@@ -416,19 +375,19 @@ bool ColumnBlock::MakeColumn(Kind kind, int index, const CellView& value) {
     column->m_kind = kind;
     column->m_index = index;
     column->m_values = MakeValues(*column, m_capacity);
-    const std::size_t texts = m_texts->size();
+    const std::size_t texts = m_texts.size();
     for (std::uint32_t slot = 0; slot < m_used; ++slot) {
         if (kind == Kind::Text && slot > 0 && column->m_states == nullptr) {
             At<TextPlace>(*column, slot) = At<TextPlace>(*column, 0);
             column->m_filled = slot + 1;
         } else if (!Put(*column, slot, value)) {
-            m_texts->resize(texts);
+            m_texts.resize(texts);
             return false;
         } else if (column->m_filled <= slot) {
             break;
         }
     }
-    m_sharedTexts = m_texts->size();
+    m_sharedTexts = m_texts.size();
     m_newColumn = std::move(column);
     return true;
 }

@@ -21,8 +21,7 @@ using ColumnKinds = std::vector<CellView::Kind>;
 CellView::Kind ColumnKindOf(VARTYPE type);
 
 // Slots for rows, numbered from 0. A row is kept in its slot of each column, or it has an object, and then
-// the object alone tells what the row holds. Columns can be shared: what others keep is copied before it
-// changes.
+// the object alone tells what the row holds.
 class ColumnBlock {
 public:
     static constexpr std::uint32_t MostSlots = 4096;
@@ -68,7 +67,7 @@ public:
     bool Put(std::size_t column, std::uint32_t slot, const CellView& value);
 
     // For rows that are filled one after another, with a value of its column's kind in each cell: values that
-    // count once Fill is told of their slots. There must be room for these, and nobody else must keep them.
+    // count once Fill is told of their slots. There must be room for these.
     template <typename Number>
     Number* NumbersOf(std::size_t column) {
         return reinterpret_cast<Number*>(m_columns[column].m_values.get());
@@ -82,30 +81,30 @@ public:
         return m_columns[column].m_states == nullptr && end <= m_columns[column].m_filled;
     }
     CellView::Kind KindOf(std::size_t column) const { return m_columns[column].m_kind; }
+    // A text in a column of texts, in a slot that holds a value.
+    std::string_view TextAt(std::size_t column, std::uint32_t slot) const {
+        const TextPlace place = At<TextPlace>(m_columns[column], slot);
+        return {m_texts.data() + place.m_start, place.m_size};
+    }
     // False where the block can't take more text.
     bool AddText(std::size_t column, std::uint32_t slot, std::string_view text);
     void PutPlace(std::size_t column, std::uint32_t slot) { At<TextPlace>(m_columns[column], slot) = {0, 0}; }
-    std::size_t TextBytes() const { return m_texts->size(); }
+    std::size_t TextBytes() const { return m_texts.size(); }
     // All texts, one after another, those of deleted rows among them.
-    std::string_view Texts() const { return *m_texts; }
-    void TakeBackTexts(std::size_t bytes) { m_texts->resize(bytes); }
-    void ReserveTexts(std::size_t bytes) { m_texts->reserve(bytes); }
+    std::string_view Texts() const { return m_texts; }
+    void TakeBackTexts(std::size_t bytes) { m_texts.resize(bytes); }
+    void ReserveTexts(std::size_t bytes) { m_texts.reserve(bytes); }
     void Fill(std::uint32_t first, std::uint32_t end);
+    // The same for one column, of a kind that holds values.
+    void FillColumn(std::size_t column, std::uint32_t first, std::uint32_t end);
     // Slots that were never filled are empty cells, and their values are zeros.
     void FillUp();
 
-    // What others keep of a column. The slots before m_filled hold values, or what their states say, and
-    // zeros where that is no value.
-    struct SharedColumn {
-        CellView::Kind m_kind;
-        std::uint32_t m_filled;
-        std::shared_ptr<const std::byte[]> m_values;
-        // The texts that the values of a column of texts are places of.
-        std::shared_ptr<const std::string> m_texts;
-        // Null if all slots that are filled hold values; valid until the block changes.
-        const DbColumnView::State* m_states;
-    };
-    SharedColumn Share(std::size_t column) const;
+    // What a column keeps: the slots before Filled hold values, or what their states say, and zeros where
+    // that is no value. The states are null if all hold values.
+    std::uint32_t Filled(std::size_t column) const { return m_columns[column].m_filled; }
+    const std::byte* Values(std::size_t column) const { return m_columns[column].m_values.get(); }
+    const DbColumnView::State* States(std::size_t column) const { return m_columns[column].m_states.get(); }
 
     // The object of the row in a slot; null if none was made.
     DbTableRow* RowAt(std::uint32_t slot) const { return m_rows == nullptr ? nullptr : m_rows[slot]; }
@@ -131,12 +130,12 @@ private:
         int m_index = 0;
         // The slots before this one hold values, or what their states say; the others are empty.
         std::uint32_t m_filled = 0;
-        std::shared_ptr<std::byte[]> m_values;
+        std::unique_ptr<std::byte[]> m_values;
         // Null if all slots that are filled hold values.
         std::unique_ptr<State[]> m_states;
     };
 
-    static std::shared_ptr<std::byte[]> MakeValues(const Column& column, std::uint32_t slots);
+    static std::unique_ptr<std::byte[]> MakeValues(const Column& column, std::uint32_t slots);
     template <typename Number>
     static Number& At(const Column& column, std::uint32_t slot) {
         return reinterpret_cast<Number*>(column.m_values.get())[slot];
@@ -155,7 +154,7 @@ private:
                 return CellView::Boolean(At<VARIANT_BOOL>(from, slot));
             case CellView::Kind::Text: {
                 const TextPlace place = At<TextPlace>(from, slot);
-                return CellView::Text({m_texts->data() + place.m_start, place.m_size});
+                return CellView::Text({m_texts.data() + place.m_start, place.m_size});
             }
             default:
                 return {};
@@ -169,21 +168,14 @@ private:
     bool PutNumber(Column& column, std::uint32_t slot, Number number);
     void PutState(Column& column, std::uint32_t slot, State state);
     static void Zero(Column& column, std::uint32_t first, std::uint32_t end);
-    // The texts, with room for so many bytes more.
-    std::string& RoomForText(std::size_t bytes);
-    // Slots that others keep are about to change.
-    void StopSharing();
 
     std::uint32_t m_used = 0;
     std::uint32_t m_capacity = 0;
     std::vector<Column> m_columns;
     std::unique_ptr<Column> m_newColumn;
-    // UTF-8, one after another. Those before m_sharedTexts are kept, since several rows, or others, may
-    // refer to them.
-    std::shared_ptr<std::string> m_texts = std::make_shared<std::string>();
-    mutable std::size_t m_sharedTexts = 0;
-    // Slots before this one may be kept by others.
-    mutable std::uint32_t m_sharedSlots = 0;
+    // UTF-8, one after another. Those before m_sharedTexts are kept, since rows may share them.
+    std::string m_texts;
+    std::size_t m_sharedTexts = 0;
     std::unique_ptr<DbTableRow*[]> m_rows;
 };
 

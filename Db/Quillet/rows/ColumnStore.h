@@ -86,10 +86,24 @@ public:
     // The run is empty where the row at the position has an object. It is no longer than asked for.
     Run RunAt(std::size_t position, std::size_t most) const;
 
+    // Slots are numbered over all blocks, MostSlots for each.
+    std::uint32_t SlotOf(std::size_t position) const {
+        return m_isDense ? static_cast<std::uint32_t>(position) : m_slots[position];
+    }
+    static std::uint32_t WithinBlock(std::uint32_t slot) { return slot & (ColumnBlock::MostSlots - 1); }
+    static std::size_t BlockNumberOf(std::uint32_t slot) { return slot >> SlotBits; }
+    std::size_t BlockCount() const { return m_blocks.size(); }
+    // Null where a block was freed.
+    const ColumnBlock* BlockAt(std::size_t number) const { return m_blocks[number].get(); }
+    ColumnBlock* BlockAt(std::size_t number) { return m_blocks[number].get(); }
+
     // A cell, empty where the row has none.
-    template <Reading How = Reading::Virtual>
     CellView CellAt(std::size_t position, std::size_t field) const {
-        const std::uint32_t slot = SlotOf(position);
+        return CellInSlot(SlotOf(position), field);
+    }
+    // The same by the slot of the row.
+    template <Reading How = Reading::Virtual>
+    CellView CellInSlot(std::uint32_t slot, std::size_t field) const {
         const ColumnBlock& block = BlockOf(slot);
         const DbTableRow* const row = block.RowAt(WithinBlock(slot));
         if (row != nullptr) {
@@ -136,11 +150,7 @@ private:
     static constexpr std::size_t NoBlock = SIZE_MAX;
     static constexpr std::size_t MostBlocks = std::size_t(1) << (32 - SlotBits);
 
-    static std::uint32_t WithinBlock(std::uint32_t slot) { return slot & (ColumnBlock::MostSlots - 1); }
-    ColumnBlock& BlockOf(std::uint32_t slot) const { return *m_blocks[slot >> SlotBits]; }
-    std::uint32_t SlotOf(std::size_t position) const {
-        return m_isDense ? static_cast<std::uint32_t>(position) : m_slots[position];
-    }
+    ColumnBlock& BlockOf(std::uint32_t slot) const { return *m_blocks[BlockNumberOf(slot)]; }
     bool IsShared(std::size_t block) const { return m_blocks[block].use_count() > 1; }
     // Blocks that are in use.
     template <typename Use>

@@ -23,9 +23,11 @@ struct RowGroups {
         None,
     };
 
+    // Numbered as they come.
     std::vector<std::uint32_t> m_ofRow;
     std::vector<Trust> m_trust;
     std::size_t m_count = 1;
+    bool m_areSure = true;
 };
 
 void Distrust(RowGroups& groups, const EqualityClasses& classes, const std::vector<std::uint32_t>& ofRow) {
@@ -49,13 +51,12 @@ void Divide(RowGroups& groups, const std::vector<std::uint32_t>& ofRow) {
 }
 
 RowGroups GroupsOf(const RowSelection& rows, const std::vector<uint64>& fields) {
-    RowGroups groups{std::vector<std::uint32_t>(rows.Size()), std::vector<RowGroups::Trust>(rows.Size())};
-    std::vector<std::uint32_t> ofRow(rows.Size());
+    RowGroups groups{std::vector<std::uint32_t>(rows.Size()), std::vector<RowGroups::Trust>(rows.Size()), 1,
+                     true};
     for (const uint64 field : fields) {
         EqualityClasses classes;
-        for (std::size_t row = 0; row < rows.Size(); ++row) {
-            ofRow[row] = classes.ClassOf(rows.Cell(row, field));
-        }
+        std::vector<std::uint32_t> ofRow = classes.ClassesOf(rows, field);
+        groups.m_areSure = groups.m_areSure && classes.AreSure();
         if (!classes.AreSure()) {
             Distrust(groups, classes, ofRow);
             Divide(groups, ofRow);
@@ -76,6 +77,9 @@ public:
         : m_rows(rows), m_fields(fields), m_groups(GroupsOf(rows, fields)), m_last(m_groups.m_count, None) {}
 
     std::vector<uint64> Take() {
+        if (m_groups.m_areSure) {
+            return FirstOfGroups();
+        }
         for (std::size_t row = 0; row < m_rows.Size(); ++row) {
             if (!IsRepetition(row)) {
                 Keep(row);
@@ -86,6 +90,16 @@ public:
 
 private:
     static constexpr std::uint32_t None = UINT32_MAX;
+
+    std::vector<uint64> FirstOfGroups() const {
+        std::vector<uint64> kept;
+        for (std::size_t row = 0; row < m_groups.m_ofRow.size(); ++row) {
+            if (m_groups.m_ofRow[row] == kept.size()) {
+                kept.push_back(row);
+            }
+        }
+        return kept;
+    }
 
     bool AreEqual(std::size_t left, uint64 right) const {
         return std::all_of(m_fields.begin(), m_fields.end(), [&](uint64 field) {

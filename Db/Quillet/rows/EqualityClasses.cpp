@@ -1,8 +1,7 @@
 #include "Quillet/rows/EqualityClasses.h"
 
-#include <bit>
-
 #include "Quillet/platform/Collation.h"
+#include "Quillet/rows/ColumnCells.h"
 
 namespace quillet {
 
@@ -21,14 +20,6 @@ std::uint32_t Mapped(std::vector<std::uint32_t>& classes, std::uint32_t index, M
 }
 
 }  // namespace
-
-std::uint64_t EqualityClasses::BitsOf(double number) {
-    return std::bit_cast<std::uint64_t>(number == 0 ? 0.0 : number);
-}
-
-std::optional<EqualityClasses::NumberKey> EqualityClasses::KeyOfReal(double number, VARTYPE type) {
-    return number == number ? std::optional(NumberKey{BitsOf(number), type}) : std::nullopt;
-}
 
 std::optional<EqualityClasses::NumberKey> EqualityClasses::KeyOf(const CellView& value) {
     switch (value.GetKind()) {
@@ -73,13 +64,25 @@ std::uint32_t EqualityClasses::ClassOf(const CellView& cell) {
             break;
     }
     if (const auto key = KeyOf(value)) {
-        return Mapped(m_ofNumber, m_numbers.NumberOf(*key), [this] { return NewClass(); });
+        return ClassOfKey(*key);
     }
     // What does not equal itself equals nothing.
     CComVariant scratch;
     const CComVariant& variant = value.In(scratch);
     const CComVariant& itself = variant;
     return variant == itself ? AnyClass() : NewClass();
+}
+
+std::vector<std::uint32_t> EqualityClasses::ClassesOf(const RowSelection& rows, uint64 field) {
+    std::vector<std::uint32_t> numbers(rows.Size());
+    WithColumnCells(rows, field, [&](const auto& cells, CellView::Kind kind) {
+        const VARTYPE type = CellView::TypeOf(kind);
+        for (std::size_t row = 0; row < numbers.size(); ++row) {
+            const auto value = cells.At(row);
+            numbers[row] = value ? ClassInPlace(*value, type) : ClassOf(rows.Cell(row, field));
+        }
+    });
+    return numbers;
 }
 
 std::uint32_t EqualityClasses::NewClass() {

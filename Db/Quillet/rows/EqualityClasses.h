@@ -1,13 +1,16 @@
 // Which values are equal, told by numbers.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Quillet/rows/CellView.h"
 #include "Quillet/rows/Numbering.h"
+#include "Quillet/rows/RowsView.h"
 #include "Quillet/rows/TextNumbers.h"
 
 namespace quillet {
@@ -20,6 +23,8 @@ public:
     static constexpr std::uint32_t Any = UINT32_MAX;
 
     std::uint32_t ClassOf(const CellView& value);
+    // The classes of a field's cells, row by row.
+    std::vector<std::uint32_t> ClassesOf(const RowSelection& rows, uint64 field);
 
     std::size_t Count() const { return m_isLoose.size(); }
     // Whether equal values, and only they, share a class. This and the next are known once all values came.
@@ -41,11 +46,39 @@ private:
         }
     };
 
-    static std::uint64_t BitsOf(double number);
+    static std::uint64_t BitsOf(double number) {
+        return std::bit_cast<std::uint64_t>(number == 0 ? 0.0 : number);
+    }
     static std::uint64_t BitsOf(LONGLONG number) { return static_cast<std::uint64_t>(number); }
     // None for what is no number, and for one that does not equal itself.
     static std::optional<NumberKey> KeyOf(const CellView& value);
-    static std::optional<NumberKey> KeyOfReal(double number, VARTYPE type);
+    static std::optional<NumberKey> KeyOfReal(double number, VARTYPE type) {
+        return number == number ? std::optional(NumberKey{BitsOf(number), type}) : std::nullopt;
+    }
+    // The class of a value that is kept in a column of its type.
+    std::uint32_t ClassInPlace(double number, VARTYPE type) { return ClassOfReal(number, type); }
+    std::uint32_t ClassInPlace(float number, VARTYPE type) { return ClassOfReal(double{number}, type); }
+    std::uint32_t ClassInPlace(LONG number, VARTYPE type) {
+        return ClassOfKey({BitsOf(LONGLONG{number}), type});
+    }
+    std::uint32_t ClassInPlace(SHORT number, VARTYPE type) {
+        return ClassOfKey({BitsOf(LONGLONG{number}), type});
+    }
+    std::uint32_t ClassInPlace(std::string_view text, VARTYPE) { return ClassOfText(CellView::Text(text)); }
+
+    std::uint32_t ClassOfReal(double number, VARTYPE type) {
+        const std::optional<NumberKey> key = KeyOfReal(number, type);
+        // What does not equal itself equals nothing.
+        return key ? ClassOfKey(*key) : NewClass();
+    }
+    std::uint32_t ClassOfKey(const NumberKey& key) {
+        const std::uint32_t number = m_numbers.NumberOf(key);
+        if (number == m_ofNumber.size()) {
+            const std::uint32_t made = NewClass();
+            m_ofNumber.push_back(made);
+        }
+        return m_ofNumber[number];
+    }
 
     std::uint32_t NewClass();
     std::uint32_t AnyClass();

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,19 +21,26 @@ namespace {
 
 using platform::CollationKey;
 
-// The type of most cells, of those types whose cells can be ranked.
-VARTYPE CommonestType(const std::vector<CellView>& cells) {
-    constexpr std::array<VARTYPE, 7> Types = {VT_I2, VT_I4, VT_R4, VT_R8, VT_DATE, VT_BOOL, VT_BSTR};
-    std::array<std::size_t, VT_BOOL + 1> counts = {};
-    for (const CellView& cell : cells) {
-        const VARTYPE type = cell.Type();
-        if (type < counts.size()) {
-            ++counts[type];
+// How many cells there are of each type.
+class TypeCounts {
+public:
+    void Add(VARTYPE type, std::size_t cells) {
+        if (type < m_counts.size()) {
+            m_counts[type] += cells;
         }
     }
-    return *std::max_element(Types.begin(), Types.end(),
-                             [&](VARTYPE left, VARTYPE right) { return counts[left] < counts[right]; });
-}
+
+    // The type of most cells, of those types whose cells can be ranked.
+    VARTYPE Commonest() const {
+        constexpr std::array<VARTYPE, 7> Types = {VT_I2, VT_I4, VT_R4, VT_R8, VT_DATE, VT_BOOL, VT_BSTR};
+        return *std::max_element(Types.begin(), Types.end(), [this](VARTYPE left, VARTYPE right) {
+            return m_counts[left] < m_counts[right];
+        });
+    }
+
+private:
+    std::array<std::size_t, VT_BOOL + 1> m_counts = {};
+};
 
 // The value of a number of the type, and 0 for an empty cell, which compares as 0.
 std::optional<double> NumberOf(const CellView& cell, VARTYPE type) {
@@ -61,6 +70,68 @@ std::optional<double> NumberOf(const CellView& cell, VARTYPE type) {
     }
     return value.Type() != type || std::isnan(number) ? std::nullopt : std::optional(number);
 }
+
+// The number of a row, and a key of its own that sorts as the number of its cell.
+struct NumberKey {
+    std::uint64_t m_key;
+    std::uint32_t m_row;
+};
+
+std::uint64_t KeyOf(double number) {
+    constexpr std::uint64_t Sign = std::uint64_t{1} << 63U;
+    // Both zeros are one number.
+    const auto bits = std::bit_cast<std::uint64_t>(number == 0 ? 0.0 : number);
+    return (bits & Sign) != 0 ? ~bits : bits | Sign;
+}
+
+// Sorts keys digit by digit, from the lowest; rows of one key keep their order. Three times as fast as
+// comparing where keys are many.
+class DigitSort {
+public:
+    static void Sort(std::vector<NumberKey>& keys) {
+        constexpr std::size_t Few = 1024;
+        if (keys.size() < Few) {
+            std::stable_sort(keys.begin(), keys.end(), [](const NumberKey& left, const NumberKey& right) {
+                return left.m_key < right.m_key;
+            });
+            return;
+        }
+        const std::vector<Places> counts = CountDigits(keys);
+        std::vector<NumberKey> sorted(keys.size());
+        for (unsigned digit = 0; digit < Digits; ++digit) {
+            if (counts[digit][DigitOf(keys.front(), digit)] == keys.size()) {
+                continue;
+            }
+            Places places{};
+            std::partial_sum(counts[digit].begin(), counts[digit].end() - 1, places.begin() + 1);
+            for (const NumberKey& key : keys) {
+                sorted[places[DigitOf(key, digit)]++] = key;
+            }
+            keys.swap(sorted);
+        }
+    }
+
+private:
+    static constexpr unsigned DigitBits = 11;
+    static constexpr unsigned Digits = 6;
+    static constexpr std::size_t Values = std::size_t{1} << DigitBits;
+    using Places = std::array<std::uint32_t, Values>;
+
+    static std::size_t DigitOf(const NumberKey& key, unsigned digit) {
+        return key.m_key >> (digit * DigitBits) & (Values - 1);
+    }
+
+    // How often each digit has each value.
+    static std::vector<Places> CountDigits(const std::vector<NumberKey>& keys) {
+        std::vector<Places> counts(Digits);
+        for (const NumberKey& key : keys) {
+            for (unsigned digit = 0; digit < Digits; ++digit) {
+                ++counts[digit][DigitOf(key, digit)];
+            }
+        }
+        return counts;
+    }
+};
 
 // Sorts keys, each once: by their first bytes, those that are alike in them by their next, and so on. Each
 // byte of a key is looked at once, and its memory only where that is needed.
@@ -237,76 +308,121 @@ private:
 
 }  // namespace
 
-OrderColumn::OrderColumn(const RowSelection& rows, uint64 field) : m_rows(&rows), m_field(field) {
-    Cells cells(rows.Size());
-    for (std::size_t row = 0; row < cells.size(); ++row) {
-        cells[row] = rows.Cell(row, field);
+OrderColumn::OrderColumn(const RowSelection& rows, uint64 field)
+    : m_rows(&rows), m_field(field), m_ranks(rows.Size(), Other) {
+    WithColumnCells(rows, field,
+                    [this](const auto& cells, CellView::Kind kind) { Rank(cells, CellView::TypeOf(kind)); });
+}
+
+template <typename Value>
+void OrderColumn::Rank(const ColumnCells<Value>& cells, VARTYPE typeInPlace) {
+    OtherCells others;
+    TypeCounts counts;
+    for (std::uint32_t row = 0; row < m_ranks.size(); ++row) {
+        if (!cells.At(row)) {
+            others.push_back({row, m_rows->Cell(row, m_field)});
+            counts.Add(others.back().m_cell.Type(), 1);
+        }
     }
-    const VARTYPE type = CommonestType(cells);
+    counts.Add(typeInPlace, m_ranks.size() - others.size());
+    const VARTYPE type = counts.Commonest();
     if (type == VT_BSTR) {
-        RankTexts(cells);
+        if constexpr (std::is_same_v<Value, std::string_view>) {
+            RankTexts(cells, others);
+        } else {
+            RankTexts({}, All(others));
+        }
+    } else if (type == typeInPlace) {
+        if constexpr (!std::is_same_v<Value, std::string_view>) {
+            RankNumbers(cells, others, type);
+        }
     } else {
-        RankNumbers(cells, type);
+        RankNumbers(ColumnCells<double>(), All(others), type);
     }
 }
 
-void OrderColumn::RankNumbers(const Cells& cells, VARTYPE type) {
-    std::vector<std::pair<double, std::uint32_t>> sorted;
-    sorted.reserve(cells.size());
-    m_ranks.assign(cells.size(), Other);
-    bool hasEmpty = false;
+OrderColumn::OtherCells OrderColumn::All(const OtherCells& read) const {
+    OtherCells all(m_ranks.size());
+    auto next = read.begin();
+    for (std::uint32_t row = 0; row < all.size(); ++row) {
+        const bool isRead = next != read.end() && next->m_row == row;
+        all[row] = isRead ? *next++ : OtherCell{row, m_rows->Cell(row, m_field)};
+    }
+    return all;
+}
+
+template <typename Number>
+void OrderColumn::RankNumbers(const ColumnCells<Number>& cells, const OtherCells& others, VARTYPE type) {
+    std::vector<NumberKey> sorted;
+    sorted.reserve(m_ranks.size());
     bool hasZero = false;
-    for (std::uint32_t row = 0; row < cells.size(); ++row) {
-        const VARTYPE cellType = cells[row].Type();
-        if (const std::optional<double> number = NumberOf(cells[row], type)) {
-            sorted.emplace_back(*number, row);
-            hasEmpty = hasEmpty || cellType == VT_EMPTY;
-            hasZero = hasZero || (cellType == type && *number == 0);
-        } else if (cellType == VT_NULL) {
-            m_ranks[row] = Null;
+    bool hasEmpty = false;
+    auto other = others.begin();
+    for (std::uint32_t row = 0; row < m_ranks.size(); ++row) {
+        std::optional<double> number = cells.At(row);
+        if (number) {
+            hasZero = hasZero || *number == 0;
+        } else {
+            const CellView& cell = (other++)->m_cell;
+            number = NumberOf(cell, type);
+            hasEmpty = hasEmpty || cell.Type() == VT_EMPTY;
+            hasZero = hasZero || (cell.Type() == type && number == 0.0);
+            m_ranks[row] = cell.Type() == VT_NULL ? Null : Other;
+        }
+        if (number && *number == *number) {
+            sorted.push_back({KeyOf(*number), row});
         }
     }
-    std::sort(sorted.begin(), sorted.end());
+    DigitSort::Sort(sorted);
     for (std::size_t i = 0; i < sorted.size(); ++i) {
-        if (i == 0 || sorted[i].first != sorted[i - 1].first) {
+        if (i == 0 || sorted[i].m_key != sorted[i - 1].m_key) {
             ++m_rankCount;
         }
-        m_ranks[sorted[i].second] = m_rankCount - 1;
+        m_ranks[sorted[i].m_row] = m_rankCount - 1;
     }
-    m_isConsistent = sorted.size() == cells.size() && !(hasEmpty && hasZero);
+    m_isConsistent = sorted.size() == m_ranks.size() && !(hasEmpty && hasZero);
     if (m_isConsistent) {
         m_sorted.resize(sorted.size());
         std::transform(sorted.begin(), sorted.end(), m_sorted.begin(),
-                       [](const auto& number) { return number.second; });
+                       [](const NumberKey& key) { return key.m_row; });
+        return;
     }
     m_values = m_ranks;
-    for (std::size_t row = 0; hasEmpty && hasZero && row < cells.size(); ++row) {
-        if (cells[row].Type() == VT_EMPTY) {
+    for (const auto& [row, cell] : others) {
+        if (hasEmpty && hasZero && cell.Type() == VT_EMPTY) {
             m_values[row] = EmptyValue;
         }
     }
 }
 
-void OrderColumn::RankTexts(const Cells& cells) {
+void OrderColumn::RankTexts(const ColumnCells<std::string_view>& cells, const OtherCells& others) {
     Texts texts;
-    m_values.assign(cells.size(), Null);
-    for (std::size_t row = 0; row < cells.size(); ++row) {
-        if (cells[row].Type() == VT_BSTR) {
-            m_values[row] = texts.NumberOf(cells[row]);
+    m_values.assign(m_ranks.size(), Null);
+    bool areTexts = true;
+    for (std::uint32_t row = 0; row < m_ranks.size(); ++row) {
+        if (const std::optional<std::string_view> text = cells.At(row)) {
+            m_values[row] = texts.NumberOf(CellView::Text(*text));
+        }
+    }
+    for (const auto& [row, cell] : others) {
+        if (cell.Type() == VT_BSTR) {
+            m_values[row] = texts.NumberOf(cell);
+        } else {
+            areTexts = false;
+            m_ranks[row] = cell.Type() == VT_NULL ? Null : Other;
         }
     }
     texts.SetRanks(Other);
-    m_isConsistent = texts.IsConsistent();
+    m_isConsistent = texts.IsConsistent() && areTexts;
     m_rankCount = texts.RankCount();
-    m_ranks.assign(cells.size(), Other);
-    for (std::size_t row = 0; row < cells.size(); ++row) {
-        if (cells[row].Type() == VT_BSTR) {
+    for (std::size_t row = 0; row < m_ranks.size(); ++row) {
+        if (m_values[row] != Null) {
             m_ranks[row] = texts.Rank(m_values[row]);
             m_values[row] = texts.Value(m_values[row]);
-        } else {
-            m_isConsistent = false;
-            m_ranks[row] = cells[row].Type() == VT_NULL ? Null : Other;
         }
+    }
+    if (m_isConsistent) {
+        m_values.clear();
     }
 }
 

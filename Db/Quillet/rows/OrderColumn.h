@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Quillet/rows/CellComparison.h"
+#include "Quillet/rows/ColumnCells.h"
 #include "Quillet/rows/RowsView.h"
 
 namespace quillet {
@@ -34,7 +35,8 @@ public:
             return CompareCells(m_rows->Cell(left, m_field).In(ofLeft),
                                 m_rows->Cell(right, m_field).In(ofRight));
         }
-        if (m_values[left] == m_values[right]) {
+        const std::vector<std::uint32_t>& values = m_isConsistent ? m_ranks : m_values;
+        if (values[left] == values[right]) {
             return DbTableRow::CmpEqual;
         }
         const bool isGreater = leftRank > rightRank && leftRank != Null;
@@ -49,15 +51,25 @@ private:
     // The value of an empty cell beside zeros, which have its rank and don't equal it.
     static constexpr std::uint32_t EmptyValue = UINT32_MAX - 2;
 
-    using Cells = std::vector<CellView>;
+    // A cell that is not read in place.
+    struct OtherCell {
+        std::uint32_t m_row;
+        CellView m_cell;
+    };
+    using OtherCells = std::vector<OtherCell>;
 
-    void RankNumbers(const Cells& cells, VARTYPE type);
-    void RankTexts(const Cells& cells);
+    template <typename Value>
+    void Rank(const ColumnCells<Value>& cells, VARTYPE typeInPlace);
+    // All cells, of which these are read already.
+    OtherCells All(const OtherCells& read) const;
+    template <typename Number>
+    void RankNumbers(const ColumnCells<Number>& cells, const OtherCells& others, VARTYPE type);
+    void RankTexts(const ColumnCells<std::string_view>& cells, const OtherCells& others);
 
     const RowSelection* m_rows;
     uint64 m_field;
     std::vector<std::uint32_t> m_ranks;
-    // The same for equal cells, and only for them.
+    // The same for equal cells, and only for them; empty where the ranks are, since the order is consistent.
     std::vector<std::uint32_t> m_values;
     std::vector<std::uint32_t> m_sorted;
     std::uint32_t m_rankCount = 0;

@@ -4,6 +4,7 @@
 #include "Quillet/rows/OrderOfRows.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <numeric>
@@ -41,20 +42,59 @@ std::uint32_t Search(std::uint32_t count, Compare compare) {
     return low;
 }
 
-// The same search where the rows from first to end, at least one, are equal to the one to be inserted, and
-// those before them less. Which way it goes can't be guessed, so it has no branch.
-std::uint32_t SearchEqual(std::uint32_t count, std::uint32_t first, std::uint32_t end) {
-    std::uint32_t low = 0;
-    std::uint32_t high = count;
-    std::uint32_t middle = Middle(low, high);
-    while (middle < first || middle >= end) {
-        const std::uint32_t isLess = middle < first ? 1 : 0;
-        low += (middle + 1 - low) * isLess;
-        high -= (high - middle) * (1 - isLess);
-        middle = Middle(low, high);
+// Rows that are inserted where some stand that are equal to them, and others before those, which are less.
+// Searches for their places go on side by side: which way one goes can't be guessed, so none has a branch,
+// and one that has met an equal row stays there.
+class EqualSearches {
+public:
+    // count rows stand before one is inserted, those from first to end are equal to it. The result is for a
+    // place of those that are given.
+    void Add(std::size_t result, std::uint32_t count, std::uint32_t first, std::uint32_t end) {
+        m_results[m_size] = result;
+        m_high[m_size] = static_cast<std::int32_t>(count);
+        m_first[m_size] = static_cast<std::int32_t>(first);
+        m_end[m_size] = static_cast<std::int32_t>(end);
+        ++m_size;
     }
-    return middle;
-}
+    bool IsFull() const { return m_size == Most; }
+
+    // Gives the result of each row, its place among its equals, and begins anew.
+    void Take(std::vector<std::uint32_t>& results) {
+        const std::array<std::int32_t, Most> met = Search();
+        for (std::size_t i = 0; i < m_size; ++i) {
+            results[m_results[i]] = static_cast<std::uint32_t>(met[i] - m_first[i]);
+        }
+        *this = {};
+    }
+
+private:
+    static constexpr std::size_t Most = 8;
+
+    std::array<std::int32_t, Most> Search() {
+        std::array<std::int32_t, Most> low{};
+        std::array<std::int32_t, Most> middle{};
+        std::int32_t moved = -1;
+        while (moved != 0) {
+            moved = 0;
+            for (std::size_t i = 0; i < Most; ++i) {
+                middle[i] = low[i] + ((m_high[i] - 1 - low[i]) >> 1);
+                const std::int32_t isBefore = middle[i] < m_first[i] ? -1 : 0;
+                const std::int32_t isAfter = middle[i] >= m_end[i] ? -1 : 0;
+                low[i] += (middle[i] + 1 - low[i]) & isBefore;
+                m_high[i] -= (m_high[i] - middle[i]) & isAfter;
+                moved |= isBefore | isAfter;
+            }
+        }
+        return middle;
+    }
+
+    std::size_t m_size = 0;
+    std::array<std::size_t, Most> m_results{};
+    // What is not used finds its place at once.
+    std::array<std::int32_t, Most> m_high{1, 1, 1, 1, 1, 1, 1, 1};
+    std::array<std::int32_t, Most> m_first{};
+    std::array<std::int32_t, Most> m_end = m_high;
+};
 
 // Counts in places; sums and the place of a sum are found in logarithmic time.
 class CountTree {
@@ -66,6 +106,15 @@ public:
             if (above < m_sums.size()) {
                 m_sums[above] += m_sums[at];
             }
+        }
+    }
+
+    // Counts of one in each place, and nothing of before.
+    void SetOnes(std::size_t places) {
+        m_sums.assign(std::bit_ceil(places + 1), 0);
+        for (std::size_t at = 1; at < m_sums.size(); ++at) {
+            const std::size_t first = at - LowestBit(at);
+            m_sums[at] = static_cast<std::uint32_t>(std::min(at, std::max(first, places)) - first);
         }
     }
 
@@ -255,21 +304,36 @@ void Divide(Groups& groups, const OrderColumn& column) {
     groups.m_ofRow = std::move(ofRow);
 }
 
-// Where each row is inserted among the rows of its group. Those before it stand side by side, so the search
-// needs only their places.
-std::vector<std::uint32_t> PlacesInGroups(const Groups& groups) {
+// The places of the groups' first rows when rows stand in the order of their groups, and one after the last.
+std::vector<std::uint32_t> StartsOf(const Groups& groups) {
+    std::vector<std::uint32_t> starts(std::size_t{groups.m_count} + 1);
+    for (const std::uint32_t group : groups.m_ofRow) {
+        ++starts[group + 1];
+    }
+    std::partial_sum(starts.begin(), starts.end(), starts.begin());
+    return starts;
+}
+
+// Where each row is inserted among the rows of its group, in the order of the groups and then of the rows.
+// Those of the group before it stand side by side, so the search needs only their places.
+std::vector<std::uint32_t> PlacesInGroups(const Groups& groups, const std::vector<std::uint32_t>& starts) {
     std::vector<std::uint32_t> places(groups.m_ofRow.size());
     std::vector<std::uint32_t> members(groups.m_count);
     CountTree inserted(members);
+    EqualSearches searches;
     for (std::uint32_t row = 0; row < places.size(); ++row) {
         const std::uint32_t group = groups.m_ofRow[row];
         if (members[group] > 0) {
             const std::uint32_t first = inserted.Before(group);
-            places[row] = SearchEqual(row, first, first + members[group]) - first;
+            searches.Add(starts[group] + members[group], row, first, first + members[group]);
+            if (searches.IsFull()) {
+                searches.Take(places);
+            }
         }
         ++members[group];
         inserted.Increment(group);
     }
+    searches.Take(places);
     return places;
 }
 
@@ -284,21 +348,20 @@ std::vector<uint64> OrderOfGroups(const Groups& groups) {
     if (groups.m_count == order.size()) {
         return order;
     }
-    const std::vector<std::uint32_t> places = PlacesInGroups(groups);
-    for (std::size_t first = 0; first < sorted.size();) {
-        std::size_t end = first + 1;
-        while (end < sorted.size() && groups.m_ofRow[sorted[end]] == groups.m_ofRow[sorted[first]]) {
-            ++end;
-        }
+    const std::vector<std::uint32_t> starts = StartsOf(groups);
+    const std::vector<std::uint32_t> places = PlacesInGroups(groups, starts);
+    CountTree free({});
+    for (std::size_t group = 0; group < groups.m_count; ++group) {
+        const std::size_t first = starts[group];
+        const std::size_t end = starts[group + 1];
         if (end - first > 1) {
             // The row inserted last stands at its place. Each before it stands at its place among those that
             // are still free.
-            CountTree free(std::vector<std::uint32_t>(end - first, 1));
+            free.SetOnes(end - first);
             for (std::size_t i = end; i-- > first;) {
-                order[first + free.Take(places[sorted[i]])] = sorted[i];
+                order[first + free.Take(places[i])] = sorted[i];
             }
         }
-        first = end;
     }
     return order;
 }
