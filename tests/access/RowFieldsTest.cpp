@@ -44,14 +44,18 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Layouts, RowFieldsTest, testing::Values(&Jet3Layout, &Jet4Layout),
                          test::LayoutName());
 
-// A row of a file that ADOX made: four columns, 6 bytes of fixed ones, one variable column.
+// Every byte of a row: four columns, 8 bytes of fixed ones, one variable column.
 TEST(RowFieldsExample, ARowIsItsFixedPartItsVariablePartAndATrailer) {
-    const std::string row("\x04\0\x02\0\0\0\0\0\x06\0\x64\x8B\x0C\0\x0A\0\x01\0\x07", 19);
+    const std::string row(
+        "\x04\0\x07\0\0\0\x45\x23\x01\0"
+        "AB"
+        "\x0C\0\x0A\0\x01\0\x07",
+        19);
     RowFields fields(Jet4Layout, 1);
     ASSERT_EQ(fields.Split(BytesOf(row)), nullptr);
-    EXPECT_EQ(TextOf(fields.Fixed(0, 4)), Number(2, 4));
-    EXPECT_EQ(TextOf(fields.Fixed(4, 4)), Number(0x60000, 4));
-    EXPECT_EQ(TextOf(fields.Variable(0)), "\x64\x8B");
+    EXPECT_EQ(TextOf(fields.Fixed(0, 4)), Number(7, 4));
+    EXPECT_EQ(TextOf(fields.Fixed(4, 4)), Number(0x12345, 4));
+    EXPECT_EQ(TextOf(fields.Variable(0)), "AB");
     EXPECT_TRUE(fields.HasBit(0) && fields.HasBit(1) && fields.HasBit(2));
     EXPECT_FALSE(fields.HasBit(3));
 }

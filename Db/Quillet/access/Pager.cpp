@@ -24,7 +24,7 @@ PageNumber WholePages(const platform::RandomAccessFile& file, std::size_t pageSi
 }  // namespace
 
 ByteView Page::Slice(std::size_t offset, std::size_t size) const {
-    if (offset > m_bytes->size() || size > m_bytes->size() - offset) {
+    if (offset > Bytes().size() || size > Bytes().size() - offset) {
         throw DamagedPlace(m_number, offset, "something lies beyond the end of the page");
     }
     return Bytes().subspan(offset, size);
@@ -75,7 +75,8 @@ Pager::Frames Pager::TakeFrame() {
         frame.splice(frame.begin(), m_frames, std::prev(m_frames.end()));
     }
     if (frame.front().m_bytes.use_count() != 1) {
-        frame.front().m_bytes = std::make_shared<std::vector<std::uint8_t>>(m_layout.m_pageSize);
+        frame.front().m_bytes = std::make_shared<PageBytes>();
+        frame.front().m_bytes->m_bytes.resize(m_layout.m_pageSize);
     }
     return frame;
 }
@@ -83,7 +84,7 @@ Pager::Frames Pager::TakeFrame() {
 void Pager::Fill(Frame& frame) {
     std::string why;
     const std::uint64_t position = std::uint64_t{frame.m_number} * m_layout.m_pageSize;
-    const std::optional<std::size_t> size = m_file->ReadAt(position, *frame.m_bytes, &why);
+    const std::optional<std::size_t> size = m_file->ReadAt(position, frame.m_bytes->m_bytes, &why);
     if (!size) {
         throw Error(Error::Unreadable, why, {"", frame.m_number, std::nullopt});
     }
@@ -91,7 +92,7 @@ void Pager::Fill(Frame& frame) {
         throw DamagedPage(frame.m_number, "the file has become shorter");
     }
     if (m_key != 0 && frame.m_number != 0) {
-        ApplyCipher(KeyOfPage(m_key, frame.m_number), *frame.m_bytes);
+        ApplyCipher(KeyOfPage(m_key, frame.m_number), frame.m_bytes->m_bytes);
     }
 }
 

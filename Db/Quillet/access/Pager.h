@@ -15,17 +15,22 @@
 
 namespace quillet::access {
 
+// The bytes of a page, in a type of our own, so that the library does not export what is made of it.
+struct PageBytes {
+    std::vector<std::uint8_t> m_bytes;
+};
+
 // A page in memory. Its bytes stay as long as a copy of this object does. Reading beyond the page throws
 // Error.
 class Page {
 public:
     Page() = default;
-    Page(PageNumber number, std::shared_ptr<const std::vector<std::uint8_t>> bytes)
+    Page(PageNumber number, std::shared_ptr<const PageBytes> bytes)
         : m_number(number), m_bytes(std::move(bytes)) {}
 
     PageNumber Number() const { return m_number; }
-    ByteView Bytes() const { return *m_bytes; }
-    std::uint8_t Type() const { return (*m_bytes)[0]; }
+    ByteView Bytes() const { return m_bytes->m_bytes; }
+    std::uint8_t Type() const { return m_bytes->m_bytes[0]; }
     bool Is(ePageType type) const { return Type() == static_cast<std::uint8_t>(type); }
 
     std::uint16_t U16(std::size_t offset) const { return LittleU16(Slice(offset, 2), 0); }
@@ -34,7 +39,7 @@ public:
 
 private:
     PageNumber m_number = 0;
-    std::shared_ptr<const std::vector<std::uint8_t>> m_bytes;
+    std::shared_ptr<const PageBytes> m_bytes;
 };
 
 // Used from one thread at a time.
@@ -61,7 +66,7 @@ public:
 private:
     struct Frame {
         PageNumber m_number = 0;
-        std::shared_ptr<std::vector<std::uint8_t>> m_bytes;
+        std::shared_ptr<PageBytes> m_bytes;
     };
     using Frames = std::list<Frame>;
 
