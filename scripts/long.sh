@@ -4,6 +4,7 @@
 #   scripts/long.sh random [seeds]     the tests of classes, platform and command line under the sanitizers in random
 #                                      order, with other random numbers for each of the seeds 1, 2, 3, ...; 20 of them
 #                                      without an argument
+#   scripts/long.sh numbers [count]    random numbers of each kind as text; 10,000,000 without an argument
 #   scripts/long.sh queries [seconds]  query texts of random bytes; 1800 seconds without an argument
 #   scripts/long.sh rows [seconds]     rows of random bytes; 1800 seconds without an argument
 #   scripts/long.sh files [seconds]    2,236 changes to whole Access files, and such files with random changes; 1800
@@ -53,6 +54,13 @@ case $part in
             run "seed $seed" shuffled "$seed"
             seed=$((seed + 1))
         done
+        ;;
+    numbers)
+        scripts/bootstrap.sh build test
+        cmake --preset release
+        cmake --build --preset release --target class_tests
+        run "numbers" env LC_ALL=C.UTF-8 QUILLET_TEST_NUMBERS="${2:-10000000}" \
+            build/release/bin/class_tests --gtest_filter='NumberWriter*'
         ;;
     queries)
         run "query texts" scripts/fuzz.sh query "${2:-1800}"

@@ -188,6 +188,16 @@ TEST(SavedRows, WalkedHalf_ThenChanged_AreAllThere) {
     EXPECT_EQ(target.Content(), RowTexts(40));
 }
 
+TEST(SavedRows, AddedAfterASave_NeedNoObjects) {
+    Table table(40);
+    SaveTarget target;
+    ASSERT_TRUE(table.Save(target));
+    table.Add(100);
+    EXPECT_FALSE(RowsView(*table.m_data->GetRows()).HasMadeRows());
+    EXPECT_EQ(target.Content(), RowTexts(40));
+    EXPECT_EQ(table.Saved(), RowTexts(140));
+}
+
 TEST(SavedRows, BetweenOtherElements_KeepTheirPlace) {
     Table table(20);
     SaveTarget target;
@@ -332,8 +342,13 @@ TEST(SavedRowsMemory, EveryStep_HappensWholeOrNotAtAll) {
     const auto show = [](Subject& subject) { return subject.m_target.Content() + subject.m_table.Saved(); };
     const Step<Subject> steps[] = {
         {"Save", save},
-        {"Walk", save,
-         [](Subject& subject) { EXPECT_EQ(xml::Node(subject.m_target.Element()).CountChildren(), 40U); }},
+        // Of two pieces, one becomes nodes before the other.
+        {"Walk",
+         [&](Subject& subject) {
+             save(subject);
+             save(subject);
+         },
+         [](Subject& subject) { EXPECT_EQ(xml::Node(subject.m_target.Element()).CountChildren(), 80U); }},
         {"Write", save, [](Subject& subject) { EXPECT_EQ(subject.m_target.Content(), RowTexts(40)); }},
         {"Change", save,
          [](Subject& subject) {
