@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Quillet/rows/RowsView.h"
 #include "support/Seed.h"
 #include "support/TestHelpers.h"
 
@@ -799,6 +800,43 @@ TEST_F(DataTest, SpatialIndex_RandomOrderedRows_MatchTheLiteralLoop) {
             }
         }
     }
+}
+
+TEST_F(DataTest, CountWhere_CountsTheRowsThatAQueryFinds) {
+    for (LONG i = 0; i < 10; ++i) {
+        AddNumber(Long(i), i % 2 == 0 ? "even" : "odd");
+    }
+    for (const char* const condition :
+         {"n >= 3", "n > 2 AND t = 'Odd'", "n=4", "(n < 2 or n > 7) and t = 'even'", "not (n = 1)", "t > 'f'",
+          "n = 100"}) {
+        CString name;
+        ASSERT_TRUE(m_database.Query(CString("select n from T where ") + condition, name)) << condition;
+        EXPECT_EQ(Data().CountWhere(condition),
+                  static_cast<std::int64_t>(m_database.GetTableData(name)->size()))
+            << condition;
+        m_database.DropAnswers();
+    }
+    EXPECT_EQ(Data().CountWhere(""), 10);
+    EXPECT_TRUE(Descr().GetFilters().empty());
+}
+
+TEST_F(DataTest, CountWhere_NoCondition_IsMinusOneAndTheLogSaysWhy) {
+    AddNumber(Long(1));
+    for (const char* const text : {"nowhere = 1", "n >", "n ? 1"}) {
+        TakeLog(m_database);
+        EXPECT_EQ(Data().CountWhere(text), -1) << text;
+        EXPECT_FALSE(TakeLog(m_database).empty()) << text;
+    }
+    EXPECT_EQ(Data().CountWhere("(n = 1"), -1);
+    EXPECT_TRUE(Descr().GetFilters().empty());
+    DbTableData alone(nullptr, &Descr());
+    EXPECT_EQ(alone.CountWhere("n = 1"), -1);
+}
+
+TEST_F(DataTest, CountWhere_RowsThatAreStillText_AreReadFirst) {
+    Data().SetXmlSource(TableText(Row("1", "a") + Row("2", "b") + Row("3", "c")));
+    EXPECT_EQ(Data().CountWhere("n >= 2"), 2);
+    EXPECT_EQ(quillet::RowsView(*Data().GetRows()).MadeRow(0), nullptr);
 }
 
 }  // namespace

@@ -236,6 +236,10 @@ DbColumnView DbTableData::GetColumns() {
     return DbColumnView(*GetRows());
 }
 
+std::int64_t DbTableData::CountWhere(const CString& condition) {
+    return quillet::Upcalls::CountWhere(LiveParent(), *this, condition);
+}
+
 void DbTableData::DeleteRow(uint64 pos) {
     if (pos < size()) {
         m_rows->DeleteRow(pos);

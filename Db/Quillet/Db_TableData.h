@@ -63,6 +63,11 @@ public:
     DbTableRow* GetRow(int pos);
     // The cells as they are now, column by column: a column for each field.
     DbColumnView GetColumns();
+    // How many rows a condition holds for: the part of a query after WHERE, such as "a > 5 and b = 'x'"
+    // (docs/query-language.md); an empty text holds for every row. No row gets an object, and no answer is
+    // made. -1 for a text that is no condition, as the log of the database says, for rows that can't be read,
+    // and for contents that belong to no database.
+    std::int64_t CountWhere(const quillet::CString& condition);
     // Ignored where there is none.
     void DeleteRow(uint64 pos);
     void Bind(DbRows* other, std::vector<uint64>& order);

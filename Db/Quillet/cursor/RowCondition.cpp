@@ -62,4 +62,26 @@ uint64 RowCondition::FirstCandidate(DbRows& rows, uint64 position, uint64 end) {
     return position;
 }
 
+uint64 RowCondition::Count(DbRows& rows) {
+    const RowsView view(rows);
+    std::vector<uint64> found;
+    uint64 count = 0;
+    for (uint64 i = 0; i < view.Count();) {
+        if (!view.HasRow(i)) {
+            ++i;
+            continue;
+        }
+        const ColumnStore::Run run = m_onCells ? view.RunAt(i) : ColumnStore::Run();
+        if (run.m_rows == 0) {
+            count += Holds(rows, i++) ? 1U : 0U;
+            continue;
+        }
+        found.clear();
+        m_onCells->Select(view, run, i, found);
+        count += found.size();
+        i += run.m_rows;
+    }
+    return count;
+}
+
 }  // namespace quillet

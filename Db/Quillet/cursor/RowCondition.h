@@ -29,6 +29,9 @@ public:
     // end if there is none.
     uint64 FirstCandidate(DbRows& rows, uint64 position, uint64 end);
 
+    // How many rows it holds for.
+    uint64 Count(DbRows& rows);
+
 private:
     // Declared before the clause, whose leaves they are.
     std::vector<std::unique_ptr<DbFilter>> m_filters;

@@ -3,7 +3,10 @@
 #include <vector>
 
 #include "Quillet/Db_Database.h"
+#include "Quillet/Db_Recordset.h"
+#include "Quillet/cursor/RowCondition.h"
 #include "Quillet/document/LazyReader.h"
+#include "Quillet/query/SqlText.h"
 #include "Quillet/registry/Log.h"
 #include "Quillet/registry/Registry.h"
 #include "Quillet/rows/NewCells.h"
@@ -93,6 +96,24 @@ void Upcalls::RowsDeleted(DbItem* item, const DbTableData& data) {
     if (auto* const database = dynamic_cast<DbDatabase*>(item)) {
         database->m_reader->Forget(&data);
     }
+}
+
+std::int64_t Upcalls::CountWhere(DbItem* item, DbTableData& data, const CString& condition) {
+    auto* const database = dynamic_cast<DbDatabase*>(item);
+    const DbTableInfo* const info = database == nullptr ? nullptr : database->m_registry->Find(&data);
+    const DbTableDescr* const descr = info == nullptr ? nullptr : info->GetDescr();
+    if (descr == nullptr) {
+        return -1;
+    }
+    CString text = DbRecordset::Condition(condition);
+    JoinLines(text);
+    LowerOutsideQuotes(text);
+    RowCondition rows;
+    if (!rows.Read(*database, info->GetName(), *descr, text) || !rows.IsValid()) {
+        return -1;
+    }
+    database->m_reader->ReadUntil(&data);
+    return data.ParseXmlData() ? static_cast<std::int64_t>(rows.Count(*data.GetRows())) : -1;
 }
 
 CString Upcalls::TableName(DbItem* item, const DbTableData& data) {

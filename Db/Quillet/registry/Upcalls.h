@@ -49,6 +49,10 @@ public:
     static void RowsWillBeDeleted(DbItem* database, const DbTableData& data);
     static void RowsDeleted(DbItem* database, const DbTableData& data);
 
+    // How many rows of the data a condition holds for; -1 for a text that is no condition, and for data of no
+    // database.
+    static std::int64_t CountWhere(DbItem* database, DbTableData& data, const CString& condition);
+
     // The name under which the data is registered; empty for none.
     static CString TableName(DbItem* database, const DbTableData& data);
 
