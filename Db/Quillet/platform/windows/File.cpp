@@ -316,8 +316,7 @@ private:
     FileVersion TargetNow() const {
         FileHandle file = OpenExisting(m_target, GENERIC_READ, FILE_FLAG_SEQUENTIAL_SCAN);
         if (!file.IsOpen()) {
-            return GetLastError() == ERROR_FILE_NOT_FOUND ? FileVersion()
-                                                          : FileVersion(std::nullopt, 0);
+            return GetLastError() == ERROR_FILE_NOT_FOUND ? FileVersion() : FileVersion(std::nullopt, 0);
         }
         WindowsReadableFile target(std::move(file));
         return FileVersion::Of(target);
