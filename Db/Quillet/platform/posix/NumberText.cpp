@@ -507,7 +507,7 @@ ShortDecimal RoundToPrecision(double magnitude, int precision) {
         }
         const std::uint64_t half = std::uint64_t{1} << (shift - 1);
         const std::uint64_t rest = static_cast<std::uint64_t>(product) & (2 * half - 1);
-        digits += rest > half || (rest == half && digits % 2 != 0) ? 1 : 0;
+        digits += rest > half || (rest == half && digits % 2 != 0) ? 1U : 0U;
         return {digits, decimals};
     }
 }
